@@ -1,0 +1,6 @@
+// The identifier under which a host asks the module for its codec main object.
+#pragma once
+
+#include "platform/base/Guid.h"
+
+inline constexpr GUID CLSID_VlACWav3 = MakeGuid("16B5817D-48BF-4498-8D32-5EC4F75B0A3A");

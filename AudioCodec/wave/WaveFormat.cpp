@@ -1,0 +1,42 @@
+#include "AudioCodec/wave/WaveFormat.h"
+
+#include <algorithm>
+
+#include "AudioCodec/wave/WaveTypes.h"
+
+bool WaveFormat::IsDirectPcm() const {
+    return formatTag == kFormatTagPcm && (bitsPerSample == 8 || bitsPerSample == 16);
+}
+
+uint32_t WaveFormat::DiskSize() const {
+    return formatTag == kFormatTagPcm ? kPcmFormatSize
+                                      : kFormatFixedSize + static_cast<uint32_t>(extra.size());
+}
+
+WaveFormat WaveFormat::Load(const uint8_t* record, uint32_t size) {
+    WaveFormat format;
+    format.formatTag = LoadLE16(record);
+    format.channels = LoadLE16(record + 2);
+    format.samplesPerSec = LoadLE32(record + 4);
+    format.avgBytesPerSec = LoadLE32(record + 8);
+    format.blockAlign = LoadLE16(record + 12);
+    format.bitsPerSample = LoadLE16(record + 14);
+    if (size > kFormatFixedSize) {
+        const uint32_t claimed = LoadLE16(record + kPcmFormatSize);
+        const uint32_t held = std::min(claimed, size - kFormatFixedSize);
+        format.extra.assign(record + kFormatFixedSize, record + kFormatFixedSize + held);
+    }
+    return format;
+}
+
+void WaveFormat::Store(uint8_t* record) const {
+    StoreLE16(record, formatTag);
+    StoreLE16(record + 2, channels);
+    StoreLE32(record + 4, samplesPerSec);
+    StoreLE32(record + 8, avgBytesPerSec);
+    StoreLE16(record + 12, blockAlign);
+    StoreLE16(record + 14, bitsPerSample);
+    if (formatTag == kFormatTagPcm) return;
+    StoreLE16(record + kPcmFormatSize, static_cast<uint16_t>(extra.size()));
+    std::copy(extra.begin(), extra.end(), record + kFormatFixedSize);
+}

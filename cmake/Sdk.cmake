@@ -1,0 +1,1 @@
+# What a host programmer installs: the module, the platform layer, the interface headers.

@@ -1,0 +1,54 @@
+// The 16-byte identifier of classes and interfaces, and how one is written in code.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+struct GUID {
+    uint32_t Data1;
+    uint16_t Data2;
+    uint16_t Data3;
+    uint8_t Data4[8];
+};
+static_assert(sizeof(GUID) == 16 && std::is_trivially_copyable_v<GUID>);
+
+// Compares values over all 16 bytes; two copies of one identifier are equal.
+inline bool operator==(const GUID& a, const GUID& b) { return std::memcmp(&a, &b, sizeof(GUID)) == 0; }
+
+namespace detail {
+// Not constexpr on purpose: reached only by a text that is no identifier, where it stops the compilation.
+inline void MalformedGuid() {}
+
+consteval uint64_t HexDigits(const char*& text, int digits) {
+    uint64_t value = 0;
+    for (; digits > 0; --digits, ++text) {
+        const char c = *text;
+        const int digit = c >= '0' && c <= '9' ? c - '0' : c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
+        if (digit < 0) MalformedGuid();
+        value = value << 4 | static_cast<uint64_t>(digit);
+    }
+    return value;
+}
+
+consteval void Hyphen(const char*& text) {
+    if (*text++ != '-') MalformedGuid();
+}
+}  // namespace detail
+
+// An identifier from its text, "16B5817D-48BF-4498-8D32-5EC4F75B0A3A"; a slip in the text does not compile.
+consteval GUID MakeGuid(const char (&text)[37]) {
+    const char* at = text;
+    GUID guid{};
+    guid.Data1 = static_cast<uint32_t>(detail::HexDigits(at, 8));
+    detail::Hyphen(at);
+    guid.Data2 = static_cast<uint16_t>(detail::HexDigits(at, 4));
+    detail::Hyphen(at);
+    guid.Data3 = static_cast<uint16_t>(detail::HexDigits(at, 4));
+    detail::Hyphen(at);
+    for (int i = 0; i < 8; ++i) {
+        if (i == 2) detail::Hyphen(at);
+        guid.Data4[i] = static_cast<uint8_t>(detail::HexDigits(at, 2));
+    }
+    return guid;
+}

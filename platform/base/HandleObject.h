@@ -1,0 +1,33 @@
+// What a HANDLE points to: an object that owns its resource. Handles are not validated beyond null and the
+// invalid value; a handle that was closed must not be used again.
+#pragma once
+
+#include "platform/base/Types.h"
+
+// The value that CreateFileW gives for "no file". Elsewhere "none" is null.
+inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(static_cast<intptr_t>(-1));
+
+class HandleObject {
+public:
+    HandleObject() = default;
+    HandleObject(const HandleObject&) = delete;
+    HandleObject& operator=(const HandleObject&) = delete;
+    virtual ~HandleObject() = default;  // releases the resource
+
+    HANDLE AsHandle() { return this; }
+    // The object behind a handle if it is one of class T, otherwise null with last error 6.
+    template <class T>
+    static T* From(HANDLE handle);
+
+    // Any object; null and the invalid value give null with last error 6.
+    static HandleObject* FromAny(HANDLE handle);
+};
+
+// Releases what the handle stands for. Gives 0 with last error 6 for null and the invalid value.
+VL_PLATFORM_API BOOL CloseHandle(HANDLE handle);
+
+template <class T>
+T* HandleObject::From(HANDLE handle) {
+    HandleObject* object = FromAny(handle);
+    return object ? dynamic_cast<T*>(object) : nullptr;
+}

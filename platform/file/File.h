@@ -1,0 +1,60 @@
+// Files as the module opens them: share modes hold between handles, threads and processes, a handle knows its
+// own 64-bit position, and reads and writes are whole. Synchronous only; no directories, pipes or security
+// records: what is not supported is refused with a last error.
+#pragma once
+
+#include "platform/base/Types.h"
+
+inline constexpr DWORD GENERIC_READ = 0x80000000;
+inline constexpr DWORD GENERIC_WRITE = 0x40000000;
+
+inline constexpr DWORD FILE_SHARE_READ = 1;   // others may read meanwhile
+inline constexpr DWORD FILE_SHARE_WRITE = 2;  // others may write meanwhile
+
+inline constexpr DWORD CREATE_NEW = 1;     // fails with 80 where the file exists
+inline constexpr DWORD CREATE_ALWAYS = 2;  // creates, or empties what is there
+inline constexpr DWORD OPEN_EXISTING = 3;  // fails with 2 where there is no file
+inline constexpr DWORD OPEN_ALWAYS = 4;    // opens, or creates
+
+inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
+
+inline constexpr DWORD FILE_BEGIN = 0;    // from the start
+inline constexpr DWORD FILE_CURRENT = 1;  // from the current place
+inline constexpr DWORD FILE_END = 2;      // from the end
+
+inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
+inline constexpr DWORD INVALID_FILE_SIZE = 0xFFFFFFFF;
+
+struct SECURITY_ATTRIBUTES;  // null alone is supported
+struct OVERLAPPED;           // null alone is supported
+
+// Opens or creates a file. Gives a handle, or INVALID_HANDLE_VALUE with a last error: 32 for a share mode
+// that another handle of any process contradicts, 5 for a file or folder that may not be accessed so. A file
+// is never emptied before its share mode is held.
+VL_PLATFORM_API HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share,
+                                   SECURITY_ATTRIBUTES* security, DWORD disposition, DWORD flagsAndAttributes,
+                                   HANDLE templateFile);
+
+// Reads up to `size` bytes at the handle's place and moves it. Fewer than asked, with success, means the end
+// of the file. 0 is failure; *done is then 0.
+VL_PLATFORM_API BOOL ReadFile(HANDLE file, void* buffer, DWORD size, DWORD* done, OVERLAPPED* overlapped);
+
+// Writes `size` bytes at the handle's place and moves it. On failure, such as 112 for a full disk, *done
+// tells how many bytes reached the file.
+VL_PLATFORM_API BOOL WriteFile(HANDLE file, const void* buffer, DWORD size, DWORD* done,
+                               OVERLAPPED* overlapped);
+
+// Moves the handle's place. `distanceHigh`, may be null: in the high 32 bits of the distance, out those of
+// the new place. Without it the distance is a signed 32-bit number. Gives the low 32 bits of the new place,
+// which may lie behind the file's end, or INVALID_SET_FILE_POINTER with a last error: since that is also a
+// place, a caller with `distanceHigh` clears the last error first.
+VL_PLATFORM_API DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method);
+
+// The file's size in bytes: low half as the result, high half through `high`, may be null.
+VL_PLATFORM_API DWORD GetFileSize(HANDLE file, DWORD* high);
+
+// Cuts the file at the handle's place, or lengthens it to there.
+VL_PLATFORM_API BOOL SetEndOfFile(HANDLE file);
+
+// Waits until what was written is on the medium.
+VL_PLATFORM_API BOOL FlushFileBuffers(HANDLE file);

@@ -1,0 +1,11 @@
+// Parts of path texts. The separator is "/".
+#pragma once
+
+#include "platform/base/Types.h"
+
+// The extension with its dot: the last dot behind the last separator, and what follows it. Without one, or
+// with a blank behind the dot, the text's end. Null gives null.
+VL_PLATFORM_API WCHAR* PathFindExtensionW(const WCHAR* path);
+
+// Compares two terminated texts without regard to the case of ASCII letters: below 0, 0 or above 0.
+VL_PLATFORM_API int lstrcmpiW(const WCHAR* a, const WCHAR* b);
