@@ -177,7 +177,7 @@ TEST(Converter, FullScaleIsLimitedTowardsZero) {
 // Short offers stretch the warm-up; nothing may land outside its row (the sanitizers look) and nothing may
 // hang.
 TEST(Converter, ShortOffersInAnyOrderStayInTheHistory) {
-    const Samples input = Noise(128);
+    const Samples input = Noise(2 * 66);
     Samples output(4096);
     for (const int64_t start : {0, 5, 500}) {
         for (uint32_t first = 0; first <= 66; ++first) {
