@@ -160,6 +160,7 @@ TEST(ShareModeThreads, OneOfSeveralRacersWins) {
     };
     {
         std::vector<std::jthread> threads;
+        threads.reserve(kThreads);
         for (int i = 0; i < kThreads; ++i) threads.emplace_back(race);
     }
     EXPECT_EQ(winnersOf, std::vector<int>(kRounds, 1));

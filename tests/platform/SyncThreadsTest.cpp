@@ -18,6 +18,7 @@ using namespace std::chrono_literals;
 template <class Work>
 void OnThreads(int count, Work work) {
     std::vector<std::jthread> threads;
+    threads.reserve(static_cast<size_t>(count));
     for (int i = 0; i < count; ++i) threads.emplace_back(work);
 }
 
