@@ -16,18 +16,13 @@ bool AllZero(const CRawData& data) {
 }
 
 TEST(RawData, LargeOrAskedForBlocksStartOnAPage) {
-    bool smallOnesToo = true;
-    for (int i = 0; i < 8; ++i) {
-        // Several at a time: one allocation could lie on a page by chance.
+    for (int i = 0; i < 8; ++i) {  // one could lie on a page by chance
         const CRawData large(61440, false);
         const CRawData asked(1, true);
-        const CRawData small(61439, false);
         EXPECT_TRUE(OnPage(large) && AllZero(large));
         EXPECT_TRUE(OnPage(asked) && AllZero(asked));
-        EXPECT_TRUE(AllZero(small));
-        smallOnesToo = smallOnesToo && OnPage(small);
+        EXPECT_TRUE(AllZero(CRawData(61439, false)));
     }
-    EXPECT_FALSE(smallOnesToo);
 }
 
 TEST(RawData, TheSameSizeAgainWipesTheBlockWhereItLies) {

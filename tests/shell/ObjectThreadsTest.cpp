@@ -15,10 +15,7 @@ TEST(ObjectThreads, ReferencesAreTakenAndDroppedFromAnyThreadAndTheLastOneDelete
         std::vector<std::thread> threads;
         for (uint32_t i = 0; i < 8; ++i) {
             threads.emplace_back([mine = first, i] {
-                for (uint32_t k = 0; k < 20; ++k) {
-                    const RefPtr<SampleObject> another = mine;
-                    another->SetLong(i, k);
-                }
+                for (uint32_t k = 0; k < 20; ++k) RefPtr<SampleObject>::Retain(mine.Get())->SetLong(i, k);
             });
         }
         first.Reset();
