@@ -2,6 +2,7 @@
 // gives 0 or null, never an error. No lock: the store's covers it.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -33,7 +34,7 @@ public:
     uint32_t GetLong() const { return static_cast<uint32_t>(NumberIf(STORE_LONG)); }
     bool GetBool() const { return NumberIf(STORE_BOOL) != 0; }
     uint64_t GetLong64() const { return NumberIf(STORE_LONG64); }
-    void* GetPointer() const { return reinterpret_cast<void*>(NumberIf(STORE_POINTER)); }
+    void* GetPointer() const { return std::bit_cast<void*>(NumberIf(STORE_POINTER)); }
 
     // These raise the change count in any case, and store into a record of their own type only.
     void SetLong(uint32_t value) { SetNumberIf(STORE_LONG, value); }

@@ -1,0 +1,27 @@
+#include "AudioCodec/shell/Exports.h"
+
+#include <memory>
+
+#include "AudioCodec/shell/Border.h"
+#include "AudioCodec/shell/CPrivateCodecMain.h"
+#include "AudioCodec/shell/ClassIds.h"
+
+Result DllVlGetClassObject(const GUID* clsid, const GUID* iid, void** object) {
+    if (!object) return RESULT_BAD_ARGUMENT;
+    *object = nullptr;
+    if (!clsid) return RESULT_BAD_ARGUMENT;
+    if (!(*clsid == CLSID_VlACWav3)) return RESULT_NOT_FOUND;
+    if (!iid) return RESULT_BAD_ARGUMENT;
+    return AtBorder(RESULT_NO_MEMORY, [&] {
+        auto codec = std::make_unique<CPrivateCodecMain>();
+        const Result result = codec->QueryInterface(iid, object);
+        if (result == RESULT_OK) static_cast<void>(codec.release());  // now the host's, by its reference
+        return result;
+    });
+}
+
+Result GetCodecGUID(GUID* clsid) {
+    if (!clsid) return RESULT_BAD_ARGUMENT;
+    *clsid = CLSID_VlACWav3;
+    return RESULT_OK;
+}

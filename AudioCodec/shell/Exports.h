@@ -1,0 +1,15 @@
+// What the module exports, as a host finds it by name.
+#pragma once
+
+#include "AudioCodec/shell/ResultCodes.h"
+#include "platform/base/Guid.h"
+
+#define VL_MODULE_EXPORT extern "C" __attribute__((visibility("default")))
+
+// A new codec main object for CLSID_VlACWav3, through its interface `iid`, with one reference. 4 for a null
+// pointer, 3 for another class, 2 if there is no memory, E_NOINTERFACE for an interface that it doesn't have;
+// *object is then null.
+VL_MODULE_EXPORT Result DllVlGetClassObject(const GUID* clsid /*in*/, const GUID* iid /*in*/,
+                                            void** object /*out: one reference*/);
+// CLSID_VlACWav3; 4 for a null pointer.
+VL_MODULE_EXPORT Result GetCodecGUID(GUID* clsid /*out*/);

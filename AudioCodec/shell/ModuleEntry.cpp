@@ -1,0 +1,22 @@
+// The module's entry. The build links this file last into the module, so that the attach comes behind all
+// static constructors and the detach before all static destructors. Thread notifications don't exist here.
+#include "platform/loader/ModuleEntry.h"
+
+#include "AudioCodec/shell/ModuleInstance.h"
+#include "AudioCodec/shell/UnloadCleanUp.h"
+
+namespace {
+
+BOOL ModuleEntry(HMODULE instance, DWORD reason, void* /*reserved*/) {
+    if (reason == DLL_PROCESS_ATTACH) SetModuleInstance(instance);
+    if (reason == DLL_PROCESS_DETACH) {
+        // Cleared first: what the clean-up calls must find a module that is on its way out.
+        SetModuleInstance(nullptr);
+        CleanUpBeforeUnload(0);
+    }
+    return TRUE;
+}
+
+const ModuleEntryNotifier s_entry(&ModuleEntry);
+
+}  // namespace

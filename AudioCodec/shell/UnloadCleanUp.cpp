@@ -1,0 +1,3 @@
+#include "AudioCodec/shell/UnloadCleanUp.h"
+
+void CleanUpBeforeUnload(uint8_t /*flag*/) {}

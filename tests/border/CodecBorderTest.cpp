@@ -1,0 +1,153 @@
+// The codec main object as a host meets it: by path, by export, by the slots of its table of operations.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "AudioCodec/attributes/AttributeIds.h"
+#include "AudioCodec/shell/ClassIds.h"
+#include "AudioCodec/shell/IPrivateCodecMain3.h"
+#include "platform/base/RefPtr.h"
+#include "platform/base/Types.h"
+#include "tests/border/LoadedModule.h"
+
+namespace {
+
+class CodecBorder : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(m_module.Get()); }
+
+    Result Create(const GUID* clsid, const GUID* iid, void** object) {
+        return m_module.Find<Result(const GUID*, const GUID*, void**)>("DllVlGetClassObject")(clsid, iid,
+                                                                                              object);
+    }
+    RefPtr<IPrivateCodecMain3> CreateCodec() {
+        RefPtr<IPrivateCodecMain3> codec;
+        EXPECT_EQ(Create(&CLSID_VlACWav3, &IID_IPrivateCodecMain3, reinterpret_cast<void**>(codec.Put())),
+                  RESULT_OK);
+        return codec;
+    }
+
+    LoadedModule m_module{VL_MODULE};
+};
+
+TEST_F(CodecBorder, GetClassObjectGivesItsCodesAndClearsTheReceiver) {
+    GUID otherClass = CLSID_VlACWav3;
+    otherClass.Data4[7] ^= 1;
+    struct Row {
+        const GUID* clsid;
+        const GUID* iid;
+        Result result;
+    };
+    const Row rows[] = {
+        {&otherClass, &IID_IBase, RESULT_NOT_FOUND},
+        {nullptr, &IID_IBase, RESULT_BAD_ARGUMENT},
+        {&CLSID_VlACWav3, nullptr, RESULT_BAD_ARGUMENT},
+        {&CLSID_VlACWav3, &CLSID_VlACWav3, E_NOINTERFACE},  // the sanitizers tell if an object stays behind
+    };
+    for (const Row& row : rows) {
+        void* object = this;
+        EXPECT_EQ(Create(row.clsid, row.iid, &object), row.result);
+        EXPECT_EQ(object, nullptr);
+        EXPECT_EQ(Create(row.clsid, row.iid, nullptr), RESULT_BAD_ARGUMENT);
+    }
+}
+
+TEST_F(CodecBorder, EveryInterfaceIsTheOneObjectWithOneReference) {
+    for (const GUID* iid : {&IID_IBase, &IID_IAttributeContainer64, &IID_IPrivateCodecMain3}) {
+        RefPtr<IBase> object;
+        ASSERT_EQ(Create(&CLSID_VlACWav3, iid, reinterpret_cast<void**>(object.Put())), RESULT_OK);
+        RefPtr<IBase> root;
+        EXPECT_EQ(object->QueryInterface(&IID_IBase, reinterpret_cast<void**>(root.Put())), RESULT_OK);
+        EXPECT_EQ(root.Get(), object.Get());
+        root.Reset();
+        EXPECT_EQ(object->AddRef(), 2u);
+        object->Release();
+    }
+}
+
+TEST_F(CodecBorder, EachCallMakesAnObjectWithAStoreOfItsOwn) {
+    const auto first = CreateCodec();
+    const auto second = CreateCodec();
+    ASSERT_TRUE(first && second);
+    EXPECT_NE(first.Get(), second.Get());
+    char16_t* name = nullptr;
+    ASSERT_EQ(first->GetString(ATTR_CODEC_SHORT_NAME, &name), RESULT_OK);
+    EXPECT_EQ(std::u16string(name), u"WAV");
+    second->Free(name);
+    EXPECT_EQ(first->InitCapabilities(), RESULT_OK);
+    EXPECT_TRUE(first->GetBool(ATTR_CODEC_CAPABILITY_5));
+    EXPECT_FALSE(second->GetBool(ATTR_CODEC_CAPABILITY_5));
+}
+
+TEST_F(CodecBorder, CodecGuidIsTheClass) {
+    auto* const getGuid = m_module.Find<Result(GUID*)>("GetCodecGUID");
+    GUID guid{};
+    EXPECT_EQ(getGuid(&guid), RESULT_OK);
+    const uint8_t bytes[] = {0x7D, 0x81, 0xB5, 0x16, 0xBF, 0x48, 0x98, 0x44,
+                             0x8D, 0x32, 0x5E, 0xC4, 0xF7, 0x5B, 0x0A, 0x3A};
+    EXPECT_EQ(std::memcmp(&guid, bytes, 16), 0);
+    EXPECT_EQ(getGuid(nullptr), RESULT_BAD_ARGUMENT);
+}
+
+// A host compiled long ago calls by number: an operation that moved shows here, though every header agrees.
+class CodecSlots : public CodecBorder {
+protected:
+    template <class R, class... Arguments>
+    R Call(size_t slot, Arguments... arguments) {
+        using Operation = R (*)(IBase*, Arguments...);
+        void* const* const table = *reinterpret_cast<void* const* const*>(m_codec.Get());
+        return reinterpret_cast<Operation>(table[slot])(m_codec.Get(), arguments...);
+    }
+
+    RefPtr<IPrivateCodecMain3> m_codec = CreateCodec();
+};
+
+TEST_F(CodecSlots, OperationsStandInTheOrderOfTheBorder) {
+    ASSERT_TRUE(m_codec);
+    const uint32_t id = 0x02000001;
+    const uint32_t longs[] = {1, 2, 3};
+    uint32_t number = 0;
+    uint32_t type = 0;
+    EXPECT_EQ(Call<uint32_t>(1), 2u);  // AddRef
+    EXPECT_EQ(Call<uint32_t>(2), 1u);  // Release
+    void* block = Call<void*>(3, uint32_t{8});
+    EXPECT_TRUE(block);
+    Call<void>(4, block);
+    EXPECT_EQ(Call<uint32_t>(5), 1u);                                      // GetAttributeCount
+    EXPECT_EQ((Call<Result>(6, uint32_t{0}, &number, &type)), RESULT_OK);  // GetAttributeByIndex
+    EXPECT_EQ(number, ATTR_CODEC_SHORT_NAME);
+    EXPECT_STREQ(Call<const char*>(7, id), "0x02000001 (type:LONG)");
+    EXPECT_EQ(Call<Result>(9, id, uint32_t{5}), RESULT_OK);                         // SetLong
+    EXPECT_EQ(Call<uint32_t>(8, id), 5u);                                           // GetLong
+    EXPECT_EQ(Call<Result>(11, uint32_t{1}, uint8_t{1}), RESULT_OK);                // SetBool
+    EXPECT_TRUE(Call<bool>(10, uint32_t{1}));                                       // GetBool
+    EXPECT_EQ((Call<Result>(13, uint32_t{2}, &longs[0], uint32_t{3})), RESULT_OK);  // SetLongArray
+    uint32_t* given = nullptr;
+    EXPECT_EQ((Call<Result>(12, uint32_t{2}, &given, &number)), RESULT_OK);  // GetLongArray
+    EXPECT_EQ(number, 3u);
+    Call<void>(4, static_cast<void*>(given));
+    EXPECT_EQ(Call<uint32_t>(18), 0u);                                       // GetInterfaceCount
+    EXPECT_EQ(Call<Result>(22, uint32_t{3}, uint64_t{1} << 40), RESULT_OK);  // SetLong64
+    EXPECT_EQ(Call<uint64_t>(23, uint32_t{3}), uint64_t{1} << 40);           // GetLong64
+    EXPECT_EQ((Call<Result>(31, &IID_IBase, static_cast<IBase*>(nullptr))),
+              RESULT_NOT_FOUND);  // RemoveInterface
+    EXPECT_EQ(Call<uint32_t>(32, id, static_cast<IAttributeContainer64*>(m_codec.Get())),
+              4u);  // CopyAttribute
+    for (const size_t factory : {size_t{33}, size_t{34}, size_t{37}})
+        EXPECT_EQ(Call<Result>(factory, static_cast<void**>(nullptr)), RESULT_BAD_ARGUMENT);
+    EXPECT_EQ((Call<Result>(35, u"a.wav", static_cast<void**>(nullptr))), RESULT_BAD_ARGUMENT);
+    EXPECT_EQ(Call<Result>(36), RESULT_NOT_SUPPORTED);
+    EXPECT_EQ(Call<Result>(38), RESULT_OK);  // InitCapabilities
+    EXPECT_TRUE(Call<bool>(10, ATTR_CODEC_CAPABILITY_1));
+    // 39 and 40 are the two forms of the destructor.
+    void* object = nullptr;
+    EXPECT_EQ((Call<Result>(41, &IID_IBase, &object)), RESULT_OK);  // InternalQueryInterface
+    EXPECT_EQ(object, m_codec.Get());
+    m_codec->Release();
+    EXPECT_EQ(std::u16string(Call<const char16_t*>(42)), u"CPrivateCodecMain");
+    Call<void>(30);  // Clear
+    EXPECT_EQ(m_codec->GetAttributeCount(), 0u);
+}
+
+}  // namespace

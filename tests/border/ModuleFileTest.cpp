@@ -1,0 +1,117 @@
+// The built file: what it exports, and how it comes and goes.
+#include <gtest/gtest.h>
+#include <link.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "AudioCodec/attributes/AttributeIds.h"
+#include "AudioCodec/shell/ClassIds.h"
+#include "AudioCodec/shell/IPrivateCodecMain3.h"
+#include "platform/base/Types.h"
+#include "tests/border/LoadedModule.h"
+
+namespace {
+
+template <class Record>
+Record ReadAt(std::ifstream& file, uint64_t offset) {
+    Record record{};
+    file.seekg(static_cast<std::streamoff>(offset));
+    file.read(reinterpret_cast<char*>(&record), sizeof(record));
+    return record;
+}
+
+// The names of the dynamic symbols that the file defines.
+std::set<std::string> DefinedSymbols(const char* path) {
+    std::ifstream file(path, std::ios::binary);
+    const auto header = ReadAt<Elf64_Ehdr>(file, 0);
+    const auto section = [&](uint32_t index) {
+        return ReadAt<Elf64_Shdr>(file, header.e_shoff + uint64_t{index} * header.e_shentsize);
+    };
+    std::set<std::string> names;
+    for (uint32_t i = 0; i < header.e_shnum; ++i) {
+        const Elf64_Shdr table = section(i);
+        if (table.sh_type != SHT_DYNSYM) continue;
+        for (uint64_t at = 0; at < table.sh_size; at += sizeof(Elf64_Sym)) {
+            const auto symbol = ReadAt<Elf64_Sym>(file, table.sh_offset + at);
+            if (symbol.st_shndx == SHN_UNDEF) continue;
+            file.seekg(static_cast<std::streamoff>(section(table.sh_link).sh_offset + symbol.st_name));
+            std::string name;
+            std::getline(file, name, '\0');
+            names.insert(name);
+        }
+    }
+    return names;
+}
+
+bool IsMapped(const std::string& path) {
+    std::ifstream maps("/proc/self/maps");
+    const std::string text{std::istreambuf_iterator<char>(maps), {}};
+    return text.find(path.substr(path.rfind('/') + 1)) != std::string::npos;
+}
+
+TEST(ModuleFile, ExportsItsFunctionsAndNothingElse) {
+    EXPECT_EQ(DefinedSymbols(VL_MODULE), (std::set<std::string>{"DllVlGetClassObject", "GetCodecGUID"}));
+}
+
+TEST(ModuleFile, IsUnmappedWhenTheLastOneClosesItAndCanComeBack) {
+    for (int round = 0; round < 3; ++round) {
+        {
+            const LoadedModule module(VL_MODULE);
+            ASSERT_TRUE(module.Get());
+            EXPECT_TRUE(IsMapped(VL_MODULE));
+            IPrivateCodecMain3* codec = nullptr;
+            auto* const create = module.Find<Result(const GUID*, const GUID*, void**)>("DllVlGetClassObject");
+            ASSERT_EQ(create(&CLSID_VlACWav3, &IID_IPrivateCodecMain3, reinterpret_cast<void**>(&codec)),
+                      RESULT_OK);
+            codec->InitCapabilities();
+            EXPECT_EQ(codec->Release(), 0u);
+        }
+        EXPECT_FALSE(IsMapped(VL_MODULE));
+    }
+}
+
+TEST(ModuleEntry, TheHandleIsThereBehindAllConstructorsAndGoneBeforeAllDestructors) {
+    int ends[2] = {};
+    ASSERT_EQ(pipe(ends), 0);
+    {
+        const LoadedModule module(VL_PROBE_MODULE);
+        ASSERT_TRUE(module.Get());
+        EXPECT_EQ(module.Find<HMODULE()>("ProbeInstanceWhenBuilt")(), nullptr);
+        EXPECT_EQ(module.Find<HMODULE()>("ProbeInstance")(), module.Get());
+        module.Find<void(int)>("ProbeReportTo")(ends[1]);
+    }
+    char report = 0;
+    close(ends[1]);
+    EXPECT_EQ(read(ends[0], &report, 1), 1);
+    EXPECT_EQ(report, 'n');
+    close(ends[0]);
+}
+
+TEST(ModuleEntry, AProcessThatJustEndsDetachesToo) {
+    int ends[2] = {};
+    ASSERT_EQ(pipe(ends), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        void* const module = dlopen(VL_PROBE_MODULE, RTLD_NOW | RTLD_LOCAL);
+        if (!module) std::_Exit(2);
+        reinterpret_cast<void (*)(int)>(dlsym(module, "ProbeReportTo"))(ends[1]);
+        std::exit(0);
+    }
+    close(ends[1]);
+    char report = 0;
+    EXPECT_EQ(read(ends[0], &report, 1), 1);
+    EXPECT_EQ(report, 'n');
+    close(ends[0]);
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+}
+
+}  // namespace

@@ -1,0 +1,37 @@
+#include "tests/support/FailingAllocator.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+constexpr int kNoLimit = -1;
+thread_local int s_left = kNoLimit;
+
+void* Allocate(std::size_t size) noexcept {
+    if (s_left == 0) return nullptr;
+    if (s_left > 0) --s_left;
+    return std::malloc(size ? size : 1);
+}
+
+void* AllocateOrThrow(std::size_t size) {
+    if (void* block = Allocate(size)) return block;
+    throw std::bad_alloc();
+}
+
+}  // namespace
+
+FailingAllocator::FailingAllocator(int allocations) { s_left = allocations; }
+FailingAllocator::~FailingAllocator() { s_left = kNoLimit; }
+
+// Every form, since a sanitizer's runtime has its own for each that is missing here.
+void* operator new(std::size_t size) { return AllocateOrThrow(size); }
+void* operator new[](std::size_t size) { return AllocateOrThrow(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete[](void* block) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+void operator delete[](void* block, std::size_t) noexcept { std::free(block); }
+void operator delete(void* block, const std::nothrow_t&) noexcept { std::free(block); }
+void operator delete[](void* block, const std::nothrow_t&) noexcept { std::free(block); }

@@ -1,0 +1,25 @@
+// Makes the heap run out: while one stands, `operator new` of this thread fails behind `allocations`
+// successes, and goes on failing. Only in programs that link FailingAllocator.cpp.
+#pragma once
+
+class FailingAllocator {
+public:
+    explicit FailingAllocator(int allocations);
+    ~FailingAllocator();
+    FailingAllocator(const FailingAllocator&) = delete;
+    FailingAllocator& operator=(const FailingAllocator&) = delete;
+};
+
+// Runs `work` with ever more memory until it no longer gives `failure`, and gives what it gave then. `check`
+// runs behind every failure.
+template <class Result, class Work, class Check>
+Result RunWithMoreMemory(Result failure, Work work, Check check) {
+    for (int allocations = 0;; ++allocations) {
+        const Result result = [&] {
+            const FailingAllocator heap(allocations);
+            return work();
+        }();
+        if (result != failure) return result;
+        check();
+    }
+}
