@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "AudioCodec/wave/AudioFormatInfo.h"
 #include "AudioCodec/wave/WaveTypes.h"
 
 bool WaveFormat::IsDirectPcm() const {
@@ -39,4 +40,15 @@ void WaveFormat::Store(uint8_t* record) const {
     if (formatTag == kFormatTagPcm) return;
     StoreLE16(record + kPcmFormatSize, static_cast<uint16_t>(extra.size()));
     std::copy(extra.begin(), extra.end(), record + kFormatFixedSize);
+}
+
+void FillFormatInfo(const WaveFormat& format, AudioFormatInfo* info) {
+    info->version = 3;
+    info->size = sizeof(AudioFormatInfo);
+    info->channels = format.channels;
+    info->samplesPerSec = format.samplesPerSec;
+    info->avgBytesPerSec = format.avgBytesPerSec;
+    info->blockAlign = format.blockAlign;
+    info->bitsPerSample = format.bitsPerSample;
+    info->reserved = 0;
 }

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <vector>
 
+struct AudioFormatInfo;
+
 struct WaveFormat {
     uint16_t formatTag = 0;  // 1 is integer PCM
     uint16_t channels = 0;
@@ -27,3 +29,6 @@ struct WaveFormat {
     // Writes DiskSize() bytes.
     void Store(uint8_t* record) const;
 };
+
+// Tells a format to the host: version 3, size 28, reserved 0; the unused field is not written.
+void FillFormatInfo(const WaveFormat& format, AudioFormatInfo* info);

@@ -1,6 +1,7 @@
 // Files as the module opens them: share modes hold between handles, threads and processes, a handle knows its
-// own 64-bit position, and reads and writes are whole. Synchronous only; no directories, pipes or security
-// records: what is not supported is refused with a last error.
+// own 64-bit position, and reads and writes are whole. Synchronous only; regular files and character devices,
+// no directories, pipes or security records: what is not supported is refused with a last error. Threads may
+// share a file through handles of their own, a handle is used by one at a time.
 #pragma once
 
 #include "platform/base/Types.h"
@@ -29,8 +30,10 @@ struct SECURITY_ATTRIBUTES;  // null alone is supported
 struct OVERLAPPED;           // null alone is supported
 
 // Opens or creates a file. Gives a handle, or INVALID_HANDLE_VALUE with a last error: 32 for a share mode
-// that another handle of any process contradicts, 5 for a file or folder that may not be accessed so. A file
-// is never emptied before its share mode is held.
+// that another handle of any process contradicts, 5 for a file or folder that may not be accessed so, also
+// for writing to a file that has no write permission at all, 87 for an unknown bit, no access, or
+// CREATE_ALWAYS without GENERIC_WRITE. A file is never emptied before its share mode is held. Devices have no
+// share mode.
 VL_PLATFORM_API HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share,
                                    SECURITY_ATTRIBUTES* security, DWORD disposition, DWORD flagsAndAttributes,
                                    HANDLE templateFile);
@@ -46,8 +49,9 @@ VL_PLATFORM_API BOOL WriteFile(HANDLE file, const void* buffer, DWORD size, DWOR
 
 // Moves the handle's place. `distanceHigh`, may be null: in the high 32 bits of the distance, out those of
 // the new place. Without it the distance is a signed 32-bit number. Gives the low 32 bits of the new place,
-// which may lie behind the file's end, or INVALID_SET_FILE_POINTER with a last error: since that is also a
-// place, a caller with `distanceHigh` clears the last error first.
+// which may lie behind the file's end, or INVALID_SET_FILE_POINTER with a last error, the place unmoved: 131
+// for a place before the start, 87 for one that 64 bits, or 32 without `distanceHigh`, can't tell. Since that
+// value is also a place, a caller with `distanceHigh` clears the last error first; success leaves it alone.
 VL_PLATFORM_API DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method);
 
 // The file's size in bytes: low half as the result, high half through `high`, may be null.

@@ -1,0 +1,371 @@
+#include "AudioCodec/wave/CACStreamReader.h"
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+
+#include "AudioCodec/attributes/AttributeIds.h"
+#include "AudioCodec/shell/Border.h"
+#include "AudioCodec/shell/InterfaceTable.h"
+#include "AudioCodec/wave/Saturating.h"
+#include "AudioCodec/wave/WaveTypes.h"
+#include "platform/file/Paths.h"
+
+namespace {
+
+constexpr uint32_t kFromStart = 0;
+constexpr uint32_t kFromHere = 1;
+constexpr uint32_t kFromEnd = 2;
+
+constexpr uint32_t kOutputBytesPerSample = 2;
+constexpr uint32_t kExtensionBufferBytes = 20;
+constexpr uint32_t kByteBlock = 65536;  // raw 8-bit audio is taken in blocks of this size at the most
+
+constexpr InterfaceTableEntry kInterfaces[] = {{&IID_IBase, 0},
+                                               {&IID_IAttributeContainer64, 0},
+                                               {&IID_IAC3Reader, 0},
+                                               {&IID_IAC3StreamReader, 0},
+                                               {nullptr, 0}};
+
+struct TextAttribute {
+    uint32_t id;
+    const char16_t* text;
+};
+constexpr TextAttribute kAttributes[] = {
+    {ATTR_CODEC_FORMAT_NAME, u"PCM"},
+    {ATTR_READ_EXTENSION, u".wav"},
+    {ATTR_STREAM_EXTENSION, u".wav"},
+    {ATTR_CODEC_SHORT_NAME, u"wav"},
+};
+
+constexpr std::u16string_view kExtensions[] = {u"wav", u"aif"};
+static_assert((kExtensions[0].size() + 1) * sizeof(char16_t) <= kExtensionBufferBytes);
+
+bool IsAiff(const char16_t* path) {
+    const char16_t* extension = PathFindExtensionW(path);
+    return extension && lstrcmpiW(extension, u".aif") == 0;
+}
+
+int16_t Widen(uint8_t byte) { return static_cast<int16_t>((byte - 128) * 256); }
+
+// position * rate / oldRate, in double precision and truncated; 0 where there was no rate.
+int64_t RescalePosition(int64_t position, uint32_t rate, int32_t oldRate) {
+    if (oldRate <= 0) return 0;
+    const double scaled = std::trunc(static_cast<double>(rate) * static_cast<double>(position) / oldRate);
+    return scaled < 9.2e18 ? static_cast<int64_t>(scaled) : Saturating::kMost;
+}
+
+}  // namespace
+
+CACStreamReader::CACStreamReader() {
+    for (const TextAttribute& attribute : kAttributes) {
+        if (SetString(attribute.id, attribute.text) != RESULT_OK) throw std::bad_alloc();
+    }
+}
+
+CACStreamReader::~CACStreamReader() { Close(); }
+
+Result CACStreamReader::InternalQueryInterface(const GUID* iid, void** object) {
+    return FindInterfaceEntry(this, kInterfaces, iid, object);
+}
+
+const char16_t* CACStreamReader::GetClassName() { return u"CACStreamReader"; }
+
+Result CACStreamReader::Open(const char16_t* path, uint32_t flags) {
+    if (m_inner) m_inner->Close();
+    m_inner.reset();
+    bool done = false;
+    const Result result = AtBorder(RESULT_CANNOT_OPEN, [&] {
+        const Result opened = OpenFile(path, flags);
+        done = true;
+        return opened;
+    });
+    if (!done) ForgetSource();
+    return result;
+}
+
+Result CACStreamReader::OpenFile(const char16_t* path, uint32_t flags) {
+    const bool aiff = IsAiff(path);
+    if (!aiff) {
+        const Result opened = m_wave.OpenForReading(path, (flags & OPEN_READ_ONLY) != 0);
+        if (opened != RESULT_OK) return opened;
+    }
+    m_sourceFormat = aiff ? WaveFormat{} : m_wave.Format();
+    if (!m_sourceFormat.IsDirectPcm()) {
+        const Result opened = OpenInner(path, flags);
+        if (opened != RESULT_OK) return opened;
+    }
+    StartAtBeginning();
+    return RESULT_OK;
+}
+
+Result CACStreamReader::OpenInner(const char16_t* path, uint32_t flags) {
+    m_wave.CloseFile();  // the inner reader opens it itself
+    m_inner = CreateInnerReader();
+    if (!m_inner) return RESULT_CANNOT_OPEN;
+    const Result opened = m_inner->Open(path, flags);
+    if (opened != RESULT_OK) {
+        m_inner->Close();
+        m_inner.reset();
+    }
+    return opened;
+}
+
+Result CACStreamReader::OpenStream(IStream* stream, uint32_t flags) {
+    if (m_inner) return m_inner->OpenStream(stream, flags);
+    bool done = false;
+    const Result result = AtBorder(RESULT_FAILED, [&] {
+        const Result opened = OpenImage(stream, flags);
+        done = true;
+        return opened;
+    });
+    if (!done) ForgetSource();
+    return result;
+}
+
+Result CACStreamReader::OpenImage(IStream* stream, uint32_t flags) {
+    m_wave.AttachStream(stream);
+    if (!m_wave.ParseChunks()) return RESULT_NOT_WAVE;
+    m_wave.SetReadOnly((flags & OPEN_READ_ONLY) != 0);
+    m_wave.SetModified(false);
+    m_sourceFormat = m_wave.Format();
+    if (!m_sourceFormat.IsDirectPcm()) return RESULT_NOT_PCM;
+    StartAtBeginning();
+    return RESULT_OK;
+}
+
+void CACStreamReader::StartAtBeginning() {
+    DropStaged();
+    m_converter.Configure(m_sourceFormat.channels, static_cast<int32_t>(m_sourceFormat.samplesPerSec),
+                          m_outChannels, static_cast<int32_t>(m_outRate));
+    m_position = 0;
+    m_converter.ResetToOutputPosition(0);
+}
+
+// Behind an exception half way through an open: format and converter may not belong together.
+void CACStreamReader::ForgetSource() {
+    m_wave.CloseFile();
+    m_sourceFormat = WaveFormat{};
+    DropStaged();
+}
+
+void CACStreamReader::DropStaged() {
+    m_stagedFrames = 0;
+    m_usedFrames = 0;
+}
+
+Result CACStreamReader::Read(void* buffer, uint32_t frames, uint32_t* framesRead, uint8_t* endOfStream) {
+    if (m_inner) return m_inner->Read(buffer, frames, framesRead, endOfStream);
+    if (!buffer || !framesRead) return RESULT_BAD_ARGUMENT;
+    if (endOfStream) *endOfStream = 0;
+    *framesRead = 0;
+    auto* const output = static_cast<int16_t*>(buffer);
+    return AtBorder(RESULT_FAILED, [&] {
+        return m_converter.IsConversionFree() ? ReadSourceFrames(output, frames, framesRead, endOfStream)
+                                              : ReadConverted(output, frames, framesRead, endOfStream);
+    });
+}
+
+Result CACStreamReader::ReadConverted(int16_t* output, uint32_t frames, uint32_t* framesRead,
+                                      uint8_t* endOfStream) {
+    uint32_t remaining = frames;
+    while (remaining != 0) {
+        if (m_usedFrames == m_stagedFrames) {
+            const Result refilled = RefillStaging(endOfStream);
+            if (refilled != RESULT_OK) return refilled;
+        }
+        uint32_t taken = m_stagedFrames - m_usedFrames;
+        uint32_t made = remaining;
+        m_converter.Process(m_staging + size_t{m_usedFrames} * m_converter.SourceChannels(), &taken, output,
+                            &made);
+        if (made == 0) break;
+        m_position += made;
+        m_usedFrames = std::min(m_usedFrames + taken, m_stagedFrames);
+        output += size_t{made} * m_outChannels;
+        remaining -= made;
+    }
+    *framesRead = frames - remaining;
+    return RESULT_OK;
+}
+
+Result CACStreamReader::RefillStaging(uint8_t* endOfStream) {
+    DropStaged();
+    const uint32_t channels = std::max<uint32_t>(m_converter.SourceChannels(), 1);
+    const Result read =
+        ReadSourceFrames(m_staging, kStagingBytes / channels / 2, &m_stagedFrames, endOfStream);
+    if (read != RESULT_OK) DropStaged();
+    return read;
+}
+
+// Whether there is a direct source whose frames have the size that buffers are laid out for.
+Result CACStreamReader::SourceState() const {
+    if (m_sourceFormat.formatTag == 0) return RESULT_FAILED;
+    if (!m_sourceFormat.IsDirectPcm()) return RESULT_NOT_PCM;
+    const uint32_t frameBytes = uint32_t{m_sourceFormat.channels} * m_sourceFormat.bitsPerSample / 8;
+    const bool usable = m_sourceFormat.blockAlign != 0 && m_sourceFormat.blockAlign <= frameBytes;
+    // A file without a rate keeps the channels it was opened with, whatever was asked for since.
+    return usable && m_converter.OutputChannels() == m_outChannels ? RESULT_OK : RESULT_NOT_WAVE;
+}
+
+Result CACStreamReader::ReadSourceFrames(int16_t* buffer, uint32_t frames, uint32_t* framesRead,
+                                         uint8_t* endOfStream) {
+    if (!buffer || !framesRead) return RESULT_BAD_ARGUMENT;
+    *framesRead = 0;
+    const Result state = SourceState();
+    if (state != RESULT_OK) {
+        if (endOfStream) *endOfStream = 1;
+        return state;
+    }
+    const uint32_t blockAlign = m_sourceFormat.blockAlign;
+    const uint64_t bytes = uint64_t{blockAlign} * frames;
+    uint64_t done = 0;
+    Result result = RESULT_OK;
+    if (m_sourceFormat.bitsPerSample == 8) {
+        result = ReadWidened(buffer, bytes, &done);
+    } else {
+        const uint32_t most = UINT32_MAX - UINT32_MAX % blockAlign;
+        uint32_t read = 0;
+        result = m_wave.ReadData(static_cast<uint32_t>(std::min<uint64_t>(bytes, most)), buffer, &read);
+        done = read;
+    }
+    *framesRead = static_cast<uint32_t>(done / blockAlign);
+    if (endOfStream) *endOfStream = *framesRead != frames;
+    return result;
+}
+
+Result CACStreamReader::ReadWidened(int16_t* buffer, uint64_t bytes, uint64_t* done) {
+    uint32_t block = 0;
+    uint32_t read = 0;
+    Result result = RESULT_OK;
+    do {
+        block = static_cast<uint32_t>(std::min<uint64_t>(bytes - *done, kByteBlock));
+        if (m_byteBuffer.size() < block) m_byteBuffer.resize(block);
+        result = m_wave.ReadData(block, m_byteBuffer.data(), &read);
+        std::transform(m_byteBuffer.begin(), m_byteBuffer.begin() + read, buffer + *done, Widen);
+        *done += read;
+    } while (result == RESULT_OK && read == block && *done < bytes);
+    return result;
+}
+
+Result CACStreamReader::SeekSourceFrames(uint32_t origin, int64_t offset, int64_t* frame) {
+    if (origin > kFromEnd) return RESULT_BAD_ARGUMENT;
+    const int64_t blockAlign = m_sourceFormat.blockAlign;
+    if (blockAlign == 0) return RESULT_NOT_WAVE;
+    Result result = RESULT_OK;
+    if (origin != kFromHere || offset != 0)
+        result = m_wave.SeekData(Saturating::Mul(blockAlign, offset), origin);
+    if (frame) *frame = m_wave.TellData() / blockAlign;
+    return result;
+}
+
+Result CACStreamReader::Seek(uint32_t origin, int64_t offset, int64_t* position) {
+    if (m_inner) return m_inner->Seek(origin, offset, position);
+    DropStaged();
+    Result result = RESULT_OK;
+    if (m_converter.IsConversionFree()) {
+        result = SeekSourceFrames(origin, offset, &m_position);
+        if (result != RESULT_OK) return result;
+    } else if (origin > kFromEnd) {
+        return RESULT_BAD_ARGUMENT;
+    } else if (origin != kFromHere || offset != 0) {
+        result = SeekConverted(origin, offset);
+    }
+    if (position) *position = m_position;
+    return result;
+}
+
+Result CACStreamReader::SeekConverted(uint32_t origin, int64_t offset) {
+    Result result = RESULT_OK;
+    if (origin == kFromEnd) {
+        int64_t source = Saturating::MulDiv(offset, m_converter.InputStep(), m_converter.PhaseCount());
+        result = SeekSourceFrames(origin, source, &source);
+        m_position = Saturating::MulDiv(source, m_converter.PhaseCount(), m_converter.InputStep());
+    } else {
+        m_position = origin == kFromStart ? offset : Saturating::Add(m_position, offset);
+    }
+    m_position = std::max<int64_t>(m_position, 0);
+    StandAtPosition();
+    return result;
+}
+
+// Brings converter and source to m_position. A source that can't move gives its code at the next Read.
+void CACStreamReader::StandAtPosition() {
+    const int64_t frame = m_converter.ResetToOutputPosition(m_position);
+    m_wave.SeekData(Saturating::Mul(m_sourceFormat.blockAlign, frame), kFromStart);
+}
+
+Result CACStreamReader::GetLength(int64_t* frames) {
+    if (m_inner) return m_inner->GetLength(frames);
+    if (!frames) return RESULT_BAD_ARGUMENT;
+    const WaveFormat& format = m_wave.Format();
+    if (format.formatTag != kFormatTagPcm) return RESULT_FAILED;
+    if (format.blockAlign == 0 || !m_converter.IsConfigured()) return RESULT_NOT_WAVE;
+    *frames = Saturating::MulDiv(m_wave.DataSize() / format.blockAlign, m_converter.PhaseCount(),
+                                 m_converter.InputStep());
+    return RESULT_OK;
+}
+
+Result CACStreamReader::Close() {
+    m_wave.CloseFile();
+    if (m_inner) m_inner->Close();
+    return RESULT_OK;
+}
+
+Result CACStreamReader::SetOutputFormat(uint32_t channels, uint32_t rate, uint32_t bytesPerSample) {
+    if (bytesPerSample != kOutputBytesPerSample) return RESULT_BAD_ARGUMENT;
+    if (m_inner) return m_inner->SetOutputFormat(channels, rate, kOutputBytesPerSample);
+    const bool hasSource = m_sourceFormat.channels != 0 && m_sourceFormat.samplesPerSec != 0;
+    return AtBorder(RESULT_NO_MEMORY, [&] {
+        const int64_t position = RescalePosition(m_position, rate, m_converter.OutputRate());
+        // First what may fail: the caller's buffers follow the format that stands.
+        if (hasSource)
+            m_converter.Configure(m_sourceFormat.channels, static_cast<int32_t>(m_sourceFormat.samplesPerSec),
+                                  channels, static_cast<int32_t>(rate));
+        m_outChannels = channels;
+        m_outRate = rate;
+        m_outBytesPerSample = kOutputBytesPerSample;
+        DropStaged();
+        if (hasSource) {
+            m_position = position;
+            StandAtPosition();
+        }
+        return RESULT_OK;
+    });
+}
+
+Result CACStreamReader::GetOutputFormat(uint32_t* channels, uint32_t* rate, uint32_t* bytesPerSample) {
+    if (!channels || !rate || !bytesPerSample) return RESULT_BAD_ARGUMENT;
+    if (m_inner) return m_inner->GetOutputFormat(channels, rate, bytesPerSample);
+    *channels = m_outChannels;
+    *rate = m_outRate;
+    *bytesPerSample = m_outBytesPerSample;
+    return RESULT_OK;
+}
+
+Result CACStreamReader::GetMetadata(IAC3Metadata** metadata) {
+    if (m_inner) return m_inner->GetMetadata(metadata);
+    return metadata ? RESULT_NO_MEMORY : RESULT_BAD_ARGUMENT;  // no object of that kind can be created yet
+}
+
+Result CACStreamReader::GetSourceFormat(AudioFormatInfo* format) {
+    if (!format) return RESULT_BAD_ARGUMENT;
+    if (m_inner) return m_inner->GetSourceFormat(format);
+    FillFormatInfo(m_sourceFormat, format);
+    return RESULT_OK;
+}
+
+Result CACStreamReader::GetExtensionCount(uint32_t* count) {
+    if (count) *count = static_cast<uint32_t>(std::size(kExtensions));
+    return RESULT_OK;
+}
+
+Result CACStreamReader::GetExtension(uint32_t index, char16_t** extension) {
+    if (!extension) return RESULT_BAD_EXTENSION;
+    auto* const text = static_cast<char16_t*>(Alloc(kExtensionBufferBytes));
+    if (!text) return RESULT_NO_MEMORY;
+    text[0] = u'\0';
+    *extension = text;
+    if (index >= std::size(kExtensions)) return RESULT_BAD_EXTENSION;
+    *std::copy(kExtensions[index].begin(), kExtensions[index].end(), text) = u'\0';
+    return RESULT_OK;
+}

@@ -1,0 +1,76 @@
+// The reader that a host gets: a WAV file, or a WAV image in a stream, as 16-bit PCM at the host's rate and
+// channel count. PCM of 8 and 16 bits it reads by itself; everything else it hands to an inner reader and
+// then only forwards. One thread at a time.
+//
+// Chosen where it was open. A frame size of 0, or one in a stream that contradicts channels and bits, gives
+// 1003 from the operations that would divide or read by it. Read without a direct source gives 1, or 1001
+// behind a stream of another kind. Negative positions count as 0. An origin above 2 gives 4 and moves
+// nothing, with conversion too. Every Open drops an inner reader of an earlier one. A source shorter than 16
+// frames gives no converted frames. A position query (origin 1, offset 0) drops the staged block: with
+// conversion, ask where no frame may be missed only behind a Read that used its block up, or count what was
+// read.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "AudioCodec/graph/InnerReader.h"
+#include "AudioCodec/shell/BaseImpl.h"
+#include "AudioCodec/wave/CSampleRateConverter.h"
+#include "AudioCodec/wave/CWaveFile.h"
+#include "AudioCodec/wave/IAC3StreamReader.h"
+
+class CACStreamReader : public CAttributeContainerImpl<IAC3StreamReader> {
+public:
+    CACStreamReader();  // throws std::bad_alloc
+    ~CACStreamReader() override;
+
+    Result Open(const char16_t* path, uint32_t flags) override;
+    Result Seek(uint32_t origin, int64_t offset, int64_t* position) override;
+    Result Read(void* buffer, uint32_t frames, uint32_t* framesRead, uint8_t* endOfStream) override;
+    Result GetLength(int64_t* frames) override;
+    Result Close() override;
+    Result SetOutputFormat(uint32_t channels, uint32_t rate, uint32_t bytesPerSample) override;
+    Result GetOutputFormat(uint32_t* channels, uint32_t* rate, uint32_t* bytesPerSample) override;
+    Result GetMetadata(IAC3Metadata** metadata) override;
+    Result GetSourceFormat(AudioFormatInfo* format) override;
+    Result GetExtensionCount(uint32_t* count) override;
+    Result GetExtension(uint32_t index, char16_t** extension) override;
+    Result OpenStream(IStream* stream, uint32_t flags) override;
+
+protected:
+    Result InternalQueryInterface(const GUID* iid, void** object) override;
+    const char16_t* GetClassName() override;
+
+private:
+    Result OpenFile(const char16_t* path, uint32_t flags);
+    Result OpenInner(const char16_t* path, uint32_t flags);
+    Result OpenImage(IStream* stream, uint32_t flags);
+    void StartAtBeginning();
+    void ForgetSource();
+    void DropStaged();
+
+    Result SourceState() const;
+    Result ReadConverted(int16_t* output, uint32_t frames, uint32_t* framesRead, uint8_t* endOfStream);
+    Result RefillStaging(uint8_t* endOfStream);
+    Result ReadSourceFrames(int16_t* buffer, uint32_t frames, uint32_t* framesRead, uint8_t* endOfStream);
+    Result ReadWidened(int16_t* buffer, uint64_t bytes, uint64_t* done);
+    Result SeekSourceFrames(uint32_t origin, int64_t offset, int64_t* frame);
+    Result SeekConverted(uint32_t origin, int64_t offset);
+    void StandAtPosition();
+
+    static constexpr uint32_t kStagingBytes = 4096;
+
+    CWaveFile m_wave;
+    WaveFormat m_sourceFormat;
+    std::vector<uint8_t> m_byteBuffer;  // raw 8-bit audio; grows when needed, within bounds
+    uint32_t m_outChannels = 2;
+    uint32_t m_outRate = 44100;
+    uint32_t m_outBytesPerSample = 2;
+    int64_t m_position = 0;                     // in output frames; without conversion as of the last Seek
+    int16_t m_staging[kStagingBytes / 2] = {};  // 16-bit source samples on their way through the converter
+    uint32_t m_stagedFrames = 0;
+    uint32_t m_usedFrames = 0;  // of the staged ones; at most as many
+    CSampleRateConverter m_converter;
+    std::unique_ptr<InnerReader> m_inner;
+};

@@ -1,0 +1,75 @@
+// 16-bit PCM of one rate and channel count into another: a polyphase filter of L rows of 32 taps
+// (Hann-windowed sinc, 16 input frames to each side), stepping M input frames in L output frames. Bit-exact
+// on every run. Knows no file and no 8-bit samples; its owners widen before it, narrow behind it, and skip it
+// when nothing changes. Channel counts that are neither equal nor one on a side give frames without samples:
+// its owners refuse them where they must. One thread at a time. Configure, one reset, then any number of
+// Process calls.
+//
+// Chosen where it was open: a first offer shorter than the warm-up leaves the warm-up at 32, so that nothing
+// lands outside its row; negative positions count as 0; rates that give no ratio (0, negative) leave L = M
+// = 1.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+struct PlannedFrame;
+
+class CSampleRateConverter {
+public:
+    // A ratio of output to input frames: L output frames for M input frames.
+    struct Ratio {
+        int32_t phaseCount;  // L, 1 to 1002
+        int32_t inputStep;   // M
+    };
+    // The best L/M near dstRate/srcRate, rates in Hz.
+    static Ratio FindRatio(int32_t srcRate, int32_t dstRate);
+
+    // Builds the filter for a pair of formats and stands at the start of the input. The costly step. Throws
+    // std::bad_alloc, and then stays as it was.
+    void Configure(uint32_t srcChannels, int32_t srcRate, uint32_t dstChannels, int32_t dstRate);
+
+    // Turns input frames into output frames. In: *inFrames on offer, *outFrames of room. Out: *inFrames that
+    // count as consumed, the others are to be offered again; *outFrames written. With no frames on offer it
+    // feeds the zeros of the tail instead, and `input` may be null. Allocates nothing.
+    void Process(const int16_t* input, uint32_t* inFrames, int16_t* output, uint32_t* outFrames);
+
+    // For a reader: the next output frame will be `position`. Gives the input frame to read from.
+    int64_t ResetToOutputPosition(int64_t position);
+
+    // For a writer: the next input frame will be `position`. Gives the output frame that belongs to it.
+    int64_t ResetToInputPosition(int64_t position);
+
+    // Nothing changes from input to output: the owner goes round the converter.
+    bool IsConversionFree() const { return m_srcRate == m_dstRate && m_srcChannels == m_dstChannels; }
+    bool IsConfigured() const { return m_phaseCount != 0; }
+    uint32_t SourceChannels() const { return m_srcChannels; }
+    uint32_t OutputChannels() const { return m_dstChannels; }
+    int32_t OutputRate() const { return m_dstRate; }
+    int32_t PhaseCount() const { return m_phaseCount; }  // L; 0 before Configure
+    int32_t InputStep() const { return m_inputStep; }    // M; 0 before Configure
+
+private:
+    void StartWarmup(uint32_t offered);
+    void TakeIn(const int16_t*& input, int64_t frames);
+    int64_t EndWarmup(int64_t& batch, int64_t& offered);
+    uint32_t Produce(int64_t batch, int16_t*& output, uint32_t room);
+    uint32_t Plan(int64_t batch, uint32_t most, PlannedFrame* plan);
+    void WriteFrames(const PlannedFrame* plan, uint32_t count, int16_t*& output) const;
+    int64_t SlideHistory(int64_t batch);
+    void ClearPast();
+
+    uint32_t m_srcChannels = 2;
+    uint32_t m_dstChannels = 2;
+    int32_t m_srcRate = 44100;
+    int32_t m_dstRate = 44100;
+    int32_t m_inputStep = 0;
+    int32_t m_phaseCount = 0;
+    std::vector<double> m_taps;     // L rows of 32
+    std::vector<int32_t> m_steps;   // L: how far the read place moves behind each output frame
+    std::vector<double> m_history;  // a row of 64 for each input channel
+    int32_t m_phase = 0;            // row of m_taps for the next output frame
+    int64_t m_readPos = 0;          // read place in the history
+    int32_t m_warmup = 0;           // input frames still to come before the next output frame
+    int32_t m_tail = 0;             // zero frames still to be fed at the end
+};

@@ -1,0 +1,166 @@
+#include "platform/file/posix/PosixFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace {
+
+template <class Call>
+auto Repeat(Call call) {
+    auto result = call();
+    while (result < 0 && errno == EINTR) result = call();
+    return result;
+}
+
+int Answer(int result) { return result < 0 ? errno : 0; }
+
+int CheckKind(mode_t mode) {
+    if (S_ISREG(mode) || S_ISCHR(mode)) return 0;
+    return S_ISDIR(mode) ? EISDIR : EOPNOTSUPP;
+}
+
+// What each creation tries in turn, for as long as it meets "there is none" or "there is one". Opening and
+// creating are told apart so that a new file is known as such; the last try is for a link that leads nowhere.
+struct CreationSteps {
+    Creation creation;
+    int count;
+    int flags[4];
+};
+constexpr CreationSteps kCreationSteps[] = {
+    {Creation::Never, 1, {0}},
+    {Creation::MustBeNew, 1, {O_CREAT | O_EXCL}},
+    {Creation::IfMissing, 4, {0, O_CREAT | O_EXCL, 0, O_CREAT}},
+};
+
+int OpenFlags(const std::string& path, int flags) {
+    constexpr mode_t kNewFileMode = 0666;  // less the umask
+    return Repeat(
+        [&] { return open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, kNewFileMode); });
+}
+
+struct flock ByteLock(int type, int64_t byte) {
+    struct flock lock = {};  // l_pid must be 0 for locks of the open file description
+    lock.l_type = static_cast<short>(type);
+    lock.l_whence = SEEK_SET;
+    lock.l_start = byte;
+    lock.l_len = 1;
+    return lock;
+}
+
+// `call` moves the bytes behind the first `done` ones.
+template <class Call>
+int MoveAll(size_t size, size_t& done, int onNothing, Call call) {
+    done = 0;
+    while (done < size) {
+        const ssize_t moved = Repeat([&] { return call(done); });
+        if (moved < 0) return errno;
+        if (moved == 0) return onNothing;
+        done += static_cast<size_t>(moved);
+    }
+    return 0;
+}
+
+}  // namespace
+
+PosixFile::~PosixFile() {
+    if (m_descriptor >= 0) close(m_descriptor);  // never repeated: the descriptor is gone after EINTR too
+}
+
+int PosixFile::Open(const std::string& path, const OpenMode& mode) {
+    // Before opening, since to open a pipe already wakes whoever waits at its other end.
+    struct stat status = {};
+    if (mode.creation != Creation::MustBeNew && stat(path.c_str(), &status) == 0)
+        if (const int error = CheckKind(status.st_mode)) return error;
+
+    bool created = false;
+    if (const int error = OpenDescriptor(path, mode, created)) return error;
+    return CheckOpened(mode.write, created);
+}
+
+int PosixFile::OpenDescriptor(const std::string& path, const OpenMode& mode, bool& created) {
+    const auto tryAll = [&](int access) {
+        for (const CreationSteps& steps : kCreationSteps) {
+            if (steps.creation != mode.creation) continue;
+            for (int i = 0; i < steps.count && m_descriptor < 0; ++i) {
+                created = (steps.flags[i] & O_CREAT) != 0;
+                m_descriptor = OpenFlags(path, access | steps.flags[i]);
+                if (m_descriptor < 0 && errno != ENOENT && errno != EEXIST) break;
+            }
+        }
+        return m_descriptor < 0 ? errno : 0;
+    };
+    // For writing alone too: share modes need a descriptor that may be read.
+    int error = tryAll(mode.write ? O_RDWR : O_RDONLY);
+    if (error == EACCES && mode.write && !mode.read) {
+        m_readable = false;
+        error = tryAll(O_WRONLY);
+    }
+    return error;
+}
+
+int PosixFile::CheckOpened(bool write, bool created) const {
+    struct stat status = {};
+    if (fstat(m_descriptor, &status) < 0) return errno;
+    if (const int error = CheckKind(status.st_mode)) return error;
+    constexpr mode_t kAnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
+    if (write && !created && (status.st_mode & kAnyWrite) == 0) return EACCES;
+    // O_NONBLOCK was for the opening; a device then waits as devices do.
+    const int flags = fcntl(m_descriptor, F_GETFL);
+    return flags < 0 ? errno : Answer(fcntl(m_descriptor, F_SETFL, flags & ~O_NONBLOCK));
+}
+
+int PosixFile::ReadAt(void* buffer, size_t size, int64_t place, size_t& done) const {
+    return MoveAll(size, done, 0, [&](size_t from) {
+        return pread(m_descriptor, static_cast<char*>(buffer) + from, size - from,
+                     place + static_cast<int64_t>(from));
+    });
+}
+
+int PosixFile::WriteAt(const void* buffer, size_t size, int64_t place, size_t& done) const {
+    return MoveAll(size, done, EIO, [&](size_t from) {
+        return pwrite(m_descriptor, static_cast<const char*>(buffer) + from, size - from,
+                      place + static_cast<int64_t>(from));
+    });
+}
+
+int PosixFile::Size(int64_t& size) const {
+    struct stat status = {};
+    if (fstat(m_descriptor, &status) < 0) return errno;
+    size = status.st_size;
+    return 0;
+}
+
+int PosixFile::Resize(int64_t size) const {
+    return Answer(Repeat([&] { return ftruncate(m_descriptor, size); }));
+}
+
+int PosixFile::Flush() const {
+    const int error = Answer(Repeat([&] { return fsync(m_descriptor); }));
+    return error == EINVAL ? 0 : error;  // a device that keeps nothing back
+}
+
+bool PosixFile::IsRegular() const {
+    struct stat status = {};
+    return fstat(m_descriptor, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+int PosixFile::Lock(int64_t byte) const {
+    struct flock lock = ByteLock(m_readable ? F_RDLCK : F_WRLCK, byte);
+    const int error = Answer(Repeat([&] { return fcntl(m_descriptor, F_OFD_SETLK, &lock); }));
+    return error == EACCES ? EAGAIN : error;
+}
+
+void PosixFile::Unlock(int64_t byte) const {
+    struct flock lock = ByteLock(F_UNLCK, byte);
+    Repeat([&] { return fcntl(m_descriptor, F_OFD_SETLK, &lock); });
+}
+
+int PosixFile::IsLockedByOther(int64_t byte, bool& locked) const {
+    struct flock lock = ByteLock(F_WRLCK, byte);
+    const int error = Answer(Repeat([&] { return fcntl(m_descriptor, F_OFD_GETLK, &lock); }));
+    locked = error == 0 && lock.l_type != F_UNLCK;
+    return error;
+}

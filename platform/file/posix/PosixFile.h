@@ -1,0 +1,54 @@
+// One open file of the system, and the only place that calls it: interrupted calls are repeated, short counts
+// completed. Operations answer an errno, 0 for success. Knows no place, no share mode and no last error.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+
+enum class Creation { Never, IfMissing, MustBeNew };
+
+struct OpenMode {
+    bool read = false;
+    bool write = false;
+    Creation creation = Creation::Never;
+};
+
+class PosixFile {
+public:
+    PosixFile() = default;
+    PosixFile(PosixFile&& other) noexcept
+        : m_descriptor(std::exchange(other.m_descriptor, -1)), m_readable(other.m_readable) {}
+    PosixFile& operator=(PosixFile&&) = delete;
+    ~PosixFile();
+
+    // Opens a regular file or a character device, and nothing else: a folder gives EISDIR, pipes, sockets and
+    // block devices EOPNOTSUPP, without waiting for anyone. A file that has no write permission bit and is
+    // not new gives EACCES for writing, whoever asks. Never empties a file. Once for an object.
+    int Open(const std::string& path, const OpenMode& mode);
+
+    // Reads up to `size` bytes; fewer in `done` mean the end of the file. After an error `done` is what came.
+    int ReadAt(void* buffer, size_t size, int64_t place, size_t& done) const;
+    // Writes `size` bytes. After an error `done` is what reached the file.
+    int WriteAt(const void* buffer, size_t size, int64_t place, size_t& done) const;
+
+    int Size(int64_t& size) const;
+    int Resize(int64_t size) const;
+    int Flush() const;
+
+    bool IsRegular() const;  // not a device
+
+    // Shared locks on single bytes, seen by every other open file of any process and gone with this object.
+    // EAGAIN if the lock can't be had.
+    int Lock(int64_t byte) const;
+    void Unlock(int64_t byte) const;
+    int IsLockedByOther(int64_t byte, bool& locked) const;
+
+private:
+    int OpenDescriptor(const std::string& path, const OpenMode& mode, bool& created);
+    int CheckOpened(bool write, bool created) const;
+
+    int m_descriptor = -1;
+    bool m_readable = true;  // a shared lock needs a descriptor that may be read
+};

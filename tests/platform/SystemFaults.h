@@ -1,0 +1,23 @@
+// Makes the system's pread and pwrite behave as they may and seldom do: interrupted calls, short counts,
+// errors. The definitions in this program come before the C library's, for libvlplatform too.
+#pragma once
+
+#include <cstddef>
+
+struct SystemFaults {
+    int interruptions = 0;        // calls that fail with EINTR first, before each call that goes through
+    size_t longest = ~size_t{0};  // bytes that one call moves at most
+    int callsUntilError = -1;     // calls that go through before `error`; -1: no error
+    int error = 0;
+};
+
+// Holds for the calling thread until the object ends.
+class WithFaults {
+public:
+    explicit WithFaults(const SystemFaults& faults);
+    WithFaults(const WithFaults&) = delete;
+    WithFaults& operator=(const WithFaults&) = delete;
+    ~WithFaults();
+
+    int CallsSeen() const;  // so that a test knows that it tested something
+};
