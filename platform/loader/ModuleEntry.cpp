@@ -1,0 +1,12 @@
+#include "platform/loader/ModuleEntry.h"
+
+#include "platform/loader/ModuleTable.h"
+#include "platform/loader/posix/LoadedModule.h"
+
+HMODULE VlModuleAttached(const void* address) {
+    const LoadedModule module = FindLoadedModule(address);
+    ModuleTable::Instance().Add(module.handle, module.path);
+    return module.handle;
+}
+
+void VlModuleDetached(HMODULE instance) { ModuleTable::Instance().Remove(instance); }

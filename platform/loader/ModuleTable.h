@@ -1,0 +1,23 @@
+// The paths of the modules that have announced themselves, by handle. Any thread.
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "platform/base/Types.h"
+
+class ModuleTable {
+public:
+    // One for the process, built by the first module and gone behind the last.
+    static ModuleTable& Instance();
+
+    void Add(HMODULE module, const std::string& path);
+    void Remove(HMODULE module);
+    std::optional<std::string> PathOf(HMODULE module) const;
+
+private:
+    mutable std::mutex m_lock;
+    std::map<HMODULE, std::string> m_paths;  // under m_lock; the system's bytes
+};

@@ -1,0 +1,31 @@
+#include "platform/loader/posix/LoadedModule.h"
+
+#include <dlfcn.h>
+#include <link.h>
+
+#include <filesystem>
+
+namespace {
+
+// The folder is made real, so that the path outlives a move of the current folder or of a link; the name
+// stays, so that what lies beside the module is found by the name that its users know.
+std::string WholePath(const std::filesystem::path& path) {
+    std::error_code error;
+    const auto absolute = std::filesystem::absolute(path, error);
+    if (error) return path.string();
+    const auto folder = std::filesystem::canonical(absolute.parent_path(), error);
+    return error ? absolute.string() : (folder / absolute.filename()).string();
+}
+
+}  // namespace
+
+LoadedModule FindLoadedModule(const void* address) {
+    Dl_info info = {};
+    link_map* map = nullptr;
+    if (dladdr1(address, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0 || !map) return {};
+    // The program itself has no name there.
+    std::error_code error;
+    const std::string path = *map->l_name ? WholePath(map->l_name)
+                                          : std::filesystem::read_symlink("/proc/self/exe", error).string();
+    return {map, path};
+}

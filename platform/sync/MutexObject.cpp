@@ -1,0 +1,20 @@
+#include "platform/sync/MutexObject.h"
+
+MutexObject::MutexObject(bool initialOwner)
+    : m_owner(std::this_thread::get_id()), m_takings(initialOwner ? 1 : 0) {}
+
+bool MutexObject::TryTake() {
+    const auto self = std::this_thread::get_id();
+    if (m_takings != 0 && m_owner != self) return false;
+    m_owner = self;
+    ++m_takings;
+    return true;
+}
+
+bool MutexObject::Release() {
+    const std::lock_guard lock(m_lock);
+    if (m_takings == 0 || m_owner != std::this_thread::get_id()) return false;
+    // Told under the lock: who takes it next may close the handle.
+    if (--m_takings == 0) m_changed.notify_one();
+    return true;
+}
