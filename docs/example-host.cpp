@@ -11,9 +11,10 @@
 #include "platform/base/RefPtr.h"
 
 int main(int argc, char** argv) {
-    void* library = argc == 3 ? dlopen(argv[1], RTLD_NOW | RTLD_LOCAL) : nullptr;
+    if (argc != 3) return std::puts("usage: example-host PATH/VlACWav3.so FILE.wav"), 2;
+    void* library = dlopen(argv[1], RTLD_NOW | RTLD_LOCAL);
     void* symbol = library ? dlsym(library, "DllVlGetClassObject") : nullptr;
-    if (!symbol) return std::puts("usage: example-host PATH/VlACWav3.so FILE.wav"), 2;
+    if (!symbol) return std::puts(dlerror()), 1;
     const auto getClassObject = reinterpret_cast<Result (*)(const GUID*, const GUID*, void**)>(symbol);
 
     void* object = nullptr;

@@ -7,8 +7,8 @@ class HostDecode : public VlwavTest {};
 TEST_F(HostDecode, AtTheSourcesOwnFormatTheBytesAreThoseOfTheFile) {
     const std::string audio = WriteWav("a.wav", 2, 44100, 16, 40000);  // more than two blocks
     EXPECT_EQ(Vlwav("decode a.wav -o a.raw").exitCode, 0);
-    EXPECT_EQ(Bytes("a.raw"), audio);
-    EXPECT_EQ(Vlwav("decode a.wav | cat").out, audio);
+    EXPECT_TRUE(Bytes("a.raw") == audio);
+    EXPECT_TRUE(Vlwav("decode a.wav | cat").out == audio);
 }
 
 TEST_F(HostDecode, EightBitSamplesAreWidened) {
@@ -30,7 +30,7 @@ TEST_F(HostDecode, GivesTheFramesThatTheLengthPromises) {
     constexpr uint32_t kFrames = 50000;
     for (const Conversion& c : {Conversion{1, 48000, 16, 44100, 2}, Conversion{2, 44100, 16, 48000, 1},
                                 Conversion{2, 44100, 16, 8000, 2}, Conversion{1, 8000, 8, 44100, 1},
-                                Conversion{2, 22050, 8, 22050, 1}, Conversion{1, 11025, 16, 768000, 2}}) {
+                                Conversion{2, 22050, 8, 22050, 1}, Conversion{1, 11025, 16, 48000, 2}}) {
         WriteWav("a.wav", c.channels, c.rate, c.bits, kFrames);
         const RunResult run = Vlwav("decode a.wav -o a.raw --rate " + std::to_string(c.toRate) +
                                     " --channels " + std::to_string(c.toChannels));

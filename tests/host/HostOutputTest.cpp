@@ -54,7 +54,7 @@ TEST_F(HostOutput, TheInputIsNeverItsOwnOutput) {
         const RunResult run = Vlwav(line);
         EXPECT_EQ(run.exitCode, 1) << line;
         EXPECT_NE(run.err.find("the input itself"), std::string::npos) << line << ": " << run.err;
-        EXPECT_EQ(Bytes("a.wav"), before) << line;
+        EXPECT_TRUE(Bytes("a.wav") == before) << line;
     }
     EXPECT_EQ(Names(), (std::vector<std::string>{"a.wav", "hard.wav", "link.wav"}));
 }
@@ -65,7 +65,7 @@ TEST_F(HostOutput, AReplacedFileKeepsItsModeAndItsLink) {
     std::filesystem::create_symlink("real.raw", m_folder / "link.raw");
     EXPECT_EQ(Vlwav("decode a.wav -o link.raw").exitCode, 0);
     EXPECT_TRUE(std::filesystem::is_symlink(m_folder / "link.raw"));
-    EXPECT_EQ(Bytes("real.raw"), m_audio);
+    EXPECT_TRUE(Bytes("real.raw") == m_audio);
     struct stat status {};
     ASSERT_EQ(stat((m_folder / "real.raw").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0640u);
