@@ -28,8 +28,9 @@ void WarnIfShort(const DecodeOptions& options, const SourceFormat& source, uint3
                  int64_t total) {
     const int64_t rounding = 1 + kFilterFrames * rate / source.rate;
     if (total + rounding >= promised || rate == 0) return;
-    Report::Complain(options.file, fmt::format("Warning: the file ends early, {} of {} frames were there.",
-                                               total, promised));
+    Report::Complain(
+        options.file,
+        fmt::format("Warning: the file seems cut off, {} of the promised {} frames came.", total, promised));
 }
 
 Output OpenOutput(const DecodeOptions& options) {

@@ -14,7 +14,9 @@
 
 namespace {
 
-constexpr uint32_t kMaxRate = 768000;  // Hz, twice what any converter on the market takes
+// Hz. Below, a whole block of the source can come to less than one frame; above, nothing plays it.
+constexpr uint32_t kMinRate = 1000;
+constexpr uint32_t kMaxRate = 768000;
 constexpr uint32_t kMaxChannels = 255;
 
 struct CommonOptions {
@@ -39,7 +41,7 @@ CLI::App* AddDecode(CLI::App& app, DecodeOptions& options) {
     CLI::App* decode = app.add_subcommand("decode", "Write the audio as raw signed 16-bit little-endian PCM");
     decode->add_option("FILE", options.file, "Audio file")->required();
     decode->add_option("--rate", options.rate, "Frames per second; the source's own if not given")
-        ->check(CLI::Range(uint32_t{1}, kMaxRate));
+        ->check(CLI::Range(kMinRate, kMaxRate));
     decode->add_option("--channels", options.channels, "Channels; the source's own if not given")
         ->check(CLI::Range(uint32_t{1}, kMaxChannels));
     decode->add_option("-o,--output", options.output, "File to write, - is standard output")

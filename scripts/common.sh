@@ -1,7 +1,8 @@
+# shellcheck shell=bash disable=SC2034 # the package lists are used by the scripts that source this one
 # Sourced by the scripts beside it: where the project lies, and how what it needs gets onto the machine.
 
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
-cd "$ROOT"
+cd "$ROOT" || exit 1
 
 BUILD_PACKAGES=(git ca-certificates g++ cmake ninja-build pkg-config libcli11-dev libfmt-dev nlohmann-json3-dev)
 TEST_PACKAGES=(libgtest-dev binutils)

@@ -58,12 +58,22 @@ TEST_F(HostDecode, AFileThatFailsLeavesTheOldOutputAlone) {
     EXPECT_EQ(Bytes("a.raw"), "precious");
 }
 
+TEST_F(HostDecode, ACutOffFileGivesWhatIsThereWithAWarning) {
+    const std::string audio = WriteWav("a.wav", 2, 44100, 16, 1000);
+    std::filesystem::resize_file(m_folder / "a.wav", 44 + 400);
+    const RunResult run = Vlwav("decode a.wav");
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_TRUE(run.out == audio.substr(0, 400));
+    EXPECT_NE(run.err.find("100 of the promised 1000 frames"), std::string::npos) << run.err;
+}
+
 TEST_F(HostDecode, WrongUsageEndsWithTwo) {
     WriteWav("a.wav", 2, 44100, 16, 100);
-    for (const char* arguments : {"", "unknown", "info", "decode", "info --unknown a.wav",
-                                  "decode a.wav --rate 0 -o a.raw", "decode a.wav --rate 4294967297 -o a.raw",
-                                  "decode a.wav --rate fast -o a.raw", "decode a.wav --channels 0 -o a.raw",
-                                  "decode a.wav --channels -1 -o a.raw", "decode a.wav b.wav"}) {
+    for (const char* arguments :
+         {"", "unknown", "info", "decode", "info --unknown a.wav", "decode a.wav --rate 0 -o a.raw",
+          "decode a.wav --rate 999 -o a.raw", "decode a.wav --rate 4294967297 -o a.raw",
+          "decode a.wav --rate fast -o a.raw", "decode a.wav --channels 0 -o a.raw",
+          "decode a.wav --channels -1 -o a.raw", "decode a.wav b.wav"}) {
         const RunResult run = Vlwav(arguments);
         EXPECT_EQ(run.exitCode, 2) << arguments;
         EXPECT_NE(run.err, "") << arguments;
