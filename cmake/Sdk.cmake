@@ -36,5 +36,6 @@ install(FILES ${PROJECT_BINARY_DIR}/VlACWav3Config.cmake ${PROJECT_BINARY_DIR}/V
 
 # The way from the pkg-config file up to the prefix, however deep the library folder lies.
 file(RELATIVE_PATH VL_SDK_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" VL_SDK_PREFIX "${VL_SDK_PREFIX}")
 configure_file(cmake/VlACWav3.pc.in ${PROJECT_BINARY_DIR}/VlACWav3.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/VlACWav3.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
