@@ -2,6 +2,7 @@
 
 #include "AudioCodec/attributes/AttributeIds.h"
 #include "AudioCodec/shell/Border.h"
+#include "AudioCodec/wave/CACStreamReader.h"
 
 namespace {
 
@@ -22,9 +23,11 @@ Result CreateMissing(Interface** receiver) {
 
 CPrivateCodecMain::CPrivateCodecMain() { PresetString(ATTR_CODEC_SHORT_NAME, u"WAV"); }
 
-Result CPrivateCodecMain::CreateReader(IAC3Reader** reader) { return CreateMissing(reader); }
+Result CPrivateCodecMain::CreateReader(IAC3Reader** reader) { return CreateObject<CACStreamReader>(reader); }
 
-Result CPrivateCodecMain::CreateStreamReader(IAC3StreamReader** reader) { return CreateMissing(reader); }
+Result CPrivateCodecMain::CreateStreamReader(IAC3StreamReader** reader) {
+    return CreateObject<CACStreamReader>(reader);
+}
 
 Result CPrivateCodecMain::CreateWriter(IAC3Writer** writer) { return CreateMissing(writer); }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <new>
 
 #include "AudioCodec/attributes/AttributeIds.h"
 #include "AudioCodec/shell/Border.h"
@@ -58,9 +57,7 @@ int64_t RescalePosition(int64_t position, uint32_t rate, int32_t oldRate) {
 }  // namespace
 
 CACStreamReader::CACStreamReader() {
-    for (const TextAttribute& attribute : kAttributes) {
-        if (SetString(attribute.id, attribute.text) != RESULT_OK) throw std::bad_alloc();
-    }
+    for (const TextAttribute& attribute : kAttributes) PresetString(attribute.id, attribute.text);
 }
 
 CACStreamReader::~CACStreamReader() { Close(); }

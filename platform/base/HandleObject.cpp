@@ -3,8 +3,9 @@
 #include "platform/base/LastError.h"
 
 HandleObject* HandleObject::FromAny(HANDLE handle) {
+    if (handle && handle != INVALID_HANDLE_VALUE) return static_cast<HandleObject*>(handle);
     SetLastError(ERROR_INVALID_HANDLE);
-    return handle == INVALID_HANDLE_VALUE ? nullptr : static_cast<HandleObject*>(handle);
+    return nullptr;
 }
 
 BOOL CloseHandle(HANDLE handle) {

@@ -2,10 +2,11 @@
 // invalid value; a handle that was closed must not be used again.
 #pragma once
 
-#include "platform/base/Types.h"
+#include "platform/base/LastError.h"
 
 // The value that CreateFileW gives for "no file". Elsewhere "none" is null.
-inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(static_cast<intptr_t>(-1));
+inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(
+    static_cast<intptr_t>(-1));  // NOLINT(performance-no-int-to-ptr): it is no address
 
 class HandleObject {
 public:
@@ -29,5 +30,7 @@ VL_PLATFORM_API BOOL CloseHandle(HANDLE handle);
 template <class T>
 T* HandleObject::From(HANDLE handle) {
     HandleObject* object = FromAny(handle);
-    return object ? dynamic_cast<T*>(object) : nullptr;
+    T* const found = dynamic_cast<T*>(object);
+    if (object && !found) SetLastError(ERROR_INVALID_HANDLE);
+    return found;
 }

@@ -13,7 +13,7 @@ using ULONG = uint32_t;
 using UINT = uint32_t;
 using WCHAR = char16_t;  // one UTF-16 unit
 using HRESULT = int32_t;
-using HANDLE = void*;  // a kernel object, opaque; closed by CloseHandle
+using HANDLE = void*;   // a kernel object, opaque; closed by CloseHandle
 using HMODULE = void*;  // a module in memory: the very value that dlopen gives for it
 
 inline constexpr BOOL FALSE = 0;

@@ -34,7 +34,7 @@ public:
     // A chunk with its pad byte.
     WavImage& Chunk(std::string_view id, std::string_view content) {
         Header(id, static_cast<uint32_t>(content.size())).Bytes(content);
-        if (content.size() & 1) Bytes(std::string_view("", 1));
+        if (content.size() & 1) m_bytes.push_back(0);
         return *this;
     }
     WavImage& Fmt(uint16_t tag, uint16_t channels, uint32_t rate, uint16_t bits) {

@@ -1,0 +1,54 @@
+#include "host/ResultTexts.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+struct ResultRow {
+    Result code;
+    const char* text;
+};
+
+// clang-format off
+constexpr ResultRow kResults[] = {
+    {RESULT_OK,                "Done; nothing needs to be done."},
+    {RESULT_FAILED,            "This could not be done and the module names no closer reason; check that the file is whole and try again."},
+    {RESULT_NO_MEMORY,         "There is not enough memory; close other programs and try again."},
+    {RESULT_NOT_FOUND,         "The module lacks what was asked for; check that the module belongs to this version of vlwav."},
+    {RESULT_BAD_ARGUMENT,      "The module refused a value it was given; check the rate and the channel count."},
+    {RESULT_NOT_SUPPORTED,     "The module can't do this with such a file; convert it to PCM of 16 bits first."},
+    {RESULT_BAD_EXTENSION,     "The module knows no file name extension of that number; ask for a lower one."},
+    {RESULT_NOT_OPEN,          "The file is not open; open it before it is written or moved in."},
+    {RESULT_CANNOT_OPEN,       "The file could not be opened; check that it exists and that you may read it, and for audio that isn't plain PCM that a decoder is installed."},
+    {RESULT_NOT_PCM,           "The audio is not PCM of 8 or 16 bits; convert the file to such PCM first."},
+    {RESULT_NOT_WAVE,          "This is no usable RIFF WAVE file, or reading it failed; check that it is a WAV file and that it is whole."},
+    {RESULT_WRITE_FAILED,      "Writing to the file failed; check the room on the disk and the rights on the file."},
+    {RESULT_CANNOT_CREATE,     "The file could not be created because there is one already; choose another name or allow overwriting."},
+    {RESULT_FILE_IN_USE,       "Another program has the file open; close it there and try again."},
+    {RESULT_SOURCE_NOT_LOADED, "No decoder could take the file; check that it is whole and that a decoder for its audio is installed."},
+    {RESULT_FILTER_MISSING,    "A filter for decoding is missing; reinstall the module with its folder Filters."},
+    {RESULT_CANNOT_RUN,        "The decoder refused to start; check that the file is whole and try again."},
+};
+// clang-format on
+static_assert(std::adjacent_find(std::begin(kResults), std::end(kResults),
+                                 [](const ResultRow& a, const ResultRow& b) { return a.code >= b.code; }) ==
+                  std::end(kResults),
+              "each code once, ascending");
+
+}  // namespace
+
+std::string ResultText(Result code) {
+    const auto* row =
+        std::lower_bound(std::begin(kResults), std::end(kResults), code,
+                         [](const ResultRow& entry, Result wanted) { return entry.code < wanted; });
+    if (row != std::end(kResults) && row->code == code) return row->text;
+    if (code < 0)
+        return fmt::format(
+            "The platform layer failed with 0x{:08X}; check that the module is whole and try again.",
+            static_cast<uint32_t>(code));
+    return fmt::format(
+        "The module gave the unknown result {}; check that it belongs to this version of vlwav.", code);
+}

@@ -1,0 +1,67 @@
+#include "host/Source.h"
+
+#include <fmt/format.h>
+
+#include "host/Failure.h"
+#include "host/ResultTexts.h"
+#include "platform/base/Utf.h"
+
+namespace {
+
+void Require(Result result) {
+    if (result != RESULT_OK) throw Failure(ResultText(result), result);
+}
+
+constexpr uint32_t kBytesPerSample = 2;
+
+}  // namespace
+
+Source::Source(const Module& module, const std::string& path) {
+    Require(module.CreateCodec()->CreateStreamReader(m_reader.Put()));
+    Require(m_reader->Open(Utf::FromUtf8(path).c_str(), OPEN_READ_ONLY));
+    ReadFormat();
+    SetOutput(m_format.channels, m_format.rate);
+}
+
+void Source::ReadFormat() {
+    AudioFormatInfo info{};
+    const Result result = m_reader->GetSourceFormat(&info);
+    m_format.direct = result == RESULT_OK;
+    if (m_format.direct) {
+        m_format.channels = info.channels;
+        m_format.rate = info.samplesPerSec;
+        m_format.bits = info.bitsPerSample;
+    } else if (result == RESULT_NOT_SUPPORTED) {
+        uint32_t bytes = 0;
+        Require(m_reader->GetOutputFormat(&m_format.channels, &m_format.rate, &bytes));
+    } else {
+        Require(result);
+    }
+    if (m_format.channels == 0 || m_format.rate == 0)
+        throw Failure("The file's header names no channels or no sample rate; it can't be played as it is.",
+                      RESULT_NOT_WAVE);
+}
+
+void Source::SetOutput(uint32_t channels, uint32_t rate) {
+    const bool possible = channels == m_format.channels || channels == 1 || m_format.channels == 1;
+    if (m_format.direct && !possible)
+        throw Failure(fmt::format("{} channels can't be made of {}; ask for 1 or {} with --channels.",
+                                  channels, m_format.channels, m_format.channels),
+                      RESULT_NOT_SUPPORTED);
+    Require(m_reader->SetOutputFormat(channels, rate, kBytesPerSample));
+    m_outChannels = channels;
+}
+
+int64_t Source::Length() const {
+    int64_t frames = 0;
+    Require(m_reader->GetLength(&frames));
+    return frames;
+}
+
+uint32_t Source::Read(std::vector<int16_t>& buffer) {
+    uint32_t done = 0;
+    uint8_t shortBlock = 0;  // no end: a converter may still hold frames back
+    const auto frames = static_cast<uint32_t>(buffer.size() / m_outChannels);
+    Require(m_reader->Read(buffer.data(), frames, &done, &shortBlock));
+    return done;
+}

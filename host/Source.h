@@ -1,0 +1,39 @@
+// One audio file, open in a reader of the module, with the module's codes turned into Failures.
+// Reads and lengths are in frames of the output format, which begins as the source's own.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "AudioCodec/wave/IAC3StreamReader.h"
+#include "host/Module.h"
+
+// What can be told of the audio.
+struct SourceFormat {
+    bool direct = false;    // the module reads the file itself; else a graph decodes it to 16-bit PCM
+    uint32_t channels = 0;  // of the source; of the decoded audio where a graph is in between
+    uint32_t rate = 0;      // frames per second, likewise
+    uint32_t bits = 0;      // of a source sample; 0 where a graph hides it
+};
+
+class Source {
+public:
+    // Opens the file for reading alone. The path is any bytes that the system takes. Throws Failure.
+    Source(const Module& module, const std::string& path);
+
+    const SourceFormat& Format() const { return m_format; }
+    // Throws a Failure for channel counts that the module can't turn into one another.
+    void SetOutput(uint32_t channels, uint32_t rate);
+    // What the file's header promises.
+    int64_t Length() const;
+    // Fills at most the buffer; gives the frames read. Only 0 is the end.
+    uint32_t Read(std::vector<int16_t>& buffer);
+
+private:
+    void ReadFormat();
+
+    RefPtr<IAC3StreamReader> m_reader;
+    SourceFormat m_format;
+    uint32_t m_outChannels = 0;
+};

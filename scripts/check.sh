@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# What a change must pass before its tests are looked at: format, no warning of either compiler, clang-tidy.
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+need "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" "${BENCH_PACKAGES[@]}" "${CLANG_PACKAGES[@]}"
+
+say "format"
+find AudioCodec platform host tests bench fuzz docs \( -name '*.h' -o -name '*.cpp' \) -print0 |
+  xargs -0 -r clang-format --dry-run -Werror
+
+build release # g++, warnings are errors
+build clang   # clang, likewise
+
+say "clang-tidy"
+log=build/clang-tidy.log
+if ! run-clang-tidy -p build/clang -j "$JOBS" -quiet "^$ROOT/(AudioCodec|platform|host|tests|bench|fuzz|docs)/.*\.cpp$" \
+  >"$log" 2>&1; then
+  grep -vE '^(clang-tidy |[0-9]+ warnings? (generated|treated)|Suppressed |Use -header-filter)' "$log" >&2 || true
+  die "clang-tidy found something"
+fi
+say "all clean"

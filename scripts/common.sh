@@ -1,0 +1,59 @@
+# shellcheck shell=bash disable=SC2034 # the package lists are used by the scripts that source this one
+# Sourced by the scripts beside it: where the project lies, and how what it needs gets onto the machine.
+
+ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+cd "$ROOT" || exit 1
+
+BUILD_PACKAGES=(git ca-certificates g++ cmake ninja-build pkg-config libcli11-dev libfmt-dev nlohmann-json3-dev)
+TEST_PACKAGES=(libgtest-dev binutils)
+BENCH_PACKAGES=(libbenchmark-dev)
+CLANG_PACKAGES=(clang clang-format clang-tidy libclang-rt-14-dev)
+DEMO_PACKAGES=(alsa-utils sox)
+
+JOBS="$(nproc)"
+
+say() { printf '== %s\n' "$*"; }
+
+die() {
+  printf '%s: %s\n' "$(basename "$0")" "$*" >&2
+  exit 1
+}
+
+# need PACKAGE...: installs those that are missing; asks no package server when none is.
+need() {
+  command -v dpkg-query >/dev/null || die "this is no Debian; install these by hand: $*"
+  local package missing=()
+  for package in "$@"; do
+    [[ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" == installed ]] || missing+=("$package")
+  done
+  ((${#missing[@]})) || return 0
+
+  command -v apt-get >/dev/null || die "apt-get isn't there; install these by hand: ${missing[*]}"
+  local as_root=()
+  if ((EUID != 0)); then
+    command -v sudo >/dev/null || die "run as root, or install these by hand: ${missing[*]}"
+    as_root=(sudo)
+  fi
+  say "installing ${missing[*]}"
+  local log
+  log="$(mktemp)"
+  if ! { "${as_root[@]}" apt-get update -qq &&
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+      apt-get install -y -qq --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
+    cat "$log" >&2
+    rm -f "$log"
+    die "installing failed"
+  fi
+  rm -f "$log"
+}
+
+# build PRESET: configures and builds a preset; says little unless it fails.
+build() {
+  say "building $1"
+  local log="build/$1.log"
+  mkdir -p build
+  if ! { cmake --preset "$1" && cmake --build --preset "$1" -j "$JOBS"; } >"$log" 2>&1; then
+    cat "$log" >&2
+    die "the build of preset $1 failed"
+  fi
+}

@@ -1,0 +1,45 @@
+#!/usr/bin/env bash
+# Decodes a spoken 48000 Hz mono recording of the package alsa-utils to 44100 Hz stereo and lets sox, which has
+# no part in the decoding, say what came out.
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+need "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" "${DEMO_PACKAGES[@]}"
+build release
+
+recording=/usr/share/sounds/alsa/Front_Center.wav
+vlwav=build/release/bin/vlwav
+out=build/demo
+raw="$out/decoded.raw"
+as_raw=(-t raw -r 44100 -c 2 -e signed-integer -b 16 -L "$raw")
+mkdir -p "$out"
+
+say "the recording, as vlwav sees it"
+"$vlwav" info "$recording"
+say "decoding to 44100 Hz stereo: $raw"
+"$vlwav" decode "$recording" --rate 44100 --channels 2 -o "$raw"
+
+# measure LABEL SOX_INPUT...: one line of what sox finds
+measure() {
+  local label="$1"
+  shift
+  local frames duration peak
+  duration="$(sox "$@" -n stat 2>&1 | awk '/^Length/ {print $3}')"
+  peak="$(sox "$@" -n stats 2>&1 | awk '/^Pk lev dB/ {print $4}')"
+  frames="$(sox "$@" -t raw -e signed-integer -b 16 -c 1 - | wc -c)"
+  printf '  %-8s %7d frames  %s s  peak %s dB\n' "$label" "$((frames / 2))" "$duration" "$peak"
+}
+
+say "measured by sox"
+measure input "$recording"
+measure output "${as_raw[@]}"
+
+got=$(($(stat -c %s "$raw") / 4))
+want=$(($(soxi -s "$recording") * 44100 / 48000))
+difference=$((got - want))
+printf '  expected %7d frames; the output differs by %d\n' "$want" "$difference"
+((difference >= -2 && difference <= 2)) || die "the output is not as long as the input"
+
+sox "$recording" -n spectrogram -t "input, 48000 Hz mono" -o "$out/input.png"
+sox "${as_raw[@]}" -n spectrogram -t "output, 44100 Hz stereo" -o "$out/output.png"
+say "spectrograms: $ROOT/$out/input.png $ROOT/$out/output.png"
