@@ -3,7 +3,7 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-need "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" "${BENCH_PACKAGES[@]}" "${CLANG_PACKAGES[@]}"
+need "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" "${BENCH_PACKAGES[@]}" "${PEER_PACKAGES[@]}" "${CLANG_PACKAGES[@]}"
 
 say "format"
 find AudioCodec platform host tests bench fuzz docs \( -name '*.h' -o -name '*.cpp' \) -print0 |

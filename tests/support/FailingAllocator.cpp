@@ -7,10 +7,13 @@ namespace {
 
 constexpr int kNoLimit = -1;
 thread_local int s_left = kNoLimit;
+thread_local Allocated s_allocated{};
 
 void* Allocate(std::size_t size) noexcept {
     if (s_left == 0) return nullptr;
     if (s_left > 0) --s_left;
+    ++s_allocated.blocks;
+    s_allocated.bytes += size;
     return std::malloc(size ? size : 1);
 }
 
@@ -20,6 +23,8 @@ void* AllocateOrThrow(std::size_t size) {
 }
 
 }  // namespace
+
+Allocated AllocatedSoFar() { return s_allocated; }
 
 FailingAllocator::FailingAllocator(int allocations) { s_left = allocations; }
 FailingAllocator::~FailingAllocator() { s_left = kNoLimit; }

@@ -2,6 +2,8 @@
 // successes, and goes on failing. Only in programs that link FailingAllocator.cpp.
 #pragma once
 
+#include <cstddef>
+
 class FailingAllocator {
 public:
     explicit FailingAllocator(int allocations);
@@ -9,6 +11,13 @@ public:
     FailingAllocator(const FailingAllocator&) = delete;
     FailingAllocator& operator=(const FailingAllocator&) = delete;
 };
+
+// Counts what `operator new` of this thread has handed out so far.
+struct Allocated {
+    size_t blocks;
+    size_t bytes;  // freed ones included
+};
+Allocated AllocatedSoFar();
 
 // Runs `work` with ever more memory until it no longer gives `failure`, and gives what it gave then. `check`
 // runs behind every failure.

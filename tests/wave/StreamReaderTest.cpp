@@ -7,6 +7,7 @@
 #include "AudioCodec/wave/CACStreamReader.h"
 #include "platform/base/RefPtr.h"
 #include "tests/support/ByteStream.h"
+#include "tests/support/FailingAllocator.h"
 #include "tests/support/ScopedFile.h"
 #include "tests/support/WavImage.h"
 
@@ -97,6 +98,17 @@ TEST_P(StreamReaderFormats, AReadBehindASeekGivesWhatAStraightReadGives) {
         const auto from = whole.begin() + place * channels;
         ASSERT_TRUE(std::equal(block.begin(), block.end(), from)) << place;
     }
+}
+
+TEST_P(StreamReaderFormats, ReadAllocatesNothingInTheSteadyState) {
+    const RefPtr<CACStreamReader> reader = Open();
+    Samples block(500 * GetParam().outChannels);
+    uint32_t read = 0;
+    ASSERT_EQ(reader->Read(block.data(), 500, &read, nullptr), RESULT_OK);
+    const size_t before = AllocatedSoFar().blocks;
+    for (int blocks = 0; blocks < 8; ++blocks) reader->Read(block.data(), 500, &read, nullptr);
+    EXPECT_EQ(AllocatedSoFar().blocks, before);
+    EXPECT_EQ(read, 500u);
 }
 
 TEST_P(StreamReaderFormats, AStreamGivesWhatAFileGives) {
@@ -334,6 +346,22 @@ TEST(StreamReader, AFailingStreamGivesACodeAtEveryCall) {
         EXPECT_TRUE(result == RESULT_NOT_WAVE || stream.calls <= call) << call;
         EXPECT_TRUE(result == RESULT_OK || read == 0) << call;
     }
+}
+
+TEST(StreamReader, WithoutMemoryAnOpenGivesACodeAndLeavesNoSource) {
+    const ScopedFile file(WavImage().Fmt(1, 2, 48000, 16).Data(Noise(2000)).Image());
+    const std::u16string path = file.Wide();
+    const RefPtr<CACStreamReader> reader = NewReader();
+    Samples block(64);
+    uint32_t read = 0;
+    const Result opened = RunWithMoreMemory(
+        RESULT_CANNOT_OPEN, [&] { return reader->Open(path.c_str(), OPEN_READ_ONLY); },
+        [&] { EXPECT_NE(reader->Read(block.data(), 32, &read, nullptr), RESULT_OK); });
+    EXPECT_EQ(opened, RESULT_OK);
+    EXPECT_EQ(RunWithMoreMemory(
+                  RESULT_NO_MEMORY, [&] { return reader->SetOutputFormat(1, 8000, 2); },
+                  [&] { EXPECT_EQ(reader->Read(block.data(), 32, &read, nullptr), RESULT_OK); }),
+              RESULT_OK);
 }
 
 TEST(StreamReader, ClosedReadersKeepTheirAnswers) {

@@ -3,6 +3,7 @@
 #include "AudioCodec/wave/CWaveFile.h"
 #include "AudioCodec/wave/WaveTypes.h"
 #include "tests/support/ByteStream.h"
+#include "tests/support/FailingAllocator.h"
 #include "tests/support/ScopedFile.h"
 #include "tests/support/WavImage.h"
 
@@ -135,6 +136,28 @@ TEST(WaveFileWalk, DataThatClaimsMoreThanThereIsKeepsItsClaim) {
     uint32_t done = 0;
     EXPECT_EQ(wave.ReadData(sizeof bytes, bytes, &done), RESULT_OK);
     EXPECT_EQ(done, 6u);
+}
+
+TEST(WaveFileWalk, SizesThatLieTakeNoMemory) {
+    constexpr size_t kSmall = 200000;
+    for (const uint32_t claimed : {0x10000000u, 0xFFFFFFF0u, 0xFFFFFFFEu, 0xFFFFFFFFu}) {
+        for (const WavImage& image :
+             {WavImage().Header("fmt ", claimed).FormatRecord(1, 1, 8000, 8).Bytes(std::string(100, 'x')),
+              Sound().Header("LIST", claimed).Bytes("INFO").Header("INAM", claimed - 30).Bytes("abc"),
+              Sound().Header("LIST", 100).Bytes("INFO").Header("INAM", claimed).Bytes(std::string(200, 'x')),
+              Sound().Header("fact", claimed).Bytes("abcd"),
+              WavImage().Fmt(1, 1, 8000, 8).Header("data", claimed)}) {
+            const ScopedFile file(image.Image());
+            ByteStream stream(image.Image());
+            const std::u16string path = file.Wide();
+            CWaveFile wave;
+            const size_t before = AllocatedSoFar().bytes;
+            wave.OpenForReading(path.c_str(), true);
+            wave.AttachStream(&stream);
+            wave.ParseChunks();
+            EXPECT_LT(AllocatedSoFar().bytes - before, kSmall) << claimed;
+        }
+    }
 }
 
 WavImage Everything() {
