@@ -4,7 +4,7 @@ set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 need "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}"
-build release
+build release "${SHIPPED[@]}"
 for file in lib/VlACWav3.so bin/vlwav; do
   [[ -f "build/release/$file" ]] || die "build/release/$file was not made"
   say "build/release/$file"

@@ -48,12 +48,15 @@ need() {
   rm -f "$log"
 }
 
-# build PRESET: configures and builds a preset; says little unless it fails.
+# What ships; tests and benchmarks are built by the scripts that run them.
+SHIPPED=(VlACWav3 vlwav)
+
+# build PRESET [TARGET...]: configures and builds a preset, all of it or some targets; says little unless it fails.
 build() {
   say "building $1"
   local log="build/$1.log"
   mkdir -p build
-  if ! { cmake --preset "$1" && cmake --build --preset "$1" -j "$JOBS"; } >"$log" 2>&1; then
+  if ! { cmake --preset "$1" && cmake --build --preset "$1" -j "$JOBS" ${2:+--target "${@:2}"}; } >"$log" 2>&1; then
     cat "$log" >&2
     die "the build of preset $1 failed"
   fi

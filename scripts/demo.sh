@@ -5,7 +5,7 @@ set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 need "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" "${DEMO_PACKAGES[@]}"
-build release
+build release "${SHIPPED[@]}"
 
 recording=/usr/share/sounds/alsa/Front_Center.wav
 vlwav=build/release/bin/vlwav

@@ -9,7 +9,7 @@ extern "C" {
 namespace {
 
 Samples ConvertBySwresample(const Samples& input, int sourceRate, int outputRate) {
-    const AVChannelLayout mono = AV_CHANNEL_LAYOUT_MONO;
+    AVChannelLayout mono = AV_CHANNEL_LAYOUT_MONO;
     SwrContext* context = nullptr;
     swr_alloc_set_opts2(&context, &mono, AV_SAMPLE_FMT_S16, outputRate, &mono, AV_SAMPLE_FMT_S16, sourceRate,
                         0, nullptr);

@@ -1,6 +1,7 @@
 // Output that can't be delivered, interrupted work, and outputs that must not be touched.
 #include <sys/stat.h>
 
+#include "platform/base/LittleEndian.h"
 #include "tests/host/VlwavTest.h"
 
 namespace {

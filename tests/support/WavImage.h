@@ -6,8 +6,6 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/base/LittleEndian.h"
-
 class WavImage {
 public:
     WavImage() { Bytes("RIFF").Word32(0).Bytes("WAVE"); }
@@ -15,21 +13,11 @@ public:
     explicit WavImage(Empty) {}
 
     WavImage& Bytes(std::string_view bytes) {
-        m_bytes.insert(m_bytes.end(), bytes.begin(), bytes.end());
+        for (const char byte : bytes) m_bytes.push_back(static_cast<uint8_t>(byte));
         return *this;
     }
-    WavImage& Word16(uint16_t value) {
-        uint8_t bytes[2];
-        StoreLE16(bytes, value);
-        m_bytes.insert(m_bytes.end(), bytes, bytes + 2);
-        return *this;
-    }
-    WavImage& Word32(uint32_t value) {
-        uint8_t bytes[4];
-        StoreLE32(bytes, value);
-        m_bytes.insert(m_bytes.end(), bytes, bytes + 4);
-        return *this;
-    }
+    WavImage& Word16(uint16_t value) { return Number(value, 2); }
+    WavImage& Word32(uint32_t value) { return Number(value, 4); }
     WavImage& Header(std::string_view id, uint32_t size) { return Bytes(id).Word32(size); }
     // A chunk with its pad byte.
     WavImage& Chunk(std::string_view id, std::string_view content) {
@@ -54,5 +42,10 @@ public:
     const std::vector<uint8_t>& Image() const { return m_bytes; }
 
 private:
+    WavImage& Number(uint32_t value, int bytes) {
+        for (int i = 0; i < bytes; ++i) m_bytes.push_back(static_cast<uint8_t>(value >> 8 * i));
+        return *this;
+    }
+
     std::vector<uint8_t> m_bytes;
 };
