@@ -1,7 +1,7 @@
 #include "platform/sync/MutexObject.h"
 
 MutexObject::MutexObject(bool initialOwner)
-    : m_owner(std::this_thread::get_id()), m_takings(initialOwner ? 1 : 0) {}
+    : WaitableObject(kKind), m_owner(std::this_thread::get_id()), m_takings(initialOwner ? 1 : 0) {}
 
 bool MutexObject::TryTake() {
     const auto self = std::this_thread::get_id();

@@ -8,6 +8,7 @@
 
 class MutexObject final : public WaitableObject {
 public:
+    static constexpr uint32_t kKind = kMutex;
     explicit MutexObject(bool initialOwner);
 
     // Gives back one taking; false if the calling thread isn't the owner.

@@ -9,6 +9,9 @@
 
 class WaitableObject : public HandleObject {
 public:
+    static constexpr uint32_t kKind = kWaitable;
+    explicit WaitableObject(uint32_t kinds) : HandleObject(kinds | kKind) {}
+
     // WAIT_OBJECT_0 with the object taken, or WAIT_TIMEOUT; 0 milliseconds try once, INFINITE never ends.
     DWORD Wait(DWORD milliseconds);
 
