@@ -60,7 +60,7 @@ CACStreamReader::CACStreamReader() {
     for (const TextAttribute& attribute : kAttributes) PresetString(attribute.id, attribute.text);
 }
 
-CACStreamReader::~CACStreamReader() { Close(); }
+CACStreamReader::~CACStreamReader() { CACStreamReader::Close(); }
 
 Result CACStreamReader::InternalQueryInterface(const GUID* iid, void** object) {
     return FindInterfaceEntry(this, kInterfaces, iid, object);
@@ -97,7 +97,7 @@ Result CACStreamReader::OpenFile(const char16_t* path, uint32_t flags) {
 }
 
 Result CACStreamReader::OpenInner(const char16_t* path, uint32_t flags) {
-    m_wave.CloseFile();  // the inner reader opens it itself
+    m_wave.AttachStream(nullptr);  // the inner reader opens the file itself
     m_inner = CreateInnerReader();
     if (!m_inner) return RESULT_CANNOT_OPEN;
     const Result opened = m_inner->Open(path, flags);
@@ -176,7 +176,7 @@ Result CACStreamReader::ReadConverted(int16_t* output, uint32_t frames, uint32_t
         m_converter.Process(m_staging + size_t{m_usedFrames} * m_converter.SourceChannels(), &taken, output,
                             &made);
         if (made == 0) break;
-        m_position += made;
+        m_position = Saturating::Add(m_position, made);
         m_usedFrames = std::min(m_usedFrames + taken, m_stagedFrames);
         output += size_t{made} * m_outChannels;
         remaining -= made;
@@ -196,7 +196,7 @@ Result CACStreamReader::RefillStaging(uint8_t* endOfStream) {
 
 // Whether there is a direct source whose frames have the size that buffers are laid out for.
 Result CACStreamReader::SourceState() const {
-    if (m_sourceFormat.formatTag == 0) return RESULT_FAILED;
+    if (!m_wave.HasSource() || m_sourceFormat.formatTag == 0) return RESULT_FAILED;
     if (!m_sourceFormat.IsDirectPcm()) return RESULT_NOT_PCM;
     const uint32_t frameBytes = uint32_t{m_sourceFormat.channels} * m_sourceFormat.bitsPerSample / 8;
     const bool usable = m_sourceFormat.blockAlign != 0 && m_sourceFormat.blockAlign <= frameBytes;
@@ -210,7 +210,7 @@ Result CACStreamReader::ReadSourceFrames(int16_t* buffer, uint32_t frames, uint3
     *framesRead = 0;
     const Result state = SourceState();
     if (state != RESULT_OK) {
-        if (endOfStream) *endOfStream = 1;
+        if (endOfStream) *endOfStream = frames != 0;
         return state;
     }
     const uint32_t blockAlign = m_sourceFormat.blockAlign;
@@ -241,7 +241,8 @@ Result CACStreamReader::ReadWidened(int16_t* buffer, uint64_t bytes, uint64_t* d
         std::transform(m_byteBuffer.begin(), m_byteBuffer.begin() + read, buffer + *done, Widen);
         *done += read;
     } while (result == RESULT_OK && read == block && *done < bytes);
-    return result;
+    // What came before a failure is delivered; the next read meets the failure first.
+    return read == 0 && *done != 0 ? RESULT_OK : result;
 }
 
 Result CACStreamReader::SeekSourceFrames(uint32_t origin, int64_t offset, int64_t* frame) {

@@ -75,6 +75,7 @@ CSampleRateConverter::Ratio CSampleRateConverter::FindRatio(int32_t srcRate, int
         const double x = static_cast<double>(i) * srcRate / dstRate;
         // Written so that a NaN is no candidate either.
         if (!(x > 0.0 && x < std::numeric_limits<int32_t>::max())) continue;
+        // NOLINTNEXTLINE(bugprone-incorrect-roundings): the formula adds and truncates
         const auto k = static_cast<int32_t>(x + 0.5);
         const double error = std::fabs((k - x) / x);
         if (error < best) {
@@ -127,7 +128,8 @@ void CSampleRateConverter::Process(const int16_t* input, uint32_t* inFrames, int
     *outFrames = 0;
     if (!IsConfigured()) return;
 
-    StartWarmup(static_cast<uint32_t>(offered));
+    if (offered < m_warmup) return;
+    StretchWarmup(offered);
     if (offered == 0) {
         offered = m_tail;
         input = nullptr;
@@ -149,15 +151,14 @@ void CSampleRateConverter::Process(const int16_t* input, uint32_t* inFrames, int
     }
 }
 
-// A short first offer makes the warm-up longer, so that it ends with the offer. Beyond 32 the frames would
-// land outside their row.
-void CSampleRateConverter::StartWarmup(uint32_t offered) {
+// A short first offer makes the warm-up longer, so that it ends with the offer.
+void CSampleRateConverter::StretchWarmup(int64_t offered) {
     const int64_t whole = int64_t{m_warmup} + kPast;
-    if (m_warmup > 0 && offered < whole)
-        m_warmup = static_cast<int32_t>(std::min<int64_t>(whole - offered, kPast));
+    if (m_warmup > 0 && offered < whole) m_warmup = static_cast<int32_t>(whole - offered);
 }
 
 void CSampleRateConverter::TakeIn(const int16_t*& input, int64_t frames) {
+    if (m_history.empty()) return;  // a source without channels
     double* place = m_history.data() + kPast - m_warmup;
     for (int64_t i = 0; i < frames; ++i, ++place) {
         for (size_t c = 0; c < m_srcChannels; ++c)

@@ -5,9 +5,9 @@
 // its owners refuse them where they must. One thread at a time. Configure, one reset, then any number of
 // Process calls.
 //
-// Chosen where it was open: a first offer shorter than the warm-up leaves the warm-up at 32, so that nothing
-// lands outside its row; negative positions count as 0; rates that give no ratio (0, negative) leave L = M
-// = 1.
+// Chosen where it was open: an offer shorter than the warm-up is not taken and changes nothing, so that the
+// warm-up never exceeds 32 and nothing lands outside its row; negative positions count as 0; rates that give
+// no ratio (0, negative) leave L = M = 1.
 #pragma once
 
 #include <cstdint>
@@ -50,7 +50,7 @@ public:
     int32_t InputStep() const { return m_inputStep; }    // M; 0 before Configure
 
 private:
-    void StartWarmup(uint32_t offered);
+    void StretchWarmup(int64_t offered);
     void TakeIn(const int16_t*& input, int64_t frames);
     int64_t EndWarmup(int64_t& batch, int64_t& offered);
     uint32_t Produce(int64_t batch, int16_t*& output, uint32_t room);

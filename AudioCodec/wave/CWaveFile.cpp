@@ -14,6 +14,9 @@ namespace {
 // What may be asked of a stream without looking first whether it holds as much.
 constexpr uint64_t kUncheckedStreamBytes = 65536;
 
+// A stream that claims to stand behind it is no stream to compute with.
+constexpr uint64_t kLargestPosition = uint64_t{1} << 62;
+
 // Both the file calls and the stream number their origins so.
 constexpr uint32_t kFromStart = 0;
 constexpr uint32_t kFromHere = 1;
@@ -184,6 +187,7 @@ bool CWaveFile::Move(int64_t distance, uint32_t origin, int64_t* position) const
         move.QuadPart = distance;
         ULARGE_INTEGER place{};
         if (m_stream->Seek(move, origin, &place) != S_OK) return false;
+        if (place.QuadPart > kLargestPosition) return false;
         reached = static_cast<int64_t>(place.QuadPart);
     }
     if (position) *position = reached;
@@ -242,7 +246,7 @@ void CWaveFile::Write(const void* bytes, size_t count) const {
     WriteFile(m_file.get(), bytes, static_cast<DWORD>(count), &done, nullptr);
 }
 
-void CWaveFile::WriteHeader(bool final) {
+void CWaveFile::WriteHeader(bool final) noexcept {
     const uint32_t formatSize = m_format.DiskSize();
     const uint32_t listSize = ListSize();
     m_dataOffset = formatSize + 28;
@@ -256,15 +260,17 @@ void CWaveFile::WriteHeader(bool final) {
     StoreLE32(front + 8, ChunkId::kWave);
     StoreLE32(front + 12, ChunkId::kFmt);
     StoreLE32(front + 16, formatSize);
-    std::vector<uint8_t> record(formatSize);
-    m_format.Store(record.data());
+    uint8_t record[kFormatFixedSize];
+    m_format.StoreFixed(record);
     uint8_t data[kChunkHeaderSize];
     StoreLE32(data, ChunkId::kData);
     StoreLE32(data + 4, m_dataSize);
 
     MoveTo(0);
     Write(front, sizeof front);
-    Write(record.data(), record.size());
+    const uint32_t fixed = std::min(formatSize, kFormatFixedSize);
+    Write(record, fixed);
+    Write(m_format.extra.data(), formatSize - fixed);
     Write(data, sizeof data);
     MoveTo(int64_t{m_dataOffset} + m_dataSize);
     if (m_dataSize & 1) Write("", 1);
@@ -299,7 +305,7 @@ bool CWaveFile::AudioStaysInPlace() const {
     return uint64_t{m_dataOffset} + m_dataSize <= (uint64_t{high} << 32 | low);
 }
 
-Result CWaveFile::CloseFile() {
+Result CWaveFile::CloseFile() noexcept {
     if (!m_file) return RESULT_OK;
     if (!m_readOnly && m_modified && AudioStaysInPlace()) WriteHeader(true);
     m_file.reset();

@@ -6,7 +6,8 @@
 // memory is taken. A format record that claims more extra bytes than its chunk has gets those that are there.
 // A list of fewer than 4 bytes is passed over like an unknown chunk. A sub-chunk that reaches behind its list
 // is cut there, one that reaches behind the file fails the parse. A failed open leaves no handle behind. A
-// file whose audio doesn't lie where WriteHeader would put it is not rewritten.
+// file whose audio doesn't lie where WriteHeader would put it, or that is shorter than it declares, is not
+// rewritten. A stream that refuses a move fails the parse.
 #pragma once
 
 #include <cstdint>
@@ -51,10 +52,10 @@ public:
 
     // Header in front, and with `final` the list behind the audio, where the file then ends. Failures of the
     // writes are not reported.
-    void WriteHeader(bool final);
+    void WriteHeader(bool final) noexcept;
 
     // Ends the work on the file; header and list are rewritten first if they changed. Always 0.
-    Result CloseFile();
+    Result CloseFile() noexcept;
 
     int64_t TellData() const;  // place in bytes from the start of the audio; 0 without file or stream
 
@@ -65,6 +66,9 @@ public:
     // Moves to a frame of the audio: bytes, rounded down to a frame, held between start and end. Origins: 1
     // from the current place, 2 from the end, others from the start. Gives 0 or 1003.
     Result SeekData(int64_t offset, uint32_t origin);
+
+    // There is a file or a stream to work on.
+    bool HasSource() const { return m_file || m_stream; }
 
     // These answer from the last walk, also behind CloseFile.
     const WaveFormat& Format() const { return m_format; }

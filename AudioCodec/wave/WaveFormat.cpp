@@ -30,16 +30,14 @@ WaveFormat WaveFormat::Load(const uint8_t* record, uint32_t size) {
     return format;
 }
 
-void WaveFormat::Store(uint8_t* record) const {
+void WaveFormat::StoreFixed(uint8_t* record) const {
     StoreLE16(record, formatTag);
     StoreLE16(record + 2, channels);
     StoreLE32(record + 4, samplesPerSec);
     StoreLE32(record + 8, avgBytesPerSec);
     StoreLE16(record + 12, blockAlign);
     StoreLE16(record + 14, bitsPerSample);
-    if (formatTag == kFormatTagPcm) return;
     StoreLE16(record + kPcmFormatSize, static_cast<uint16_t>(extra.size()));
-    std::copy(extra.begin(), extra.end(), record + kFormatFixedSize);
 }
 
 void FillFormatInfo(const WaveFormat& format, AudioFormatInfo* info) {

@@ -26,8 +26,8 @@ struct WaveFormat {
     // them than `size` holds gets those that are there. `size` is 16 at the least.
     static WaveFormat Load(const uint8_t* record, uint32_t size);
 
-    // Writes DiskSize() bytes.
-    void Store(uint8_t* record) const;
+    // Writes the 18 bytes of the fixed part, of which a file has 16 for PCM; the extra bytes follow it.
+    void StoreFixed(uint8_t* record) const;
 };
 
 // Tells a format to the host: version 3, size 28, reserved 0; the unused field is not written.

@@ -5,8 +5,8 @@
 #include "platform/base/LastError.h"
 
 // The value that CreateFileW gives for "no file". Elsewhere "none" is null.
-inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(
-    static_cast<intptr_t>(-1));  // NOLINT(performance-no-int-to-ptr): it is no address
+// NOLINTNEXTLINE(performance-no-int-to-ptr): it is no address
+inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(static_cast<intptr_t>(-1));
 
 class HandleObject {
 public:

@@ -10,7 +10,7 @@ constexpr char32_t kEscapedByte = 0xDC00;  // + 0x80 to 0xFF: a byte that was no
 
 struct Sequence {
     uint8_t mask, lead;  // lead byte: (byte & mask) == lead
-    size_t length;
+    uint8_t length;
     char32_t least;  // below it the form is overlong
 };
 constexpr Sequence kSequences[] = {

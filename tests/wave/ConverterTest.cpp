@@ -147,8 +147,8 @@ TEST(Converter, ChannelsAreKeptSpreadOrAveraged) {
         converter.Configure(c.from, 44100, c.to, 48000);
         converter.ResetToOutputPosition(0);
         const Samples output = Convert(converter, input, c.from, c.to, 200, 1000);
-        ASSERT_GT(output.size(), 200u * c.to);
-        EXPECT_NEAR(output[100 * c.to + c.to - 1], c.expected, 2) << c.from << " to " << c.to;
+        ASSERT_GT(output.size(), size_t{200} * c.to);
+        EXPECT_NEAR(output[size_t{100} * c.to + c.to - 1], c.expected, 2) << c.from << " to " << c.to;
     }
 }
 
@@ -196,6 +196,25 @@ TEST(Converter, ShortOffersInAnyOrderStayInTheHistory) {
     }
 }
 
+TEST(Converter, AnOfferShorterThanTheWarmupChangesNothing) {
+    const Samples input = Noise(2000);
+    CSampleRateConverter converter;
+    converter.Configure(1, 44100, 1, 48000);
+    const int64_t from = converter.ResetToOutputPosition(500);
+    const Samples rest(input.begin() + from, input.end());
+    const Samples expected = Convert(converter, rest, 1, 1, 2000, 4000);
+    converter.ResetToOutputPosition(500);
+    Samples output(64);
+    for (const uint32_t offer : {26u, 26u, 0u, 31u, 1u}) {
+        uint32_t taken = offer;
+        uint32_t made = 64;
+        converter.Process(rest.data(), &taken, output.data(), &made);
+        ASSERT_EQ(taken, 0u);
+        ASSERT_EQ(made, 0u);
+    }
+    EXPECT_EQ(Convert(converter, rest, 1, 1, 2000, 4000), expected);
+}
+
 TEST(Converter, ShortFirstOfferBeginsLate) {
     CSampleRateConverter converter;
     converter.Configure(1, 44100, 2, 44100);
@@ -208,7 +227,7 @@ TEST(Converter, ShortFirstOfferBeginsLate) {
     converter.Process(input.data(), &taken, output.data(), &made);
     ASSERT_EQ(taken, 40u);
     ASSERT_EQ(made, 32u);
-    EXPECT_NEAR(output[2 * 8], 20000, 1);  // 40 frames where 48 were wanted: 8 frames of silence in front
+    EXPECT_NEAR(output[16], 20000, 1);  // 40 frames where 48 were wanted: 8 frames of silence in front
     EXPECT_EQ(output[0], 0);
 }
 

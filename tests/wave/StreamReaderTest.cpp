@@ -76,7 +76,7 @@ TEST_P(StreamReaderFormats, AnyDivisionIntoBlocksGivesTheSameFramesAndTheirNumbe
     const Samples whole = ReadAll(*Open(), channels, {100000});
     int64_t length = 0;
     ASSERT_EQ(Open()->GetLength(&length), RESULT_OK);
-    EXPECT_NEAR(static_cast<double>(whole.size() / channels), static_cast<double>(length), 6);
+    EXPECT_NEAR(static_cast<double>(whole.size()) / channels, static_cast<double>(length), 6);
     EXPECT_EQ(length, static_cast<int64_t>(kFrames) * GetParam().outRate / kRate);
     for (const std::vector<uint32_t>& blocks : {std::vector<uint32_t>{1}, {7}, {1000}, {3, 4096, 1, 250}})
         ASSERT_EQ(ReadAll(*Open(), channels, blocks), whole);
@@ -91,7 +91,7 @@ TEST_P(StreamReaderFormats, AReadBehindASeekGivesWhatAStraightReadGives) {
         int64_t reached = -1;
         ASSERT_EQ(reader->Seek(0, place, &reached), RESULT_OK);
         ASSERT_EQ(reached, place);
-        Samples block(400 * channels);
+        Samples block(size_t{400} * channels);
         uint32_t read = 0;
         ASSERT_EQ(reader->Read(block.data(), 400, &read, nullptr), RESULT_OK);
         ASSERT_EQ(read, 400u);
@@ -102,7 +102,7 @@ TEST_P(StreamReaderFormats, AReadBehindASeekGivesWhatAStraightReadGives) {
 
 TEST_P(StreamReaderFormats, ReadAllocatesNothingInTheSteadyState) {
     const RefPtr<CACStreamReader> reader = Open();
-    Samples block(500 * GetParam().outChannels);
+    Samples block(size_t{500} * GetParam().outChannels);
     uint32_t read = 0;
     ASSERT_EQ(reader->Read(block.data(), 500, &read, nullptr), RESULT_OK);
     const size_t before = AllocatedSoFar().blocks;
@@ -300,6 +300,39 @@ TEST(StreamReader, AStreamOfAnotherKindIsRefusedByCode) {
     int16_t buffer[100];
     uint32_t read = 0;
     EXPECT_EQ(reader->Read(buffer, 10, &read, nullptr), RESULT_NOT_PCM);
+}
+
+TEST(StreamReader, AFailedOpenLeavesNothingToReadAndForgetsTheStream) {
+    const RefPtr<CACStreamReader> reader = NewReader();
+    int16_t buffer[100];
+    uint32_t read = 9;
+    ByteStream stream(WavImage().Fmt(1, 1, 44100, 16).Data(Noise(100)).Image());
+    for (const char* extension : {".aif", ".wav"}) {
+        stream.position = 0;
+        ASSERT_EQ(reader->OpenStream(&stream, 0), RESULT_OK);
+        const ScopedFile deep(WavImage().Fmt(1, 1, 8000, 24).Data({1, 2, 3}).Image(), extension);
+        ASSERT_EQ(reader->Open(deep.Wide().c_str(), OPEN_READ_ONLY), RESULT_CANNOT_OPEN);
+        EXPECT_EQ(reader->Read(buffer, 10, &read, nullptr), RESULT_FAILED);
+        const uint64_t calls = stream.calls;
+        reader->Seek(0, 5, nullptr);
+        EXPECT_EQ(stream.calls, calls);
+    }
+}
+
+TEST(StreamReader, PositionsEndAtTheLimitAlsoWhereAStreamGoesOnBehindItsAudio) {
+    ByteStream stream(
+        WavImage().Fmt(1, 1, 44100, 16).Data(Noise(100)).Chunk("tail", std::string(4000, 't')).Image());
+    const RefPtr<CACStreamReader> reader = NewReader();
+    reader->SetOutputFormat(1, 48000, 2);
+    ASSERT_EQ(reader->OpenStream(&stream, 0), RESULT_OK);
+    int64_t position = 0;
+    ASSERT_EQ(reader->Seek(0, INT64_MAX, &position), RESULT_OK);
+    Samples block(500);
+    uint32_t read = 0;
+    ASSERT_EQ(reader->Read(block.data(), 500, &read, nullptr), RESULT_OK);
+    EXPECT_GT(read, 0u);
+    ASSERT_EQ(reader->Seek(1, 0, &position), RESULT_OK);
+    EXPECT_EQ(position, INT64_MAX);
 }
 
 // A stream's block align is believed as it stands, so buffers must not depend on it.
