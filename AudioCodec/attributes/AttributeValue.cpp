@@ -82,7 +82,6 @@ void AttributeValue::Assign(uint32_t id, uint32_t type, const void* source, uint
 }
 
 void AttributeValue::ReleasePayload() {
-    m_number = 0;
     m_array.reset();
     m_data.reset();
     m_count = 0;

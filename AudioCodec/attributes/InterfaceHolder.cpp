@@ -2,7 +2,7 @@
 
 InterfaceHolder::InterfaceHolder(const GUID* iid, IBase* object, bool addRef)
     : m_iid(iid), m_object(object), m_addRef(addRef) {
-    if (!addRef) return;
+    if (!addRef || !object) return;  // an object may have answered 0 with no interface
     void* counted = nullptr;
     m_status = object->QueryInterface(iid, &counted);
     m_object = m_status == RESULT_OK ? static_cast<IBase*>(counted) : nullptr;

@@ -23,23 +23,21 @@ struct Borrowed {
     uint32_t count = 0;
 };
 
-// What CopyAttribute gives: nothing counts as copied where memory ran out. A setter's other results, and all
-// of the source's, are not heeded.
-uint32_t Copied(Result stored, uint64_t bytes) {
-    return stored == RESULT_NO_MEMORY ? 0 : static_cast<uint32_t>(bytes);
-}
-
+// CopyAttribute tells what there was to copy: the results of the source's getters and of this store's setters
+// are not heeded.
 using Store = CAttributeContainerV2;
 using Source = IAttributeContainer64;
 
 uint32_t CopyBool(Store& store, uint32_t id, Source& source) {
-    return Copied(store.SetBool(id, source.GetBool(id) ? 1 : 0), sizeof(uint8_t));
+    store.SetBool(id, source.GetBool(id) ? 1 : 0);
+    return sizeof(uint8_t);
 }
 
 uint32_t CopyData(Store& store, uint32_t id, Source& source) { return store.CopyDataFrom(id, &source); }
 
 uint32_t CopyLong(Store& store, uint32_t id, Source& source) {
-    return Copied(store.SetLong(id, source.GetLong(id)), sizeof(uint32_t));
+    store.SetLong(id, source.GetLong(id));
+    return sizeof(uint32_t);
 }
 
 uint32_t CopyLongArray(Store& store, uint32_t id, Source& source) {
@@ -53,8 +51,8 @@ uint32_t CopyString(Store& store, uint32_t id, Source& source) {
     Borrowed<char16_t> text(&source);
     source.GetString(id, &text.values);
     if (!text.values) return 0;
-    const size_t length = std::char_traits<char16_t>::length(text.values);
-    return Copied(store.SetString(id, text.values), length * sizeof(char16_t));
+    store.SetString(id, text.values);
+    return static_cast<uint32_t>(std::char_traits<char16_t>::length(text.values) * sizeof(char16_t));
 }
 
 struct CopyRow {
@@ -92,8 +90,8 @@ uint32_t CAttributeContainerV2::CopyDataFrom(uint32_t id, IAttributeContainer64*
     if (!source) return 0;
     Borrowed<uint8_t> block(source);
     source->GetData(id, &block.values, &block.count);
-    if (!block.values || block.count == 0) return block.count;
-    return Copied(SetData(id, block.values, block.count), block.count);
+    if (block.values && block.count != 0) SetData(id, block.values, block.count);
+    return block.count;
 }
 
 Result CAttributeContainerV2::CopyTo(CAttributeContainerV2* target) const {

@@ -60,16 +60,19 @@ Result CAttributeContainerV2::AddInterface(const GUID* iid, IBase* object, uint8
 
 Result CAttributeContainerV2::RemoveInterface(const GUID* iid, IBase* object) {
     const Guard guard(m_lock);
+    // Looked for anew each time, and only as often as there were matches: an object that goes may call back
+    // into this store and even hang up a new one. The holder is out of the list before it drops its
+    // reference.
+    const auto matches = std::count_if(m_interfaces.begin(), m_interfaces.end(),
+                                       [&](const auto& holder) { return holder->Matches(iid, object); });
     Result result = RESULT_NOT_FOUND;
-    // Looked for anew each time: an object that goes may call back into this store. The holder is out of the
-    // list before it drops its reference.
-    for (auto found = FindHolder(iid, object, 0); found != m_interfaces.end();
-         found = FindHolder(iid, object, 0)) {
+    for (auto left = object ? std::min<std::ptrdiff_t>(matches, 1) : matches; left > 0; --left) {
+        const auto found = FindHolder(iid, object, 0);
+        if (found == m_interfaces.end()) break;
         const auto place = m_interfaces.begin() + (found - m_interfaces.cbegin());
         const std::unique_ptr<InterfaceHolder> holder = std::move(*place);
         m_interfaces.erase(place);
         result = RESULT_OK;
-        if (object) break;
     }
     return result;
 }

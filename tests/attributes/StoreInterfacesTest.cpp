@@ -127,6 +127,29 @@ TEST_F(StoreInterfaces, AnObjectThatGoesMayCallBackIntoTheStore) {
     EXPECT_EQ(m_other.Count(), 1u);
 }
 
+TEST_F(StoreInterfaces, AnObjectThatHangsItselfUpAgainEndsNoLoop) {
+    m_store.AddInterface(&kOne, &m_a, 1);
+    m_store.AddInterface(&kOne, &m_b, 1);
+    m_a.onRelease = [&] { m_store.AddInterface(&kOne, &m_a, 0); };
+    EXPECT_EQ(m_store.RemoveInterface(&kOne, nullptr), RESULT_OK);
+    EXPECT_EQ(m_store.GetInterfaceCountById(&kOne), 1u);
+    EXPECT_EQ(m_b.Count(), 1u);
+}
+
+TEST_F(StoreInterfaces, ACopyLeavesOutWhoRefusesAndGoesOn) {
+    m_store.AddInterface(&kOne, &m_a, 1);
+    m_store.AddInterface(&kOne, &m_b, 1);
+    CAttributeContainerV2 target;
+    m_a.refuses = true;
+    EXPECT_EQ(m_store.CopyTo(&target), RESULT_OK);
+    EXPECT_EQ(target.GetInterfaceCount(), 1u);
+    target.Clear();
+    m_a.refuses = false;
+    m_b.refuses = true;
+    EXPECT_EQ(m_store.CopyTo(&target), E_NOINTERFACE);  // of the last holder
+    EXPECT_EQ(target.GetInterfaceCount(), 1u);
+}
+
 TEST_F(StoreInterfaces, ACopyTakesReferencesOfItsOwn) {
     CAttributeContainerV2 target;
     m_store.AddInterface(&kOne, &m_a, 1);

@@ -79,14 +79,6 @@ TEST(StoreMemory, CopiesThatFailReportIt) {
     CAttributeContainerV2 source;
     source.SetString(0x04000001, u"track");
     source.SetLong(0x02000001, 5);
-    CAttributeContainerV2 store;
-    const auto nothing = [] {};
-    EXPECT_EQ(RunWithMoreMemory(
-                  0u, [&] { return store.CopyAttribute(0x04000001, &source); }, nothing),
-              10u);
-    EXPECT_EQ(RunWithMoreMemory(
-                  0u, [&] { return store.CopyAttribute(0x02000001, &source); }, nothing),
-              4u);
     CAttributeContainerV2 target;
     EXPECT_EQ(RunWithMoreMemory(
                   RESULT_NO_MEMORY, [&] { return source.CopyTo(&target); }, [&] { target.Clear(); }),

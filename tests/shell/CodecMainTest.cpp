@@ -2,6 +2,7 @@
 
 #include "AudioCodec/attributes/AttributeIds.h"
 #include "AudioCodec/shell/CPrivateCodecMain.h"
+#include "AudioCodec/wave/IAC3StreamReader.h"
 #include "platform/base/RefPtr.h"
 
 namespace {
@@ -12,6 +13,27 @@ TEST(CodecMain, FactoriesRefuseANullReceiver) {
     EXPECT_EQ(codec->CreateStreamReader(nullptr), RESULT_BAD_ARGUMENT);
     EXPECT_EQ(codec->CreateWriter(nullptr), RESULT_BAD_ARGUMENT);
     EXPECT_EQ(codec->CreateMetadataEditor(u"a.wav", nullptr), RESULT_BAD_ARGUMENT);
+}
+
+TEST(CodecMain, ReadersAreNewObjectsThatOutliveTheMainObject) {
+    auto codec = RefPtr<CPrivateCodecMain>::Retain(new CPrivateCodecMain);
+    RefPtr<IAC3Reader> first;
+    RefPtr<IAC3StreamReader> second;
+    ASSERT_EQ(codec->CreateReader(first.Put()), RESULT_OK);
+    ASSERT_EQ(codec->CreateStreamReader(second.Put()), RESULT_OK);
+    codec.Reset();
+    EXPECT_NE(first.Get(), second.Get());
+    for (const GUID* iid : {&IID_IBase, &IID_IAttributeContainer64, &IID_IAC3Reader, &IID_IAC3StreamReader}) {
+        void* same = nullptr;
+        EXPECT_EQ(first->QueryInterface(iid, &same), RESULT_OK);
+        EXPECT_EQ(same, first.Get());
+        EXPECT_EQ(first->Release(), 1u);
+    }
+    void* none = &codec;
+    EXPECT_EQ(first->QueryInterface(&IID_IPrivateCodecMain3, &none), E_NOINTERFACE);
+    EXPECT_EQ(none, nullptr);
+    first->SetLong(0x02000019, 7);
+    EXPECT_EQ(second->GetLong(0x02000019), 0u);
 }
 
 TEST(CodecMain, CapabilitiesAppearWhenTheyAreInitialisedAndOnlyOnce) {

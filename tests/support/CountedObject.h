@@ -13,7 +13,7 @@ public:
 
     Result QueryInterface(const GUID* iid, void** object) override {
         *object = nullptr;
-        if (!(*iid == m_iid)) return E_NOINTERFACE;
+        if (refuses || !(*iid == m_iid)) return E_NOINTERFACE;
         AddRef();
         *object = this;
         return RESULT_OK;
@@ -27,6 +27,7 @@ public:
 
     uint32_t Count() const { return m_count; }
     std::function<void()> onRelease;
+    bool refuses = false;  // answers to nothing any more
 
 private:
     GUID m_iid;
