@@ -22,6 +22,10 @@ constexpr uint32_t kFromStart = 0;
 constexpr uint32_t kFromHere = 1;
 constexpr uint32_t kFromEnd = 2;
 
+int64_t JoinPosition(DWORD low, LONG high) {
+    return static_cast<int64_t>(uint64_t{static_cast<DWORD>(high)} << 32 | low);
+}
+
 Result OpenFailure() {
     return GetLastError() == ERROR_SHARING_VIOLATION ? RESULT_FILE_IN_USE : RESULT_CANNOT_OPEN;
 }
@@ -181,7 +185,7 @@ bool CWaveFile::Move(int64_t distance, uint32_t origin, int64_t* position) const
         SetLastError(ERROR_SUCCESS);
         const DWORD low = SetFilePointer(m_file.get(), static_cast<LONG>(distance), &high, origin);
         if (GetLastError() != ERROR_SUCCESS) return false;
-        reached = static_cast<int64_t>(static_cast<uint64_t>(static_cast<DWORD>(high)) << 32 | low);
+        reached = JoinPosition(low, high);
     } else if (m_stream) {
         LARGE_INTEGER move{};
         move.QuadPart = distance;
@@ -196,7 +200,14 @@ bool CWaveFile::Move(int64_t distance, uint32_t origin, int64_t* position) const
 
 bool CWaveFile::MoveTo(int64_t position) const { return Move(position, kFromStart); }
 
-bool CWaveFile::Tell(int64_t& position) const { return Move(0, kFromHere, &position); }
+bool CWaveFile::Tell(int64_t& position) const {
+    if (!m_file) return Move(0, kFromHere, &position);
+    LONG high = 0;  // a query can't fail on an open file; asked in front of every read, it does without the
+                    // last error
+    const DWORD low = SetFilePointer(m_file.get(), 0, &high, FILE_CURRENT);
+    position = JoinPosition(low, high);
+    return true;
+}
 
 // Whether that many bytes stand behind the current place. A stream tells its size to no call that all streams
 // have, so its last byte in question is touched.

@@ -155,7 +155,6 @@ BOOL WriteFile(HANDLE file, const void* buffer, DWORD size, DWORD* done, OVERLAP
 }
 
 DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method) {
-    const DWORD errorBefore = GetLastError();  // what a caller cleared stays clear on success
     FileObject* object = FileWith(file, 0);
     int64_t place = 0;
     if (!object || !FindPlace(*object, JoinDistance(distance, distanceHigh), method, place))
@@ -166,12 +165,10 @@ DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD metho
     }
     object->m_place = place;
     if (distanceHigh) *distanceHigh = static_cast<LONG>(HighHalf(place));
-    SetLastError(errorBefore);
     return LowHalf(place);
 }
 
 DWORD GetFileSize(HANDLE file, DWORD* high) {
-    const DWORD errorBefore = GetLastError();  // a low half of INVALID_FILE_SIZE may be a size as well
     const FileObject* object = FileWith(file, 0);
     if (!object) return INVALID_FILE_SIZE;
     int64_t size = 0;
@@ -180,7 +177,6 @@ DWORD GetFileSize(HANDLE file, DWORD* high) {
         return INVALID_FILE_SIZE;
     }
     if (high) *high = HighHalf(size);
-    SetLastError(errorBefore);
     return LowHalf(size);
 }
 
