@@ -3,8 +3,6 @@
 
 #include "platform/base/Types.h"
 
-inline constexpr DWORD ERROR_INSUFFICIENT_BUFFER = 122;
-
 // The whole path of a module that has been attached (ModuleEntry.h), terminated; `size` is in units. Gives
 // its length, or 0 with last error 6 for another module. One too long is cut: the result is then `size`, with
 // last error 122.
