@@ -68,17 +68,21 @@ Result CACStreamReader::InternalQueryInterface(const GUID* iid, void** object) {
 
 const char16_t* CACStreamReader::GetClassName() { return u"CACStreamReader"; }
 
+// Runs an open. Behind an exception half way through, format and converter may not belong together.
+template <class Work>
+Result CACStreamReader::OpenAtBorder(Result onThrow, Work&& work) noexcept {
+    try {
+        return work();
+    } catch (...) {
+        ForgetSource();
+        return onThrow;
+    }
+}
+
 Result CACStreamReader::Open(const char16_t* path, uint32_t flags) {
     if (m_inner) m_inner->Close();
     m_inner.reset();
-    bool done = false;
-    const Result result = AtBorder(RESULT_CANNOT_OPEN, [&] {
-        const Result opened = OpenFile(path, flags);
-        done = true;
-        return opened;
-    });
-    if (!done) ForgetSource();
-    return result;
+    return OpenAtBorder(RESULT_CANNOT_OPEN, [&] { return OpenFile(path, flags); });
 }
 
 Result CACStreamReader::OpenFile(const char16_t* path, uint32_t flags) {
@@ -110,14 +114,7 @@ Result CACStreamReader::OpenInner(const char16_t* path, uint32_t flags) {
 
 Result CACStreamReader::OpenStream(IStream* stream, uint32_t flags) {
     if (m_inner) return m_inner->OpenStream(stream, flags);
-    bool done = false;
-    const Result result = AtBorder(RESULT_FAILED, [&] {
-        const Result opened = OpenImage(stream, flags);
-        done = true;
-        return opened;
-    });
-    if (!done) ForgetSource();
-    return result;
+    return OpenAtBorder(RESULT_FAILED, [&] { return OpenImage(stream, flags); });
 }
 
 Result CACStreamReader::OpenImage(IStream* stream, uint32_t flags) {
@@ -139,7 +136,6 @@ void CACStreamReader::StartAtBeginning() {
     m_converter.ResetToOutputPosition(0);
 }
 
-// Behind an exception half way through an open: format and converter may not belong together.
 void CACStreamReader::ForgetSource() {
     m_wave.CloseFile();
     m_sourceFormat = WaveFormat{};
