@@ -64,6 +64,15 @@ constexpr TagRow kRows[] = {
     {kTrackChunk, u"track", LeadingNumber, Terminated},
 };
 
+// The row whose column holds the value; null if there is none.
+template <class Value, class Column>
+const TagRow* FindRow(const Value& value, Column TagRow::*column) {
+    for (const TagRow& row : kRows) {
+        if (value == row.*column) return &row;
+    }
+    return nullptr;
+}
+
 bool IsTrackChunk(std::string_view chunk) {
     return !chunk.empty() && chunk.size() <= kTrackChunkMost && IsDigit(chunk[0]);
 }
@@ -73,10 +82,9 @@ bool IsTrackChunk(std::string_view chunk) {
 void ChunksToTags(TagList& tags, const CWaveFile::ChunkMap& chunks) {
     for (const auto& [id, bytes] : chunks) {
         if (id == kTagChunk) ParseTagChunk(tags, bytes);
-        const auto* const row =
-            std::find_if(std::begin(kRows), std::end(kRows), [&](const TagRow& r) { return r.chunk == id; });
+        const TagRow* const row = FindRow(id, &TagRow::chunk);
         std::string_view text;
-        if (row == std::end(kRows) || !row->textOf(bytes, text)) continue;
+        if (!row || !row->textOf(bytes, text)) continue;
         CStr name(row->tag);
         CStr value(text.data(), static_cast<uint32_t>(text.size()));
         AddTag(tags, name, value);
@@ -95,10 +103,8 @@ void TagsToChunks(TagList& tags, CWaveFile::ChunkMap& chunks) {
 
     std::string tagBytes;
     for (TagEntry& entry : tags) {
-        const std::u16string_view name(entry.name.Wide());
-        const auto* const row =
-            std::find_if(std::begin(kRows), std::end(kRows), [&](const TagRow& r) { return name == r.tag; });
-        if (row == std::end(kRows)) {
+        const TagRow* const row = FindRow(std::u16string_view(entry.name.Wide()), &TagRow::tag);
+        if (!row) {
             AppendTagEntry(tagBytes, entry);
         } else if (row->chunk != kTrackChunk || trackAllowed) {
             const char* const narrow = entry.value.Narrow();
