@@ -122,16 +122,6 @@ TEST(Converter, ResetsGiveTheFramesToGoOnFrom) {
     EXPECT_GE(converter.ResetToInputPosition(INT64_MAX), 0);
 }
 
-TEST(Converter, FramesNotReportedAreOfferedAgainWithoutGapOrRepetition) {
-    const Samples input = Noise(2000);
-    CSampleRateConverter converter;
-    converter.Configure(1, 8000, 1, 44100);
-    converter.ResetToOutputPosition(0);
-    const Samples whole = Convert(converter, input, 1, 1, 2000, 20000);
-    converter.ResetToOutputPosition(0);
-    EXPECT_EQ(Convert(converter, input, 1, 1, 2000, 3), whole);
-}
-
 TEST(Converter, ChannelsAreKeptSpreadOrAveraged) {
     constexpr int16_t kLevel = 16384;
     struct Case {
