@@ -12,9 +12,12 @@ set(VL_SDK_HEADERS
   AudioCodec/shell/ResultCodes.h
   AudioCodec/attributes/AttributeIds.h
   AudioCodec/attributes/IAttributeContainer64.h
+  AudioCodec/metadata/IAC3Metadata.h
+  AudioCodec/metadata/IAC3MetadataEditor.h
   AudioCodec/wave/AudioFormatInfo.h
   AudioCodec/wave/IAC3Reader.h
   AudioCodec/wave/IAC3StreamReader.h
+  AudioCodec/wave/IAC3Writer.h
   platform/base/Guid.h
   platform/base/RefPtr.h
   platform/base/Stream.h

@@ -1,0 +1,40 @@
+// Metadata of a file as a host sees it: attributes under the ids of AttributeIds.h, and pictures, each one
+// encoded image bytes under a small number. Knows no file. Attribute operations may come from any thread,
+// picture operations from one at a time. The order of the operations is the binary border: nothing moves,
+// nothing is added.
+#pragma once
+
+#include "AudioCodec/attributes/IAttributeContainer64.h"
+
+class CImage;
+struct PictureSet;  // opaque to a host: it goes from GetPictureSet to MergePictures
+
+// Where a picture id is asked for: the caller names none. Setting then stores under 0, getting takes the
+// best picture there is.
+inline constexpr int32_t PICTURE_ID_NONE = -1;
+
+struct IAC3Metadata : IAttributeContainer64 {
+    // Copies a fixed list of attributes, and the pictures; what the source doesn't have stays. Always 0.
+    virtual Result CopyFrom(IAC3Metadata* source /*in*/) = 0;
+    // `further` is only looked at for being null. 0, 2 or 4.
+    virtual Result SetPictureFromImage(CImage* image /*in*/, int32_t id /*in*/, void* further /*in*/) = 0;
+    // 0, 1 where there is no picture, 4.
+    virtual Result GetPictureImage(CImage** image /*out: owned by the caller*/, int32_t& id /*in, out*/,
+                                   char16_t** text /*out: owned by the caller, may be null*/) = 0;
+    // 0, or 1 where there is no picture at all; an id that isn't there gives null and 0 bytes.
+    virtual Result GetPictureData(const uint8_t** data /*out: borrowed, valid while the picture stays*/,
+                                  uint32_t* size /*out: bytes*/,
+                                  char16_t** text /*out: file extension, owned by the caller, may be null*/,
+                                  int32_t& id /*in, out*/) = 0;
+    // 0, 2 or 4.
+    virtual Result SetPictureFromFile(const char16_t* path /*in*/, int32_t id /*in*/) = 0;
+    virtual Result PictureOperationUnsupported() = 0;  // always 5
+    // Copies every picture of the set into this object's. 0 or 4.
+    virtual Result MergePictures(PictureSet* source /*in*/) = 0;
+    virtual Result GetPictureSet(PictureSet** set /*out: borrowed, lives as long as this object*/) = 0;
+
+protected:
+    ~IAC3Metadata() = default;
+};
+
+inline constexpr GUID IID_IAC3Metadata = MakeGuid("C6883FD0-1887-40D2-B86A-0F8333E87074");
