@@ -62,14 +62,18 @@ inline constexpr uint32_t ATTR_METADATA_EXTRA       = 0x14900020;
 inline constexpr uint32_t ATTR_METADATA_LONG_1      = 0x32000005;
 inline constexpr uint32_t ATTR_METADATA_LONG_2      = 0x32000006;
 
-// Every id that a copy of metadata covers, and which of them a file's tags are read into and written from.
+// Every id that a copy of metadata covers, in the order of the copy, and which of them a file's tags are read
+// into and written from.
 struct MetadataId {
     uint32_t id;
     bool fromTags;
     bool toTags;
 };
 inline constexpr MetadataId kMetadataIds[] = {
+    {ATTR_TEXT_LANGUAGE_CODE, false, false},
+    {ATTR_TEXT_LANGUAGE_ID,   false, false},
     {ATTR_GENRE,              true,  true},
+    {ATTR_TEXT_GENRE_CODE,    false, false},
     {ATTR_TITLE,              true,  true},
     {ATTR_ARTIST,             true,  true},
     {ATTR_WRITER,             true,  true},
@@ -78,28 +82,25 @@ inline constexpr MetadataId kMetadataIds[] = {
     {ATTR_COMMENT,            true,  true},
     {ATTR_UPC,                false, false},
     {ATTR_ISRC,               false, false},
-    {ATTR_TRACK,              true,  true},
-    {ATTR_TEXT_GENRE_CODE,    false, false},
-    {ATTR_TEXT_LANGUAGE_CODE, false, false},
-    {ATTR_TEXT_LANGUAGE_ID,   false, false},
-    {ATTR_YEAR,               true,  true},
-    {ATTR_MONTH,              true,  true},
-    {ATTR_DAY,                true,  true},
-    {ATTR_DATE_EXTRA,         false, false},
-    {ATTR_ALBUM,              true,  true},
-    {ATTR_BAND,               true,  true},
-    {ATTR_CONDUCTOR,          false, false},
-    {ATTR_BY,                 false, false},
-    {ATTR_GROUPING,           false, false},
-    {ATTR_SUBTITLE,           false, false},
-    {ATTR_COPYRIGHT,          true,  true},
-    {ATTR_DISC,               true,  false},  // comes in, is never written back
     {ATTR_MEDIA_ID,           false, false},
     {ATTR_MUI_ID,             false, false},
     {ATTR_IDENTIFIER,         false, false},
     {ATTR_BPM,                true,  true},
     {ATTR_REPLAY_GAIN,        false, false},
     {ATTR_METADATA_EXTRA,     false, false},
+    {ATTR_ALBUM,              true,  true},
+    {ATTR_YEAR,               true,  true},
+    {ATTR_MONTH,              true,  true},
+    {ATTR_DAY,                true,  true},
+    {ATTR_TRACK,              true,  true},
+    {ATTR_DATE_EXTRA,         false, false},
+    {ATTR_COPYRIGHT,          true,  true},
+    {ATTR_DISC,               true,  false},  // comes in, is never written back
+    {ATTR_BAND,               true,  true},
+    {ATTR_CONDUCTOR,          false, false},
+    {ATTR_BY,                 false, false},
+    {ATTR_GROUPING,           false, false},
+    {ATTR_SUBTITLE,           false, false},
     {ATTR_METADATA_LONG_1,    false, false},
     {ATTR_METADATA_LONG_2,    false, false},
 };

@@ -1,8 +1,10 @@
 #include "AudioCodec/shell/CPrivateCodecMain.h"
 
 #include "AudioCodec/attributes/AttributeIds.h"
+#include "AudioCodec/metadata/CACMetadataEditor.h"
 #include "AudioCodec/shell/Border.h"
 #include "AudioCodec/wave/CACStreamReader.h"
+#include "AudioCodec/wave/CACWriter.h"
 
 namespace {
 
@@ -12,12 +14,6 @@ constexpr InterfaceTableEntry kInterfaces[] = {
 constexpr uint32_t kCapabilities[] = {ATTR_CODEC_CAPABILITY_1, ATTR_CODEC_CAPABILITY_2,
                                       ATTR_CODEC_CAPABILITY_3, ATTR_CODEC_CAPABILITY_4,
                                       ATTR_CODEC_CAPABILITY_5};
-
-// CreateObject for a class that this build doesn't have: there is no object to be had.
-template <class Interface>
-Result CreateMissing(Interface** receiver) {
-    return receiver ? RESULT_NO_MEMORY : RESULT_BAD_ARGUMENT;
-}
 
 }  // namespace
 
@@ -29,10 +25,10 @@ Result CPrivateCodecMain::CreateStreamReader(IAC3StreamReader** reader) {
     return CreateObject<CACStreamReader>(reader);
 }
 
-Result CPrivateCodecMain::CreateWriter(IAC3Writer** writer) { return CreateMissing(writer); }
+Result CPrivateCodecMain::CreateWriter(IAC3Writer** writer) { return CreateObject<CACWriter>(writer); }
 
-Result CPrivateCodecMain::CreateMetadataEditor(const char16_t* /*path*/, IAC3MetadataEditor** editor) {
-    return CreateMissing(editor);
+Result CPrivateCodecMain::CreateMetadataEditor(const char16_t* path, IAC3MetadataEditor** editor) {
+    return CreateObject<CACMetadataEditor>(editor, path);
 }
 
 Result CPrivateCodecMain::CreateUnsupported() { return RESULT_NOT_SUPPORTED; }

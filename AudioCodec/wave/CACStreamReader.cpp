@@ -4,6 +4,9 @@
 #include <cmath>
 
 #include "AudioCodec/attributes/AttributeIds.h"
+#include "AudioCodec/metadata/MetadataHandOver.h"
+#include "AudioCodec/metadata/MetadataTransfer.h"
+#include "AudioCodec/metadata/TagMapping.h"
 #include "AudioCodec/shell/Border.h"
 #include "AudioCodec/shell/InterfaceTable.h"
 #include "AudioCodec/wave/Saturating.h"
@@ -96,6 +99,7 @@ Result CACStreamReader::OpenFile(const char16_t* path, uint32_t flags) {
         const Result opened = OpenInner(path, flags);
         if (opened != RESULT_OK) return opened;
     }
+    ChunksToTags(m_tags, m_wave.Chunks());
     StartAtBeginning();
     return RESULT_OK;
 }
@@ -124,6 +128,7 @@ Result CACStreamReader::OpenImage(IStream* stream, uint32_t flags) {
     m_wave.SetModified(false);
     m_sourceFormat = m_wave.Format();
     if (!m_sourceFormat.IsDirectPcm()) return RESULT_NOT_PCM;
+    ChunksToTags(m_tags, m_wave.Chunks());
     StartAtBeginning();
     return RESULT_OK;
 }
@@ -338,7 +343,10 @@ Result CACStreamReader::GetOutputFormat(uint32_t* channels, uint32_t* rate, uint
 
 Result CACStreamReader::GetMetadata(IAC3Metadata** metadata) {
     if (m_inner) return m_inner->GetMetadata(metadata);
-    return metadata ? RESULT_NO_MEMORY : RESULT_BAD_ARGUMENT;  // no object of that kind can be created yet
+    return GiveMetadata(metadata, [&](IAC3Metadata& object) {
+        TagsToMetadata(m_tags, object);
+        return RESULT_OK;
+    });
 }
 
 Result CACStreamReader::GetSourceFormat(AudioFormatInfo* format) {

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "AudioCodec/graph/InnerReader.h"
+#include "AudioCodec/metadata/TagList.h"
 #include "AudioCodec/shell/BaseImpl.h"
 #include "AudioCodec/wave/CSampleRateConverter.h"
 #include "AudioCodec/wave/CWaveFile.h"
@@ -65,6 +66,7 @@ private:
 
     CWaveFile m_wave;
     WaveFormat m_sourceFormat;
+    TagList m_tags;                     // of every file opened so far, the latest last
     std::vector<uint8_t> m_byteBuffer;  // raw 8-bit audio; grows when needed, within bounds
     uint32_t m_outChannels = 2;
     uint32_t m_outRate = 44100;

@@ -14,6 +14,9 @@ namespace {
 // What may be asked of a stream without looking first whether it holds as much.
 constexpr uint64_t kUncheckedStreamBytes = 65536;
 
+// What the sizes in the headers can tell.
+constexpr uint64_t kLargestFile = 0xFFFFFFFF;
+
 // A stream that claims to stand behind it is no stream to compute with.
 constexpr uint64_t kLargestPosition = uint64_t{1} << 62;
 
@@ -237,6 +240,8 @@ void CWaveFile::BeginAudio(const WaveFormat& format) {
 
 Result CWaveFile::WriteData(const void* bytes, uint32_t count) {
     if (!m_writable) return RESULT_FAILED;
+    if (uint64_t{m_dataOffset} + static_cast<uint64_t>(TellData()) + count > kLargestFile)
+        return RESULT_WRITE_FAILED;
     DWORD done = 0;
     const bool written = WriteFile(m_file.get(), bytes, count, &done, nullptr) && done == count;
     // The file's size is the measure: a write in the middle, behind a seek, adds nothing.

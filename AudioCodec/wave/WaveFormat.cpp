@@ -14,6 +14,18 @@ uint32_t WaveFormat::DiskSize() const {
                                       : kFormatFixedSize + static_cast<uint32_t>(extra.size());
 }
 
+WaveFormat WaveFormat::Pcm(uint32_t channels, uint32_t samplesPerSec, uint32_t bitsPerSample) {
+    WaveFormat format;
+    format.formatTag = kFormatTagPcm;
+    format.channels = static_cast<uint16_t>(channels);
+    format.samplesPerSec = samplesPerSec;
+    format.bitsPerSample = static_cast<uint16_t>(bitsPerSample);
+    const uint32_t frameBits = uint32_t{format.bitsPerSample} * format.channels;
+    format.blockAlign = static_cast<uint16_t>(frameBits / 8);
+    format.avgBytesPerSec = static_cast<uint32_t>(uint64_t{frameBits} * samplesPerSec / 8);
+    return format;
+}
+
 WaveFormat WaveFormat::Load(const uint8_t* record, uint32_t size) {
     WaveFormat format;
     format.formatTag = LoadLE16(record);

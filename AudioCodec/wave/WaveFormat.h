@@ -22,6 +22,9 @@ struct WaveFormat {
     // Bytes of the record on disk: 16 for PCM, otherwise 18 and the extra bytes.
     uint32_t DiskSize() const;
 
+    // Integer PCM of so many channels, frames per second and bits; the other fields follow from them.
+    static WaveFormat Pcm(uint32_t channels, uint32_t samplesPerSec, uint32_t bitsPerSample);
+
     // Takes a record as it stands in a file. A record of 16 bytes has no extra bytes; one that claims more of
     // them than `size` holds gets those that are there. `size` is 16 at the least.
     static WaveFormat Load(const uint8_t* record, uint32_t size);

@@ -1,0 +1,41 @@
+// Changes the metadata of an existing WAV file of 8 or 16-bit PCM. The audio is neither read nor written. One
+// thread at a time.
+//
+// Chosen where it was open: how a file is saved, whatever its layout, without losing audio or foreign chunks
+// is CWaveFile's; a failed Open leaves no handle behind, so that a Save after it reaches nothing. A Save that
+// finds no memory gives 2 and leaves the file as it was. A null path makes Open give 1000.
+#pragma once
+
+#include <string>
+
+#include "AudioCodec/metadata/IAC3MetadataEditor.h"
+#include "AudioCodec/metadata/TagList.h"
+#include "AudioCodec/shell/BaseImpl.h"
+#include "AudioCodec/wave/CWaveFile.h"
+#include "platform/base/RefPtr.h"
+
+class CACMetadataEditor : public CAttributeContainerImpl<IAC3MetadataEditor> {
+public:
+    explicit CACMetadataEditor(const char16_t* path);  // copied; throws std::bad_alloc
+
+    Result Open() override;
+    Result Save() override;
+    Result Close() override;
+    Result GetSourceFormat(AudioFormatInfo* format) override;
+    Result SetMetadata(IAC3Metadata* source) override;
+    Result GetMetadata(IAC3Metadata** metadata) override;
+
+protected:
+    Result InternalQueryInterface(const GUID* iid, void** object) override;
+    const char16_t* GetClassName() override;
+
+private:
+    Result OpenFile();
+    void StoreTags();
+
+    const std::u16string m_path;
+    CWaveFile m_wave;
+    WaveFormat m_sourceFormat;
+    RefPtr<IAC3Metadata> m_metadata;  // what Save writes; null: the file's own tags
+    TagList m_tags;
+};

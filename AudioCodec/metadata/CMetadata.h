@@ -1,0 +1,34 @@
+// Metadata as it crosses the border: the attributes that every object has, and a set of pictures. Knows no
+// file and no tags. Picture operations run on one thread at a time.
+//
+// Chosen where it was open: a merge that runs out of memory gives 2; a null source of CopyFrom changes
+// nothing.
+#pragma once
+
+#include "AudioCodec/metadata/IAC3Metadata.h"
+#include "AudioCodec/metadata/PictureSet.h"
+#include "AudioCodec/shell/BaseImpl.h"
+
+class CMetadata : public CAttributeContainerImpl<IAC3Metadata> {
+public:
+    Result CopyFrom(IAC3Metadata* source) override;
+    Result SetPictureFromImage(CImage* image, int32_t id, void* further) override;
+    Result GetPictureImage(CImage** image, int32_t& id, char16_t** text) override;
+    Result GetPictureData(const uint8_t** data, uint32_t* size, char16_t** text, int32_t& id) override;
+    Result SetPictureFromFile(const char16_t* path, int32_t id) override;
+    Result PictureOperationUnsupported() override;
+    Result MergePictures(PictureSet* source) override;
+    Result GetPictureSet(PictureSet** set) override;
+
+protected:
+    Result InternalQueryInterface(const GUID* iid, void** object) override;
+    const char16_t* GetClassName() override;
+
+private:
+    void CopyText(uint32_t id, IAC3Metadata& source);
+
+    PictureSet m_pictures;
+};
+
+// Gives a new, empty object with one reference; 4 for a null receiver, 2 if it can't be had.
+Result CreateMetadataObject(IAC3Metadata** metadata);

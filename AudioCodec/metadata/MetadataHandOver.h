@@ -1,0 +1,23 @@
+// How reader, writer and editor hand metadata over the border: always as a copy, in either direction.
+#pragma once
+
+#include "AudioCodec/metadata/CMetadata.h"
+#include "AudioCodec/shell/Border.h"
+#include "platform/base/RefPtr.h"
+
+// Merges a caller's object into the copy that its owner keeps, which is made first if there is none. Gives 4
+// for a null source, or what the copying gives; nothing is kept then.
+Result KeepMetadata(IAC3Metadata* source, RefPtr<IAC3Metadata>& kept);
+
+// Gives the caller a new object with one reference, as `fill` leaves it. 4 for a null receiver; otherwise
+// what the creation or `fill` gives, 2 for an exception, and the receiver is null then.
+template <class Fill>
+Result GiveMetadata(IAC3Metadata** receiver, Fill&& fill) noexcept {
+    if (!receiver) return RESULT_BAD_ARGUMENT;
+    *receiver = nullptr;
+    RefPtr<IAC3Metadata> object;
+    Result result = CreateMetadataObject(object.Put());
+    if (result == RESULT_OK) result = AtBorder(RESULT_NO_MEMORY, [&] { return fill(*object); });
+    if (result == RESULT_OK) *receiver = object.Detach();
+    return result;
+}
