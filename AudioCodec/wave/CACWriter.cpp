@@ -165,6 +165,10 @@ Result CACWriter::CompleteFile() {
 Result CACWriter::Write(const void* buffer, uint32_t frames, uint32_t* framesAccepted) {
     if (!buffer || !framesAccepted) return RESULT_BAD_ARGUMENT;
     if (!m_formatSelected) return RESULT_NOT_OPEN;
+    if (!m_wave.HasSource()) {
+        *framesAccepted = 0;
+        return m_wave.WriteData(buffer, 0);  // 1 before any Open, 1004 behind one that failed
+    }
     const auto* const input = static_cast<const int16_t*>(buffer);
     return AtBorder(RESULT_NO_MEMORY, [&] {
         return m_converter.IsConversionFree() ? WriteDirect(input, frames, framesAccepted)

@@ -14,7 +14,9 @@
 #include "AudioCodec/attributes/AttributeIds.h"
 #include "AudioCodec/shell/ClassIds.h"
 #include "AudioCodec/shell/IPrivateCodecMain3.h"
+#include "platform/base/LastError.h"
 #include "platform/base/Types.h"
+#include "platform/loader/StringResources.h"
 #include "tests/border/LoadedModule.h"
 
 namespace {
@@ -74,6 +76,24 @@ TEST(ModuleFile, IsUnmappedWhenTheLastOneClosesItAndCanComeBack) {
             EXPECT_EQ(codec->Release(), 0u);
         }
         EXPECT_FALSE(IsMapped(VL_MODULE));
+    }
+}
+
+TEST(ModuleFile, ItsStringResourcesComeAndGoWithIt) {
+    for (int round = 0; round < 3; ++round) {
+        HMODULE handle = nullptr;
+        {
+            const LoadedModule module(VL_MODULE);
+            ASSERT_TRUE(module.Get());
+            handle = module.Get();
+            for (WORD name = 63; name <= 65; ++name)
+                EXPECT_TRUE(FindResourceExW(handle, RT_STRING, MAKEINTRESOURCEW(name), 1041));
+            EXPECT_EQ(FindResourceExW(handle, RT_STRING, MAKEINTRESOURCEW(64), 0x400), nullptr);
+            EXPECT_EQ(GetLastError(), ERROR_RESOURCE_LANG_NOT_FOUND);
+        }
+        EXPECT_FALSE(IsMapped(VL_MODULE));
+        EXPECT_EQ(FindResourceExW(handle, RT_STRING, MAKEINTRESOURCEW(64), 1033), nullptr);
+        EXPECT_EQ(GetLastError(), ERROR_RESOURCE_DATA_NOT_FOUND);
     }
 }
 

@@ -135,7 +135,7 @@ TEST(Writer, FewFramesArriveThroughTheConverterToo) {
         for (const std::vector<uint32_t>& blocks : {std::vector<uint32_t>{frames}, {1}}) {
             const Bytes bytes = Written({1, 44100}, kMono16At48000, input, blocks);
             EXPECT_EQ(bytes.size() - kHeader, std::max(1U, frames * 160 / 147) * 2) << frames;
-            EXPECT_GT(bytes[kHeader + 1], 20) << "the first frame must be of the signal";
+            EXPECT_GT(bytes[kHeader + 1], frames > 1 ? 20 : 3) << "the first frame must be of the signal";
         }
     }
     EXPECT_EQ(Written({1, 44100}, kMono16At48000, {}, {1}).size(), kHeader);
@@ -181,6 +181,7 @@ TEST(Writer, SeekOverwritesAndGrowsOnlyBehindTheEnd) {
     expected.insert(expected.end(), 20, 2);
     Bytes image = WavImage().Fmt(1, 1, 8000, 16).Data(expected).Image();
     image[4] = static_cast<uint8_t>(image.size() - 8);
+    image[5] = static_cast<uint8_t>((image.size() - 8) >> 8);
     EXPECT_EQ(file.Bytes(), image);
 }
 
@@ -319,7 +320,8 @@ TEST(Writer, WithoutMemoryNothingIsHalfDone) {
     const RefPtr<CACWriter> writer = NewWriter();
     writer->SetFormat(1, 44100, 2);
     writer->SelectFormat(kMono8At8000);
-    const auto open = [&] { return writer->Open(file.Wide().c_str(), OPEN_OVERWRITE); };
+    const std::u16string path = file.Wide();
+    const auto open = [&] { return writer->Open(path.c_str(), OPEN_OVERWRITE); };
     EXPECT_EQ(RunWithMoreMemory(RESULT_FAILED, open, [&] { EXPECT_FALSE(exists(file.Path())); }), RESULT_OK);
     uint32_t accepted = 0;
     const auto write = [&] { return writer->Write(noise.data(), 40, &accepted); };

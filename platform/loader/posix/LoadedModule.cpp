@@ -29,3 +29,9 @@ LoadedModule FindLoadedModule(const void* address) {
                                           : std::filesystem::read_symlink("/proc/self/exe", error).string();
     return {map, path};
 }
+
+HMODULE FindProgram() {
+    void* const program = dlopen(nullptr, RTLD_LAZY);
+    if (program) dlclose(program);  // only counted down: a program stays
+    return program;
+}

@@ -13,3 +13,6 @@ struct LoadedModule {
 // The module that holds `address`. A relative path is taken from the current folder; no handle for an address
 // in no module.
 LoadedModule FindLoadedModule(const void* address);
+
+// The handle of the program itself.
+HMODULE FindProgram();
