@@ -240,13 +240,15 @@ void CWaveFile::BeginAudio(const WaveFormat& format) {
 
 Result CWaveFile::WriteData(const void* bytes, uint32_t count) {
     if (!m_writable) return RESULT_FAILED;
-    if (uint64_t{m_dataOffset} + static_cast<uint64_t>(TellData()) + count > kLargestFile)
-        return RESULT_WRITE_FAILED;
+    const uint64_t end = static_cast<uint64_t>(TellData()) + count;
+    if (m_dataOffset + end > kLargestFile) return RESULT_WRITE_FAILED;
     DWORD done = 0;
-    const bool written = WriteFile(m_file.get(), bytes, count, &done, nullptr) && done == count;
-    // The file's size is the measure: a write in the middle, behind a seek, adds nothing.
-    if (m_file) m_dataSize = GetFileSize(m_file.get(), nullptr) - m_dataOffset;
-    if (!written) return RESULT_WRITE_FAILED;
+    if (!WriteFile(m_file.get(), bytes, count, &done, nullptr) || done != count) {
+        if (m_file) m_dataSize = GetFileSize(m_file.get(), nullptr) - m_dataOffset;
+        return RESULT_WRITE_FAILED;
+    }
+    // As the file's size would tell: a write in the middle, behind a seek, adds nothing.
+    m_dataSize = std::max(m_dataSize, static_cast<uint32_t>(end));
     m_modified = true;
     return RESULT_OK;
 }
