@@ -1,3 +1,5 @@
 #include "AudioCodec/graph/InnerReader.h"
 
-std::unique_ptr<InnerReader> CreateInnerReader() { return nullptr; }
+#include "AudioCodec/graph/CACMWAVReader.h"
+
+std::unique_ptr<InnerReader> CreateInnerReader() { return std::make_unique<CACMWAVReader>(); }

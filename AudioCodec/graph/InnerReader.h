@@ -9,6 +9,5 @@
 
 using InnerReader = CBaseImpl<IAC3StreamReader>;
 
-// A reader that decodes through a media graph, owned directly and not by its count. Null if there is none,
-// which is so in a build without a media layer.
+// A reader that decodes through a media graph, owned directly and not by its count. Throws std::bad_alloc.
 std::unique_ptr<InnerReader> CreateInnerReader();

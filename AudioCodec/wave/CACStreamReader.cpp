@@ -9,6 +9,7 @@
 #include "AudioCodec/metadata/TagMapping.h"
 #include "AudioCodec/shell/Border.h"
 #include "AudioCodec/shell/InterfaceTable.h"
+#include "AudioCodec/wave/ReadExtensions.h"
 #include "AudioCodec/wave/Saturating.h"
 #include "AudioCodec/wave/WaveTypes.h"
 #include "platform/file/Paths.h"
@@ -20,7 +21,6 @@ constexpr uint32_t kFromHere = 1;
 constexpr uint32_t kFromEnd = 2;
 
 constexpr uint32_t kOutputBytesPerSample = 2;
-constexpr uint32_t kExtensionBufferBytes = 20;
 constexpr uint32_t kByteBlock = 65536;  // raw 8-bit audio is taken in blocks of this size at the most
 
 constexpr InterfaceTableEntry kInterfaces[] = {{&IID_IBase, 0},
@@ -39,9 +39,6 @@ constexpr TextAttribute kAttributes[] = {
     {ATTR_STREAM_EXTENSION, u".wav"},
     {ATTR_CODEC_SHORT_NAME, u"wav"},
 };
-
-constexpr std::u16string_view kExtensions[] = {u"wav", u"aif"};
-static_assert((kExtensions[0].size() + 1) * sizeof(char16_t) <= kExtensionBufferBytes);
 
 bool IsAiff(const char16_t* path) {
     const char16_t* extension = PathFindExtensionW(path);
@@ -356,18 +353,8 @@ Result CACStreamReader::GetSourceFormat(AudioFormatInfo* format) {
     return RESULT_OK;
 }
 
-Result CACStreamReader::GetExtensionCount(uint32_t* count) {
-    if (count) *count = static_cast<uint32_t>(std::size(kExtensions));
-    return RESULT_OK;
-}
+Result CACStreamReader::GetExtensionCount(uint32_t* count) { return CountReadExtensions(count); }
 
 Result CACStreamReader::GetExtension(uint32_t index, char16_t** extension) {
-    if (!extension) return RESULT_BAD_EXTENSION;
-    auto* const text = static_cast<char16_t*>(Alloc(kExtensionBufferBytes));
-    if (!text) return RESULT_NO_MEMORY;
-    text[0] = u'\0';
-    *extension = text;
-    if (index >= std::size(kExtensions)) return RESULT_BAD_EXTENSION;
-    *std::copy(kExtensions[index].begin(), kExtensions[index].end(), text) = u'\0';
-    return RESULT_OK;
+    return GiveReadExtension(*this, index, extension);
 }

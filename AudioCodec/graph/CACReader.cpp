@@ -1,0 +1,335 @@
+#include "AudioCodec/graph/CACReader.h"
+
+#include <algorithm>
+#include <chrono>
+#include <new>
+#include <string>
+#include <thread>
+
+#include "AudioCodec/attributes/AttributeIds.h"
+#include "AudioCodec/graph/GraphHelpers.h"
+#include "AudioCodec/shell/Border.h"
+#include "AudioCodec/shell/HandedOut.h"
+#include "AudioCodec/shell/ModuleInstance.h"
+#include "platform/loader/ModulePath.h"
+
+namespace {
+
+constexpr uint32_t kFromStart = 0;
+constexpr uint32_t kFromHere = 1;
+
+constexpr uint32_t kOutputBytesPerSample = 2;
+constexpr uint32_t kStagedBits = 16;
+constexpr char16_t kFilterFile[] = u"VlDSAudioStreamReader.ax";
+constexpr char16_t kFilterName[] = u"Velto Stream Reader";
+constexpr char16_t kFilterFolder[] = u"/Filters/";
+constexpr char16_t kStreamSourceName[] = u"Stream Source";
+constexpr DWORD kPathUnits = 1024;
+
+// How long a graph may take to run before it is read all the same.
+constexpr int kStateQueries = 10;
+constexpr std::chrono::milliseconds kStateQueryPause{100};
+
+// Whole seconds of a time or a count, divided in single precision, as hosts of old know the lengths.
+int64_t WholeSeconds(int64_t units, float unitsPerSecond) {
+    return unitsPerSecond == 0.0F ? 0 : static_cast<int64_t>(static_cast<float>(units) / unitsPerSecond);
+}
+
+std::u16string FolderOfModule() {
+    char16_t path[kPathUnits] = {};
+    GetModuleFileNameW(GetModuleInstance(), path, kPathUnits);
+    const std::u16string_view whole(path);
+    return std::u16string(whole.substr(0, whole.rfind(u'/')));
+}
+
+// For the steps of Close: an exception in one doesn't stop those behind it.
+template <class Work>
+void Regardless(Work&& work) noexcept {
+    AtBorder(RESULT_FAILED, [&] {
+        work();
+        return RESULT_OK;
+    });
+}
+
+}  // namespace
+
+CACReader::~CACReader() { CACReader::Close(); }
+
+Result CACReader::Open(const char16_t* path, uint32_t /*flags*/) {
+    Close();
+    return AtBorder(RESULT_FAILED, [&] { return OpenPath(path); });
+}
+
+Result CACReader::OpenStream(IStream* stream, uint32_t /*flags*/) {
+    if (!stream) return RESULT_BAD_ARGUMENT;
+    Close();
+    return AtBorder(RESULT_FAILED, [&] { return OpenImage(stream); });
+}
+
+Result CACReader::OpenPath(const char16_t* path) {
+    m_length = 0;
+    m_duration = 0;
+    const Result created = CreateFilterGraph(m_graph.Put(), m_control.Put(), m_seeking.Put());
+    if (created != RESULT_OK) return created;
+    RefPtr<IBaseFilter> source;
+    const Result loaded = LoadFile(path, source);
+    return loaded == RESULT_OK ? CompleteGraph(source.Get()) : loaded;
+}
+
+Result CACReader::LoadFile(const char16_t* path, RefPtr<IBaseFilter>& source) {
+    if (FAILED(AddToGraph(CLSID_AsyncReader, source.Put(), u"File Source"))) return RESULT_FILTER_MISSING;
+    RefPtr<IFileSourceFilter> file;
+    if (FAILED(source->QueryInterface(IID_IFileSourceFilter, reinterpret_cast<void**>(file.Put()))))
+        return RESULT_SOURCE_NOT_LOADED;
+    return FAILED(file->Load(path, nullptr)) ? RESULT_SOURCE_NOT_LOADED : RESULT_OK;
+}
+
+Result CACReader::OpenImage(IStream* stream) {
+    m_length = 0;
+    const Result created = CreateFilterGraph(m_graph.Put(), m_control.Put(), m_seeking.Put());
+    if (created != RESULT_OK) return created;
+    const Result added = AddStreamSource(stream);
+    return added == RESULT_OK ? CompleteGraph(m_memReader.Get()) : added;
+}
+
+Result CACReader::AddStreamSource(IStream* stream) {
+    try {
+        m_memStream = std::make_unique<CMemStream>(stream);
+        CMediaTypeValue type;
+        type.majortype = MEDIATYPE_Stream;
+        HRESULT result = S_OK;
+        m_memReader = RefPtr<CMemReader>::Retain(new CMemReader(m_memStream.get(), type, &result));
+        if (FAILED(result)) return RESULT_FILTER_MISSING;
+    } catch (const std::bad_alloc&) {
+        m_memStream.reset();
+        return RESULT_NO_MEMORY;
+    }
+    if (m_graph->AddFilter(m_memReader.Get(), kStreamSourceName) != S_OK) return RESULT_SOURCE_NOT_LOADED;
+    return m_memReader->JoinFilterGraph(m_graph.Get(), kStreamSourceName) == S_OK ? RESULT_OK
+                                                                                  : RESULT_SOURCE_NOT_LOADED;
+}
+
+// From the source on, the same for a path and a stream. The graph keeps the filters alive.
+Result CACReader::CompleteGraph(IBaseFilter* source) {
+    RefPtr<IBaseFilter> streamReader;
+    if (FAILED(AddFilterFromSearch(CLSID_StreamReader, kFilterFile, streamReader.Put(), kFilterName)))
+        return RESULT_FILTER_MISSING;
+    if (FAILED(streamReader->QueryInterface(IID_IStreamReaderControl,
+                                            reinterpret_cast<void**>(m_streamReader.Put()))))
+        return RESULT_FILTER_MISSING;
+    if (ConnectGraph(source, streamReader.Get()) != RESULT_OK) return RESULT_SOURCE_NOT_LOADED;
+
+    m_streamReader->Initialize();
+    ReadSourceFormat();
+    ReadDuration();
+    DropStaged();
+    Configure();
+    m_converter.ResetToOutputPosition(0);
+    m_state = State::Opened;
+    return RESULT_OK;
+}
+
+// Beside the module, then in the folder that the host named, then by the registry unless the host forbids it.
+HRESULT CACReader::AddFilterFromSearch(const GUID& clsid, const char16_t* fileName, IBaseFilter** filter,
+                                       const char16_t* name) {
+    std::u16string path = FolderOfModule() + kFilterFolder + fileName;
+    HRESULT result = AddFilterFromFile(m_graph.Get(), clsid, path.c_str(), filter, name);
+    if (result == S_OK) return result;
+
+    HandedOutText folder(*this);
+    if (GetString(ATTR_FILTER_FOLDER, folder.Put()) == RESULT_OK && folder.Get() && *folder.Get()) {
+        path = folder.Get();
+        path += fileName;
+        result = AddFilterFromFile(m_graph.Get(), clsid, path.c_str(), filter, name);
+        if (result == S_OK) return result;
+    }
+    if (!GetBool(ATTR_NO_REGISTERED_FILTER)) result = AddFilterByCLSID(m_graph.Get(), clsid, filter, name);
+    return result;
+}
+
+HRESULT CACReader::AddToGraph(const GUID& clsid, IBaseFilter** filter, const char16_t* name) {
+    return AddFilterByCLSID(m_graph.Get(), clsid, filter, name);
+}
+
+HRESULT CACReader::ConnectInGraph(IBaseFilter* upstream, IBaseFilter* downstream) {
+    return ConnectFilters(m_graph.Get(), upstream, downstream);
+}
+
+// What the filter doesn't tell stands as it is set here.
+void CACReader::ReadSourceFormat() {
+    m_sourceFormat = {};
+    uint32_t channels = 2;
+    uint32_t rate = 44100;
+    uint32_t bits = kStagedBits;
+    if (m_streamReader) m_streamReader->GetAudioFormat(&channels, &rate, &bits);
+    m_sourceFormat.channels = static_cast<uint16_t>(channels);
+    m_sourceFormat.samplesPerSec = rate;
+    m_sourceFormat.bitsPerSample = static_cast<uint16_t>(bits);
+}
+
+void CACReader::ReadDuration() {
+    if (!m_seeking) return;
+    GUID before{};
+    if (m_seeking->IsFormatSupported(&TIME_FORMAT_MEDIA_TIME) != S_OK ||
+        m_seeking->GetTimeFormat(&before) != S_OK ||
+        m_seeking->SetTimeFormat(&TIME_FORMAT_MEDIA_TIME) != S_OK ||
+        m_seeking->GetDuration(&m_duration) != S_OK)
+        return;
+    if (!(before == TIME_FORMAT_MEDIA_TIME)) m_seeking->SetTimeFormat(&before);
+    ComputeLength();
+}
+
+void CACReader::ComputeLength() {
+    m_length = static_cast<uint32_t>(WholeSeconds(m_duration, kTimeUnitsPerSecond)) * m_outRate;
+}
+
+void CACReader::Configure() {
+    m_converter.Configure(m_sourceFormat.channels, static_cast<int32_t>(m_sourceFormat.samplesPerSec),
+                          m_outChannels, static_cast<int32_t>(m_outRate));
+}
+
+void CACReader::DropStaged() {
+    m_stagedFrames = 0;
+    m_usedFrames = 0;
+}
+
+// From the first read on. 1302 if the graph refuses, which ends this open.
+Result CACReader::StartGraph() {
+    const HRESULT run = m_control->Run();
+    if (run != S_OK && run != S_FALSE) {
+        m_control->Stop();
+        m_state = State::Closed;
+        return RESULT_CANNOT_RUN;
+    }
+    OAFilterState state = State_Stopped;
+    for (int query = 0; run == S_FALSE && query < kStateQueries; ++query) {
+        std::this_thread::sleep_for(kStateQueryPause);
+        if (m_control->GetState(0, &state) == S_OK) break;
+    }
+    m_state = State::Running;
+    return RESULT_OK;
+}
+
+Result CACReader::ReadFrames(void* buffer, uint32_t frames, uint32_t* framesRead, uint8_t* endOfStream) {
+    if (!buffer) return RESULT_BAD_ARGUMENT;
+    if (endOfStream) *endOfStream = 0;
+    if (framesRead) *framesRead = 0;
+    const Result started = m_state == State::Opened ? StartGraph() : RESULT_OK;
+    if (m_state != State::Running) {
+        if (endOfStream) *endOfStream = 1;
+        return started;
+    }
+    const uint32_t frameBytes = uint32_t{m_sourceFormat.channels} * m_sourceFormat.bitsPerSample / 8;
+    if (frameBytes == 0) return RESULT_NOT_PCM;
+    const auto bytes = static_cast<uint32_t>(std::min<uint64_t>(uint64_t{frameBytes} * frames, UINT32_MAX));
+    uint32_t done = 0;
+    const HRESULT read = m_streamReader->ReadAudio(buffer, bytes - bytes % frameBytes, &done, endOfStream);
+    if (read == S_OK && framesRead) *framesRead = done / frameBytes;
+    return read;
+}
+
+Result CACReader::Read(void* buffer, uint32_t frames, uint32_t* framesRead, uint8_t* endOfStream) {
+    if (m_converter.IsConversionFree()) return ReadFrames(buffer, frames, framesRead, endOfStream);
+    if (!buffer || !framesRead) return RESULT_BAD_ARGUMENT;
+    return ReadConverted(static_cast<int16_t*>(buffer), frames, framesRead, endOfStream);
+}
+
+Result CACReader::ReadConverted(int16_t* output, uint32_t frames, uint32_t* framesRead,
+                                uint8_t* endOfStream) {
+    uint32_t remaining = frames;
+    while (remaining != 0) {
+        if (m_usedFrames == m_stagedFrames) {
+            const Result refilled = RefillStaging(endOfStream);
+            if (refilled != RESULT_OK) return refilled;
+        }
+        uint32_t taken = m_stagedFrames - m_usedFrames;
+        uint32_t made = remaining;
+        m_converter.Process(m_staging + size_t{m_usedFrames} * m_converter.SourceChannels(), &taken, output,
+                            &made);
+        if (made == 0) break;
+        m_usedFrames = std::min(m_usedFrames + taken, m_stagedFrames);
+        output += size_t{made} * m_outChannels;
+        remaining -= made;
+    }
+    *framesRead = frames - remaining;
+    return RESULT_OK;
+}
+
+Result CACReader::RefillStaging(uint8_t* endOfStream) {
+    DropStaged();
+    if (m_sourceFormat.bitsPerSample != kStagedBits || m_sourceFormat.channels == 0)
+        return m_state == State::Closed ? RESULT_OK : RESULT_NOT_PCM;
+    return ReadFrames(m_staging, kStagingBytes / m_sourceFormat.channels / 2, &m_stagedFrames, endOfStream);
+}
+
+Result CACReader::Seek(uint32_t origin, int64_t offset, int64_t* position) {
+    DropStaged();
+    if (position) *position = 0;
+    if (!m_seeking) return RESULT_FAILED;
+    int64_t target = WholeSeconds(offset, static_cast<float>(m_outRate)) * kTimeUnitsPerSecond;
+    if (origin == kFromHere) {
+        int64_t here = 0;
+        m_seeking->GetPositions(&here, nullptr);
+        target += here;
+    } else if (origin != kFromStart) {
+        target += m_duration;
+    }
+    const HRESULT moved =
+        m_seeking->SetPositions(&target, AM_SEEKING_AbsolutePositioning, nullptr, AM_SEEKING_NoPositioning);
+    if (position) *position = static_cast<uint32_t>(WholeSeconds(target, kTimeUnitsPerSecond)) * m_outRate;
+    return FAILED(moved) ? RESULT_FAILED : RESULT_OK;
+}
+
+Result CACReader::GetLength(int64_t* frames) {
+    if (!frames) return RESULT_BAD_ARGUMENT;
+    *frames = static_cast<int64_t>(m_length);
+    return RESULT_OK;
+}
+
+Result CACReader::SetOutputFormat(uint32_t channels, uint32_t rate, uint32_t bytesPerSample) {
+    if (bytesPerSample != kOutputBytesPerSample) return RESULT_BAD_ARGUMENT;
+    return AtBorder(RESULT_NO_MEMORY, [&] {
+        m_outChannels = channels;
+        m_outRate = rate;
+        m_outBytesPerSample = bytesPerSample;
+        Configure();
+        ComputeLength();
+        return RESULT_OK;
+    });
+}
+
+Result CACReader::GetOutputFormat(uint32_t* channels, uint32_t* rate, uint32_t* bytesPerSample) {
+    if (!channels || !rate || !bytesPerSample) return RESULT_BAD_ARGUMENT;
+    *channels = m_outChannels;
+    *rate = m_outRate;
+    *bytesPerSample = m_outBytesPerSample;
+    return RESULT_OK;
+}
+
+Result CACReader::GetMetadata(IAC3Metadata** metadata) {
+    if (metadata) *metadata = nullptr;
+    return RESULT_NOT_SUPPORTED;
+}
+
+Result CACReader::GetSourceFormat(AudioFormatInfo* /*format*/) { return RESULT_NOT_SUPPORTED; }
+
+Result CACReader::GetExtensionCount(uint32_t* /*count*/) { return RESULT_NOT_SUPPORTED; }
+
+Result CACReader::GetExtension(uint32_t /*index*/, char16_t** /*extension*/) { return RESULT_NOT_SUPPORTED; }
+
+Result CACReader::Close() {
+    Regardless([&] {
+        if (m_state == State::Running && m_control) m_control->Stop();
+    });
+    Regardless([&] {
+        if (m_streamReader) m_streamReader->Shutdown();
+    });
+    Regardless([&] { m_memReader.Reset(); });
+    Regardless([&] { m_memStream.reset(); });
+    m_state = State::Closed;
+    Regardless([&] { m_streamReader.Reset(); });
+    Regardless([&] { m_graph.Reset(); });
+    Regardless([&] { m_seeking.Reset(); });
+    Regardless([&] { m_control.Reset(); });
+    return RESULT_OK;
+}

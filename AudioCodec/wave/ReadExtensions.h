@@ -1,0 +1,13 @@
+// The file extensions that the readers tell to hosts.
+#pragma once
+
+#include <cstdint>
+
+#include "AudioCodec/shell/IMemory.h"
+
+// Stores the number of extensions, if the pointer isn't null. Always 0.
+Result CountReadExtensions(uint32_t* count);
+
+// Gives an extension without its dot, allocated by `memory` and owned by the caller. 8 for a null pointer or
+// an unknown index, which gets an empty text; 2 without memory.
+Result GiveReadExtension(IMemory& memory, uint32_t index, char16_t** extension);
