@@ -11,6 +11,7 @@
 #include "AudioCodec/shell/Border.h"
 #include "AudioCodec/shell/HandedOut.h"
 #include "AudioCodec/shell/ModuleInstance.h"
+#include "AudioCodec/wave/Saturating.h"
 #include "platform/loader/ModulePath.h"
 
 namespace {
@@ -266,13 +267,14 @@ Result CACReader::Seek(uint32_t origin, int64_t offset, int64_t* position) {
     DropStaged();
     if (position) *position = 0;
     if (!m_seeking) return RESULT_FAILED;
-    int64_t target = WholeSeconds(offset, static_cast<float>(m_outRate)) * kTimeUnitsPerSecond;
+    int64_t target =
+        Saturating::Mul(WholeSeconds(offset, static_cast<float>(m_outRate)), kTimeUnitsPerSecond);
     if (origin == kFromHere) {
         int64_t here = 0;
         m_seeking->GetPositions(&here, nullptr);
-        target += here;
+        target = Saturating::Add(target, here);
     } else if (origin != kFromStart) {
-        target += m_duration;
+        target = Saturating::Add(target, m_duration);
     }
     const HRESULT moved =
         m_seeking->SetPositions(&target, AM_SEEKING_AbsolutePositioning, nullptr, AM_SEEKING_NoPositioning);
