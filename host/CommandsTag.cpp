@@ -49,7 +49,7 @@ void Change(const Module& module, const std::string& file, const std::vector<Tag
     Require(editor->SetMetadata(metadata.Get()));
     Require(editor->Save());
     // Save reports no failed write, so the file has to show what it holds now.
-    if (Tags::Read(*Source(module, file).Metadata()) != foreseen)
+    if (!ScanRiff(file).IsWhole() || Tags::Read(*Source(module, file).Metadata()) != foreseen)
         throw Failure("The file doesn't give back the tags that were saved; check the room on the disk.");
 }
 

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cmath>
 #include <filesystem>
 #include <limits>
 
@@ -131,20 +132,19 @@ void Conversion::Copy(IAC3Writer& writer, const std::string& outputName) {
 
 // The writer's Close reports no failed write, so the closed file has to prove itself. Gives its frames.
 int64_t Conversion::RequireWhole(const std::string& path, const TagSet& expectedTags) const {
-    const RiffScan scan = ScanRiff(path);
+    const auto require = [](bool good) {
+        if (!good) throw Failure("The written file was not whole; check the room on the disk and try again.");
+    };
+    require(ScanRiff(path).IsWhole());
     const Source written(m_module, path);
     const SourceFormat& found = written.Format();
-    const bool rightFormat = found.direct && found.channels == m_format.channels &&
-                             found.rate == m_format.rate && found.bits == m_format.bits;
+    require(found.direct && found.channels == m_format.channels && found.rate == m_format.rate &&
+            found.bits == m_format.bits);
     const int64_t frames = written.Length();
     const double ratio = static_cast<double>(m_format.rate) / m_passage.rate;
     const double missing = static_cast<double>(m_taken) * ratio - static_cast<double>(frames);
-    const bool rightLength = std::abs(missing) <= (m_passage.rate == m_format.rate ? 0 : 1 + ratio);
-    if (scan.fileSize != scan.declaredSize || !rightFormat || !rightLength)
-        throw Failure("The written file was not whole; check the room on the disk and try again.");
-    if (Tags::Read(*written.Metadata()) != expectedTags)
-        throw Failure(
-            "The written file didn't give back its tags; check the room on the disk and try again.");
+    require(std::abs(missing) <= (m_passage.rate == m_format.rate ? 0 : 1 + ratio));  // rounded at the end
+    require(Tags::Read(*written.Metadata()) == expectedTags);
     return frames;
 }
 

@@ -28,6 +28,8 @@ struct RiffScan {
     std::map<uint32_t, std::string> info;
     // Names of the entries in the list's "vltg", lower case, Windows-1252, each once.
     std::vector<std::string> entryNames;
+
+    bool IsWhole() const { return declaredSize != 0 && declaredSize == fileSize; }
 };
 
 // Reads chunk headers and the "INFO" list alone. Gives an empty result for what can't be read.
