@@ -49,6 +49,16 @@ CLI::App* AddDecode(CLI::App& app, DecodeOptions& options) {
     return decode;
 }
 
+CLI::App* AddPicture(CLI::App& app, PictureOptions& options) {
+    CLI::App* picture =
+        app.add_subcommand("picture", "Write an image file as hosts get it from the metadata");
+    picture->add_option("FILE", options.file, "Image file")->required();
+    picture->add_option("--to", options.format, "Decode it and write it anew; as it is if not given")
+        ->check(CLI::IsMember({"jpg", "bmp"}));
+    picture->add_option("-o,--output", options.output, "File to write, - is standard output")->required();
+    return picture;
+}
+
 // --help and --version too are output that can fail; all else that parsing ends with is wrong usage.
 ExitCode TellParseEnd(const CLI::App& app, const CLI::ParseError& end) {
     std::ostringstream out;
@@ -72,14 +82,17 @@ ExitCode Run(int argc, char** argv) {
 
     InfoOptions infoOptions;
     DecodeOptions decodeOptions;
+    PictureOptions pictureOptions;
     const CLI::App* info = AddInfo(app, infoOptions);
     AddDecode(app, decodeOptions);
+    const CLI::App* picture = AddPicture(app, pictureOptions);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& end) {
         return TellParseEnd(app, end);
     }
     const Module module = LoadModule(common);
+    if (picture->parsed()) return RunPicture(module, pictureOptions);
     return info->parsed() ? RunInfo(module, infoOptions) : RunDecode(module, decodeOptions);
 }
 

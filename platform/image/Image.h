@@ -44,7 +44,7 @@ public:
     // E_OUTOFMEMORY.
     virtual HRESULT Load(IStream* stream);
     // Encodes into the file, which is made or overwritten. Without a format the extension chooses: .jpg,
-    // .jpeg, .jpe and .jfif, .png, .bmp, .dib. JPEG has no alpha: colours stay as they stand, at quality 90.
+    // .jpeg, .jpe and .jfif, .png, .bmp, .dib. JPEG has no alpha: colours stay as they stand, at quality 95.
     // E_FAIL where there is no image, no such format, or no way to write; a file may be left half
     // written then.
     virtual HRESULT Save(const WCHAR* path, const GUID* format /*may be null*/);
