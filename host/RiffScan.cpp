@@ -58,11 +58,13 @@ RiffScan Scanner::Run() {
     if (riff != kRiff || ReadWord() != kWave) return std::move(m_scan);
     m_scan.declaredSize = declared;
     uint64_t place = 12;
+    uint64_t reached = place;  // seeking costs the stream its buffer: a tail of zeros is a million chunks
     while (place + kHeaderSize <= m_scan.fileSize) {
         m_file.clear();
-        m_file.seekg(static_cast<std::streamoff>(place));
+        if (reached != place) m_file.seekg(static_cast<std::streamoff>(place));
         const uint32_t id = ReadWord();
         const Chunk chunk{id, ReadWord()};
+        reached = id == kList ? 0 : place + kHeaderSize;
         if (id == kList)
             TakeList(chunk);
         else if (std::find(std::begin(kNotForeign), std::end(kNotForeign), id) == std::end(kNotForeign))

@@ -115,7 +115,8 @@ TEST_F(HostTag, AFileThatCannotBeChangedFailsAndTheOthersGoOn) {
     const json array = json::parse(run.out);
     ASSERT_EQ(array.size(), 5u);
     EXPECT_EQ(array[2]["error"]["code"], 1001);
-    for (const size_t good : {3, 4}) EXPECT_EQ(array[good]["tags"], (json{{"genre", "Folk"}}));
+    for (const size_t good : {size_t{3}, size_t{4}})
+        EXPECT_EQ(array[good]["tags"], (json{{"genre", "Folk"}}));
 }
 
 TEST_F(HostTag, ASaveThatDoesNotReachTheDiskIsAFailure) {
