@@ -157,6 +157,18 @@ TEST_F(ImageDecoders, GivePixelsFormatsAndPalettesThatAnotherDecoderGives) {
     }
 }
 
+TEST_F(ImageDecoders, AGifsFrameLiesWhereItsScreenHasIt) {
+    CImage frame;
+    CImage screen;
+    ASSERT_EQ(LoadBytes(frame, Picture("cut.gif")), S_OK);
+    ASSERT_EQ(LoadBytes(screen, Picture("offset.gif")), S_OK);
+    ASSERT_TRUE(screen.GetWidth() == 80 && screen.GetHeight() == 60);
+    for (int32_t i = 0; i < 61 * 43; ++i)
+        ASSERT_EQ(screen.GetPixel(i % 61 + 7, i / 61 + 5), frame.GetPixel(i % 61, i / 61)) << i;
+    for (const auto& [x, y] : {std::pair{6, 20}, {68, 20}, {20, 4}, {20, 48}, {0, 0}, {79, 59}})
+        EXPECT_EQ(screen.GetPixel(x, y) >> 24, 0U) << x << " " << y;
+}
+
 TEST_F(ImageDecoders, RefuseEveryPictureThatIsCutOffAndEveryStreamThatFails) {
     CImage keeper;  // so that the library isn't started for each file
     LoadBytes(keeper, {});
@@ -182,7 +194,7 @@ TEST_F(ImageDecoders, RefuseEveryPictureThatIsCutOffAndEveryStreamThatFails) {
             << size;
     }
     const Bytes large = Picture("rgb24.bmp");  // more than one block of the stream
-    for (const uint64_t call : {0, 1}) {
+    for (const uint64_t call : {uint64_t{0}, uint64_t{1}}) {
         ByteStream stream(large);
         stream.failFromCall = call;
         CImage image;
