@@ -304,11 +304,10 @@ std::vector<uint8_t> MakeHeader(const Raster& raster, const HeaderRow& how) {
     StoreLE32(at + 32, colors);
     if (how.compression == kMasks) {
         const uint32_t masks[] = {how.masks.red, how.masks.green, how.masks.blue, how.masks.alpha};
-        for (uint32_t i = 0; i < (how.masksBehind ? 3 : 4); ++i)
-            StoreLE32(at + kMasksPlace + 4 * i, masks[i]);
+        for (size_t i = 0; i < (how.masksBehind ? 3 : 4); ++i) StoreLE32(at + kMasksPlace + 4 * i, masks[i]);
     }
     if (how.size == kV4HeaderSize) StoreLE32(at + 56, kStandardColors);
-    for (uint32_t i = 0; i < colors; ++i)
+    for (size_t i = 0; i < colors; ++i)
         StoreLE32(at + how.size + how.masksBehind + 4 * i, raster.palette[i] & 0xFFFFFF);
     return bytes;
 }

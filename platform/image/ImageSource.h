@@ -32,5 +32,5 @@ private:
     IStream& m_stream;
     size_t m_begin = 0;
     size_t m_end = 0;
-    uint8_t m_buffer[4096];
+    uint8_t m_buffer[4096] = {};
 };

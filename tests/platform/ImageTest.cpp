@@ -67,15 +67,16 @@ void Paint(CImage& image, int32_t bits, DWORD flags = 0, int32_t width = 61, int
 
 class ImageDecoders : public testing::Test {
 protected:
+    // Made once for all processes that the tests run in.
     static void SetUpTestSuite() {
-        s_folder = new TempFolder;
-        const std::string line = "bash '" VL_MAKE_PICTURES "' '" + s_folder->Native("") + "' --reference";
-        ASSERT_EQ(std::system(line.c_str()), 0);
+        const std::filesystem::path folder(VL_PICTURES);
+        if (exists(folder / "made")) return;
+        ASSERT_EQ(std::system("bash '" VL_MAKE_PICTURES "' '" VL_PICTURES "' --reference"), 0);
+        std::ofstream(folder / "made").put('\n');
     }
-    static void TearDownTestSuite() { delete s_folder; }
-    static Bytes Picture(const std::string& name) { return FileBytes(s_folder->Native(name)); }
-
-    static inline TempFolder* s_folder = nullptr;
+    static Bytes Picture(const std::string& name) {
+        return FileBytes((std::filesystem::path(VL_PICTURES) / name).string());
+    }
 };
 
 // The greatest step between a channel of the image and of reference pixels of red, green, blue and alpha,
@@ -157,6 +158,18 @@ TEST_F(ImageDecoders, GivePixelsFormatsAndPalettesThatAnotherDecoderGives) {
     }
 }
 
+TEST_F(ImageDecoders, AGifsFrameLiesWhereItsScreenHasIt) {
+    CImage frame;
+    CImage screen;
+    ASSERT_EQ(LoadBytes(frame, Picture("cut.gif")), S_OK);
+    ASSERT_EQ(LoadBytes(screen, Picture("offset.gif")), S_OK);
+    ASSERT_TRUE(screen.GetWidth() == 80 && screen.GetHeight() == 60);
+    for (int32_t i = 0; i < 61 * 43; ++i)
+        ASSERT_EQ(screen.GetPixel(i % 61 + 7, i / 61 + 5), frame.GetPixel(i % 61, i / 61)) << i;
+    for (const auto& [x, y] : {std::pair{6, 20}, {68, 20}, {20, 4}, {20, 48}, {0, 0}, {79, 59}})
+        EXPECT_EQ(screen.GetPixel(x, y) >> 24, 0U) << x << " " << y;
+}
+
 TEST_F(ImageDecoders, RefuseEveryPictureThatIsCutOffAndEveryStreamThatFails) {
     CImage keeper;  // so that the library isn't started for each file
     LoadBytes(keeper, {});
@@ -182,7 +195,7 @@ TEST_F(ImageDecoders, RefuseEveryPictureThatIsCutOffAndEveryStreamThatFails) {
             << size;
     }
     const Bytes large = Picture("rgb24.bmp");  // more than one block of the stream
-    for (const uint64_t call : {0, 1}) {
+    for (const uint64_t call : {uint64_t{0}, uint64_t{1}}) {
         ByteStream stream(large);
         stream.failFromCall = call;
         CImage image;

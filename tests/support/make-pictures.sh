@@ -43,6 +43,7 @@ make colors256.gif gif "${photo[@]}"
 make colors5.gif gif "${photo[@]}" -colors 5
 make interlaced256.gif gif "${photo[@]}" -interlace GIF
 make cut.gif gif "${cut[@]}"
+make offset.gif gif "${cut[@]}" -repage 80x60+7+5
 make pal1.bmp bmp3 "${photo[@]}" -colors 2 -type Palette
 make pal4.bmp bmp3 "${photo[@]}" -colors 16 -type Palette
 make pal8.bmp bmp3 "${photo[@]}" -colors 256 -type Palette -compress None
