@@ -11,6 +11,7 @@
 #include "host/Commands.h"
 #include "host/Output.h"
 #include "host/Report.h"
+#include "host/TemporaryCleanup.h"
 
 namespace {
 
@@ -18,6 +19,7 @@ namespace {
 constexpr uint32_t kMinRate = 1000;
 constexpr uint32_t kMaxRate = 768000;
 constexpr uint32_t kMaxChannels = 255;
+constexpr uint32_t kMaxJobs = 256;
 
 struct CommonOptions {
     std::string module;
@@ -49,6 +51,55 @@ CLI::App* AddDecode(CLI::App& app, DecodeOptions& options) {
     return decode;
 }
 
+// An option that may come again; each time it takes one value, so that files may follow it.
+CLI::Option* AddRepeatable(CLI::App* command, const std::string& name, std::vector<std::string>& values,
+                           const std::string& help) {
+    return command->add_option(name, values, help)->expected(1)->take_all()->allow_extra_args(false);
+}
+
+CLI::App* AddFormats(CLI::App& app, FormatsOptions& options) {
+    CLI::App* formats = app.add_subcommand("formats", "List the formats that can be written");
+    formats->add_option("--language", options.language, "Of the texts: a tag like fr or pt-BR, or a number");
+    formats->add_flag("--json", options.json, "One JSON array instead of a table");
+    return formats;
+}
+
+CLI::App* AddConvert(CLI::App& app, ConvertOptions& options) {
+    CLI::App* convert = app.add_subcommand("convert", "Make WAV files of audio files, with their tags");
+    convert->add_option("IN", options.files, "Audio files")->required();
+    convert->add_option("-o,--output", options.output, "File to write, or a folder for IN's name with .wav")
+        ->required();
+    auto* format = convert->add_option("--format", options.wish.index,
+                                       "Index of the format; the nearest to the source if not given");
+    convert->add_option("--rate", options.wish.rate, "Frames per second")->excludes(format);
+    convert->add_option("--channels", options.wish.channels, "Channels")->excludes(format);
+    convert->add_option("--bits", options.wish.bits, "Bits of a sample")->excludes(format);
+    convert->add_flag("--overwrite", options.overwrite, "Replace files that are there already");
+    convert->add_option("--jobs", options.jobs, "Files at once; as many as there are cores if not given")
+        ->check(CLI::Range(uint32_t{1}, kMaxJobs));
+    AddRepeatable(convert, "--set", options.sets, "NAME=VALUE: a tag of the output, in place of the input's");
+    return convert;
+}
+
+CLI::App* AddTag(CLI::App& app, TagOptions& options) {
+    CLI::App* tag = app.add_subcommand("tag", "Show or change the tags of WAV files");
+    tag->add_option("FILE", options.files, "WAV files")->required();
+    AddRepeatable(tag, "--set", options.sets, "NAME=VALUE: a tag to set; the others stay");
+    AddRepeatable(tag, "--clear", options.clears, "NAME: a tag to take away");
+    tag->add_flag("--json", options.json, "One JSON array instead of lines");
+    return tag;
+}
+
+CLI::App* AddPicture(CLI::App& app, PictureOptions& options) {
+    CLI::App* picture =
+        app.add_subcommand("picture", "Write an image file as hosts get it from the metadata");
+    picture->add_option("FILE", options.file, "Image file")->required();
+    picture->add_option("--to", options.format, "Decode it and write it anew; as it is if not given")
+        ->check(CLI::IsMember({"jpg", "bmp"}));
+    picture->add_option("-o,--output", options.output, "File to write, - is standard output")->required();
+    return picture;
+}
+
 // --help and --version too are output that can fail; all else that parsing ends with is wrong usage.
 ExitCode TellParseEnd(const CLI::App& app, const CLI::ParseError& end) {
     std::ostringstream out;
@@ -62,7 +113,7 @@ ExitCode TellParseEnd(const CLI::App& app, const CLI::ParseError& end) {
 }
 
 ExitCode Run(int argc, char** argv) {
-    CLI::App app("Reads WAV files through the codec module VlACWav3.", "vlwav");
+    CLI::App app("Reads, writes and tags WAV files through the codec module VlACWav3.", "vlwav");
     app.set_version_flag("--version", "vlwav " VLWAV_VERSION);
     app.require_subcommand(1);
     app.fallthrough();  // the common options may stand behind the command as well
@@ -72,15 +123,34 @@ ExitCode Run(int argc, char** argv) {
 
     InfoOptions infoOptions;
     DecodeOptions decodeOptions;
-    const CLI::App* info = AddInfo(app, infoOptions);
-    AddDecode(app, decodeOptions);
+    FormatsOptions formatsOptions;
+    ConvertOptions convertOptions;
+    TagOptions tagOptions;
+    PictureOptions pictureOptions;
+    const struct {
+        const CLI::App* command;
+        std::function<ExitCode(const Module&)> run;
+    } commands[] = {
+        {AddInfo(app, infoOptions), [&](const Module& module) { return RunInfo(module, infoOptions); }},
+        {AddDecode(app, decodeOptions),
+         [&](const Module& module) { return RunDecode(module, decodeOptions); }},
+        {AddFormats(app, formatsOptions),
+         [&](const Module& module) { return RunFormats(module, formatsOptions); }},
+        {AddConvert(app, convertOptions),
+         [&](const Module& module) { return RunConvert(module, convertOptions); }},
+        {AddTag(app, tagOptions), [&](const Module& module) { return RunTag(module, tagOptions); }},
+        {AddPicture(app, pictureOptions),
+         [&](const Module& module) { return RunPicture(module, pictureOptions); }},
+    };
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& end) {
         return TellParseEnd(app, end);
     }
     const Module module = LoadModule(common);
-    return info->parsed() ? RunInfo(module, infoOptions) : RunDecode(module, decodeOptions);
+    for (const auto& [command, run] : commands)
+        if (command->parsed()) return run(module);
+    return EXIT_USAGE;
 }
 
 }  // namespace
@@ -88,8 +158,13 @@ ExitCode Run(int argc, char** argv) {
 int main(int argc, char** argv) {
     HoldStandardDescriptors();
     std::signal(SIGPIPE, SIG_IGN);  // a reader that went away is a failed write, told as one
+    std::signal(SIGXFSZ, SIG_IGN);  // so is a file that may not grow
     try {
+        TemporaryCleanup::WatchSignals();
         return Run(argc, argv);
+    } catch (const UsageFailure& failure) {
+        Report::Complain("", failure.what());
+        return EXIT_USAGE;
     } catch (const std::exception& failure) {
         Report::Complain("", failure.what());
         return EXIT_FAILED;

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 
 namespace {
 
@@ -125,6 +126,15 @@ int PosixFile::WriteAt(const void* buffer, size_t size, int64_t place, size_t& d
                       place + static_cast<int64_t>(from));
     });
 }
+
+int PosixFile::CreateTemporary(std::string& path, int suffix) {
+    const int descriptor = mkostemps(path.data(), suffix, O_CLOEXEC);
+    if (descriptor < 0) return errno;
+    close(descriptor);
+    return 0;
+}
+
+int PosixFile::Remove(const std::string& path) { return Answer(unlink(path.c_str())); }
 
 int PosixFile::Size(int64_t& size) const {
     struct stat status = {};
