@@ -9,6 +9,12 @@
 
 namespace {
 
+// A few packets are enough to know the stream; a caller's slow source isn't read far for nothing.
+constexpr int64_t kBytesForTheHead = 32768;
+
+// A damaged head may tell any number; no buffer shall grow by it.
+constexpr int kMostChannels = 64;
+
 struct FormatRow {
     std::string_view id;    // the first four bytes
     std::string_view type;  // the four at 8
@@ -78,12 +84,15 @@ HRESULT Demuxer::OpenFormat() {
     if (avformat_open_input(&context, "", format, nullptr) < 0)
         return VFW_E_INVALID_FILE_FORMAT;  // freed there
     m_format.reset(context);
+    context->probesize = kBytesForTheHead;
     if (avformat_find_stream_info(context, nullptr) < 0) return VFW_E_INVALID_FILE_FORMAT;
     const int stream = av_find_best_stream(context, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
     if (stream < 0) return VFW_E_INVALID_FILE_FORMAT;
     m_stream = static_cast<size_t>(stream);
     const AVCodecParameters& codec = Codec();
-    return codec.sample_rate > 0 && codec.ch_layout.nb_channels > 0 ? S_OK : VFW_E_INVALID_FILE_FORMAT;
+    const int channels = codec.ch_layout.nb_channels;
+    return codec.sample_rate > 0 && channels > 0 && channels <= kMostChannels ? S_OK
+                                                                              : VFW_E_INVALID_FILE_FORMAT;
 }
 
 HRESULT Demuxer::Duration(REFERENCE_TIME& duration) const {
