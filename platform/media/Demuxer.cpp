@@ -12,6 +12,8 @@ namespace {
 // A few packets are enough to know the stream; a caller's slow source isn't read far for nothing.
 constexpr int64_t kBytesForTheHead = 32768;
 
+constexpr int kPcmPacketSize = 32768;
+
 // A damaged head may tell any number; no buffer shall grow by it.
 constexpr int kMostChannels = 64;
 
@@ -90,6 +92,10 @@ HRESULT Demuxer::OpenFormat() {
     if (stream < 0) return VFW_E_INVALID_FILE_FORMAT;
     m_stream = static_cast<size_t>(stream);
     const AVCodecParameters& codec = Codec();
+    // Larger packets save time, where the demuxer offers them. The rest of a damaged one is lost, which PCM
+    // can't be.
+    if (IsPlainPcm(codec.codec_id))
+        av_opt_set_int(context, "max_size", kPcmPacketSize, AV_OPT_SEARCH_CHILDREN);
     const int channels = codec.ch_layout.nb_channels;
     return codec.sample_rate > 0 && channels > 0 && channels <= kMostChannels ? S_OK
                                                                               : VFW_E_INVALID_FILE_FORMAT;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cmath>
 #include <cstddef>
 #include <limits>
 
@@ -21,12 +20,17 @@ constexpr int16_t Narrow(int64_t value) { return NarrowWide(value); }
 static_assert(Narrow(int32_t{0x00018000}) == 2 && Narrow(int32_t{-0x00008000}) == 0 &&
               Narrow(std::numeric_limits<int32_t>::max()) == 32767);
 
+// Added and taken away again it leaves the nearest whole number, as long as numbers are small; unlike the
+// library's rounding it fits into vector code.
+template <class Real>
+constexpr Real kRounder = Real{3} *
+                          (std::numeric_limits<Real>::digits == 24 ? Real{1 << 22} : Real{1LL << 51});
+
 template <class Real>
 int16_t NarrowReal(Real value) {
-    const Real scaled = value * Real{32768};
-    if (!(scaled > Real{-32768}))
-        return scaled <= Real{-32768} ? int16_t{-32768} : int16_t{0};  // no number: 0
-    return static_cast<int16_t>(std::lrint(std::min(scaled, Real{32767})));
+    const Real known = value == value ? value : Real{0};  // no number: silence
+    const Real clipped = std::min(std::max(known * Real{32768}, Real{-32768}), Real{32767});
+    return static_cast<int16_t>(static_cast<int>(clipped + kRounder<Real> - kRounder<Real>));
 }
 int16_t Narrow(float value) { return NarrowReal(value); }
 int16_t Narrow(double value) { return NarrowReal(value); }
@@ -41,14 +45,28 @@ void FromPacked(const AVFrame& frame, int first, int16_t* out) {
     for (size_t i = 0; i < count; ++i) out[i] = Narrow(in[i]);
 }
 
-// Each channel stands for itself.
+template <class Sample>
+const Sample* PlaneOf(const AVFrame& frame, int channel, int first) {
+    return std::bit_cast<const Sample*>(frame.extended_data[channel]) + first;
+}
+
+// Each channel stands for itself; the usual two are taken together.
 template <class Sample>
 void FromPlanar(const AVFrame& frame, int first, int16_t* out) {
     const int channels = frame.ch_layout.nb_channels;
+    const int count = frame.nb_samples - first;
+    if (channels == 2) {
+        const auto* const left = PlaneOf<Sample>(frame, 0, first);
+        const auto* const right = PlaneOf<Sample>(frame, 1, first);
+        for (int i = 0; i < count; ++i) {
+            out[2 * i] = Narrow(left[i]);
+            out[2 * i + 1] = Narrow(right[i]);
+        }
+        return;
+    }
     for (int channel = 0; channel < channels; ++channel) {
-        const auto* const in = std::bit_cast<const Sample*>(frame.extended_data[channel]);
-        int16_t* to = out + channel;
-        for (int i = first; i < frame.nb_samples; ++i, to += channels) *to = Narrow(in[i]);
+        const auto* const in = PlaneOf<Sample>(frame, channel, first);
+        for (int i = 0; i < count; ++i) out[i * channels + channel] = Narrow(in[i]);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "platform/media/streamreader/Ring.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 
 #include "platform/media/MediaResults.h"
@@ -60,7 +61,7 @@ uint64_t Ring::Taken() const {
 }
 
 size_t Ring::Put(std::span<const uint8_t> bytes) {
-    const size_t count = std::min(bytes.size(), m_capacity - m_count);
+    const size_t count = std::min(bytes.size(), Room());
     const size_t at = (m_start + m_count) % m_capacity;
     const size_t straight = std::min(count, m_capacity - at);
     std::memcpy(m_bytes.data() + at, bytes.data(), straight);
@@ -80,21 +81,20 @@ size_t Ring::Take(uint8_t* buffer, size_t size) {
     return count;
 }
 
-// Neither side is woken for little: a wait ends when half of the ring has come or gone, or all that is asked
-// for. The two halves can't wait for each other.
+// Waking a thread costs as much as decoding a few frames. So who waits says how many bytes it takes to go on,
+// half of the ring at most, and isn't woken for fewer. The two halves can't wait for each other.
 HRESULT Ring::Write(std::span<const uint8_t> bytes) {
     std::unique_lock lock(m_lock);
     while (!bytes.empty()) {
-        const size_t wanted = std::min(bytes.size(), m_capacity / 2);
         const uint64_t flushes = m_flushes;
-        m_roomMade.wait(lock, [&] {
-            return IsClosed() || m_flushing || flushes != m_flushes || m_capacity - m_count >= wanted;
-        });
-        if (m_shut || m_flushing || flushes != m_flushes)
-            return m_open || m_shut ? S_FALSE : VFW_E_WRONG_STATE;
+        const auto unwanted = [&] { return m_flushing || flushes != m_flushes; };
+        m_roomAwaited = std::min(bytes.size(), m_capacity / 2);
+        m_roomMade.wait(lock, [&] { return IsClosed() || unwanted() || Room() >= m_roomAwaited; });
+        m_roomAwaited = 0;
+        if (m_shut || (m_open && unwanted())) return S_FALSE;
         if (!m_open) return VFW_E_WRONG_STATE;
         bytes = bytes.subspan(Put(bytes));
-        m_changed.notify_one();
+        if (m_bytesAwaited != 0 && m_count >= m_bytesAwaited) m_changed.notify_one();
     }
     return S_OK;
 }
@@ -104,16 +104,30 @@ HRESULT Ring::Read(uint8_t* buffer, uint32_t size, uint32_t& done) {
     std::unique_lock lock(m_lock);
     uint64_t flushes = m_flushes;
     while (done < size) {
-        const size_t wanted = std::min<size_t>(size - done, m_capacity / 2);
-        m_changed.wait(lock, [&] { return IsClosed() || m_ended || m_count >= wanted; });
+        Await(lock, size - done);
         if (IsClosed()) break;
         if (flushes != m_flushes) done = 0;  // what came before belongs to another place
         flushes = m_flushes;
         done += static_cast<uint32_t>(Take(buffer + done, size - done));
-        m_roomMade.notify_one();
+        if (m_roomAwaited != 0 && Room() >= m_roomAwaited) m_roomMade.notify_one();
         if (m_ended && m_count == 0) break;
     }
     if (!IsClosed()) return S_OK;
     done = 0;
     return VFW_E_WRONG_STATE;
+}
+
+// For a moment the wait is for half of the ring, as a decoder at full speed fills it: so it is woken once for
+// many small reads. The first bytes are wanted at once.
+void Ring::Await(std::unique_lock<std::mutex>& lock, size_t bytes) {
+    constexpr std::chrono::milliseconds kMoment(2);
+    const auto arrived = [&] { return IsClosed() || m_ended || m_count >= m_bytesAwaited; };
+    m_bytesAwaited = std::min(bytes, m_capacity / 2);
+    if (m_taken != 0 && !arrived()) {
+        m_bytesAwaited = m_capacity / 2;
+        m_changed.wait_for(lock, kMoment, arrived);
+        m_bytesAwaited = std::min(bytes, m_capacity / 2);
+    }
+    m_changed.wait(lock, arrived);
+    m_bytesAwaited = 0;
 }

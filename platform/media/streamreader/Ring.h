@@ -41,6 +41,8 @@ public:
 
 private:
     bool IsClosed() const { return !m_open || m_shut; }
+    size_t Room() const { return m_capacity - m_count; }
+    void Await(std::unique_lock<std::mutex>& lock, size_t bytes);
     size_t Put(std::span<const uint8_t> bytes);
     size_t Take(uint8_t* buffer, size_t size);
     void Clear();
@@ -52,6 +54,8 @@ private:
     std::vector<uint8_t> m_bytes;        // of the capacity, once opened
     size_t m_start = 0;                  // of the bytes that are in it
     size_t m_count = 0;
+    size_t m_bytesAwaited = 0;  // by who reads; 0 while it doesn't wait
+    size_t m_roomAwaited = 0;   // by who writes
     uint64_t m_taken = 0;
     uint64_t m_flushes = 0;  // so far
     bool m_open = false;
