@@ -59,14 +59,15 @@ void FromPlanar(const AVFrame& frame, int first, int16_t* out) {
         const auto* const left = PlaneOf<Sample>(frame, 0, first);
         const auto* const right = PlaneOf<Sample>(frame, 1, first);
         for (int i = 0; i < count; ++i) {
-            out[2 * i] = Narrow(left[i]);
-            out[2 * i + 1] = Narrow(right[i]);
+            *out++ = Narrow(left[i]);
+            *out++ = Narrow(right[i]);
         }
         return;
     }
     for (int channel = 0; channel < channels; ++channel) {
         const auto* const in = PlaneOf<Sample>(frame, channel, first);
-        for (int i = 0; i < count; ++i) out[i * channels + channel] = Narrow(in[i]);
+        int16_t* to = out + channel;
+        for (int i = 0; i < count; ++i, to += channels) *to = Narrow(in[i]);
     }
 }
 
