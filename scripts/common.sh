@@ -5,8 +5,8 @@ ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 cd "$ROOT" || exit 1
 
 BUILD_PACKAGES=(git ca-certificates g++ cmake ninja-build pkg-config libcli11-dev libfmt-dev nlohmann-json3-dev
-  libjpeg62-turbo-dev libpng-dev libgif-dev)
-TEST_PACKAGES=(libgtest-dev binutils sox sndfile-programs imagemagick-6.q16)
+  libjpeg62-turbo-dev libpng-dev libgif-dev libavformat-dev libavcodec-dev libavutil-dev)
+TEST_PACKAGES=(libgtest-dev binutils sox sndfile-programs imagemagick-6.q16 ffmpeg)
 BENCH_PACKAGES=(libbenchmark-dev)
 PEER_PACKAGES=(libsoxr-dev libsamplerate0-dev libswresample-dev libavutil-dev)
 CLANG_PACKAGES=(clang clang-format clang-tidy libclang-rt-14-dev)
@@ -50,7 +50,7 @@ need() {
 }
 
 # What ships; tests and benchmarks are built by the scripts that run them.
-SHIPPED=(VlACWav3 vlwav)
+SHIPPED=(VlACWav3 vlmedia VlDSAudioStreamReader vlwav)
 
 # build PRESET [TARGET...]: configures and builds a preset, all of it or some targets; says little unless it fails.
 build() {

@@ -42,6 +42,7 @@ inline constexpr HRESULT VFW_E_NOT_STOPPED          = detail::ResultOf(0x8004022
 inline constexpr HRESULT VFW_E_WRONG_STATE          = detail::ResultOf(0x80040227);  // not in this state
 inline constexpr HRESULT VFW_E_TYPE_NOT_ACCEPTED    = detail::ResultOf(0x8004022A);  // the pin refuses the type
 inline constexpr HRESULT VFW_E_TIMEOUT              = detail::ResultOf(0x8004022E);  // not done in time
+inline constexpr HRESULT VFW_E_INVALID_FILE_FORMAT  = detail::ResultOf(0x8004022F);  // no file of a known format
 inline constexpr HRESULT VFW_E_SAMPLE_TIME_NOT_SET  = detail::ResultOf(0x80040249);  // the sample has no times
 inline constexpr HRESULT VFW_E_MEDIA_TIME_NOT_SET   = detail::ResultOf(0x80040251);  // the sample has no positions
 inline constexpr HRESULT VFW_E_NO_TRANSPORT         = detail::ResultOf(0x80040266);  // no common way of transport

@@ -17,6 +17,7 @@ using OAFilterState = LONG;  // a FILTER_STATE
 using BSTR = WCHAR*;
 
 inline constexpr REFERENCE_TIME kTimeUnitsPerSecond = 10'000'000;
+inline constexpr REFERENCE_TIME kEndOfTime = 0x7FFFFFFFFFFFFFFF;
 inline constexpr GUID GUID_NULL = {};
 
 enum FILTER_STATE : int32_t { State_Stopped = 0, State_Paused = 1, State_Running = 2 };

@@ -10,6 +10,7 @@
 
 #include "platform/base/LastError.h"
 #include "platform/base/Utf.h"
+#include "platform/loader/Library.h"
 #include "platform/loader/ModuleEntry.h"
 #include "platform/loader/ModulePath.h"
 #include "tests/platform/TempFolder.h"
@@ -101,6 +102,23 @@ TEST_F(Loader, ThePathIsWholeAlsoWhenTheModuleWasLoadedByARelativeOne) {
     dlclose(module);
     EXPECT_EQ(PathOf(module), "");
     EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+}
+
+TEST_F(Loader, LoadsByAPathInTheCodePageAndTellsWhatIsMissing) {
+    std::filesystem::copy(VL_ENTRY_MODULE, m_folder.Native("caf\xC3\xA9.so"));
+    const std::string path = m_folder.Native("caf\xE9.so");
+    const HMODULE module = LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    ASSERT_TRUE(module);
+    EXPECT_EQ(LoadLibraryExA(path.c_str(), nullptr, 0), module);
+    EXPECT_FALSE(GetProcAddress(module, "NoSuchFunction"));
+    EXPECT_EQ(GetLastError(), ERROR_PROC_NOT_FOUND);
+    EXPECT_TRUE(FreeLibrary(module) && FreeLibrary(module));
+    EXPECT_EQ(Log(), kWholeLife);
+
+    EXPECT_FALSE(LoadLibraryExA(m_folder.Native("none.so").c_str(), nullptr, 0));
+    EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND);
+    EXPECT_FALSE(LoadLibraryExA(path.c_str(), nullptr, 1));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
 }
 
 }  // namespace

@@ -1,0 +1,3 @@
+#include "platform/loader/RegisteredClass.h"
+
+std::optional<std::string> FindRegisteredModule(const GUID&) { return std::nullopt; }

@@ -1,0 +1,74 @@
+#include "platform/media/AudioDecoder.h"
+
+#include <cstring>
+#include <new>
+
+#include "platform/media/MediaSample.h"
+#include "platform/media/SampleConversion.h"
+
+static_assert(MediaSample::kPadding >= AV_INPUT_BUFFER_PADDING_SIZE);
+
+namespace {
+
+void Describe(const CodecDescription& description, AVCodecContext& context) {
+    const CodecBlock& block = description.block;
+    context.codec_tag = block.tag;
+    context.bit_rate = block.bitRate;
+    context.bits_per_coded_sample = block.bitsPerCodedSample;
+    context.sample_rate = block.sampleRate;
+    context.block_align = block.blockAlign;
+    context.thread_count = 1;
+    av_channel_layout_default(&context.ch_layout, block.channels);
+    if (description.extra.empty()) return;
+    const size_t size = description.extra.size();
+    context.extradata = static_cast<uint8_t*>(av_mallocz(size + AV_INPUT_BUFFER_PADDING_SIZE));
+    if (!context.extradata) throw std::bad_alloc();
+    std::memcpy(context.extradata, description.extra.data(), size);
+    context.extradata_size = static_cast<int>(size);
+}
+
+}  // namespace
+
+HRESULT AudioDecoder::Open(const CodecDescription& description) {
+    const AVCodec* const codec = avcodec_find_decoder(description.block.codec);
+    if (!codec || codec->type != AVMEDIA_TYPE_AUDIO) return VFW_E_TYPE_NOT_ACCEPTED;
+    m_context.reset(avcodec_alloc_context3(codec));
+    m_packet.reset(av_packet_alloc());
+    m_frame.reset(av_frame_alloc());
+    if (!m_context || !m_packet || !m_frame) return E_OUTOFMEMORY;
+    Describe(description, *m_context);
+    if (avcodec_open2(m_context.get(), codec, nullptr) < 0) return VFW_E_TYPE_NOT_ACCEPTED;
+    m_channels = description.block.channels;
+    m_sampleRate = description.block.sampleRate;
+    return S_OK;
+}
+
+void AudioDecoder::Send(std::span<BYTE> packet) {
+    if (packet.empty()) {
+        avcodec_send_packet(m_context.get(), nullptr);
+        return;
+    }
+    m_packet->data = packet.data();
+    m_packet->size = static_cast<int>(packet.size());
+    avcodec_send_packet(m_context.get(), m_packet.get());  // a packet that it refuses is a damaged one
+}
+
+const AVFrame* AudioDecoder::Receive() {
+    // Damage costs frames; the decoder has dropped what was damaged when it tells of it.
+    constexpr int kMostFailures = 64;
+    for (int failures = 0; failures < kMostFailures;) {
+        const int result = avcodec_receive_frame(m_context.get(), m_frame.get());
+        if (result == AVERROR(EAGAIN) || result == AVERROR_EOF) return nullptr;
+        if (result < 0) ++failures;
+        if (result >= 0 && Fits(*m_frame)) return m_frame.get();
+    }
+    return nullptr;
+}
+
+// The format was promised when the filters were connected: a damaged frame may show another.
+bool AudioDecoder::Fits(const AVFrame& frame) const {
+    return frame.ch_layout.nb_channels == m_channels && frame.sample_rate == m_sampleRate &&
+           frame.nb_samples > 0 && CanConvert(static_cast<AVSampleFormat>(frame.format));
+}
+
+void AudioDecoder::Flush() { avcodec_flush_buffers(m_context.get()); }

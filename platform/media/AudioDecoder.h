@@ -1,0 +1,35 @@
+// One decoder of the libraries, on one thread of theirs: packets in, frames of its own form out. Damaged
+// packets give fewer frames, or none. Knows nothing of filters and of 16 bits.
+// One thread at a time.
+#pragma once
+
+#include <span>
+
+#include "platform/media/CodecBlock.h"
+
+class AudioDecoder {
+public:
+    // VFW_E_TYPE_NOT_ACCEPTED for a codec that isn't there or refuses the description.
+    HRESULT Open(const CodecDescription& description);
+
+    int Channels() const { return m_channels; }
+    int SampleRate() const { return m_sampleRate; }  // Hz
+
+    // Takes a packet in, behind which kPadding zero bytes stand; an empty one ends the stream. Then Receive
+    // is to be called until it gives null.
+    void Send(std::span<BYTE> packet);
+    // The next frame, of the format above and a form that can be converted; valid until the next call.
+    const AVFrame* Receive();
+
+    // Forgets what was sent; the next packet may come from anywhere.
+    void Flush();
+
+private:
+    bool Fits(const AVFrame& frame) const;
+
+    UniqueCodecContext m_context;
+    UniquePacket m_packet;
+    UniqueFrame m_frame;
+    int m_channels = 0;
+    int m_sampleRate = 0;
+};

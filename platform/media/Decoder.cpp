@@ -1,0 +1,129 @@
+#include "platform/media/Decoder.h"
+
+#include <algorithm>
+#include <bit>
+
+#include "platform/media/MediaTime.h"
+#include "platform/media/SampleConversion.h"
+
+namespace {
+
+WAVEFORMATEX Pcm16Format(const AudioDecoder& decoder) {
+    WAVEFORMATEX format = {};
+    format.wFormatTag = 1;
+    format.nChannels = static_cast<WORD>(decoder.Channels());
+    format.nSamplesPerSec = static_cast<DWORD>(decoder.SampleRate());
+    format.wBitsPerSample = 16;
+    format.nBlockAlign = static_cast<WORD>(format.nChannels * sizeof(int16_t));
+    format.nAvgBytesPerSec = format.nSamplesPerSec * format.nBlockAlign;
+    return format;
+}
+
+}  // namespace
+
+bool Decoder::Input::Takes(const AM_MEDIA_TYPE& type) { return DescribedCodec(type).has_value(); }
+
+HRESULT Decoder::Input::Connected(IPin&, const AM_MEDIA_TYPE& type) {
+    auto decoder = std::make_unique<AudioDecoder>();
+    const HRESULT result = decoder->Open(*DescribedCodec(type));
+    if (FAILED(result)) return result;
+    const std::lock_guard lock(m_decoder.m_streamLock);
+    m_decoder.m_decoder = std::move(decoder);
+    m_decoder.m_sample = Make<MediaSample>();
+    return S_OK;
+}
+
+void Decoder::Input::Disconnected() {
+    const std::lock_guard lock(m_decoder.m_streamLock);
+    m_decoder.m_decoder.reset();
+}
+
+HRESULT Decoder::Input::Receive(IMediaSample* sample) {
+    if (!sample) return E_POINTER;
+    return AtInterface([&] {
+        const std::lock_guard lock(m_decoder.m_streamLock);
+        if (m_decoder.m_flushing) return S_FALSE;
+        if (m_decoder.State() == State_Stopped || !m_decoder.m_decoder) return VFW_E_WRONG_STATE;
+        return m_decoder.Decode(*sample);
+    });
+}
+
+HRESULT Decoder::Input::EndOfStream() {
+    const std::lock_guard lock(m_decoder.m_streamLock);
+    if (m_decoder.m_flushing || !m_decoder.m_decoder) return S_OK;
+    m_decoder.m_decoder->Send({});
+    AtInterface([&] { return m_decoder.DeliverFrames(); });
+    return m_decoder.m_output.DeliverEndOfStream();
+}
+
+HRESULT Decoder::Input::BeginFlush() {
+    m_decoder.m_flushing = true;
+    return m_decoder.m_output.DeliverBeginFlush();  // makes Receive come back
+}
+
+HRESULT Decoder::Input::EndFlush() {
+    {
+        const std::lock_guard lock(m_decoder.m_streamLock);
+        if (m_decoder.m_decoder) m_decoder.m_decoder->Flush();
+        m_decoder.m_flushing = false;
+    }
+    return m_decoder.m_output.DeliverEndFlush();
+}
+
+HRESULT Decoder::Input::NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double) {
+    return m_decoder.m_output.DeliverNewSegment(start, stop);
+}
+
+HRESULT Decoder::Output::QueryInterface(const GUID& iid, void** object) {
+    return GiveFace(
+        {{IID_IPin, static_cast<IPin*>(this)}, {IID_IMediaSeeking, static_cast<IMediaSeeking*>(this)}}, iid,
+        object);
+}
+
+std::vector<MediaType> Decoder::Output::OfferedTypes() {
+    if (!m_decoder.m_decoder) return {};
+    const WAVEFORMATEX format = Pcm16Format(*m_decoder.m_decoder);
+    MediaType type(MEDIATYPE_Audio, MEDIASUBTYPE_PCM);
+    type.SetFormat(FORMAT_WaveFormatEx, {std::bit_cast<const BYTE*>(&format), sizeof(format)});
+    return {type};
+}
+
+HRESULT Decoder::Activate() {
+    const std::lock_guard lock(m_streamLock);
+    if (m_decoder) m_decoder->Flush();
+    return S_OK;
+}
+
+HRESULT Decoder::Decode(IMediaSample& sample) {
+    if (sample.IsDiscontinuity() == S_OK) {
+        m_decoder->Flush();
+        REFERENCE_TIME start = 0;
+        REFERENCE_TIME stop = 0;
+        sample.GetTime(&start, &stop);
+        m_toDrop = std::max<int64_t>(0, TimeToFrames(-start, m_decoder->SampleRate()));
+    }
+    BYTE* data = nullptr;
+    if (FAILED(sample.GetPointer(&data)) || sample.GetActualDataLength() <= 0) return S_OK;
+    m_decoder->Send({data, static_cast<size_t>(sample.GetActualDataLength())});
+    return DeliverFrames();
+}
+
+HRESULT Decoder::DeliverFrames() {
+    while (const AVFrame* frame = m_decoder->Receive()) {
+        const HRESULT result = DeliverFrame(*frame);
+        if (result != S_OK) return result;
+    }
+    return S_OK;
+}
+
+HRESULT Decoder::DeliverFrame(const AVFrame& frame) {
+    const auto first = static_cast<int>(std::min<int64_t>(m_toDrop, frame.nb_samples));
+    m_toDrop -= first;
+    if (m_flushing) return S_FALSE;  // may be long in coming while nothing but dropping is done
+    if (first == frame.nb_samples) return S_OK;
+    if (m_sample->IsShared()) m_sample = Make<MediaSample>();
+    const auto samples =
+        static_cast<size_t>(frame.nb_samples - first) * static_cast<size_t>(m_decoder->Channels());
+    ToPcm16(frame, first, std::bit_cast<int16_t*>(m_sample->Resize(samples * sizeof(int16_t))));
+    return m_output.Deliver(*m_sample);
+}

@@ -1,0 +1,159 @@
+#include "platform/media/Demuxer.h"
+
+#include <array>
+#include <bit>
+#include <new>
+#include <string_view>
+
+#include "platform/media/MediaTime.h"
+
+namespace {
+
+// A few packets are enough to know the stream; a caller's slow source isn't read far for nothing.
+constexpr int64_t kBytesForTheHead = 32768;
+
+constexpr int kPcmPacketSize = 32768;
+
+// A damaged head may tell any number; no buffer shall grow by it.
+constexpr int kMostChannels = 64;
+
+struct FormatRow {
+    std::string_view id;    // the first four bytes
+    std::string_view type;  // the four at 8
+    const char* demuxer;
+};
+constexpr FormatRow kFormats[] = {
+    {"RIFF", "WAVE", "wav"}, {"RIFX", "WAVE", "wav"},  {"RF64", "WAVE", "wav"},
+    {"BW64", "WAVE", "wav"}, {"FORM", "AIFF", "aiff"}, {"FORM", "AIFC", "aiff"},
+};
+
+// The demuxer for what the stream starts with, or null. The stream goes on behind those bytes.
+const AVInputFormat* FindFormat(std::string_view head) {
+    for (const FormatRow& row : kFormats) {
+        if (head.substr(0, 4) == row.id && head.substr(8, 4) == row.type)
+            return av_find_input_format(row.demuxer);
+    }
+    return nullptr;
+}
+
+// Codecs whose frames stand each for themselves, all of one size.
+bool IsPlainPcm(AVCodecID codec) {
+    return codec >= AV_CODEC_ID_FIRST_AUDIO && codec < AV_CODEC_ID_ADPCM_IMA_QT;
+}
+
+template <class T>
+T* OrThrow(T* allocated) {
+    if (!allocated) throw std::bad_alloc();
+    return allocated;
+}
+
+}  // namespace
+
+Demuxer::Demuxer(IAsyncReader& reader, bool honoursPositions, const std::atomic<bool>& stop)
+    : m_reader(reader),
+      m_honoursPositions(honoursPositions),
+      m_stop(stop),
+      m_first(OrThrow(av_packet_alloc())) {}
+
+HRESULT Demuxer::Open() {
+    av_packet_unref(m_first.get());
+    m_format.reset();
+    m_atStart = false;
+    m_io = std::make_unique<ReaderIo>(m_reader, m_honoursPositions, m_stop);
+    const HRESULT result = OpenFormat();
+    if (FAILED(result)) {
+        m_format.reset();
+        return result;
+    }
+    if (!ReadPacket(*m_first)) av_packet_unref(m_first.get());
+    m_dataStart = m_first->size > 0 ? m_first->pos : -1;
+    m_atStart = true;
+    return S_OK;
+}
+
+HRESULT Demuxer::OpenFormat() {
+    std::array<char, 12> head = {};
+    AVIOContext* const io = m_io->Context();
+    if (avio_read(io, std::bit_cast<unsigned char*>(head.data()), int{head.size()}) != int{head.size()}) {
+        return VFW_E_INVALID_FILE_FORMAT;
+    }
+    avio_seek(io, 0, SEEK_SET);  // within its buffer: nothing is asked for twice
+    const AVInputFormat* const format = FindFormat({head.data(), head.size()});
+    if (!format) return VFW_E_INVALID_FILE_FORMAT;
+
+    AVFormatContext* context = OrThrow(avformat_alloc_context());
+    context->pb = io;
+    if (avformat_open_input(&context, "", format, nullptr) < 0)
+        return VFW_E_INVALID_FILE_FORMAT;  // freed there
+    m_format.reset(context);
+    context->probesize = kBytesForTheHead;
+    if (avformat_find_stream_info(context, nullptr) < 0) return VFW_E_INVALID_FILE_FORMAT;
+    const int stream = av_find_best_stream(context, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
+    if (stream < 0) return VFW_E_INVALID_FILE_FORMAT;
+    m_stream = static_cast<size_t>(stream);
+    const AVCodecParameters& codec = Codec();
+    // Larger packets save time, where the demuxer offers them. The rest of a damaged one is lost, which PCM
+    // can't be.
+    if (IsPlainPcm(codec.codec_id))
+        av_opt_set_int(context, "max_size", kPcmPacketSize, AV_OPT_SEARCH_CHILDREN);
+    const int channels = codec.ch_layout.nb_channels;
+    return codec.sample_rate > 0 && channels > 0 && channels <= kMostChannels ? S_OK
+                                                                              : VFW_E_INVALID_FILE_FORMAT;
+}
+
+HRESULT Demuxer::Duration(REFERENCE_TIME& duration) const {
+    const AVStream& stream = Stream();
+    duration = 0;
+    if (stream.duration > 0) {
+        duration = av_rescale_q(stream.duration, stream.time_base, AVRational{1, kTimeUnitsPerSecond});
+    } else if (m_format->duration > 0) {
+        duration = av_rescale(m_format->duration, kTimeUnitsPerSecond, AV_TIME_BASE);
+    } else {
+        return E_FAIL;
+    }
+    return S_OK;
+}
+
+Demuxer::BytePlace Demuxer::PlaceOf(int64_t frame) const {
+    if (!m_format) return {};
+    const AVCodecParameters& codec = Codec();
+    const int bits = IsPlainPcm(codec.codec_id) ? av_get_bits_per_sample(codec.codec_id) : 0;
+    const int64_t frameSize = int64_t{bits} * codec.ch_layout.nb_channels / 8;
+    if (!m_honoursPositions || m_dataStart < 0 || frameSize == 0 || frameSize != codec.block_align) return {};
+    const AVStream& stream = Stream();
+    const int64_t frames = av_rescale_q(stream.duration, stream.time_base, AVRational{1, codec.sample_rate});
+    if (stream.duration <= 0 || frame >= frames) return {};
+    const int64_t position = m_dataStart + frame * frameSize;
+    return {position, position + frameSize <= m_io->Size()};
+}
+
+HRESULT Demuxer::MoveTo(int64_t frame, int64_t& place) {
+    place = 0;
+    if (frame == 0 && m_atStart) return S_OK;
+    const BytePlace direct = PlaceOf(frame);
+    if (direct.exact && avio_seek(m_format->pb, direct.position, SEEK_SET) >= 0) {
+        av_packet_unref(m_first.get());
+        avformat_flush(m_format.get());
+        m_atStart = false;
+        place = frame;
+        return S_OK;
+    }
+    return m_atStart ? S_OK : Open();
+}
+
+HRESULT Demuxer::Next(AVPacket& packet) {
+    m_atStart = false;
+    if (m_first->size > 0) {
+        av_packet_move_ref(&packet, m_first.get());
+        return S_OK;
+    }
+    return ReadPacket(packet) ? S_OK : S_FALSE;
+}
+
+bool Demuxer::ReadPacket(AVPacket& packet) {
+    while (!m_stop && av_read_frame(m_format.get(), &packet) >= 0) {
+        if (packet.stream_index == static_cast<int>(m_stream) && packet.size > 0) return true;
+        av_packet_unref(&packet);
+    }
+    return false;
+}

@@ -1,0 +1,57 @@
+#include "platform/media/ReaderIo.h"
+
+#include <algorithm>
+#include <new>
+
+namespace {
+constexpr int kBufferSize = 32768;
+}
+
+ReaderIo::ReaderIo(IAsyncReader& reader, bool honoursPositions, const std::atomic<bool>& stop)
+    : m_reader(reader), m_honoursPositions(honoursPositions), m_stop(stop) {
+    LONGLONG available = 0;
+    if (FAILED(reader.Length(&m_size, &available)) || m_size < 0) m_size = 0;
+    auto* const buffer = static_cast<unsigned char*>(av_malloc(kBufferSize));
+    if (!buffer) throw std::bad_alloc();
+    m_context.reset(avio_alloc_context(buffer, kBufferSize, 0, this, OnRead, nullptr, OnSeek));
+    if (!m_context) {
+        av_free(buffer);
+        throw std::bad_alloc();
+    }
+    m_context->seekable = honoursPositions ? AVIO_SEEKABLE_NORMAL : 0;
+}
+
+void ReaderIo::FreeContext::operator()(AVIOContext* context) const {
+    av_freep(&context->buffer);
+    avio_context_free(&context);
+}
+
+int ReaderIo::OnRead(void* self, uint8_t* buffer, int size) {
+    try {
+        return static_cast<ReaderIo*>(self)->Read(buffer, size);
+    } catch (...) {
+        return AVERROR(ENOMEM);
+    }
+}
+
+int ReaderIo::Read(uint8_t* buffer, int size) {
+    if (m_stop) return AVERROR_EXIT;
+    if (m_position >= m_size) return AVERROR_EOF;
+    const auto length = static_cast<LONG>(std::min<LONGLONG>(size, m_size - m_position));
+    const auto sample = Make<MediaSample>(buffer, length);
+    REFERENCE_TIME start = m_position * kTimeUnitsPerSecond;
+    REFERENCE_TIME stop = start + length * kTimeUnitsPerSecond;
+    sample->SetTime(&start, &stop);
+    if (FAILED(m_reader.SyncReadAligned(sample.Get()))) return AVERROR(EIO);
+    const LONG done = sample->GetActualDataLength();
+    m_position += done;
+    return done > 0 ? done : AVERROR_EOF;
+}
+
+int64_t ReaderIo::OnSeek(void* self, int64_t offset, int whence) {
+    auto& io = *static_cast<ReaderIo*>(self);
+    if (whence & AVSEEK_SIZE) return io.m_size;
+    if (!io.m_honoursPositions || (whence & ~AVSEEK_FORCE) != SEEK_SET || offset < 0) return AVERROR(ENOSYS);
+    io.m_position = offset;
+    return offset;
+}

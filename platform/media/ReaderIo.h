@@ -1,0 +1,36 @@
+// Gives the demuxer the bytes of an IAsyncReader. A source that honours positions is read at any place; one
+// that doesn't is read in order from the start and never asked for another place, since it would answer with
+// its next bytes and the demuxer would lose some in silence. The size alone is known of both.
+#pragma once
+
+#include <atomic>
+
+#include "platform/base/RefPtr.h"
+#include "platform/media/FFmpeg.h"
+#include "platform/media/MediaSample.h"
+
+class ReaderIo {
+public:
+    // While `stop` is set, reads fail. Both must outlive this. Throws std::bad_alloc.
+    ReaderIo(IAsyncReader& reader, bool honoursPositions, const std::atomic<bool>& stop);
+    ReaderIo(const ReaderIo&) = delete;
+    ReaderIo& operator=(const ReaderIo&) = delete;
+
+    AVIOContext* Context() const { return m_context.get(); }
+    LONGLONG Size() const { return m_size; }  // bytes
+
+private:
+    struct FreeContext {
+        void operator()(AVIOContext* context) const;
+    };
+    static int OnRead(void* self, uint8_t* buffer, int size);
+    static int64_t OnSeek(void* self, int64_t offset, int whence);
+    int Read(uint8_t* buffer, int size);
+
+    IAsyncReader& m_reader;
+    const bool m_honoursPositions;
+    const std::atomic<bool>& m_stop;
+    LONGLONG m_size = 0;
+    LONGLONG m_position = 0;  // of the next byte to ask for
+    std::unique_ptr<AVIOContext, FreeContext> m_context;
+};

@@ -1,0 +1,41 @@
+// Files and decodings made by the ffmpeg command line, which has no part in what is tested.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+inline std::vector<uint8_t> OutputOf(const std::string& command) {
+    FILE* const pipe = popen(command.c_str(), "r");
+    if (!pipe) throw std::runtime_error(command);
+    std::vector<uint8_t> bytes;
+    uint8_t part[65536];
+    while (const size_t count = fread(part, 1, sizeof(part), pipe))
+        bytes.insert(bytes.end(), part, part + count);
+    if (pclose(pipe) != 0) throw std::runtime_error("failed: " + command);
+    return bytes;
+}
+
+// A tone and noise, loud enough to be clipped here and there, in as many channels.
+inline void MakeFile(const std::string& path, int channels, int rate, const std::string& options,
+                     const std::string& seconds = "2.37") {
+    std::string signal;
+    for (int channel = 0; channel < channels; ++channel) {
+        if (channel) signal += "|";
+        signal += "0.8*sin(" + std::to_string(300 + 70 * channel) + "*t*6.28)+0.4*(random(" +
+                  std::to_string(channel) + ")-0.5)";
+    }
+    OutputOf("ffmpeg -v error -nostdin -y -f lavfi -i \"aevalsrc='" + signal + "':s=" + std::to_string(rate) +
+             ":d=" + seconds + "\" " + options + " '" + path + "'");
+}
+
+inline std::vector<int16_t> DecodedByFFmpeg(const std::string& path) {
+    const std::vector<uint8_t> bytes =
+        OutputOf("ffmpeg -v error -nostdin -i '" + path + "' -f s16le -c:a pcm_s16le -");
+    std::vector<int16_t> samples(bytes.size() / 2);
+    std::memcpy(samples.data(), bytes.data(), samples.size() * 2);
+    return samples;
+}
