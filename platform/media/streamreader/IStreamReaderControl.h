@@ -1,0 +1,25 @@
+// How the owner of a graph gets decoded audio out of the stream reader filter at its end. The order of the
+// operations is the binary border between the filter's module and those who load it.
+#pragma once
+
+#include "platform/base/Unknown.h"
+
+struct IStreamReaderControl : IUnknown {
+    // Once, behind the connection of the filter and in front of the rest. E_FAIL without a connection.
+    virtual HRESULT Initialize() = 0;
+    // The format of what ReadAudio gives. Writes nothing where there is no connection.
+    virtual HRESULT GetAudioFormat(uint32_t* channels /*out*/, uint32_t* sampleRate /*out: Hz*/,
+                                   uint32_t* bitsPerSample /*out*/) = 0;
+    // Waits until `size` bytes are there or the stream has ended; at its end fewer come, with the flag set.
+    // Bytes of a running graph only: fails in a stopped one and behind Shutdown.
+    virtual HRESULT ReadAudio(void* buffer /*out*/, uint32_t size /*in: bytes*/,
+                              uint32_t* done /*out: bytes*/, uint8_t* endOfStream /*out: may be null*/) = 0;
+    // Ends all reading, also one that waits on another thread.
+    virtual HRESULT Shutdown() = 0;
+
+protected:
+    ~IStreamReaderControl() = default;
+};
+
+inline constexpr GUID IID_IStreamReaderControl = MakeGuid("467B9998-8251-429F-B655-53D47B3917EA");
+inline constexpr GUID CLSID_StreamReader = MakeGuid("CE997B7A-36C8-467A-BEE8-14FEF2EEDCF3");
