@@ -20,8 +20,8 @@ private:
     // What the thread knows of its object, which may go first.
     struct Link {
         std::mutex lock;
-        ThreadObject* object;  // under lock; null once the handle is closed
-        bool ended = false;    // under lock
+        ThreadObject* object = nullptr;  // under lock; null once the handle is closed
+        bool ended = false;              // under lock
     };
 
     bool TryTake() override { return m_ended; }

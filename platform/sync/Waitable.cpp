@@ -61,7 +61,8 @@ BOOL ReleaseSemaphore(HANDLE semaphore, LONG added, LONG* before) {
 }
 
 DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds) {
-    return WaitForMultipleObjects(1, &object, FALSE, milliseconds);
+    auto* waitable = HandleObject::From<WaitableObject>(object);
+    return waitable ? WaitableObject::WaitForAny({&waitable, 1}, milliseconds) : WAIT_FAILED;
 }
 
 DWORD WaitForMultipleObjects(DWORD count, const HANDLE* objects, BOOL all, DWORD milliseconds) {
@@ -70,8 +71,7 @@ DWORD WaitForMultipleObjects(DWORD count, const HANDLE* objects, BOOL all, DWORD
         return SetLastError(ERROR_INVALID_PARAMETER), WAIT_FAILED;
     }
     if (all) return SetLastError(ERROR_NOT_SUPPORTED), WAIT_FAILED;
-    std::array<WaitableObject*, MAXIMUM_WAIT_OBJECTS>
-        waitables;  // NOLINT(*-member-init): the first `count` are
+    std::array<WaitableObject*, MAXIMUM_WAIT_OBJECTS> waitables = {};
     for (DWORD i = 0; i < count; ++i) {
         waitables[i] = HandleObject::From<WaitableObject>(objects[i]);
         if (!waitables[i]) return WAIT_FAILED;

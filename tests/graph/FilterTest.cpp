@@ -32,7 +32,7 @@ FILTER_STATE StateOf(IMediaFilter& filter) {
 
 TEST(BaseFilter, RunGoesThroughPauseOnceAndStopReachesEveryPin) {
     Pair pair(3);
-    for (const size_t i : {0, 2}) {
+    for (const size_t i : {0U, 2U}) {
         pair.Out(i).types = {1};
         ASSERT_EQ(pair.Connect(i), S_OK);
     }

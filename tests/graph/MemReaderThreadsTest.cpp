@@ -85,7 +85,7 @@ TEST(RequestQueueThreads, AFlushCancelsWhatWaitsAndLetsTheRunningReadEnd) {
         flushed = true;
     });
     // The two that waited come at once, the one that runs not yet.
-    for (const DWORD_PTR i : {1, 2}) {
+    for (const DWORD_PTR i : {1U, 2U}) {
         const Collected got = Collect(queue);
         EXPECT_EQ(got.result, VFW_E_TIMEOUT);
         EXPECT_EQ(got.user, i);

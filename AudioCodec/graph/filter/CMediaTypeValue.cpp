@@ -43,7 +43,7 @@ void FreeMediaTypeBlock(AM_MEDIA_TYPE* block) {
 }
 
 HRESULT CMediaTypeValue::Assign(const AM_MEDIA_TYPE& other) {
-    AM_MEDIA_TYPE copy;  // made first: `other` may be this very type
+    AM_MEDIA_TYPE copy = {};  // made first: `other` may be this very type
     const HRESULT result = CopyMediaType(copy, other);
     Clear();
     if (SUCCEEDED(result)) m_type = copy;
