@@ -106,10 +106,16 @@ TEST(AllocatorThreads, WaitersGetWhatComesBackAndFailWithTheDecommit) {
     LONG free = 0;
     EXPECT_EQ(callbacks->GetFreeCount(&free), S_OK);
     EXPECT_EQ(free, 2);
-    const RefPtr<IMediaSample> out[] = {TakeSample(*allocator), TakeSample(*allocator)};
+    constexpr auto kUntilTheyWait = std::chrono::milliseconds(10);  // most often
+    RefPtr<IMediaSample> out[] = {TakeSample(*allocator), TakeSample(*allocator)};
+    std::jthread lucky([&] { EXPECT_TRUE(TakeSample(*allocator)); });
+    std::this_thread::sleep_for(kUntilTheyWait);
+    out[0].Reset();
+    lucky.join();
+    out[0] = TakeSample(*allocator);
     std::vector<std::jthread> waiters(kThreads);
     for (auto& waiter : waiters) waiter = std::jthread([&] { EXPECT_FALSE(TakeSample(*allocator)); });
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));  // most often they wait by now
+    std::this_thread::sleep_for(kUntilTheyWait);
     allocator->Decommit();
     waiters.clear();
     callbacks->SetNotify(nullptr);

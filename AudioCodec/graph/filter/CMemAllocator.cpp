@@ -49,10 +49,8 @@ HRESULT CMemAllocator::Alloc() {
     const int64_t slice = int64_t{m_wanted.cbBuffer} + m_wanted.cbPrefix;  // SetProperties has rounded it
     m_block.reset(static_cast<BYTE*>(
         VirtualAlloc(nullptr, static_cast<size_t>(m_wanted.cBuffers * slice), MEM_COMMIT, PAGE_READWRITE)));
-    if (!m_block || !MakeSamples(slice)) {
-        FreeMemory();
-        return E_OUTOFMEMORY;
-    }
+    // What there is stays until the next try.
+    if (!m_block || !MakeSamples(slice)) return E_OUTOFMEMORY;
     m_changed = false;
     return S_OK;
 }
