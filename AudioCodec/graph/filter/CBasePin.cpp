@@ -1,0 +1,204 @@
+#include "AudioCodec/graph/filter/CBasePin.h"
+
+#include <new>
+
+#include "AudioCodec/graph/filter/CBaseFilter.h"
+#include "AudioCodec/graph/filter/CEnumMediaTypes.h"
+#include "AudioCodec/graph/filter/NameCopies.h"
+
+namespace {
+// Whether a refusal says more than that the type doesn't fit.
+bool IsSpecific(HRESULT result) {
+    return FAILED(result) && result != E_FAIL && result != E_INVALIDARG && result != VFW_E_TYPE_NOT_ACCEPTED;
+}
+}  // namespace
+
+CBasePin::CBasePin(CBaseFilter* filter, CCritSec* lock, const WCHAR* name, PIN_DIRECTION direction)
+    : CUnknown(nullptr), m_filter(filter), m_lock(lock), m_name(name ? name : u""), m_direction(direction) {}
+
+HRESULT CBasePin::NonDelegatingQueryInterface(const GUID& iid, void** object) {
+    if (iid == IID_IPin) return GetInterface(static_cast<IPin*>(this), object);
+    if (iid == IID_IQualityControl) return GetInterface(static_cast<IQualityControl*>(this), object);
+    return CUnknown::NonDelegatingQueryInterface(iid, object);
+}
+
+uint32_t CBasePin::NonDelegatingAddRef() { return m_filter->AddRef(); }
+
+uint32_t CBasePin::NonDelegatingRelease() { return m_filter->Release(); }
+
+HRESULT CBasePin::Connect(IPin* receiver, const AM_MEDIA_TYPE* type) {
+    if (!receiver) return E_POINTER;
+    const CritSecGuard guard(*m_lock);
+    if (const HRESULT result = CheckFree(); FAILED(result)) return result;
+    const HRESULT result = AgreeOnType(receiver, type);
+    if (FAILED(result)) return Undo(result);
+    return S_OK;
+}
+
+HRESULT CBasePin::ReceiveConnection(IPin* connector, const AM_MEDIA_TYPE* type) {
+    if (!connector || !type) return E_POINTER;
+    const CritSecGuard guard(*m_lock);
+    if (const HRESULT result = CheckFree(); FAILED(result)) return result;
+    if (const HRESULT result = CheckPeerAndType(connector, *type); FAILED(result)) return result;
+    m_connected = RefPtr<IPin>::Retain(connector);
+    HRESULT result = SetMediaType(*type);
+    if (SUCCEEDED(result)) result = CompleteConnect(connector);
+    return FAILED(result) ? Undo(result) : S_OK;
+}
+
+HRESULT CBasePin::Disconnect() {
+    const CritSecGuard guard(*m_lock);
+    if (!m_filter->IsStopped()) return VFW_E_NOT_STOPPED;
+    return m_connected ? Undo(S_OK) : S_FALSE;
+}
+
+HRESULT CBasePin::ConnectedTo(IPin** pin) {
+    if (!pin) return E_POINTER;
+    const CritSecGuard guard(*m_lock);
+    *pin = RefPtr(m_connected).Detach();
+    return *pin ? S_OK : VFW_E_NOT_CONNECTED;
+}
+
+HRESULT CBasePin::ConnectionMediaType(AM_MEDIA_TYPE* type) {
+    if (!type) return E_POINTER;
+    const CritSecGuard guard(*m_lock);
+    if (m_connected) return CopyMediaType(*type, m_type.Get());
+    *type = CMediaTypeValue().Detach();
+    return VFW_E_NOT_CONNECTED;
+}
+
+HRESULT CBasePin::QueryPinInfo(PIN_INFO* info) {
+    if (!info) return E_POINTER;
+    info->pFilter = m_filter;
+    m_filter->AddRef();
+    info->dir = m_direction;
+    CopyCut(info->achName, m_name);
+    return S_OK;
+}
+
+HRESULT CBasePin::QueryDirection(PIN_DIRECTION* direction) {
+    if (!direction) return E_POINTER;
+    *direction = m_direction;
+    return S_OK;
+}
+
+HRESULT CBasePin::QueryId(WCHAR** id) {
+    if (!id) return E_POINTER;
+    *id = NewTaskCopy(m_name);
+    return *id ? S_OK : E_OUTOFMEMORY;
+}
+
+HRESULT CBasePin::QueryAccept(const AM_MEDIA_TYPE* type) {
+    if (!type) return E_POINTER;
+    const HRESULT result = CheckMediaType(*type);
+    return FAILED(result) ? S_FALSE : result;
+}
+
+HRESULT CBasePin::EnumMediaTypes(IEnumMediaTypes** types) {
+    if (!types) return E_POINTER;
+    *types = new (std::nothrow) CEnumMediaTypes(this);
+    return *types ? S_OK : E_OUTOFMEMORY;
+}
+
+HRESULT CBasePin::QueryInternalConnections(IPin** /*pins*/, ULONG* /*count*/) { return E_NOTIMPL; }
+
+HRESULT CBasePin::NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) {
+    const CritSecGuard guard(*m_lock);
+    m_segment = {start, stop, rate};
+    return S_OK;
+}
+
+HRESULT CBasePin::Notify(IBaseFilter* /*self*/, Quality /*quality*/) { return E_NOTIMPL; }
+
+HRESULT CBasePin::SetSink(IQualityControl* sink) {
+    const CritSecGuard guard(*m_lock);
+    m_sink = sink;
+    return S_OK;
+}
+
+HRESULT CBasePin::Inactive() {
+    const CritSecGuard guard(*m_lock);
+    m_runTimeError = false;
+    return S_OK;
+}
+
+HRESULT CBasePin::SetMediaType(const AM_MEDIA_TYPE& type) {
+    const CritSecGuard guard(*m_lock);
+    return m_type.Assign(type);
+}
+
+HRESULT CBasePin::CheckConnect(IPin* peer) {
+    PIN_DIRECTION direction = m_direction;
+    const HRESULT result = peer->QueryDirection(&direction);
+    if (FAILED(result)) return result;
+    return direction == m_direction ? VFW_E_INVALID_DIRECTION : S_OK;
+}
+
+bool CBasePin::IsConnected() {
+    const CritSecGuard guard(*m_lock);
+    return static_cast<bool>(m_connected);
+}
+
+// Whether a connection may be made now.
+HRESULT CBasePin::CheckFree() {
+    if (m_connected) return VFW_E_ALREADY_CONNECTED;
+    return m_filter->IsStopped() || m_canReconnectWhenActive ? S_OK : VFW_E_NOT_STOPPED;
+}
+
+// A type that leaves nothing open is tried alone. Otherwise the types of both pins are gone through.
+HRESULT CBasePin::AgreeOnType(IPin* receiver, const AM_MEDIA_TYPE* wish) {
+    if (wish && !IsPartiallySpecified(*wish)) return AttemptConnection(receiver, *wish);
+
+    HRESULT failure = VFW_E_NO_ACCEPTABLE_TYPES;
+    for (const bool own : {m_tryOwnTypesFirst, !m_tryOwnTypesFirst}) {
+        RefPtr<IEnumMediaTypes> types;
+        const HRESULT listed = own ? EnumMediaTypes(types.Put()) : receiver->EnumMediaTypes(types.Put());
+        if (FAILED(listed) || !types) continue;
+        const HRESULT result = TryTypes(receiver, wish, *types);
+        if (SUCCEEDED(result)) return S_OK;
+        if (IsSpecific(result)) failure = result;
+    }
+    return failure;
+}
+
+// The first success, or else the first specific failure, or else E_FAIL.
+HRESULT CBasePin::TryTypes(IPin* receiver, const AM_MEDIA_TYPE* wish, IEnumMediaTypes& types) {
+    HRESULT failure = E_FAIL;
+    AM_MEDIA_TYPE* type = nullptr;
+    ULONG fetched = 0;
+    while (types.Next(1, &type, &fetched) == S_OK) {
+        HRESULT result = E_FAIL;
+        if (!wish || MatchesPartial(*type, *wish)) result = AttemptConnection(receiver, *type);
+        FreeMediaTypeBlock(type);
+        if (SUCCEEDED(result)) return S_OK;
+        if (IsSpecific(result) && !IsSpecific(failure)) failure = result;
+    }
+    return failure;
+}
+
+HRESULT CBasePin::AttemptConnection(IPin* receiver, const AM_MEDIA_TYPE& type) {
+    if (const HRESULT result = CheckPeerAndType(receiver, type); FAILED(result)) return result;
+    m_connected = RefPtr<IPin>::Retain(receiver);
+    HRESULT result = SetMediaType(type);
+    if (SUCCEEDED(result)) result = receiver->ReceiveConnection(this, &type);
+    if (FAILED(result)) return Undo(result);
+    result = CompleteConnect(receiver);
+    if (SUCCEEDED(result)) return S_OK;
+    receiver->Disconnect();
+    return Undo(result);
+}
+
+// What both ends ask before they take a connection up. On a failure everything is as before.
+HRESULT CBasePin::CheckPeerAndType(IPin* peer, const AM_MEDIA_TYPE& type) {
+    if (const HRESULT result = CheckConnect(peer); FAILED(result)) return Undo(result);
+    const HRESULT result = CheckMediaType(type);
+    if (result == S_OK) return S_OK;
+    return Undo(IsSpecific(result) ? result : VFW_E_TYPE_NOT_ACCEPTED);
+}
+
+// Takes back a connection, or the beginning of one, and gives the result it was handed.
+HRESULT CBasePin::Undo(HRESULT result) {
+    BreakConnect();
+    m_connected.Reset();
+    return result;
+}

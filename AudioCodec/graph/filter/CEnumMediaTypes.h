@@ -1,0 +1,31 @@
+// Walks the media types that a pin offers, until they change. One thread at a time, but references from any.
+#pragma once
+
+#include <atomic>
+
+#include "AudioCodec/graph/filter/CBasePin.h"
+
+class CEnumMediaTypes final : public IEnumMediaTypes {
+public:
+    // With one reference; counts the pin.
+    explicit CEnumMediaTypes(CBasePin* pin);
+
+    HRESULT QueryInterface(const GUID& iid, void** object) override;
+    uint32_t AddRef() override;
+    uint32_t Release() override;
+    // S_FALSE with the types so far where there is no memory for another.
+    HRESULT Next(ULONG count, AM_MEDIA_TYPE** types, ULONG* fetched) override;
+    HRESULT Skip(ULONG count) override;
+    HRESULT Reset() override;
+    HRESULT Clone(IEnumMediaTypes** copy) override;
+
+private:
+    ~CEnumMediaTypes() = default;
+    bool IsOutOfSync() const { return m_version != m_pin->GetMediaTypeVersion(); }
+    AM_MEDIA_TYPE* NewTypeBlockAt(int position);
+
+    int m_position = 0;
+    const RefPtr<CBasePin> m_pin;
+    LONG m_version;
+    std::atomic<uint32_t> m_refCount = 1;
+};
