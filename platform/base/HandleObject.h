@@ -12,7 +12,7 @@ class HandleObject {
 public:
     // What a call asks of its handle. Each class names its own as kKind and says in its constructor all that
     // it is: cheaper than asking the run-time type in front of every read.
-    enum Kind : uint32_t { kFile = 1, kWaitable = 2, kMutex = 4 };
+    enum Kind : uint32_t { kFile = 1, kWaitable = 2, kMutex = 4, kEvent = 8, kSemaphore = 16, kThread = 32 };
 
     explicit HandleObject(uint32_t kinds) : m_kinds(kinds) {}
     HandleObject(const HandleObject&) = delete;

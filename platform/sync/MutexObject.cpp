@@ -14,7 +14,6 @@ bool MutexObject::TryTake() {
 bool MutexObject::Release() {
     const std::lock_guard lock(m_lock);
     if (m_takings == 0 || m_owner != std::this_thread::get_id()) return false;
-    // Told under the lock: who takes it next may close the handle.
-    if (--m_takings == 0) m_changed.notify_one();
+    if (--m_takings == 0) WakeWaiters();
     return true;
 }

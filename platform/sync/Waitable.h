@@ -1,4 +1,8 @@
-// Objects that a thread can wait for, behind handles that CloseHandle closes.
+// Objects that a thread can wait for, behind handles that CloseHandle closes. An object must not be closed
+// while a thread waits for it.
+//
+// Whatever creates one gives null with a last error when it can't: 8 where there is no memory, 87 for
+// security other than null. Names are not supported yet: one other than null gives 50.
 #pragma once
 
 #include "platform/base/Types.h"
@@ -9,15 +13,34 @@ inline constexpr DWORD WAIT_OBJECT_0 = 0;
 inline constexpr DWORD WAIT_TIMEOUT = 258;
 inline constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;
 inline constexpr DWORD INFINITE = 0xFFFFFFFF;
+inline constexpr DWORD MAXIMUM_WAIT_OBJECTS = 64;
 
-// A mutex that its owning thread may take again, as often as it then releases it. Null with a last error if
-// there is no memory; security other than null gives 87. Names are not supported yet: a name other than null
-// gives null with last error 50.
+// A mutex that its owning thread may take again, as often as it then releases it.
 VL_PLATFORM_API HANDLE CreateMutexA(SECURITY_ATTRIBUTES* security, BOOL initialOwner, const char* name);
-
 // Gives back one taking. 0 with last error 288 if the calling thread doesn't hold it.
 VL_PLATFORM_API BOOL ReleaseMutex(HANDLE mutex);
+
+// An event, which is to be had while it is set. One with automatic reset lets one wait through for each time
+// that it is found set, one with manual reset all waits until ResetEvent.
+VL_PLATFORM_API HANDLE CreateEventA(SECURITY_ATTRIBUTES* security, BOOL manualReset, BOOL initialState,
+                                    const char* name);
+VL_PLATFORM_API BOOL SetEvent(HANDLE event);
+VL_PLATFORM_API BOOL ResetEvent(HANDLE event);
+
+// A semaphore, which is to be had while its count is above 0; each wait takes 1. A count below 0 or above the
+// maximum, or a maximum below 1, gives 87.
+VL_PLATFORM_API HANDLE CreateSemaphoreA(SECURITY_ATTRIBUTES* security, LONG count, LONG maximum,
+                                        const char* name);
+// Adds to the count; `before` (null if it isn't wanted) gets what it was. 0 with last error 87 for less than
+// 1, with 298, and nothing changed, when the count would pass the maximum.
+VL_PLATFORM_API BOOL ReleaseSemaphore(HANDLE semaphore, LONG added, LONG* before);
 
 // Waits until the object is to be had, `milliseconds` at most (INFINITE without end), and takes it:
 // WAIT_OBJECT_0, WAIT_TIMEOUT, or WAIT_FAILED with last error 6 for a handle that can't be waited for.
 VL_PLATFORM_API DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds);
+
+// The same for any of 1 … MAXIMUM_WAIT_OBJECTS objects: WAIT_OBJECT_0 plus the index of the one that was
+// taken, the first where several are to be had. Waiting for all of them isn't supported: WAIT_FAILED with
+// last error 50; 87 for a count out of range.
+VL_PLATFORM_API DWORD WaitForMultipleObjects(DWORD count, const HANDLE* objects, BOOL all,
+                                             DWORD milliseconds);

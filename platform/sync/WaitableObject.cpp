@@ -1,16 +1,99 @@
 #include "platform/sync/WaitableObject.h"
 
+#include <array>
 #include <chrono>
+#include <condition_variable>
+#include <utility>
 
 #include "platform/sync/Waitable.h"
 
-DWORD WaitableObject::Wait(DWORD milliseconds) {
-    std::unique_lock lock(m_lock);
-    const auto taken = [this] { return TryTake(); };
-    if (milliseconds == INFINITE) {
-        m_changed.wait(lock, taken);
-        return WAIT_OBJECT_0;
+// One thread in a wait. Woken by any of its objects, it looks at all of them again.
+class Waiter {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    void Wake() {
+        const std::lock_guard lock(m_lock);
+        m_woken = true;
+        m_changed.notify_one();
     }
-    return m_changed.wait_for(lock, std::chrono::milliseconds(milliseconds), taken) ? WAIT_OBJECT_0
-                                                                                    : WAIT_TIMEOUT;
+    void WaitForWake() {
+        std::unique_lock lock(m_lock);
+        m_changed.wait(lock, [this] { return m_woken; });
+        m_woken = false;
+    }
+    // False if nobody woke it in time.
+    bool WaitForWake(Clock::time_point end) {
+        std::unique_lock lock(m_lock);
+        return m_changed.wait_until(lock, end, [this] { return std::exchange(m_woken, false); });
+    }
+
+private:
+    std::mutex m_lock;
+    std::condition_variable m_changed;
+    bool m_woken = false;  // under m_lock
+};
+
+// The places of one waiter in the queues of its objects, until the wait ends.
+class WaiterPlaces {
+public:
+    WaiterPlaces(std::span<WaitableObject* const> objects, Waiter& waiter) : m_objects(objects) {
+        for (size_t i = 0; i < objects.size(); ++i) {
+            m_places[i].waiter = &waiter;
+            objects[i]->Enlist(m_places[i]);
+        }
+    }
+    ~WaiterPlaces() {
+        for (size_t i = 0; i < m_objects.size(); ++i) m_objects[i]->Withdraw(m_places[i]);
+    }
+    WaiterPlaces(const WaiterPlaces&) = delete;
+    WaiterPlaces& operator=(const WaiterPlaces&) = delete;
+
+private:
+    std::span<WaitableObject* const> m_objects;
+    std::array<WaitableObject::Place, WaitableObject::kMostAtOnce> m_places;
+};
+
+DWORD WaitableObject::WaitForAny(std::span<WaitableObject* const> objects, DWORD milliseconds) {
+    const auto take = [objects] {
+        for (size_t i = 0; i < objects.size(); ++i) {
+            if (objects[i]->TakeNow()) return WAIT_OBJECT_0 + static_cast<DWORD>(i);
+        }
+        return WAIT_TIMEOUT;
+    };
+    if (const DWORD taken = take(); taken != WAIT_TIMEOUT || milliseconds == 0) return taken;
+
+    const auto end = Waiter::Clock::now() + std::chrono::milliseconds(milliseconds);
+    Waiter waiter;
+    const WaiterPlaces places(objects, waiter);
+    for (bool inTime = true;;) {
+        // What was set between the look above and the places in the queues is seen here.
+        if (const DWORD taken = take(); taken != WAIT_TIMEOUT || !inTime) return taken;
+        if (milliseconds == INFINITE) {
+            waiter.WaitForWake();
+        } else {
+            inTime = waiter.WaitForWake(end);
+        }
+    }
+}
+
+void WaitableObject::WakeWaiters() {
+    for (const Place* place = m_places; place; place = place->next) place->waiter->Wake();
+}
+
+bool WaitableObject::TakeNow() {
+    const std::lock_guard lock(m_lock);
+    return TryTake();
+}
+
+void WaitableObject::Enlist(Place& place) {
+    const std::lock_guard lock(m_lock);
+    place.next = std::exchange(m_places, &place);
+}
+
+void WaitableObject::Withdraw(Place& place) {
+    const std::lock_guard lock(m_lock);
+    Place** link = &m_places;
+    while (*link != &place) link = &(*link)->next;
+    *link = place.next;
 }

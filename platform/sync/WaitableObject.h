@@ -1,24 +1,46 @@
-// What a thread can wait for: the wait itself, for every kind of object. What "to be had" means is the
-// kind's.
+// What a thread can wait for: the wait itself, for every kind of object and for several objects at once. What
+// "to be had" means is the kind's.
 #pragma once
 
-#include <condition_variable>
 #include <mutex>
+#include <span>
 
 #include "platform/base/HandleObject.h"
+
+class Waiter;
 
 class WaitableObject : public HandleObject {
 public:
     static constexpr uint32_t kKind = kWaitable;
+    static constexpr size_t kMostAtOnce = 64;  // objects in one wait
+
     explicit WaitableObject(uint32_t kinds) : HandleObject(kinds | kKind) {}
 
-    // WAIT_OBJECT_0 with the object taken, or WAIT_TIMEOUT; 0 milliseconds try once, INFINITE never ends.
-    DWORD Wait(DWORD milliseconds);
+    // Waits until one of 1 … kMostAtOnce objects is to be had, and takes that one: its index, or
+    // WAIT_TIMEOUT. Of several at a time the first is taken. 0 milliseconds try once, INFINITE never ends.
+    static DWORD WaitForAny(std::span<WaitableObject* const> objects, DWORD milliseconds);
 
 protected:
     // Takes the object for the calling thread if it is to be had. Called with m_lock held.
     virtual bool TryTake() = 0;
 
-    std::mutex m_lock;                  // guards the state of the kind; held for moments only
-    std::condition_variable m_changed;  // told whenever the object may have become to be had
+    // Says that the object may have become to be had. With m_lock held: who takes it next may close the
+    // handle.
+    void WakeWaiters();
+
+    std::mutex m_lock;  // guards the state of the kind; held for moments only
+
+private:
+    friend class WaiterPlaces;
+    // A waiter's place in the queue of one object; lives on the waiter's stack.
+    struct Place {
+        Waiter* waiter = nullptr;
+        Place* next = nullptr;
+    };
+
+    bool TakeNow();
+    void Enlist(Place& place);
+    void Withdraw(Place& place);
+
+    Place* m_places = nullptr;  // under m_lock
 };

@@ -9,6 +9,7 @@
 #include "platform/base/UniqueHandle.h"
 #include "platform/file/File.h"
 #include "platform/sync/CriticalSection.h"
+#include "platform/sync/Thread.h"
 #include "platform/sync/Waitable.h"
 
 namespace {
@@ -89,6 +90,102 @@ TEST(SyncThreads, OnlyTheOwnerReleasesAndNoMoreThanItTook) {
     SetLastError(0);
     EXPECT_FALSE(ReleaseMutex(mutex.get()));
     EXPECT_EQ(GetLastError(), ERROR_NOT_OWNER);
+}
+
+TEST(SyncThreads, AManualEventStaysSetAndAnAutomaticOneLetsOneWaitThrough) {
+    const UniqueHandle manual(CreateEventA(nullptr, TRUE, TRUE, nullptr));
+    const UniqueHandle automatic(CreateEventA(nullptr, FALSE, FALSE, nullptr));
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(WaitForSingleObject(manual.get(), 0), WAIT_OBJECT_0);
+    EXPECT_TRUE(ResetEvent(manual.get()));
+    EXPECT_EQ(WaitForSingleObject(manual.get(), 0), WAIT_TIMEOUT);
+    EXPECT_EQ(WaitForSingleObject(automatic.get(), 0), WAIT_TIMEOUT);
+    for (int i = 0; i < 2; ++i) EXPECT_TRUE(SetEvent(automatic.get()));  // the second changes nothing
+    EXPECT_EQ(WaitForSingleObject(automatic.get(), 0), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(automatic.get(), 0), WAIT_TIMEOUT);
+    SetLastError(0);
+    EXPECT_FALSE(SetEvent(UniqueHandle(CreateMutexA(nullptr, FALSE, nullptr)).get()));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+}
+
+TEST(SyncThreads, ASemaphoreLetsAsManyThroughAsItsCount) {
+    const UniqueHandle semaphore(CreateSemaphoreA(nullptr, 0, 3, nullptr));
+    std::atomic<int> through = 0;
+    LONG before = -1;
+    {
+        std::vector<std::jthread> waiters(3);
+        for (auto& waiter : waiters) {
+            waiter = std::jthread(
+                [&] { through += WaitForSingleObject(semaphore.get(), INFINITE) == WAIT_OBJECT_0; });
+        }
+        EXPECT_TRUE(ReleaseSemaphore(semaphore.get(), 2, nullptr));
+        while (through < 2) std::this_thread::yield();
+        EXPECT_EQ(WaitForSingleObject(semaphore.get(), 5), WAIT_TIMEOUT);
+        EXPECT_EQ(through, 2);
+        EXPECT_TRUE(ReleaseSemaphore(semaphore.get(), 1, nullptr));
+    }
+    EXPECT_TRUE(ReleaseSemaphore(semaphore.get(), 3, &before));
+    EXPECT_EQ(before, 0);
+    EXPECT_FALSE(ReleaseSemaphore(semaphore.get(), 1, nullptr));
+    EXPECT_EQ(GetLastError(), ERROR_TOO_MANY_POSTS);
+    EXPECT_FALSE(ReleaseSemaphore(semaphore.get(), 0, nullptr));
+    EXPECT_EQ(CreateSemaphoreA(nullptr, 4, 3, nullptr), nullptr);
+}
+
+TEST(SyncThreads, AWaitForAnyTakesTheFirstOfThoseToBeHadAndNoOther) {
+    const UniqueHandle stop(CreateEventA(nullptr, FALSE, FALSE, nullptr));
+    const UniqueHandle work(CreateEventA(nullptr, FALSE, FALSE, nullptr));
+    const HANDLE both[] = {stop.get(), work.get()};
+    EXPECT_EQ(WaitForMultipleObjects(2, both, FALSE, 5), WAIT_TIMEOUT);
+    SetEvent(work.get());
+    SetEvent(stop.get());
+    EXPECT_EQ(WaitForMultipleObjects(2, both, FALSE, INFINITE), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForMultipleObjects(2, both, FALSE, INFINITE), WAIT_OBJECT_0 + 1);
+    EXPECT_EQ(WaitForMultipleObjects(2, both, TRUE, 0), WAIT_FAILED);
+    EXPECT_EQ(GetLastError(), ERROR_NOT_SUPPORTED);
+    EXPECT_EQ(WaitForMultipleObjects(0, both, FALSE, 0), WAIT_FAILED);
+    EXPECT_EQ(WaitForMultipleObjects(MAXIMUM_WAIT_OBJECTS + 1, both, FALSE, 0), WAIT_FAILED);
+}
+
+TEST(SyncThreads, NoWakeIsLostBetweenWaitersForSeveralEvents) {
+    const UniqueHandle ping(CreateEventA(nullptr, FALSE, FALSE, nullptr));
+    const UniqueHandle pong(CreateEventA(nullptr, FALSE, FALSE, nullptr));
+    const UniqueHandle never(CreateEventA(nullptr, FALSE, FALSE, nullptr));
+    const auto play = [&](HANDLE wanted, HANDLE given) {
+        const HANDLE both[] = {never.get(), wanted};
+        for (int i = 0; i < kSteps; ++i) {
+            EXPECT_EQ(WaitForMultipleObjects(2, both, FALSE, INFINITE), WAIT_OBJECT_0 + 1);
+            SetEvent(given);
+        }
+    };
+    std::jthread other(play, ping.get(), pong.get());
+    SetEvent(ping.get());
+    play(pong.get(), ping.get());
+}
+
+TEST(SyncThreads, AThreadIsToBeHadWhenItsFunctionReturnsAndOutlivesItsHandle) {
+    struct Shared {
+        UniqueHandle go{CreateEventA(nullptr, TRUE, FALSE, nullptr)};
+        UniqueHandle done{CreateSemaphoreA(nullptr, 0, 2, nullptr)};
+        std::atomic<int> ran = 0;
+    } shared;
+    const auto run = [](void* argument) -> DWORD {
+        auto* mine = static_cast<Shared*>(argument);
+        WaitForSingleObject(mine->go.get(), INFINITE);
+        ++mine->ran;
+        ReleaseSemaphore(mine->done.get(), 1, nullptr);
+        return 0;
+    };
+    const UniqueHandle kept(CreateThread(nullptr, 0, run, &shared, 0, nullptr));
+    ASSERT_TRUE(UniqueHandle(CreateThread(nullptr, 0, run, &shared, 0, nullptr)));  // closed at once
+    EXPECT_EQ(WaitForSingleObject(kept.get(), 5), WAIT_TIMEOUT);
+    SetEvent(shared.go.get());
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(WaitForSingleObject(kept.get(), INFINITE), WAIT_OBJECT_0);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(WaitForSingleObject(shared.done.get(), INFINITE), WAIT_OBJECT_0);
+    EXPECT_EQ(shared.ran, 2);
+    EXPECT_EQ(CreateThread(nullptr, 0, nullptr, nullptr, 0, nullptr), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(CreateThread(nullptr, 1 << 20, run, nullptr, 0, nullptr), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_NOT_SUPPORTED);
 }
 
 TEST(SyncThreads, WhatIsNoMutexIsRefused) {

@@ -1,0 +1,33 @@
+#include "platform/sync/ThreadObject.h"
+
+#include <utility>
+
+ThreadObject::ThreadObject(std::function<void()> work) : WaitableObject(kKind) {
+    m_link->object = this;
+    m_thread = std::thread([link = m_link, work = std::move(work)] {
+        work();
+        End(*link);
+    });
+}
+
+ThreadObject::~ThreadObject() {
+    const bool ended = [this] {
+        const std::lock_guard lock(m_link->lock);
+        m_link->object = nullptr;
+        return m_link->ended;
+    }();
+    if (ended) {
+        m_thread.join();
+    } else {
+        m_thread.detach();
+    }
+}
+
+void ThreadObject::End(Link& link) {
+    const std::lock_guard linkLock(link.lock);
+    link.ended = true;
+    if (!link.object) return;
+    const std::lock_guard lock(link.object->m_lock);
+    link.object->m_ended = true;
+    link.object->WakeWaiters();
+}
