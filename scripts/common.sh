@@ -4,7 +4,8 @@
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 cd "$ROOT" || exit 1
 
-BUILD_PACKAGES=(git ca-certificates g++ cmake ninja-build pkg-config libcli11-dev libfmt-dev nlohmann-json3-dev)
+BUILD_PACKAGES=(git ca-certificates g++ cmake ninja-build pkg-config libcli11-dev libfmt-dev libsqlite3-dev
+  nlohmann-json3-dev)
 TEST_PACKAGES=(libgtest-dev binutils)
 BENCH_PACKAGES=(libbenchmark-dev)
 PEER_PACKAGES=(libsoxr-dev libsamplerate0-dev libswresample-dev libavutil-dev)

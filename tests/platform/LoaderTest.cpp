@@ -10,6 +10,7 @@
 
 #include "platform/base/LastError.h"
 #include "platform/base/Utf.h"
+#include "platform/loader/Library.h"
 #include "platform/loader/ModuleEntry.h"
 #include "platform/loader/ModulePath.h"
 #include "tests/platform/TempFolder.h"
@@ -98,9 +99,33 @@ TEST_F(Loader, ThePathIsWholeAlsoWhenTheModuleWasLoadedByARelativeOne) {
     EXPECT_EQ(small[3], 0);
     EXPECT_EQ(small[4], u'?');
 
+    char bytes[4096];
+    EXPECT_EQ(std::string(bytes, GetModuleFileNameA(module, bytes, sizeof(bytes))),
+              fs::canonical(m_folder.Native("real")).string() + "/caf\xE9.so");
+
     dlclose(module);
     EXPECT_EQ(PathOf(module), "");
     EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+}
+
+TEST_F(Loader, AModuleIsAskedForItsOwnFunctionsAlone) {
+    const HMODULE module = LoadLibraryExA(VL_ENTRY_MODULE, nullptr, 0);
+    ASSERT_TRUE(module);
+    const auto instance = reinterpret_cast<HMODULE (*)()>(GetProcAddress(module, "InstanceOfEntryModule"));
+    ASSERT_TRUE(instance);
+    EXPECT_EQ(instance(), module);
+    EXPECT_EQ(GetProcAddress(module, "SetLastError"), nullptr);  // of the library that it uses
+    EXPECT_EQ(GetLastError(), ERROR_PROC_NOT_FOUND);
+    EXPECT_TRUE(FreeLibrary(module));
+    EXPECT_EQ(Log(), kWholeLife);
+    // What a handle was, or never was.
+    for (const HMODULE none : {module, HMODULE{this}, HMODULE{}}) {
+        EXPECT_EQ(GetProcAddress(none, "InstanceOfEntryModule"), nullptr);
+        EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND);
+        EXPECT_FALSE(FreeLibrary(none));
+    }
+    EXPECT_EQ(LoadLibraryExA(m_folder.Native("none").c_str(), nullptr, 0), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND);
 }
 
 }  // namespace

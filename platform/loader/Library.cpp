@@ -1,0 +1,24 @@
+#include "platform/loader/Library.h"
+
+#include "platform/base/LastError.h"
+#include "platform/loader/posix/LoadedModule.h"
+
+HMODULE LoadLibraryExA(const char* path, HANDLE file, DWORD flags) {
+    if (!path || !*path || file || flags != 0) return SetLastError(ERROR_INVALID_PARAMETER), nullptr;
+    const HMODULE module = LoadModule(path);
+    if (!module) SetLastError(ERROR_MOD_NOT_FOUND);
+    return module;
+}
+
+FARPROC GetProcAddress(HMODULE module, const char* name) {
+    if (!IsLoadedModule(module)) return SetLastError(ERROR_MOD_NOT_FOUND), nullptr;
+    void* const function = name ? FindOwnSymbol(module, name) : nullptr;
+    if (!function) SetLastError(ERROR_PROC_NOT_FOUND);
+    return reinterpret_cast<FARPROC>(function);
+}
+
+BOOL FreeLibrary(HMODULE module) {
+    if (!IsLoadedModule(module)) return FailWith(ERROR_MOD_NOT_FOUND);
+    UnloadModule(module);
+    return TRUE;
+}

@@ -1,0 +1,20 @@
+// Modules that a module loads and asks for functions. Any thread.
+#pragma once
+
+#include "platform/base/Types.h"
+
+// Any function; the caller knows the real type.
+using FARPROC = void (*)();
+
+// Loads the module at a path in the system's bytes, or counts one loading more, and gives its handle: one
+// value for one module, the same that its entry gets. A path without "/" is looked for where the system keeps
+// libraries. Null with last error 126 if it can't be loaded; `file` is null and `flags` 0, all else gives 87.
+VL_PLATFORM_API HMODULE LoadLibraryExA(const char* path, HANDLE file, DWORD flags);
+
+// The module's own function of that name; what only a library has that the module uses doesn't count. Null
+// with last error 127 if there is none, 126 for a value that is no loaded module's handle.
+VL_PLATFORM_API FARPROC GetProcAddress(HMODULE module, const char* name);
+
+// Takes back one loading, and the module with its last. 0 with last error 126 for a value that is no loaded
+// module's handle.
+VL_PLATFORM_API BOOL FreeLibrary(HMODULE module);
