@@ -113,7 +113,8 @@ DWORD SqliteStore::Open(const std::string& path, bool forWriting) {
     if (!forWriting) return ERROR_SUCCESS;
     if (sqlite3_db_readonly(database, "main")) return ERROR_ACCESS_DENIED;
     if (const DWORD failed = Run("PRAGMA foreign_keys = ON")) return failed;
-    return Transact([&] { return Run(kTables); });
+    const DWORD found = Run("SELECT 1 FROM entries LIMIT 0");
+    return found == ERROR_FILE_NOT_FOUND ? Transact([&] { return Run(kTables); }) : found;
 }
 
 template <class Work>
