@@ -24,9 +24,11 @@ struct CommonOptions {
     bool verbose = false;
 };
 
-Module LoadModule(const CommonOptions& options) {
-    Module module(options.module);
-    if (options.verbose) Report::Complain("", "module " + Report::Printable(module.Path()));
+Module LoadModule(const CommonOptions& options, Module::Search search) {
+    Module module(options.module, search);
+    if (options.verbose)
+        Report::Complain(
+            "", std::string("module found ") + module.Origin() + ": " + Report::Printable(module.Path()));
     return module;
 }
 
@@ -49,6 +51,17 @@ CLI::App* AddDecode(CLI::App& app, DecodeOptions& options) {
     return decode;
 }
 
+struct RegistryCommands {
+    explicit RegistryCommands(CLI::App& app)
+        : enter(app.add_subcommand("register", "Enter the module beside this program into the registry")),
+          leave(app.add_subcommand("unregister", "Take the module out of the registry")),
+          where(app.add_subcommand("where", "Tell which module the other commands take")) {}
+
+    const CLI::App* enter;
+    const CLI::App* leave;
+    const CLI::App* where;
+};
+
 // --help and --version too are output that can fail; all else that parsing ends with is wrong usage.
 ExitCode TellParseEnd(const CLI::App& app, const CLI::ParseError& end) {
     std::ostringstream out;
@@ -67,19 +80,26 @@ ExitCode Run(int argc, char** argv) {
     app.require_subcommand(1);
     app.fallthrough();  // the common options may stand behind the command as well
     CommonOptions common;
-    app.add_option("--module", common.module, "The module's file, instead of the one beside this program");
+    app.add_option("--module", common.module,
+                   "The module's file, instead of the registered one or that beside this program");
     app.add_flag("--verbose", common.verbose, "Say which module was loaded");
 
     InfoOptions infoOptions;
     DecodeOptions decodeOptions;
     const CLI::App* info = AddInfo(app, infoOptions);
     AddDecode(app, decodeOptions);
+    const RegistryCommands registry(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& end) {
         return TellParseEnd(app, end);
     }
-    const Module module = LoadModule(common);
+    // What is to be registered isn't looked for in the registry.
+    const Module module = LoadModule(
+        common, registry.enter->parsed() ? Module::Search::BesideProgram : Module::Search::RegistryFirst);
+    if (registry.enter->parsed()) return RunRegister(module);
+    if (registry.leave->parsed()) return RunUnregister(module);
+    if (registry.where->parsed()) return RunWhere(module);
     return info->parsed() ? RunInfo(module, infoOptions) : RunDecode(module, decodeOptions);
 }
 
