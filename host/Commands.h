@@ -8,6 +8,7 @@
 
 #include "host/ExitCodes.h"
 #include "host/Module.h"
+#include "host/StockFormats.h"
 
 struct InfoOptions {
     std::vector<std::string> files;
@@ -21,6 +22,30 @@ struct DecodeOptions {
     std::string output = "-";          // a path, "-" is standard output
 };
 
+struct FormatsOptions {
+    std::string language;  // a tag or a platform language id; English where empty
+    bool json = false;
+};
+
+struct ConvertOptions {
+    std::vector<std::string> files;
+    std::string output;  // a file, or a folder, which several files need
+    FormatWish wish;
+    bool overwrite = false;
+    std::optional<uint32_t> jobs;   // files at once; as many as there are cores where missing
+    std::vector<std::string> sets;  // "NAME=VALUE"
+};
+
+struct TagOptions {
+    std::vector<std::string> files;
+    std::vector<std::string> sets;    // "NAME=VALUE"
+    std::vector<std::string> clears;  // names
+    bool json = false;
+};
+
+// All commands throw a UsageFailure for options that make no sense, before anything is touched, and an
+// OutputFailure when standard output fails.
+
 // Tells each file's format and length on standard output; goes on behind a file that fails.
 ExitCode RunInfo(const Module& module, const InfoOptions& options);
 // Enter the module into the registry, or take out the one that is there. Throw Failure where that can't be
@@ -31,3 +56,10 @@ ExitCode RunUnregister(const Module& module);
 ExitCode RunWhere(const Module& module);
 // Writes the file's audio as raw signed 16-bit little-endian PCM.
 ExitCode RunDecode(const Module& module, const DecodeOptions& options);
+// Lists the formats that can be written.
+ExitCode RunFormats(const Module& module, const FormatsOptions& options);
+// Makes WAV files of stock formats, several at once; a line on standard output for each. Goes on behind a
+// file that fails.
+ExitCode RunConvert(const Module& module, const ConvertOptions& options);
+// Changes tags where changes are given, and shows them. Goes on behind a file that fails.
+ExitCode RunTag(const Module& module, const TagOptions& options);

@@ -23,3 +23,9 @@ class OutputFailure : public Failure {
 public:
     using Failure::Failure;
 };
+
+// The command line asks for something that can't be; nothing has been touched.
+class UsageFailure : public Failure {
+public:
+    using Failure::Failure;
+};

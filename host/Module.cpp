@@ -8,7 +8,7 @@
 #include "AudioCodec/shell/ClassIds.h"
 #include "host/Failure.h"
 #include "host/RegisteredModule.h"
-#include "host/ResultTexts.h"
+#include "host/Require.h"
 
 namespace {
 
@@ -55,8 +55,7 @@ Module::Module(const std::string& path, Search search)
 
 RefPtr<IPrivateCodecMain3> Module::CreateCodec() const {
     void* object = nullptr;
-    const Result result = m_getClassObject(&CLSID_VlACWav3, &IID_IPrivateCodecMain3, &object);
-    if (result != RESULT_OK) throw Failure(ResultText(result), result);
+    Require(m_getClassObject(&CLSID_VlACWav3, &IID_IPrivateCodecMain3, &object));
     return RefPtr<IPrivateCodecMain3>::Adopt(static_cast<IPrivateCodecMain3*>(object));
 }
 

@@ -23,12 +23,23 @@ constexpr mode_t kNewFile = 0666;
     throw OutputFailure(fmt::format("Writing to {} failed: {}.", name, std::strerror(error)));
 }
 
+// Asked once: the mask can only be read by changing it, which other threads would see.
+mode_t CreationMask() {
+    static const mode_t s_mask = [] {
+        const mode_t mask = umask(0);
+        umask(mask);
+        return mask;
+    }();
+    return s_mask;
+}
+
 // What a new file of this process, or the file that is replaced, would have as its mode.
 mode_t ModeFor(const struct stat* replaced) {
-    if (replaced) return replaced->st_mode & kPermissionBits;
-    const mode_t mask = umask(0);
-    umask(mask);
-    return kNewFile & ~mask;
+    return replaced ? replaced->st_mode & kPermissionBits : kNewFile & ~CreationMask();
+}
+
+[[noreturn]] void FailExisting(const std::string& name) {
+    throw OutputFailure(fmt::format("{} is there already; choose another name or use --overwrite.", name));
 }
 
 // Behind symbolic links, so that a link stays one.
@@ -42,9 +53,10 @@ std::string ResolveTarget(const std::string& path) {
 
 Output Output::Standard() { return {STDOUT_FILENO, "standard output"}; }
 
-Output Output::File(const std::string& path) {
+Output Output::File(const std::string& path, Existing existing) {
     struct stat status {};
     const bool exists = stat(path.c_str(), &status) == 0;
+    if (exists && existing == Existing::Kept) FailExisting(path);
     if (exists && !S_ISREG(status.st_mode)) {  // a device or a pipe: it is written, never replaced
         Output output(open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY), path);
         if (output.m_descriptor < 0) output.Fail(errno);
@@ -58,7 +70,8 @@ Output Output::File(const std::string& path) {
     output.m_descriptor = TemporaryCleanup::Create(temporary);
     if (output.m_descriptor < 0) output.Fail(errno);
     output.m_temporary = temporary;
-    if (fchmod(output.m_descriptor, ModeFor(exists ? &status : nullptr)) != 0) output.Fail(errno);
+    output.m_mode = ModeFor(exists ? &status : nullptr);
+    output.m_existing = existing;
     return output;
 }
 
@@ -66,7 +79,9 @@ Output::Output(Output&& other) noexcept
     : m_descriptor(std::exchange(other.m_descriptor, -1)),
       m_name(std::move(other.m_name)),
       m_target(std::exchange(other.m_target, {})),
-      m_temporary(std::exchange(other.m_temporary, {})) {}
+      m_temporary(std::exchange(other.m_temporary, {})),
+      m_mode(other.m_mode),
+      m_existing(other.m_existing) {}
 
 Output::~Output() {
     if (m_descriptor > STDERR_FILENO) close(m_descriptor);
@@ -91,9 +106,15 @@ void Output::Commit() {
         if (copy < 0 || close(copy) != 0) Fail(errno);
         return;
     }
+    const bool whole = m_temporary.empty() || (fchmod(m_descriptor, m_mode) == 0 && fsync(m_descriptor) == 0);
+    if (!whole) Fail(errno);
     if (close(std::exchange(m_descriptor, -1)) != 0) Fail(errno);
     if (m_temporary.empty()) return;
-    if (!TemporaryCleanup::Rename(m_temporary, m_target)) Fail(errno);
+    const bool replace = m_existing == Existing::Replaced;
+    if (!TemporaryCleanup::Rename(m_temporary, m_target, replace)) {
+        if (errno == EEXIST && !replace) FailExisting(m_name);
+        Fail(errno);
+    }
     m_temporary.clear();
 }
 

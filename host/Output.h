@@ -2,17 +2,23 @@
 // Every failed write, flush or close is an OutputFailure; nothing is lost silently.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <string>
 #include <string_view>
 
 class Output {
 public:
+    // What becomes of a file that has the name already.
+    enum class Existing { Replaced, Kept };
+
     // Standard output. The descriptor stays open.
     static Output Standard();
     // The file at `path`. A regular file is written under a temporary name beside it, which is gone again
-    // when Commit is never reached, also by SIGINT, SIGTERM and SIGHUP. At most one such file at a time.
-    static Output File(const std::string& path);
+    // when Commit is never reached, also by SIGINT, SIGTERM and SIGHUP. With Kept it is a failure if there is
+    // such a file, now or when Commit comes.
+    static Output File(const std::string& path, Existing existing = Existing::Replaced);
 
     Output(Output&& other) noexcept;
     Output& operator=(Output&&) = delete;
@@ -23,8 +29,14 @@ public:
     // Writes all of it or throws.
     void Write(const void* data, size_t size /*bytes*/);
     void Write(std::string_view text) { Write(text.data(), text.size()); }
-    // Closes the output and gives the file its name; throws where the system only now reports a failure.
+    // Flushes and closes the output and gives the file its name; throws where the system only now reports a
+    // failure.
     void Commit();
+    // As it was given, for messages.
+    const std::string& Name() const { return m_name; }
+    // The name under which a regular file is being written, for those who write by other means; empty for
+    // any other output.
+    const std::string& Temporary() const { return m_temporary; }
     // Whether it would write into the very file at `path`, under whatever name.
     bool IsSameFile(const std::string& path) const;
     // Whether someone would see the bytes on a screen.
@@ -40,6 +52,8 @@ private:
     std::string m_name;       // for messages
     std::string m_target;     // the name that Commit gives; empty where there is no temporary
     std::string m_temporary;  // what is being written
+    mode_t m_mode = 0;        // of the finished file
+    Existing m_existing = Existing::Replaced;
 };
 
 // Keeps files that are opened later off the descriptors 0 to 2 when the caller closed those, so that a

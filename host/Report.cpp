@@ -11,11 +11,8 @@ namespace {
 using OrderedJson = nlohmann::ordered_json;
 
 OrderedJson ToJson(const FileReport& report) {
+    if (report.failed) return JsonFailure(report.file, Failure(report.reason, report.code));
     OrderedJson object = {{"file", report.file}};
-    if (report.failed) {
-        object["error"] = {{"code", report.code}, {"message", report.reason}};
-        return object;
-    }
     const SourceFormat& format = report.format;
     object["direct"] = format.direct;
     object["channels"] = format.channels;
@@ -43,7 +40,15 @@ std::string Text(const FileReport& report) {
 std::string Json(const std::vector<FileReport>& reports) {
     OrderedJson array = OrderedJson::array();
     for (const FileReport& report : reports) array.push_back(ToJson(report));
-    return array.dump(2, ' ', false, OrderedJson::error_handler_t::replace) + "\n";
+    return Json(array);
+}
+
+std::string Json(const OrderedJson& value) {
+    return value.dump(2, ' ', false, OrderedJson::error_handler_t::replace) + "\n";
+}
+
+OrderedJson JsonFailure(const std::string& file, const Failure& failure) {
+    return {{"file", file}, {"error", {{"code", failure.Code()}, {"message", failure.what()}}}};
 }
 
 void Complain(const std::string& file, const std::string& reason) {

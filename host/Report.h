@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,9 @@ namespace Report {
 std::string Text(const FileReport& report);
 // One array with an object for each file, good or not; bytes that are no UTF-8 become U+FFFD.
 std::string Json(const std::vector<FileReport>& reports);
+std::string Json(const nlohmann::ordered_json& value);
+// What stands in JSON for a file that failed.
+nlohmann::ordered_json JsonFailure(const std::string& file, const Failure& failure);
 // A line on standard error: "vlwav: FILE: reason", without the file where it is empty.
 void Complain(const std::string& file, const std::string& reason);
 // h:mm:ss.mmm, hours only where there are any.

@@ -3,14 +3,10 @@
 #include <fmt/format.h>
 
 #include "host/Failure.h"
-#include "host/ResultTexts.h"
+#include "host/Require.h"
 #include "platform/base/Utf.h"
 
 namespace {
-
-void Require(Result result) {
-    if (result != RESULT_OK) throw Failure(ResultText(result), result);
-}
 
 constexpr uint32_t kBytesPerSample = 2;
 
@@ -43,13 +39,18 @@ void Source::ReadFormat() {
 }
 
 void Source::SetOutput(uint32_t channels, uint32_t rate) {
-    const bool possible = channels == m_format.channels || channels == 1 || m_format.channels == 1;
-    if (m_format.direct && !possible)
+    if (m_format.direct && !CanMix(m_format.channels, channels))
         throw Failure(fmt::format("{} channels can't be made of {}; ask for 1 or {} with --channels.",
                                   channels, m_format.channels, m_format.channels),
                       RESULT_NOT_SUPPORTED);
     Require(m_reader->SetOutputFormat(channels, rate, kBytesPerSample));
     m_outChannels = channels;
+}
+
+RefPtr<IAC3Metadata> Source::Metadata() const {
+    RefPtr<IAC3Metadata> metadata;
+    Require(m_reader->GetMetadata(metadata.Put()));
+    return metadata;
 }
 
 int64_t Source::Length() const {

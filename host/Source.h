@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "AudioCodec/metadata/IAC3Metadata.h"
 #include "AudioCodec/wave/IAC3StreamReader.h"
 #include "host/Module.h"
 
@@ -17,12 +18,17 @@ struct SourceFormat {
     uint32_t bits = 0;      // of a source sample; 0 where a graph hides it
 };
 
+// Whether the module can turn so many channels into so many others.
+constexpr bool CanMix(uint32_t from, uint32_t to) { return from == to || from == 1 || to == 1; }
+
 class Source {
 public:
     // Opens the file for reading alone. The path is any bytes that the system takes. Throws Failure.
     Source(const Module& module, const std::string& path);
 
     const SourceFormat& Format() const { return m_format; }
+    // The file's metadata, a new object each time.
+    RefPtr<IAC3Metadata> Metadata() const;
     // Throws a Failure for channel counts that the module can't turn into one another.
     void SetOutput(uint32_t channels, uint32_t rate);
     // What the file's header promises.

@@ -1,87 +1,89 @@
 #include "host/TemporaryCleanup.h"
 
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <climits>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <set>
+#include <thread>
+
+#include "host/ExitCodes.h"
+#include "host/Report.h"
 
 namespace TemporaryCleanup {
 namespace {
 
 constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
-// Read by the signal handler, changed only while the signals are held off. Empty: no file.
-char g_path[PATH_MAX];
-
-void SetPath(const char* path) { std::snprintf(g_path, sizeof g_path, "%s", path); }
-
-class SignalsHeldOff {
-public:
-    SignalsHeldOff() {
-        sigset_t set;
-        sigemptyset(&set);
-        for (const int number : kSignals) sigaddset(&set, number);
-        pthread_sigmask(SIG_BLOCK, &set, &m_before);
-    }
-    SignalsHeldOff(const SignalsHeldOff&) = delete;
-    SignalsHeldOff& operator=(const SignalsHeldOff&) = delete;
-    ~SignalsHeldOff() {
-        const int error = errno;
-        pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
-        errno = error;
-    }
-
-private:
-    sigset_t m_before{};
+// Held while a name and its file could disagree.
+struct Registry {
+    std::mutex lock;
+    std::set<std::string> paths;
 };
 
-// Only calls that are allowed in a handler. The signal comes again and ends the process by its own way, so
-// that the caller sees which one it was.
-extern "C" void RemoveAndDie(int number) {
-    if (g_path[0] != '\0') unlink(g_path);
-    std::signal(number, SIG_DFL);
-    std::raise(number);
+// Never destroyed: the watching thread may need it while the process ends.
+Registry& Temporaries() {
+    static auto& registry = *new Registry;
+    return registry;
 }
 
-void WatchSignals() {
-    struct sigaction action {};
-    action.sa_handler = RemoveAndDie;
-    for (const int number : kSignals) {
-        struct sigaction before {};
-        const bool ignored = sigaction(number, nullptr, &before) == 0 && before.sa_handler == SIG_IGN;
-        if (!ignored) sigaction(number, &action, nullptr);  // what the caller ignores (nohup) stays ignored
-    }
+// The lock stays held, so that nothing is created or renamed any more.
+[[noreturn]] void RemoveAllAndEnd(int number) {
+    Temporaries().lock.lock();
+    for (const std::string& path : Temporaries().paths) unlink(path.c_str());
+    Report::Complain("", fmt::format("Interrupted by SIG{}; what was not whole yet has been removed.",
+                                     sigabbrev_np(number)));
+    _exit(EXIT_FAILED);
+}
+
+// Some file systems can't rename without replacing; there the name is made as a second link.
+bool RenameToNewName(const char* path, const char* target) {
+    if (renameat2(AT_FDCWD, path, AT_FDCWD, target, RENAME_NOREPLACE) == 0) return true;
+    if (errno != EINVAL && errno != ENOSYS) return false;
+    return link(path, target) == 0 && unlink(path) == 0;
 }
 
 }  // namespace
 
-int Create(std::string& path) {
-    if (path.size() >= sizeof g_path) {
-        errno = ENAMETOOLONG;
-        return -1;
+void WatchSignals() {
+    sigset_t watched;
+    sigemptyset(&watched);
+    for (const int number : kSignals) {
+        struct sigaction now {};
+        if (sigaction(number, nullptr, &now) == 0 && now.sa_handler != SIG_IGN) sigaddset(&watched, number);
     }
-    const SignalsHeldOff held;
-    WatchSignals();
+    pthread_sigmask(SIG_BLOCK, &watched, nullptr);  // for the threads of later too
+    std::thread([watched] {
+        int number = 0;
+        if (sigwait(&watched, &number) == 0) RemoveAllAndEnd(number);
+    }).detach();
+}
+
+int Create(std::string& path) {
+    const std::lock_guard held(Temporaries().lock);
     const int descriptor = mkostemp(path.data(), O_CLOEXEC);
-    if (descriptor >= 0) SetPath(path.c_str());
+    if (descriptor >= 0) Temporaries().paths.insert(path);
     return descriptor;
 }
 
-bool Rename(const std::string& path, const std::string& target) {
-    const SignalsHeldOff held;
-    if (rename(path.c_str(), target.c_str()) != 0) return false;
-    SetPath("");
-    return true;
+bool Rename(const std::string& path, const std::string& target, bool replace) {
+    const std::lock_guard held(Temporaries().lock);
+    const bool done =
+        replace ? rename(path.c_str(), target.c_str()) == 0 : RenameToNewName(path.c_str(), target.c_str());
+    if (done) Temporaries().paths.erase(path);
+    return done;
 }
 
 void Remove(const std::string& path) noexcept {
-    const SignalsHeldOff held;
+    const std::lock_guard held(Temporaries().lock);
     unlink(path.c_str());
-    SetPath("");
+    Temporaries().paths.erase(path);
 }
 
 }  // namespace TemporaryCleanup

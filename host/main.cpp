@@ -11,6 +11,7 @@
 #include "host/Commands.h"
 #include "host/Output.h"
 #include "host/Report.h"
+#include "host/TemporaryCleanup.h"
 
 namespace {
 
@@ -18,6 +19,7 @@ namespace {
 constexpr uint32_t kMinRate = 1000;
 constexpr uint32_t kMaxRate = 768000;
 constexpr uint32_t kMaxChannels = 255;
+constexpr uint32_t kMaxJobs = 256;
 
 struct CommonOptions {
     std::string module;
@@ -51,16 +53,44 @@ CLI::App* AddDecode(CLI::App& app, DecodeOptions& options) {
     return decode;
 }
 
-struct RegistryCommands {
-    explicit RegistryCommands(CLI::App& app)
-        : enter(app.add_subcommand("register", "Enter the module beside this program into the registry")),
-          leave(app.add_subcommand("unregister", "Take the module out of the registry")),
-          where(app.add_subcommand("where", "Tell which module the other commands take")) {}
+// An option that may come again; each time it takes one value, so that files may follow it.
+CLI::Option* AddRepeatable(CLI::App* command, const std::string& name, std::vector<std::string>& values,
+                           const std::string& help) {
+    return command->add_option(name, values, help)->expected(1)->take_all()->allow_extra_args(false);
+}
 
-    const CLI::App* enter;
-    const CLI::App* leave;
-    const CLI::App* where;
-};
+CLI::App* AddFormats(CLI::App& app, FormatsOptions& options) {
+    CLI::App* formats = app.add_subcommand("formats", "List the formats that can be written");
+    formats->add_option("--language", options.language, "Of the texts: a tag like fr or pt-BR, or a number");
+    formats->add_flag("--json", options.json, "One JSON array instead of a table");
+    return formats;
+}
+
+CLI::App* AddConvert(CLI::App& app, ConvertOptions& options) {
+    CLI::App* convert = app.add_subcommand("convert", "Make WAV files of audio files, with their tags");
+    convert->add_option("IN", options.files, "Audio files")->required();
+    convert->add_option("-o,--output", options.output, "File to write, or a folder for IN's name with .wav")
+        ->required();
+    auto* format = convert->add_option("--format", options.wish.index,
+                                       "Index of the format; the nearest to the source if not given");
+    convert->add_option("--rate", options.wish.rate, "Frames per second")->excludes(format);
+    convert->add_option("--channels", options.wish.channels, "Channels")->excludes(format);
+    convert->add_option("--bits", options.wish.bits, "Bits of a sample")->excludes(format);
+    convert->add_flag("--overwrite", options.overwrite, "Replace files that are there already");
+    convert->add_option("--jobs", options.jobs, "Files at once; as many as there are cores if not given")
+        ->check(CLI::Range(uint32_t{1}, kMaxJobs));
+    AddRepeatable(convert, "--set", options.sets, "NAME=VALUE: a tag of the output, in place of the input's");
+    return convert;
+}
+
+CLI::App* AddTag(CLI::App& app, TagOptions& options) {
+    CLI::App* tag = app.add_subcommand("tag", "Show or change the tags of WAV files");
+    tag->add_option("FILE", options.files, "WAV files")->required();
+    AddRepeatable(tag, "--set", options.sets, "NAME=VALUE: a tag to set; the others stay");
+    AddRepeatable(tag, "--clear", options.clears, "NAME: a tag to take away");
+    tag->add_flag("--json", options.json, "One JSON array instead of lines");
+    return tag;
+}
 
 // --help and --version too are output that can fail; all else that parsing ends with is wrong usage.
 ExitCode TellParseEnd(const CLI::App& app, const CLI::ParseError& end) {
@@ -75,7 +105,7 @@ ExitCode TellParseEnd(const CLI::App& app, const CLI::ParseError& end) {
 }
 
 ExitCode Run(int argc, char** argv) {
-    CLI::App app("Reads WAV files through the codec module VlACWav3.", "vlwav");
+    CLI::App app("Reads, writes and tags WAV files through the codec module VlACWav3.", "vlwav");
     app.set_version_flag("--version", "vlwav " VLWAV_VERSION);
     app.require_subcommand(1);
     app.fallthrough();  // the common options may stand behind the command as well
@@ -86,21 +116,36 @@ ExitCode Run(int argc, char** argv) {
 
     InfoOptions infoOptions;
     DecodeOptions decodeOptions;
-    const CLI::App* info = AddInfo(app, infoOptions);
-    AddDecode(app, decodeOptions);
-    const RegistryCommands registry(app);
+    FormatsOptions formatsOptions;
+    ConvertOptions convertOptions;
+    TagOptions tagOptions;
+    const struct {
+        const CLI::App* command;
+        std::function<ExitCode(const Module&)> run;
+        Module::Search search = Module::Search::RegistryFirst;
+    } commands[] = {
+        {AddInfo(app, infoOptions), [&](const Module& module) { return RunInfo(module, infoOptions); }},
+        {AddDecode(app, decodeOptions),
+         [&](const Module& module) { return RunDecode(module, decodeOptions); }},
+        {AddFormats(app, formatsOptions),
+         [&](const Module& module) { return RunFormats(module, formatsOptions); }},
+        {AddConvert(app, convertOptions),
+         [&](const Module& module) { return RunConvert(module, convertOptions); }},
+        {AddTag(app, tagOptions), [&](const Module& module) { return RunTag(module, tagOptions); }},
+        // What is to be registered isn't looked for in the registry.
+        {app.add_subcommand("register", "Enter the module beside this program into the registry"),
+         RunRegister, Module::Search::BesideProgram},
+        {app.add_subcommand("unregister", "Take the module out of the registry"), RunUnregister},
+        {app.add_subcommand("where", "Tell which module the other commands take"), RunWhere},
+    };
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& end) {
         return TellParseEnd(app, end);
     }
-    // What is to be registered isn't looked for in the registry.
-    const Module module = LoadModule(
-        common, registry.enter->parsed() ? Module::Search::BesideProgram : Module::Search::RegistryFirst);
-    if (registry.enter->parsed()) return RunRegister(module);
-    if (registry.leave->parsed()) return RunUnregister(module);
-    if (registry.where->parsed()) return RunWhere(module);
-    return info->parsed() ? RunInfo(module, infoOptions) : RunDecode(module, decodeOptions);
+    for (const auto& [command, run, search] : commands)
+        if (command->parsed()) return run(LoadModule(common, search));
+    return EXIT_USAGE;
 }
 
 }  // namespace
@@ -108,8 +153,13 @@ ExitCode Run(int argc, char** argv) {
 int main(int argc, char** argv) {
     HoldStandardDescriptors();
     std::signal(SIGPIPE, SIG_IGN);  // a reader that went away is a failed write, told as one
+    std::signal(SIGXFSZ, SIG_IGN);  // so is a file that may not grow
     try {
+        TemporaryCleanup::WatchSignals();
         return Run(argc, argv);
+    } catch (const UsageFailure& failure) {
+        Report::Complain("", failure.what());
+        return EXIT_USAGE;
     } catch (const std::exception& failure) {
         Report::Complain("", failure.what());
         return EXIT_FAILED;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <vector>
 
+#include "AudioCodec/shell/Border.h"
+#include "AudioCodec/wave/CTagSave.h"
 #include "AudioCodec/wave/Saturating.h"
 #include "AudioCodec/wave/WaveTypes.h"
 #include "platform/base/LastError.h"
@@ -52,6 +54,7 @@ Result CWaveFile::OpenForReading(const char16_t* path, bool readOnly) {
     if (!m_file) return OpenFailure();
     // Set before the walk: whatever ends it, a file that was not understood is never rewritten.
     m_modified = false;
+    m_writable = false;
     m_readOnly = readOnly;
     if (ParseChunks()) return RESULT_OK;
     m_file.reset();
@@ -244,19 +247,14 @@ Result CWaveFile::WriteData(const void* bytes, uint32_t count) {
     if (m_dataOffset + end > kLargestFile) return RESULT_WRITE_FAILED;
     DWORD done = 0;
     if (!WriteFile(m_file.get(), bytes, count, &done, nullptr) || done != count) {
-        if (m_file) m_dataSize = GetFileSize(m_file.get(), nullptr) - m_dataOffset;
+        const DWORD size = m_file ? GetFileSize(m_file.get(), nullptr) : 0;
+        if (m_file) m_dataSize = size - std::min(size, m_dataOffset);  // a full disk may lack even the header
         return RESULT_WRITE_FAILED;
     }
     // As the file's size would tell: a write in the middle, behind a seek, adds nothing.
     m_dataSize = std::max(m_dataSize, static_cast<uint32_t>(end));
     m_modified = true;
     return RESULT_OK;
-}
-
-uint32_t CWaveFile::ListSize() const {
-    uint64_t size = 0;
-    for (const auto& [id, value] : m_chunks) size += kChunkHeaderSize + value.size() + (value.size() & 1);
-    return static_cast<uint32_t>(size);
 }
 
 void CWaveFile::Write(const void* bytes, size_t count) const {
@@ -266,7 +264,7 @@ void CWaveFile::Write(const void* bytes, size_t count) const {
 
 void CWaveFile::WriteHeader(bool final) noexcept {
     const uint32_t formatSize = m_format.DiskSize();
-    const uint32_t listSize = ListSize();
+    const auto listSize = static_cast<uint32_t>(InfoEntriesSize(m_chunks));
     m_dataOffset = formatSize + 28;
 
     uint64_t end = uint64_t{m_dataOffset} + m_dataSize;
@@ -293,39 +291,28 @@ void CWaveFile::WriteHeader(bool final) noexcept {
     MoveTo(int64_t{m_dataOffset} + m_dataSize);
     if (m_dataSize & 1) Write("", 1);
     if (final) {
-        if (listSize != 0) WriteList(listSize);
+        if (listSize != 0) PutInfoList(m_chunks, [this](const void* bytes, size_t n) { Write(bytes, n); });
         SetEndOfFile(m_file.get());
     }
     MoveTo(m_dataOffset);
 }
 
-void CWaveFile::WriteList(uint32_t listSize) const {
-    uint8_t header[kChunkHeaderSize + kListTypeSize];
-    StoreLE32(header, ChunkId::kList);
-    StoreLE32(header + 4, listSize + kListTypeSize);
-    StoreLE32(header + 8, ChunkId::kInfo);
-    Write(header, sizeof header);
-    for (const auto& [id, value] : m_chunks) {
-        StoreLE32(header, id);
-        StoreLE32(header + 4, static_cast<uint32_t>(value.size()));
-        Write(header, kChunkHeaderSize);
-        Write(value.data(), value.size());
-        if (value.size() & 1) Write("", 1);
-    }
-}
-
-// Whether WriteHeader would leave every audio byte where it is: the audio begins right behind the fixed
-// header and the file holds all that is declared.
-bool CWaveFile::AudioStaysInPlace() const {
-    if (m_dataOffset != m_format.DiskSize() + 28) return false;
-    DWORD high = 0;
-    const uint64_t low = GetFileSize(m_file.get(), &high);
-    return uint64_t{m_dataOffset} + m_dataSize <= (uint64_t{high} << 32 | low);
+void CWaveFile::SaveTags() const noexcept {
+    AtBorder(RESULT_FAILED, [this] {
+        CTagSave(m_file.get(), m_format).Run(m_chunks);
+        return RESULT_OK;
+    });
 }
 
 Result CWaveFile::CloseFile() noexcept {
     if (!m_file) return RESULT_OK;
-    if (!m_readOnly && m_modified && AudioStaysInPlace()) WriteHeader(true);
+    if (!m_readOnly && m_modified) {
+        if (m_writable) {
+            WriteHeader(true);
+        } else {
+            SaveTags();
+        }
+    }
     m_file.reset();
     return RESULT_OK;
 }

@@ -6,15 +6,14 @@
 // memory is taken. A format record that claims more extra bytes than its chunk has gets those that are there.
 // A list of fewer than 4 bytes is passed over like an unknown chunk. A sub-chunk that reaches behind its list
 // is cut there, one that reaches behind the file fails the parse. A failed open leaves no handle behind. A
-// file whose audio doesn't lie where WriteHeader would put it, or that is shorter than it declares, is not
-// rewritten. A stream that refuses a move fails the parse.
+// file that was there before is changed by CTagSave, so that its audio and its other chunks stay. A stream
+// that refuses a move fails the parse.
 #pragma once
 
 #include <cstdint>
-#include <map>
-#include <string>
 
 #include "AudioCodec/shell/ResultCodes.h"
+#include "AudioCodec/wave/InfoList.h"
 #include "AudioCodec/wave/WaveFormat.h"
 #include "platform/base/UniqueHandle.h"
 
@@ -22,9 +21,7 @@ struct IStream;
 
 class CWaveFile {
 public:
-    // Sub-chunks of the "INFO" list: id as a little-endian number, and the bytes that its size field
-    // declares.
-    using ChunkMap = std::map<uint32_t, std::string>;
+    using ChunkMap = InfoChunks;
 
     CWaveFile() = default;
     CWaveFile(const CWaveFile&) = delete;
@@ -54,7 +51,8 @@ public:
     // writes are not reported.
     void WriteHeader(bool final) noexcept;
 
-    // Ends the work on the file; header and list are rewritten first if they changed. Always 0.
+    // Ends the work on the file; what changed is written first: header and list of a file that was created,
+    // the tags of one that was opened. Always 0.
     Result CloseFile() noexcept;
 
     int64_t TellData() const;  // place in bytes from the start of the audio; 0 without file or stream
@@ -101,15 +99,13 @@ private:
     bool MoveTo(int64_t position) const;
     bool SourceHolds(uint64_t count) const;
 
-    bool AudioStaysInPlace() const;
-    uint32_t ListSize() const;
     void Write(const void* bytes, size_t count) const;
-    void WriteList(uint32_t listSize) const;
+    void SaveTags() const noexcept;
 
     bool m_readOnly = false;
     bool m_modified = false;     // header and list must be rewritten at CloseFile
     bool m_formatFound = false;  // a "fmt " chunk was taken over, ever
-    bool m_writable = false;     // audio may be written
+    bool m_writable = false;     // audio may be written: the file was created here
     uint32_t m_dataOffset = 0;   // of the first audio byte; 0 as long as no "data" chunk was seen
     uint32_t m_dataSize = 0;     // audio bytes as declared, or as written
     WaveFormat m_format;

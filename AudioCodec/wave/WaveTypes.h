@@ -11,6 +11,8 @@ inline constexpr uint32_t kData = FourCC("data");
 inline constexpr uint32_t kFact = FourCC("fact");
 inline constexpr uint32_t kList = FourCC("LIST");
 inline constexpr uint32_t kInfo = FourCC("INFO");
+inline constexpr uint32_t kJunk = FourCC("JUNK");  // filler that every reader passes over
+inline constexpr uint32_t kUnfinished = 0;         // of a list that isn't whole yet
 }  // namespace ChunkId
 
 inline constexpr uint32_t kChunkHeaderSize = 8;  // id and size

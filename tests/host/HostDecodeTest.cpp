@@ -14,8 +14,7 @@ TEST_F(HostDecode, AtTheSourcesOwnFormatTheBytesAreThoseOfTheFile) {
 TEST_F(HostDecode, EightBitSamplesAreWidened) {
     WavImage image;
     image.Fmt(1, 1, 8000, 8).Chunk("data", std::string("\x00\x80\xFF\x81", 4));
-    const auto& bytes = image.Image();
-    WriteBytes("a.wav", {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    WriteImage("a.wav", image);
     EXPECT_EQ(Vlwav("decode a.wav -o -").out, std::string("\x00\x80\x00\x00\x00\x7F\x00\x01", 8));
 }
 

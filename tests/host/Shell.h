@@ -69,6 +69,10 @@ protected:
         std::ofstream(m_folder / name, std::ios::binary)
             .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     }
+    void WriteImage(const std::string& name, const WavImage& image) const {
+        const auto& bytes = image.Image();
+        WriteBytes(name, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    }
     // A PCM file of a saw wave with `frames` frames; gives its audio bytes.
     std::string WriteWav(const std::string& name, uint16_t channels, uint32_t rate, uint16_t bits,
                          uint32_t frames) const {
@@ -77,9 +81,18 @@ protected:
         for (uint32_t i = 0; i < size; ++i) audio += static_cast<char>(i * 7 % 251);
         WavImage image;
         image.Fmt(1, channels, rate, bits).Chunk("data", audio);
-        const auto& bytes = image.Image();
-        WriteBytes(name, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+        WriteImage(name, image);
         return audio;
+    }
+
+    // A file that takes long to read and hardly any room: an hour of silence with a hole in the disk behind
+    // it.
+    void WriteLongWav(const std::string& name) const {
+        constexpr uint32_t kAudioSize = 600000000;
+        WavImage image;
+        image.Fmt(1, 2, 44100, 16).Header("data", kAudioSize);
+        WriteImage(name, image);
+        std::filesystem::resize_file(m_folder / name, image.Image().size() + kAudioSize);
     }
 
     std::filesystem::path m_folder;

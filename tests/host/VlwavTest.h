@@ -6,4 +6,10 @@
 class VlwavTest : public ShellTest {
 protected:
     RunResult Vlwav(const std::string& arguments) const { return Run("'" VLWAV_PATH "' " + arguments); }
+    // One entry of a file's "vltg" chunk; the value is ASCII.
+    static std::string TagEntry(const std::string& name, const std::string& value) {
+        std::string bytes = name + "=\xFF\xFE";
+        for (const char c : value + '\0') bytes += {c, '\0'};
+        return bytes;
+    }
 };

@@ -1,5 +1,5 @@
-// Makes the system's pread and pwrite behave as they may and seldom do: interrupted calls, short counts,
-// errors. The definitions in this program come before the C library's, for libvlplatform too.
+// Makes the system's pread, pwrite, ftruncate and fsync behave as they may and seldom do: interrupted calls,
+// short counts, errors. The definitions in this program come before the C library's, for libvlplatform too.
 #pragma once
 
 #include <cstddef>
@@ -8,6 +8,9 @@ struct SystemFaults {
     int interruptions = 0;        // calls that fail with EINTR first, before each call that goes through
     size_t longest = ~size_t{0};  // bytes that one call moves at most
     int callsUntilError = -1;     // calls that go through before `error`; -1: no error
+    int changesUntilError = -1;   // likewise, but of pwrite, ftruncate and fsync alone
+    bool lasting = false;         // the change that fails is the first of many
+    bool flushes = true;          // fsync reaches the system; a test of many saves would wait for the medium
     int error = 0;
 };
 
@@ -19,5 +22,9 @@ public:
     WithFaults& operator=(const WithFaults&) = delete;
     ~WithFaults();
 
-    int CallsSeen() const;  // so that a test knows that it tested something
+    // So that a test knows that it tested something.
+    int CallsSeen() const;      // pread and pwrite
+    int ChangesSeen() const;    // pwrite, ftruncate and fsync
+    size_t BytesMoved() const;  // read or written
+    size_t BytesWritten() const;
 };

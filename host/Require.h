@@ -1,0 +1,9 @@
+// Turns a result of the module into a Failure with a sentence; success passes.
+#pragma once
+
+#include "host/Failure.h"
+#include "host/ResultTexts.h"
+
+inline void Require(Result result) {
+    if (result != RESULT_OK) throw Failure(ResultText(result), result);
+}

@@ -1,0 +1,128 @@
+#include <nlohmann/json.hpp>
+
+#include "tests/host/VlwavTest.h"
+
+namespace {
+
+using nlohmann::json;
+
+class HostTag : public VlwavTest {
+protected:
+    json Tags(const std::string& file) const {
+        return json::parse(Vlwav("tag --json " + file).out)[0]["tags"];
+    }
+    // One second, and an "INFO" list of one chunk in front of what follows.
+    void WriteTagged(const std::string& id, std::string_view content, std::string_view behind = "") const {
+        WavImage list(WavImage::Empty{});
+        list.Bytes("INFO").Chunk(id, content);
+        const auto& bytes = list.Image();
+        WavImage image;
+        image.Fmt(1, 1, 8000, 8).Chunk("data", std::string(8000, 'x'));
+        image.Chunk("LIST", {reinterpret_cast<const char*>(bytes.data()), bytes.size()}).Bytes(behind);
+        WriteImage("a.wav", image);
+    }
+};
+
+TEST_F(HostTag, SettingOneTagLeavesTheOthersAndTheAudio) {
+    const std::string audio = WriteWav("a.wav", 2, 44100, 16, 1001);
+    EXPECT_EQ(Vlwav("tag a.wav").out, "a.wav\n  no tags\n");
+    const RunResult run = Vlwav(
+        "tag --set title='5 € ' --set COMPOSER=作曲家 --set Performer=Ann --set track=7 "
+        "--set month=012 --set comment=a=b a.wav");
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.out,
+              "a.wav\n  title      5 €\n  artist     Ann\n  composer   作曲家\n  comment    a=b\n"
+              "  track      7\n  month      12\n");
+    EXPECT_EQ(Vlwav("tag a.wav --set album=North --clear comment --clear MONTH").exitCode, 0);
+    EXPECT_EQ(
+        Tags("a.wav"),
+        (json{
+            {"title", "5 €"}, {"artist", "Ann"}, {"album", "North"}, {"composer", "作曲家"}, {"track", 7}}));
+    EXPECT_TRUE(Bytes("a.wav").substr(44, audio.size()) == audio);
+    EXPECT_EQ(Bytes("a.wav").find("ICMT"), std::string::npos);
+}
+
+TEST_F(HostTag, NamesAndNumbersThatCannotBeTouchNothing) {
+    WriteTagged("INAM", "Song");
+    const std::string before = Bytes("a.wav");
+    const struct {
+        const char* option;
+        const char* reason;
+    } rows[] = {{"--set nonsense=1", "no tag named \"nonsense\"; the names are title,"},
+                {"--clear ''", "no tag named"},
+                {"--set disc=1", "can't keep the tag disc"},
+                {"--clear mediaid", "can't keep the tag MediaID"},
+                {"--set year=1x", "must be a number"},
+                {"--set day=-1", "must be a number"},
+                {"--set track=2147483648", "must be a number"},
+                {"--set title", "no NAME=VALUE"}};
+    for (const auto& [option, reason] : rows) {
+        const RunResult run = Vlwav("tag a.wav --set album=x " + std::string(option));
+        EXPECT_EQ(run.exitCode, 2) << option;
+        EXPECT_NE(run.err.find(reason), std::string::npos) << run.err;
+    }
+    EXPECT_TRUE(Bytes("a.wav") == before);
+}
+
+TEST_F(HostTag, WhatTheFileCannotKeepIsTold) {
+    const struct {
+        const char* id;
+        std::string content;
+        const char* option;
+        const char* warning;
+        json tags;
+    } rows[] = {
+        {"INAM",
+         "Song",
+         "--set artist=Łódź",
+         "artist becomes \"?ód?\" instead of \"Łódź\"",
+         {{"title", "Song"}, {"artist", "?ód?"}}},
+        {"IARL", "Shelf 12", "--set track=7", "track becomes nothing instead of \"7\"", json::object()},
+        {"IARL", "3rd shelf", "--clear track", "track becomes \"3\" instead of nothing", {{"track", 3}}},
+        {"ICRD", "19991231", "--set year=201", "year becomes \"2011\" instead of \"201\"", {{"year", 2011}}},
+        {"vltg",
+         TagEntry("Mood", "B") + TagEntry("disc", "2") + '\0',
+         "--set year=2001",
+         "the file loses \"cue \", tag mood, tag disc",
+         {{"year", 2001}}},
+    };
+    for (const auto& row : rows) {
+        WriteTagged(row.id, row.content, std::string_view("cue \0\0\0\0", 8));
+        const RunResult run = Vlwav("tag a.wav " + std::string(row.option));
+        EXPECT_EQ(run.exitCode, 0) << run.err;
+        EXPECT_NE(run.err.find(row.warning), std::string::npos) << run.err;
+        EXPECT_EQ(Tags("a.wav"), row.tags) << row.warning;
+    }
+}
+
+TEST_F(HostTag, AFileThatCannotBeChangedFailsAndTheOthersGoOn) {
+    WriteWav("good.wav", 1, 8000, 8, 11);
+    WriteWav("locked.wav", 1, 8000, 8, 11);
+    std::filesystem::permissions(m_folder / "locked.wav", std::filesystem::perms::owner_read);
+    WriteWav("wide.wav", 1, 8000, 24, 11);
+    WriteWav("cut.wav", 1, 8000, 16, 100);
+    std::filesystem::resize_file(m_folder / "cut.wav", 100);
+    WavImage late;
+    WriteImage("late.wav", late.Chunk("bext", "xx").Fmt(1, 1, 8000, 16).Data({1, 2, 3}));
+    const RunResult run =
+        Vlwav("tag --json --set genre=Folk locked.wav missing.wav wide.wav cut.wav late.wav good.wav");
+    EXPECT_EQ(run.exitCode, 1);
+    for (const char* line : {"locked.wav: The file can't be opened for writing",
+                             "missing.wav: The file could not", "wide.wav: The audio is not PCM of 8 or 16",
+                             "cut.wav: The audio is cut off or", "late.wav: The audio is cut off or"})
+        EXPECT_NE(run.err.find(line), std::string::npos) << run.err;
+    const json array = json::parse(run.out);
+    ASSERT_EQ(array.size(), 6u);
+    EXPECT_EQ(array[2]["error"]["code"], 1001);
+    EXPECT_EQ(array[5], (json{{"file", "good.wav"}, {"tags", {{"genre", "Folk"}}}}));
+}
+
+TEST_F(HostTag, ASaveThatDoesNotReachTheDiskIsAFailure) {
+    WriteWav("a.wav", 1, 8000, 8, 980);  // with its header exactly the 1024 bytes that are allowed
+    const RunResult run = Run("ulimit -f 2; '" VLWAV_PATH "' tag a.wav --set title=x");
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_NE(run.err.find("room on the disk"), std::string::npos) << run.err;
+}
+
+}  // namespace

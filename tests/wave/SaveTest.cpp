@@ -1,0 +1,102 @@
+#include "tests/platform/SystemFaults.h"
+#include "tests/wave/SaveLayouts.h"
+
+namespace {
+
+using namespace save_test;
+
+const Tags kNewTags[] = {
+    {},
+    {{FourCC("INAM"), "O"}},
+    {{FourCC("INAM"), "Odd"}, {FourCC("ICRD"), "2004"}},    // as long as the old ones
+    {{FourCC("INAM"), "Newer"}, {FourCC("ICRD"), "2004"}},  // a gap too small for a chunk
+    {{FourCC("INAM"), std::string(999, 'n')}, {FourCC("vltg"), "\1\0\2"s}},
+};
+
+TEST(Save, KeepsAudioAndForeignChunksInEveryLayout) {
+    for (const Layout& layout : Layouts()) {
+        for (const Tags& fresh : kNewTags) {
+            SCOPED_TRACE(layout.name + ", " + std::to_string(fresh.size()) + " new tags");
+            const ScopedFile file(layout.image.Image());
+            Save(file, fresh);
+            ExpectSaved(file, layout, fresh);
+            const std::string once = Bytes(file);
+            Save(file, kOld);
+            ExpectSaved(file, layout, kOld);
+            Save(file, fresh);
+            EXPECT_EQ(Bytes(file), once);
+        }
+    }
+}
+
+TEST(Save, TheWritersOwnLayoutEndsAsTheWriterWouldHaveLeftIt) {
+    WavImage wrongAlign = WavImage().Header("fmt ", 16).Word16(1).Word16(1).Word32(8000).Word32(16000);
+    wrongAlign.Word16(77).Word16(16);
+    for (const std::string& audio : {kAudio, kAudio + "."}) {
+        for (const Tags& fresh : kNewTags) {
+            WavImage expected = Pcm().Chunk("data", audio);
+            if (!fresh.empty()) expected.Chunk("LIST", ListOf(fresh));
+            const WavImage bare = WavImage(wrongAlign).Chunk("data", audio);
+            for (const WavImage& image : {bare, WavImage(bare).Chunk("LIST", ListOf(kOld))}) {
+                const ScopedFile file(image.Image());
+                Save(file, fresh);
+                EXPECT_EQ(Bytes(file), Text(WithRiffSize(expected)));
+            }
+        }
+    }
+}
+
+TEST(Save, LeavesAloneWhatItCannotRewrite) {
+    const ScopedFile file(WavImage(Pcm())
+                              .Chunk("data", kAudio)
+                              .Header("\1\2\3\4", 0xFFFFFFFF)
+                              .Bytes(std::string(1 << 20, 't'))
+                              .Image());
+    const std::string before = Bytes(file);
+    Save(file, kOld);
+    EXPECT_TRUE(Bytes(file) == before);
+}
+
+WavImage None() { return WavImage(WavImage::Empty{}); }
+
+// A file with holes: `head`, and `rest` at a place far behind.
+void WriteSparse(const ScopedFile& file, const WavImage& head, uint64_t place, const WavImage& rest) {
+    file.Write(head.Image());
+    std::fstream stream(file.Path(), std::ios::binary | std::ios::in | std::ios::out);
+    stream.seekp(static_cast<std::streamoff>(place));
+    stream << Text(rest);
+}
+
+TEST(Save, FilesOfMoreThan4GiB) {
+    constexpr uint64_t kFar = uint64_t{0xFFFFFFF0} + 20;
+    const ScopedFile file;
+    WriteSparse(file, WavImage().Header("JUNK", 0xFFFFFFF0), kFar,
+                None().Fmt(1, 1, 8000, 16).Chunk("data", kAudio));
+    const WithFaults count({});
+    Save(file, kOld);
+    EXPECT_EQ(count.BytesWritten(), 0u) << "audio behind 4 GiB";
+
+    const WavImage head = Pcm().Chunk("data", kAudio).Header("bext", 0xFFFFFFF0);
+    WriteSparse(file, head, head.Image().size() + uint64_t{0xFFFFFFF0}, None().Chunk("bext", ""));
+    Save(file, kOld);
+    CWaveFile wave;
+    ASSERT_EQ(wave.OpenForReading(file.Wide().c_str(), true), RESULT_OK);
+    EXPECT_EQ(wave.Chunks(), kOld);
+    std::string riff(8, '\0');
+    std::ifstream(file.Path(), std::ios::binary).read(riff.data(), 8);
+    EXPECT_EQ(Number(riff, 4), 0xFFFFFFFFu);
+}
+
+TEST(Save, CostsTheSameForAFileOf500MB) {
+    constexpr uint32_t kAudioSize = 500'000'000;
+    const ScopedFile file;
+    WriteSparse(file, Pcm().Header("data", kAudioSize), 44 + kAudioSize, None().Chunk("LIST", ListOf(kOld)));
+    const WithFaults count({});
+    Save(file, kNewTags[4]);
+    const size_t written = count.BytesWritten();
+    EXPECT_LT(written, 44 + 2 * ListOf(kNewTags[4]).size() + 200);
+    EXPECT_LT(count.BytesMoved() - written, 1000u);
+    EXPECT_EQ(std::filesystem::file_size(file.Path()), 44 + kAudioSize + 8 + ListOf(kNewTags[4]).size());
+}
+
+}  // namespace
