@@ -28,7 +28,7 @@ struct ObjectName {
     ObjectName(const char* prefix, uint32_t processId) {
         std::snprintf(text, sizeof(text), "%s%08X", prefix, processId);
     }
-    char text[32];
+    char text[32] = "";
 };
 
 // Empty where the path of the folder is too long.

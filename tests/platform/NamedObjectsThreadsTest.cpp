@@ -52,7 +52,7 @@ TEST(NamedObjectsThreads, AMutexGoesOnWhenItsOwnerEndsAndSaysSoOnce) {
         end = true;
     });
     const HANDLE both[] = {never.get(), mutex.get()};
-    EXPECT_EQ(WaitForMultipleObjects(2, both, FALSE, INFINITE), WAIT_ABANDONED_0 + 1);
+    EXPECT_EQ(WaitForMultipleObjects(2, both, FALSE, 60000), WAIT_ABANDONED_0 + 1);
     EXPECT_EQ(WaitElsewhere(mutex.get()), WAIT_TIMEOUT);
     EXPECT_TRUE(ReleaseMutex(mutex.get()));
     EXPECT_FALSE(ReleaseMutex(mutex.get()));
