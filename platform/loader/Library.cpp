@@ -4,7 +4,8 @@
 #include "platform/loader/posix/LoadedModule.h"
 
 HMODULE LoadLibraryExA(const char* path, HANDLE file, DWORD flags) {
-    if (!path || !*path || file || flags != 0) return SetLastError(ERROR_INVALID_PARAMETER), nullptr;
+    if (!path || !*path || file || (flags & ~LOAD_WITH_ALTERED_SEARCH_PATH))
+        return SetLastError(ERROR_INVALID_PARAMETER), nullptr;
     const HMODULE module = LoadModule(path);
     if (!module) SetLastError(ERROR_MOD_NOT_FOUND);
     return module;

@@ -3,12 +3,15 @@
 
 #include "platform/base/Types.h"
 
+inline constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 8;  // how modules are searched for here anyway
+
 // Any function; the caller knows the real type.
 using FARPROC = void (*)();
 
 // Loads the module at a path in the system's bytes, or counts one loading more, and gives its handle: one
 // value for one module, the same that its entry gets. A path without "/" is looked for where the system keeps
-// libraries. Null with last error 126 if it can't be loaded; `file` is null and `flags` 0, all else gives 87.
+// libraries. Null with last error 126 if it can't be loaded; `file` is null, and other
+// flags give 87.
 VL_PLATFORM_API HMODULE LoadLibraryExA(const char* path, HANDLE file, DWORD flags);
 
 // The module's own function of that name; what only a library has that the module uses doesn't count. Null

@@ -109,7 +109,7 @@ TEST_F(Loader, ThePathIsWholeAlsoWhenTheModuleWasLoadedByARelativeOne) {
 }
 
 TEST_F(Loader, AModuleIsAskedForItsOwnFunctionsAlone) {
-    const HMODULE module = LoadLibraryExA(VL_ENTRY_MODULE, nullptr, 0);
+    const HMODULE module = LoadLibraryExA(VL_ENTRY_MODULE, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     ASSERT_TRUE(module);
     const auto instance = reinterpret_cast<HMODULE (*)()>(GetProcAddress(module, "InstanceOfEntryModule"));
     ASSERT_TRUE(instance);
