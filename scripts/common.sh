@@ -6,11 +6,11 @@ cd "$ROOT" || exit 1
 
 BUILD_PACKAGES=(git ca-certificates g++ cmake ninja-build pkg-config libcli11-dev libfmt-dev libsqlite3-dev
   nlohmann-json3-dev)
-TEST_PACKAGES=(libgtest-dev binutils)
+TEST_PACKAGES=(libgtest-dev binutils sox sndfile-programs)
 BENCH_PACKAGES=(libbenchmark-dev)
 PEER_PACKAGES=(libsoxr-dev libsamplerate0-dev libswresample-dev libavutil-dev)
 CLANG_PACKAGES=(clang clang-format clang-tidy libclang-rt-14-dev)
-DEMO_PACKAGES=(alsa-utils sox)
+DEMO_PACKAGES=(alsa-utils sox libimage-exiftool-perl)
 
 JOBS="$(nproc)"
 

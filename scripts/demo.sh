@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Decodes a spoken 48000 Hz mono recording of the package alsa-utils to 44100 Hz stereo and lets sox, which has
-# no part in the decoding, say what came out.
+# Decodes a spoken 48000 Hz mono recording of the package alsa-utils to 44100 Hz stereo, converts it to three
+# formats and tags one of them. sox and exiftool, which have no part in that, say what came out.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
@@ -44,3 +44,18 @@ printf '  expected %7d frames; the output differs by %d\n' "$want" "$difference"
 sox "$recording" -n spectrogram -t "input, 48000 Hz mono" -o "$out/input.png"
 sox "${as_raw[@]}" -n spectrogram -t "output, 44100 Hz stereo" -o "$out/output.png"
 say "spectrograms: $ROOT/$out/input.png $ROOT/$out/output.png"
+
+say "converting to three formats, one of them tagged"
+for index in 2 17 23; do
+  "$vlwav" convert "$recording" --format "$index" -o "$out/format-$index.wav" --overwrite
+done
+"$vlwav" tag "$out/format-23.wav" --set title="Front Center" --set artist="Zoë" --set composer="作曲家" --set year=2007
+
+say "read by soxi and exiftool"
+for index in 2 17 23; do
+  file="$out/format-$index.wav"
+  printf '  %-24s %5s Hz, %s channel(s), %2s bits, %s s\n' "$(basename "$file")" \
+    "$(soxi -r "$file")" "$(soxi -c "$file")" "$(soxi -b "$file")" "$(soxi -D "$file")"
+done
+exiftool -charset RIFF=Latin -Title -Artist -DateCreated "$out/format-23.wav" | sed 's/^/  /'
+[[ "$(exiftool -s3 -Title "$out/format-23.wav")" == "Front Center" ]] || die "the title can't be read by others"
