@@ -55,7 +55,7 @@ bool Registration::UnregisterClassPath(const GUID& clsid) {
 
 void Registration::RegisterCodec(const GUID& clsid, const char* path) {
     RegisterClassPath(clsid, path, true);
-    CreateKey(HKEY_LOCAL_MACHINE, kEnumKey + ("\\" + FormatGuidPlain(clsid)));
+    CreateKey(HKEY_LOCAL_MACHINE, std::string(kEnumKey) + "\\" + FormatGuidPlain(clsid));
 }
 
 void Registration::UnregisterCodec(const GUID& clsid) {
