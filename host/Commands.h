@@ -54,6 +54,12 @@ struct PictureOptions {
 
 // Tells each file's format and length on standard output; goes on behind a file that fails.
 ExitCode RunInfo(const Module& module, const InfoOptions& options);
+// Enter the module into the registry, or take out the one that is there. Throw Failure where that can't be
+// written.
+ExitCode RunRegister(const Module& module);
+ExitCode RunUnregister(const Module& module);
+// Tells which module the other commands take.
+ExitCode RunWhere(const Module& module);
 // Writes the file's audio as raw signed 16-bit little-endian PCM.
 ExitCode RunDecode(const Module& module, const DecodeOptions& options);
 // Lists the formats that can be written.

@@ -7,6 +7,7 @@
 
 #include "AudioCodec/shell/ClassIds.h"
 #include "host/Failure.h"
+#include "host/RegisteredModule.h"
 #include "host/Require.h"
 
 namespace {
@@ -15,10 +16,8 @@ constexpr const char* kModuleName = "VlACWav3.so";
 // Relative to the program's own folder, in this order.
 constexpr const char* kModuleFolders[] = {".", "../lib", VLWAV_LIBRARY_FOLDER};
 
-// Never a bare name: the loader would look for that in the system's library folders.
-std::string FindModule(const std::string& path) {
+std::string FindBesideProgram() {
     std::error_code ignored;
-    if (!path.empty()) return std::filesystem::absolute(path, ignored).string();
     const auto home = std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path();
     for (const char* folder : kModuleFolders) {
         const auto candidate = (home / folder / kModuleName).lexically_normal();
@@ -31,15 +30,27 @@ std::string FindModule(const std::string& path) {
 
 }  // namespace
 
+// Never a bare name: the loader would look for that in the system's library folders.
+Module::Found Module::Find(const std::string& path, Search search) {
+    std::error_code ignored;
+    if (!path.empty()) return {std::filesystem::absolute(path, ignored).string(), "by --module"};
+    if (search == Search::RegistryFirst) {
+        // A registered file that is gone is as good as none.
+        const std::string registered = RegisteredModule();
+        if (std::filesystem::exists(registered, ignored)) return {registered, "by the registry"};
+    }
+    return {FindBesideProgram(), "beside the program"};
+}
+
 void Module::Closer::operator()(void* library) const noexcept { dlclose(library); }
 
-Module::Module(const std::string& path)
-    : m_path(FindModule(path)), m_library(dlopen(m_path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
+Module::Module(const std::string& path, Search search)
+    : m_found(Find(path, search)), m_library(dlopen(Path().c_str(), RTLD_NOW | RTLD_LOCAL)) {
     if (!m_library)
         throw Failure(fmt::format("The module can't be loaded ({}); name another with --module.", dlerror()));
     m_getClassObject = reinterpret_cast<GetClassObject>(dlsym(m_library.get(), "DllVlGetClassObject"));
     if (!m_getClassObject)
-        throw Failure(fmt::format("{} is no codec module; name another with --module.", m_path));
+        throw Failure(fmt::format("{} is no codec module; name another with --module.", Path()));
 }
 
 RefPtr<IPrivateCodecMain3> Module::CreateCodec() const {
@@ -47,3 +58,13 @@ RefPtr<IPrivateCodecMain3> Module::CreateCodec() const {
     Require(m_getClassObject(&CLSID_VlACWav3, &IID_IPrivateCodecMain3, &object));
     return RefPtr<IPrivateCodecMain3>::Adopt(static_cast<IPrivateCodecMain3*>(object));
 }
+
+void Module::CallServerExport(const char* name) const {
+    const auto call = reinterpret_cast<int32_t (*)()>(dlsym(m_library.get(), name));
+    if (!call) throw Failure(fmt::format("{} can't be registered.", Path()));
+    call();
+}
+
+void Module::Register() const { CallServerExport("DllRegisterServer"); }
+
+void Module::Unregister() const { CallServerExport("DllUnregisterServer"); }

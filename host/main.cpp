@@ -26,9 +26,11 @@ struct CommonOptions {
     bool verbose = false;
 };
 
-Module LoadModule(const CommonOptions& options) {
-    Module module(options.module);
-    if (options.verbose) Report::Complain("", "module " + Report::Printable(module.Path()));
+Module LoadModule(const CommonOptions& options, Module::Search search) {
+    Module module(options.module, search);
+    if (options.verbose)
+        Report::Complain(
+            "", std::string("module found ") + module.Origin() + ": " + Report::Printable(module.Path()));
     return module;
 }
 
@@ -118,7 +120,8 @@ ExitCode Run(int argc, char** argv) {
     app.require_subcommand(1);
     app.fallthrough();  // the common options may stand behind the command as well
     CommonOptions common;
-    app.add_option("--module", common.module, "The module's file, instead of the one beside this program");
+    app.add_option("--module", common.module,
+                   "The module's file, instead of the registered one or that beside this program");
     app.add_flag("--verbose", common.verbose, "Say which module was loaded");
 
     InfoOptions infoOptions;
@@ -130,6 +133,7 @@ ExitCode Run(int argc, char** argv) {
     const struct {
         const CLI::App* command;
         std::function<ExitCode(const Module&)> run;
+        Module::Search search = Module::Search::RegistryFirst;
     } commands[] = {
         {AddInfo(app, infoOptions), [&](const Module& module) { return RunInfo(module, infoOptions); }},
         {AddDecode(app, decodeOptions),
@@ -141,15 +145,19 @@ ExitCode Run(int argc, char** argv) {
         {AddTag(app, tagOptions), [&](const Module& module) { return RunTag(module, tagOptions); }},
         {AddPicture(app, pictureOptions),
          [&](const Module& module) { return RunPicture(module, pictureOptions); }},
+        // What is to be registered isn't looked for in the registry.
+        {app.add_subcommand("register", "Enter the module beside this program into the registry"),
+         RunRegister, Module::Search::BesideProgram},
+        {app.add_subcommand("unregister", "Take the module out of the registry"), RunUnregister},
+        {app.add_subcommand("where", "Tell which module the other commands take"), RunWhere},
     };
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& end) {
         return TellParseEnd(app, end);
     }
-    const Module module = LoadModule(common);
-    for (const auto& [command, run] : commands)
-        if (command->parsed()) return run(module);
+    for (const auto& [command, run, search] : commands)
+        if (command->parsed()) return run(LoadModule(common, search));
     return EXIT_USAGE;
 }
 

@@ -13,6 +13,7 @@ out=build/demo
 raw="$out/decoded.raw"
 as_raw=(-t raw -r 44100 -c 2 -e signed-integer -b 16 -L "$raw")
 mkdir -p "$out"
+export VELTO_REGISTRY="$out/registry.db" # so that no other module is taken that the user has registered
 
 say "the recording, as vlwav sees it"
 "$vlwav" info "$recording"

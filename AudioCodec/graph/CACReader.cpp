@@ -96,7 +96,7 @@ Result CACReader::OpenImage(IStream* stream) {
 Result CACReader::AddStreamSource(IStream* stream) {
     try {
         m_memStream = std::make_unique<CMemStream>(stream);
-        CMediaTypeValue type;
+        AM_MEDIA_TYPE type{};
         type.majortype = MEDIATYPE_Stream;
         HRESULT result = S_OK;
         m_memReader = RefPtr<CMemReader>::Retain(new CMemReader(m_memStream.get(), type, &result));

@@ -1,10 +1,15 @@
 #include "AudioCodec/graph/GraphHelpers.h"
 
+#include <bit>
+
 #include "platform/base/RefPtr.h"
+#include "platform/base/Utf.h"
+#include "platform/loader/ClassFactory.h"
 #include "platform/loader/Library.h"
-#include "platform/media/CoCreate.h"
 
 namespace {
+
+constexpr DWORD kInProcess = CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER;
 
 // Asks for one more interface of an object that is there.
 template <class Interface>
@@ -18,11 +23,9 @@ HRESULT JoinGraph(IFilterGraph* graph, IBaseFilter** filter, const WCHAR* name) 
     return added == S_OK ? (*filter)->JoinFilterGraph(graph, name) : added;
 }
 
-using DllGetClassObject = HRESULT (*)(const GUID& clsid, const GUID& iid, void** object);
-
-DllGetClassObject FindClassObjects(const WCHAR* path) {
-    const HMODULE module = LoadLibraryExW(path, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-    return module ? reinterpret_cast<DllGetClassObject>(GetProcAddress(module, "DllGetClassObject"))
+DllGetClassObjectFunction FindClassObjects(const WCHAR* path) {
+    const HMODULE module = LoadLibraryExA(Utf::ToUtf8(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    return module ? std::bit_cast<DllGetClassObjectFunction>(GetProcAddress(module, "DllGetClassObject"))
                   : nullptr;
 }
 
@@ -30,7 +33,7 @@ DllGetClassObject FindClassObjects(const WCHAR* path) {
 
 HRESULT CreateFilterGraph(IGraphBuilder** graph, IMediaControl** control, IMediaSeeking** seeking) {
     if (!graph || !control || !seeking) return E_FAIL;
-    HRESULT result = CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC, IID_IGraphBuilder,
+    HRESULT result = CoCreateInstance(CLSID_FilterGraph, nullptr, kInProcess, IID_IGraphBuilder,
                                       reinterpret_cast<void**>(graph));
     if (FAILED(result)) return result;
     result = Ask(**graph, IID_IMediaControl, control);
@@ -39,14 +42,14 @@ HRESULT CreateFilterGraph(IGraphBuilder** graph, IMediaControl** control, IMedia
 
 HRESULT AddFilterByCLSID(IFilterGraph* graph, const GUID& clsid, IBaseFilter** filter, const WCHAR* name) {
     const HRESULT created =
-        CoCreateInstance(clsid, nullptr, CLSCTX_INPROC, IID_IBaseFilter, reinterpret_cast<void**>(filter));
+        CoCreateInstance(clsid, nullptr, kInProcess, IID_IBaseFilter, reinterpret_cast<void**>(filter));
     if (FAILED(created)) return created;
     return graph && filter ? JoinGraph(graph, filter, name) : E_FAIL;
 }
 
 HRESULT AddFilterFromFile(IFilterGraph* graph, const GUID& clsid, const WCHAR* path, IBaseFilter** filter,
                           const WCHAR* name) {
-    const DllGetClassObject getClassObject = FindClassObjects(path);
+    const DllGetClassObjectFunction getClassObject = FindClassObjects(path);
     if (!getClassObject) return E_INVALIDARG;
     RefPtr<IClassFactory> factory;
     HRESULT result = getClassObject(clsid, IID_IClassFactory, reinterpret_cast<void**>(factory.Put()));

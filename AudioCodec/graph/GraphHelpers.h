@@ -2,8 +2,8 @@
 // connect them. No state, no locks. Every out-parameter receives one reference, which is the caller's also
 // where a later step fails; results are the platform's.
 //
-// A filter's module stays loaded until the process ends. Its path is handed on in wide form, so that no
-// character of it is lost on the way.
+// A filter's module stays loaded until the process ends. Its path goes to the loader in the system's bytes,
+// not through a code page, so that no character of it is lost. Throws std::bad_alloc alone.
 #pragma once
 
 #include "platform/media/MediaInterfaces.h"

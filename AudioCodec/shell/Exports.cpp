@@ -5,6 +5,9 @@
 #include "AudioCodec/shell/Border.h"
 #include "AudioCodec/shell/CPrivateCodecMain.h"
 #include "AudioCodec/shell/ClassIds.h"
+#include "AudioCodec/shell/ModuleInstance.h"
+#include "AudioCodec/shell/Registration.h"
+#include "platform/loader/ModulePath.h"
 
 Result DllVlGetClassObject(const GUID* clsid, const GUID* iid, void** object) {
     if (!object) return RESULT_BAD_ARGUMENT;
@@ -17,6 +20,28 @@ Result DllVlGetClassObject(const GUID* clsid, const GUID* iid, void** object) {
         const Result result = codec->QueryInterface(iid, object);
         if (result == RESULT_OK) static_cast<void>(codec.release());  // now the host's, by its reference
         return result;
+    });
+}
+
+namespace {
+
+constexpr int32_t kServerDone = 1;  // of both server exports, whatever came of it
+
+}  // namespace
+
+int32_t DllRegisterServer() {
+    return AtBorder(kServerDone, [] {
+        char path[1024] = "";
+        GetModuleFileNameA(GetModuleInstance(), path, sizeof(path));
+        Registration::RegisterCodec(CLSID_VlACWav3, path);
+        return kServerDone;
+    });
+}
+
+int32_t DllUnregisterServer() {
+    return AtBorder(kServerDone, [] {
+        Registration::UnregisterCodec(CLSID_VlACWav3);
+        return kServerDone;
     });
 }
 

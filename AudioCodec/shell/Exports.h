@@ -11,5 +11,9 @@
 // *object is then null.
 VL_MODULE_EXPORT Result DllVlGetClassObject(const GUID* clsid /*in*/, const GUID* iid /*in*/,
                                             void** object /*out: one reference*/);
+// Enter the module into the registry, and take it out. Always 1: whether the registry took it is told to
+// nobody.
+VL_MODULE_EXPORT int32_t DllRegisterServer();
+VL_MODULE_EXPORT int32_t DllUnregisterServer();
 // CLSID_VlACWav3; 4 for a null pointer.
 VL_MODULE_EXPORT Result GetCodecGUID(GUID* clsid /*out*/);

@@ -1,3 +1,9 @@
 #include "AudioCodec/shell/UnloadCleanUp.h"
 
-void CleanUpBeforeUnload(uint8_t /*flag*/) {}
+#include "AudioCodec/shell/ProcessModuleTable.h"
+
+namespace {
+ProcessModuleTable s_table;
+}  // namespace
+
+void CleanUpBeforeUnload(uint8_t flag) { s_table.CleanUpBeforeUnload(flag); }

@@ -1,9 +1,11 @@
 // What the module does before it goes: the entry calls this at detach, when the module's handle is already
 // cleared and its static objects still stand.
+//
+// The module's table of the process is one of them: it attaches when the library is initialised, in front of
+// the entry's attach, and lets go when the library ends, behind the entry's detach.
 #pragma once
 
 #include <cstdint>
 
-// `flag` is 0 at detach. Nothing is to be cleaned up yet: the module shares nothing with others of the
-// process.
+// Asks the modules of the process to clean up. `flag` is 0 at detach.
 void CleanUpBeforeUnload(uint8_t flag);

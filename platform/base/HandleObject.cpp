@@ -11,6 +11,6 @@ HandleObject* HandleObject::FromAny(HANDLE handle) {
 BOOL CloseHandle(HANDLE handle) {
     HandleObject* object = HandleObject::FromAny(handle);
     if (!object) return FALSE;
-    delete object;
+    object->Close();
     return TRUE;
 }

@@ -12,7 +12,15 @@ class HandleObject {
 public:
     // What a call asks of its handle. Each class names its own as kKind and says in its constructor all that
     // it is: cheaper than asking the run-time type in front of every read.
-    enum Kind : uint32_t { kFile = 1, kWaitable = 2, kMutex = 4, kEvent = 8, kSemaphore = 16, kThread = 32 };
+    enum Kind : uint32_t {
+        kFile = 1,
+        kWaitable = 2,
+        kMutex = 4,
+        kEvent = 8,
+        kSemaphore = 16,
+        kThread = 32,
+        kMapping = 64
+    };
 
     explicit HandleObject(uint32_t kinds) : m_kinds(kinds) {}
     HandleObject(const HandleObject&) = delete;
@@ -20,6 +28,9 @@ public:
     virtual ~HandleObject() = default;  // releases the resource
 
     HANDLE AsHandle() { return this; }
+    // Ends one handle, and the object with its last. Where nobody says otherwise there is only one.
+    virtual void Close() { delete this; }
+    bool Is(uint32_t kind) const { return (m_kinds & kind) != 0; }
     // The object behind a handle if it is one of class T, otherwise null with last error 6.
     template <class T>
     static T* From(HANDLE handle);
@@ -37,7 +48,7 @@ VL_PLATFORM_API BOOL CloseHandle(HANDLE handle);
 template <class T>
 T* HandleObject::From(HANDLE handle) {
     HandleObject* object = FromAny(handle);
-    if (object && (object->m_kinds & T::kKind)) return static_cast<T*>(object);
+    if (object && object->Is(T::kKind)) return static_cast<T*>(object);
     SetLastError(ERROR_INVALID_HANDLE);
     return nullptr;
 }

@@ -5,18 +5,18 @@
 #include <memory>
 #include <new>
 
-#include "platform/base/HandleObject.h"
 #include "platform/base/LastError.h"
 #include "platform/base/Utf.h"
 #include "platform/file/ErrorTable.h"
+#include "platform/file/FileObject.h"
 #include "platform/file/ShareMarkers.h"
-#include "platform/file/posix/PosixFile.h"
 
 namespace {
 
 constexpr DWORD kKnownAccess = GENERIC_READ | GENERIC_WRITE;
 constexpr DWORD kKnownShare = FILE_SHARE_READ | FILE_SHARE_WRITE;
-constexpr DWORD kKnownFileFlags = FILE_ATTRIBUTE_NORMAL;
+constexpr DWORD kKnownFileFlags =
+    FILE_ATTRIBUTE_NORMAL | FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE;
 
 struct Disposition {
     DWORD id;
@@ -28,16 +28,6 @@ constexpr Disposition kDispositions[] = {
     {CREATE_ALWAYS, Creation::IfMissing, true},
     {OPEN_EXISTING, Creation::Never, false},
     {OPEN_ALWAYS, Creation::IfMissing, false},
-};
-
-class FileObject final : public HandleObject {
-public:
-    static constexpr uint32_t kKind = kFile;
-    FileObject() : HandleObject(kKind) {}
-
-    PosixFile m_file;
-    DWORD m_access = 0;   // rights of this handle; the descriptor may have more
-    int64_t m_place = 0;  // bytes from the start; one thread at a time uses a handle
 };
 
 BOOL FailWithErrno(int error) { return FailWith(ErrorFromErrno(error)); }
@@ -69,10 +59,12 @@ int ShareAndEmpty(const PosixFile& file, DWORD access, DWORD share, bool empties
     return size != 0 ? file.Resize(0) : 0;
 }
 
-std::unique_ptr<FileObject> OpenFile(const WCHAR* path, DWORD access, DWORD share, const Disposition& how) {
+std::unique_ptr<FileObject> OpenFile(const WCHAR* path, DWORD access, DWORD share, const Disposition& how,
+                                     bool nameless) {
     auto object = std::make_unique<FileObject>();
     object->m_access = access;
-    const OpenMode mode = {(access & GENERIC_READ) != 0, (access & GENERIC_WRITE) != 0, how.creation};
+    const OpenMode mode = {(access & GENERIC_READ) != 0, (access & GENERIC_WRITE) != 0,
+                           nameless ? Creation::Nameless : how.creation};
     int error = object->m_file.Open(Utf::ToUtf8(path), mode);
     if (error == 0) error = ShareAndEmpty(object->m_file, access, share, how.empties);
     if (error == 0) return object;
@@ -111,7 +103,9 @@ HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, SECURITY_ATTRIB
     const Disposition* how = FindDisposition(disposition);
     const bool unknown =
         !how || (access & ~kKnownAccess) || (share & ~kKnownShare) || (flagsAndAttributes & ~kKnownFileFlags);
-    const bool nothingToDo = access == 0 || (how && how->empties && !(access & GENERIC_WRITE));
+    const bool nameless = (flagsAndAttributes & FILE_FLAG_DELETE_ON_CLOSE) != 0;
+    const bool nothingToDo = access == 0 || (how && how->empties && !(access & GENERIC_WRITE)) ||
+                             (nameless && disposition == OPEN_EXISTING);
     if (unknown || nothingToDo || security || templateFile) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return INVALID_HANDLE_VALUE;
@@ -121,8 +115,19 @@ HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, SECURITY_ATTRIB
         return INVALID_HANDLE_VALUE;
     }
     try {
-        auto file = OpenFile(path, access, share, *how);
+        auto file = OpenFile(path, access, share, *how, nameless);
         return file ? file.release()->AsHandle() : INVALID_HANDLE_VALUE;
+    } catch (const std::bad_alloc&) {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return INVALID_HANDLE_VALUE;
+    }
+}
+
+HANDLE CreateFileA(const char* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
+                   DWORD disposition, DWORD flagsAndAttributes, HANDLE templateFile) {
+    try {
+        return CreateFileW(path ? Utf::FromUtf8(path).c_str() : nullptr, access, share, security, disposition,
+                           flagsAndAttributes, templateFile);
     } catch (const std::bad_alloc&) {
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
         return INVALID_HANDLE_VALUE;

@@ -18,6 +18,10 @@ inline constexpr DWORD OPEN_EXISTING = 3;  // fails with 2 where there is no fil
 inline constexpr DWORD OPEN_ALWAYS = 4;    // opens, or creates
 
 inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
+inline constexpr DWORD FILE_ATTRIBUTE_TEMPORARY = 0x100;  // a hint, not heeded
+// The file is a new one for its owner alone and goes with its last handle, also when the process is killed:
+// it has no name from the start. What others put at the path doesn't matter and stays as it is.
+inline constexpr DWORD FILE_FLAG_DELETE_ON_CLOSE = 0x4000000;
 
 inline constexpr DWORD FILE_BEGIN = 0;    // from the start
 inline constexpr DWORD FILE_CURRENT = 1;  // from the current place
@@ -31,12 +35,16 @@ struct OVERLAPPED;           // null alone is supported
 
 // Opens or creates a file. Gives a handle, or INVALID_HANDLE_VALUE with a last error: 32 for a share mode
 // that another handle of any process contradicts, 5 for a file or folder that may not be accessed so, also
-// for writing to a file that has no write permission at all, 87 for an unknown bit, no access, or
-// CREATE_ALWAYS without GENERIC_WRITE. A file is never emptied before its share mode is held. Devices have no
-// share mode.
+// for writing to a file that has no write permission at all, 87 for an unknown bit, no access, CREATE_ALWAYS
+// without GENERIC_WRITE, or FILE_FLAG_DELETE_ON_CLOSE with OPEN_EXISTING. A file is never emptied before its
+// share mode is held. Devices have no share mode.
 VL_PLATFORM_API HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share,
                                    SECURITY_ATTRIBUTES* security, DWORD disposition, DWORD flagsAndAttributes,
                                    HANDLE templateFile);
+
+// The same for a path in the system's bytes: through the code page some paths would come out as others.
+VL_PLATFORM_API HANDLE CreateFileA(const char* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
+                                   DWORD disposition, DWORD flagsAndAttributes, HANDLE templateFile);
 
 // Reads up to `size` bytes at the handle's place and moves it. Fewer than asked, with success, means the end
 // of the file. 0 is failure; *done is then 0.

@@ -1,18 +1,23 @@
-// Modules loaded at run time, by path.
+// Modules that a module loads and asks for functions. Any thread.
 #pragma once
 
 #include "platform/base/Types.h"
 
-inline constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 8;  // how every module is searched for here
+inline constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 8;  // how modules are searched for here anyway
 
-// Loads the module at a path (Windows-1252 text, see CodePage1252.h), or counts one more use of it. Null with
-// last error 126 if it can't be loaded, 87 for a `file` or a flag that isn't known.
+// Any function; the caller knows the real type.
+using FARPROC = void (*)();
+
+// Loads the module at a path in the system's bytes, or counts one loading more, and gives its handle: one
+// value for one module, the same that its entry gets. A path without "/" is looked for where the system keeps
+// libraries. Null with last error 126 if it can't be loaded, 87 for a `file` or
+// another flag.
 VL_PLATFORM_API HMODULE LoadLibraryExA(const char* path, HANDLE file, DWORD flags);
 
-using FARPROC = void (*)();  // any function; the caller knows its type
-
-// An exported function, or null with last error 127.
+// The module's own function of that name; what only a library has that the module uses doesn't count. Null
+// with last error 127 if there is none, 126 for a value that is no loaded module's handle.
 VL_PLATFORM_API FARPROC GetProcAddress(HMODULE module, const char* name);
 
-// Drops one use of a module. 0 with last error 6 for a null module.
+// Takes back one loading, and the module with its last. 0 with last error 126 for a value that is no loaded
+// module's handle.
 VL_PLATFORM_API BOOL FreeLibrary(HMODULE module);

@@ -7,3 +7,7 @@
 // its length, or 0 with last error 6 for another module. One too long is cut: the result is then `size`, with
 // last error 122.
 VL_PLATFORM_API DWORD GetModuleFileNameW(HMODULE module, WCHAR* buffer, DWORD size);
+
+// The same in the system's bytes, so that the file is found by it whatever its name: the code page lacks most
+// characters. `size` is in bytes.
+VL_PLATFORM_API DWORD GetModuleFileNameA(HMODULE module, char* buffer, DWORD size);

@@ -7,5 +7,5 @@
 #include "platform/base/Guid.h"
 
 // The path of the module of a registered class, as the system's bytes; nothing for a class that isn't there.
-// No registry stands behind it yet: no class is registered.
+// It stands under the classes root as CLSID\{…}\InprocServer32.
 std::optional<std::string> FindRegisteredModule(const GUID& classId);

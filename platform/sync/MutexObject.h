@@ -1,8 +1,9 @@
-// A mutex that one thread owns, as many times as it took it. One whose owner ends without giving it back
-// stays taken.
+// A mutex that one thread owns, as many times as it took it. When the owner ends without giving it back, it
+// is free and abandoned.
 #pragma once
 
 #include <thread>
+#include <utility>
 
 #include "platform/sync/WaitableObject.h"
 
@@ -10,13 +11,21 @@ class MutexObject final : public WaitableObject {
 public:
     static constexpr uint32_t kKind = kMutex;
     explicit MutexObject(bool initialOwner);
+    ~MutexObject() override;
 
     // Gives back one taking; false if the calling thread isn't the owner.
     bool Release();
 
 private:
+    friend class OwnedMutexes;
     bool TryTake() override;
+    bool TakeAbandonment() override { return std::exchange(m_abandoned, false); }
+    // The thread ends: what it still owns is free.
+    void AbandonBy(std::thread::id owner);
 
-    std::thread::id m_owner;  // under m_lock; has a meaning while m_takings isn't 0
-    size_t m_takings = 0;     // under m_lock
+    std::thread::id m_owner;            // under m_lock; has a meaning while m_takings isn't 0
+    size_t m_takings = 0;               // under m_lock
+    bool m_abandoned = false;           // under m_lock
+    MutexObject* m_previous = nullptr;  // in the list of OwnedMutexes, under its lock
+    MutexObject* m_next = nullptr;      // likewise
 };

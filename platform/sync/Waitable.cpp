@@ -12,13 +12,13 @@ namespace {
 // A new object behind its handle, as all that create one do it.
 template <class Object, class... Arguments>
 HANDLE Create(const SECURITY_ATTRIBUTES* security, const char* name, Arguments... arguments) {
-    if (security || name) {
-        SetLastError(security ? ERROR_INVALID_PARAMETER : ERROR_NOT_SUPPORTED);
-        return nullptr;
-    }
-    auto* object = new (std::nothrow) Object(arguments...);
-    if (!object) SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-    return object ? object->AsHandle() : nullptr;
+    if (security) return SetLastError(ERROR_INVALID_PARAMETER), nullptr;
+    const auto make = [&]() -> NamedObject* {
+        auto* object = new (std::nothrow) Object(arguments...);
+        if (!object) SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return object;
+    };
+    return NamedObjects::CreateOrOpen(name, Object::kKind, make);
 }
 }  // namespace
 

@@ -2,7 +2,9 @@
 // while a thread waits for it.
 //
 // Whatever creates one gives null with a last error when it can't: 8 where there is no memory, 87 for
-// security other than null. Names are not supported yet: one other than null gives 50.
+// security other than null. With a name, which may be null, it gives another handle to the object that has
+// this name in the process, whose state stays as it is, with last error 183, else a new object with last
+// error 0; a name that another kind of object has gives null with last error 6.
 #pragma once
 
 #include "platform/base/Types.h"
@@ -10,12 +12,15 @@
 struct SECURITY_ATTRIBUTES;
 
 inline constexpr DWORD WAIT_OBJECT_0 = 0;
+inline constexpr DWORD WAIT_ABANDONED = 128;
+inline constexpr DWORD WAIT_ABANDONED_0 = WAIT_ABANDONED;
 inline constexpr DWORD WAIT_TIMEOUT = 258;
 inline constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;
 inline constexpr DWORD INFINITE = 0xFFFFFFFF;
 inline constexpr DWORD MAXIMUM_WAIT_OBJECTS = 64;
 
-// A mutex that its owning thread may take again, as often as it then releases it.
+// A mutex that its owning thread may take again, as often as it then releases it. One whose owner ended with
+// it is abandoned: the next wait takes it all the same, and says so.
 VL_PLATFORM_API HANDLE CreateMutexA(SECURITY_ATTRIBUTES* security, BOOL initialOwner, const char* name);
 // Gives back one taking. 0 with last error 288 if the calling thread doesn't hold it.
 VL_PLATFORM_API BOOL ReleaseMutex(HANDLE mutex);
@@ -36,11 +41,12 @@ VL_PLATFORM_API HANDLE CreateSemaphoreA(SECURITY_ATTRIBUTES* security, LONG coun
 VL_PLATFORM_API BOOL ReleaseSemaphore(HANDLE semaphore, LONG added, LONG* before);
 
 // Waits until the object is to be had, `milliseconds` at most (INFINITE without end), and takes it:
-// WAIT_OBJECT_0, WAIT_TIMEOUT, or WAIT_FAILED with last error 6 for a handle that can't be waited for.
+// WAIT_OBJECT_0, WAIT_ABANDONED for an abandoned mutex, WAIT_TIMEOUT, or WAIT_FAILED with last error 6 for a
+// handle that can't be waited for.
 VL_PLATFORM_API DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds);
 
-// The same for any of 1 … MAXIMUM_WAIT_OBJECTS objects: WAIT_OBJECT_0 plus the index of the one that was
-// taken, the first where several are to be had. Waiting for all of them isn't supported: WAIT_FAILED with
-// last error 50; 87 for a count out of range.
+// The same for any of 1 … MAXIMUM_WAIT_OBJECTS objects: WAIT_OBJECT_0 or WAIT_ABANDONED_0 plus the index of
+// the one that was taken, the first where several are to be had. Waiting for all of them isn't supported:
+// WAIT_FAILED with last error 50; 87 for a count out of range.
 VL_PLATFORM_API DWORD WaitForMultipleObjects(DWORD count, const HANDLE* objects, BOOL all,
                                              DWORD milliseconds);

@@ -57,7 +57,8 @@ private:
 DWORD WaitableObject::WaitForAny(std::span<WaitableObject* const> objects, DWORD milliseconds) {
     const auto take = [objects] {
         for (size_t i = 0; i < objects.size(); ++i) {
-            if (objects[i]->TakeNow()) return WAIT_OBJECT_0 + static_cast<DWORD>(i);
+            if (const DWORD taken = objects[i]->TakeNow(); taken != WAIT_TIMEOUT)
+                return taken + static_cast<DWORD>(i);
         }
         return WAIT_TIMEOUT;
     };
@@ -81,9 +82,10 @@ void WaitableObject::WakeWaiters() {
     for (const Place* place = m_places; place; place = place->next) place->waiter->Wake();
 }
 
-bool WaitableObject::TakeNow() {
+DWORD WaitableObject::TakeNow() {
     const std::lock_guard lock(m_lock);
-    return TryTake();
+    if (!TryTake()) return WAIT_TIMEOUT;
+    return TakeAbandonment() ? WAIT_ABANDONED_0 : WAIT_OBJECT_0;
 }
 
 void WaitableObject::Enlist(Place& place) {

@@ -5,24 +5,27 @@
 #include <mutex>
 #include <span>
 
-#include "platform/base/HandleObject.h"
+#include "platform/sync/NamedObjects.h"
 
 class Waiter;
 
-class WaitableObject : public HandleObject {
+class WaitableObject : public NamedObject {
 public:
     static constexpr uint32_t kKind = kWaitable;
     static constexpr size_t kMostAtOnce = 64;  // objects in one wait
 
-    explicit WaitableObject(uint32_t kinds) : HandleObject(kinds | kKind) {}
+    explicit WaitableObject(uint32_t kinds) : NamedObject(kinds | kKind) {}
 
     // Waits until one of 1 … kMostAtOnce objects is to be had, and takes that one: its index, or
-    // WAIT_TIMEOUT. Of several at a time the first is taken. 0 milliseconds try once, INFINITE never ends.
+    // WAIT_TIMEOUT. Of several at a time the first is taken. WAIT_ABANDONED_0 plus its index tells of one
+    // whose owner ended with it. 0 milliseconds try once, INFINITE never ends.
     static DWORD WaitForAny(std::span<WaitableObject* const> objects, DWORD milliseconds);
 
 protected:
     // Takes the object for the calling thread if it is to be had. Called with m_lock held.
     virtual bool TryTake() = 0;
+    // Whether what has just been taken was left by an owner that is no more. Called with m_lock held.
+    virtual bool TakeAbandonment() { return false; }
 
     // Says that the object may have become to be had. With m_lock held: who takes it next may close the
     // handle.
@@ -38,7 +41,8 @@ private:
         Place* next = nullptr;
     };
 
-    bool TakeNow();
+    // WAIT_OBJECT_0 or WAIT_ABANDONED_0 with the object taken, else WAIT_TIMEOUT.
+    DWORD TakeNow();
     void Enlist(Place& place);
     void Withdraw(Place& place);
 

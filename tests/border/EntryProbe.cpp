@@ -1,30 +1,38 @@
-// A module with the codec module's own entry, linked as that one is, that reports what its static object
-// finds when it is built and when it goes.
-#include <unistd.h>
-
+// A module with the codec module's own entry, objects and clean-up, linked as that one is, that writes down
+// what it finds at each turn of its life: into the file that VL_TABLE_LOG names.
+#include "AudioCodec/shell/CPrivateCodecMain.h"
 #include "AudioCodec/shell/ModuleInstance.h"
+#include "platform/base/RefPtr.h"
+#include "platform/base/UniqueHandle.h"
+#include "platform/file/FileMapping.h"
+#include "tests/border/TableLog.h"
 
 #define PROBE_EXPORT extern "C" __attribute__((visibility("default")))
 
 namespace {
 
+void RecordWithState(const std::string& event) {
+    const UniqueHandle mapping(OpenFileMappingA(FILE_MAP_ALL_ACCESS, FALSE, TableMappingName().c_str()));
+    RecordInTableLog(event + (GetModuleInstance() ? " handle" : "") + (mapping ? " table" : ""));
+}
+
 struct Probe {
-    Probe() : instanceWhenBuilt(GetModuleInstance()) {}
+    Probe() { RecordWithState("built"); }
     Probe(const Probe&) = delete;
     Probe& operator=(const Probe&) = delete;
-    ~Probe() {
-        const char report = GetModuleInstance() ? 'h' : 'n';  // handle or none
-        if (reportTo >= 0 && write(reportTo, &report, 1) != 1) reportTo = -1;
-    }
-
-    HMODULE instanceWhenBuilt;
-    int reportTo = -1;
+    ~Probe() { RecordWithState("destroyed"); }
 };
 
-Probe s_probe;
+// Before all static objects of the module and behind them.
+__attribute__((init_priority(1000))) const Probe s_probe;
 
 }  // namespace
 
-PROBE_EXPORT HMODULE ProbeInstanceWhenBuilt() { return s_probe.instanceWhenBuilt; }
 PROBE_EXPORT HMODULE ProbeInstance() { return GetModuleInstance(); }
-PROBE_EXPORT void ProbeReportTo(int file) { s_probe.reportTo = file; }
+PROBE_EXPORT void ProbeUseObject() {
+    const auto codec = RefPtr<CPrivateCodecMain>::Retain(new CPrivateCodecMain);
+    RecordWithState("object");
+}
+PROBE_EXPORT void DllVlCleanUpBeforeUnload(void* reserved, uint8_t flag) {
+    RecordWithState("clean-up" + std::string(reserved || flag ? " with arguments" : ""));
+}

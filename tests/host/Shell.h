@@ -29,6 +29,7 @@ protected:
         std::string name = (std::filesystem::temp_directory_path() / "vlwav-test-XXXXXX").string();
         ASSERT_NE(mkdtemp(name.data()), nullptr);
         m_folder = name;
+        setenv("VELTO_REGISTRY", (m_folder / ".registry").c_str(), 1);  // never the user's own
     }
     void TearDown() override {
         std::error_code ignored;

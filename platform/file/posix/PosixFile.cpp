@@ -1,6 +1,7 @@
 #include "platform/file/posix/PosixFile.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -71,6 +72,7 @@ PosixFile::~PosixFile() {
 }
 
 int PosixFile::Open(const std::string& path, const OpenMode& mode) {
+    if (mode.creation == Creation::Nameless) return OpenNameless(path);
     // Before opening, since to open a pipe already wakes whoever waits at its other end.
     struct stat status = {};
     if (mode.creation != Creation::MustBeNew && stat(path.c_str(), &status) == 0)
@@ -100,6 +102,19 @@ int PosixFile::OpenDescriptor(const std::string& path, const OpenMode& mode, boo
         error = tryAll(O_WRONLY);
     }
     return error;
+}
+
+int PosixFile::OpenNameless(const std::string& path) {
+    constexpr mode_t kOwnerAlone = 0600;
+    const std::string folder = path.substr(0, path.find_last_of('/') + 1) + ".";
+    m_descriptor =
+        Repeat([&] { return open(folder.c_str(), O_TMPFILE | O_EXCL | O_RDWR | O_CLOEXEC, kOwnerAlone); });
+    if (m_descriptor >= 0) return 0;
+    if (errno != EOPNOTSUPP && errno != EISDIR) return errno;
+    // The file system knows no such files: a name that nobody can foresee, for a moment.
+    std::string name = path + "-XXXXXX";
+    m_descriptor = mkostemp(name.data(), O_CLOEXEC);
+    return m_descriptor < 0 ? errno : Answer(unlink(name.c_str()));
 }
 
 int PosixFile::CheckOpened(bool write, bool created) const {
@@ -156,6 +171,28 @@ bool PosixFile::IsRegular() const {
     struct stat status = {};
     return fstat(m_descriptor, &status) == 0 && S_ISREG(status.st_mode);
 }
+
+int PosixFile::Duplicate(PosixFile& other) const {
+    other.m_descriptor = fcntl(m_descriptor, F_DUPFD_CLOEXEC, 0);
+    other.m_readable = m_readable;
+    return other.m_descriptor < 0 ? errno : 0;
+}
+
+int PosixFile::Reserve(int64_t size) const {
+    int error = 0;
+    do error = posix_fallocate(m_descriptor, 0, size);
+    while (error == EINTR);
+    return error;
+}
+
+int PosixFile::Map(size_t size, void*& view) const {
+    void* const memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, m_descriptor, 0);
+    if (memory == MAP_FAILED) return errno;
+    view = memory;
+    return 0;
+}
+
+void PosixFile::Unmap(void* view, size_t size) { munmap(view, size); }
 
 int PosixFile::Lock(int64_t byte) const {
     struct flock lock = ByteLock(m_readable ? F_RDLCK : F_WRLCK, byte);

@@ -7,7 +7,9 @@
 #include <string>
 #include <utility>
 
-enum class Creation { Never, IfMissing, MustBeNew };
+// Nameless: a new file in the folder of the path that no path leads to, so that it goes with its last user,
+// however that ends. What lies at the path is neither looked at nor touched.
+enum class Creation { Never, IfMissing, MustBeNew, Nameless };
 
 struct OpenMode {
     bool read = false;
@@ -44,6 +46,15 @@ public:
 
     bool IsRegular() const;  // not a device
 
+    // Another owner of the same open file.
+    int Duplicate(PosixFile& other) const;
+    // Makes the file at least `size` bytes long, with room on the medium for all of them, so that memory that
+    // shows them can be written.
+    int Reserve(int64_t size) const;
+    // Shows the first `size` bytes in memory, for reading and writing, shared with all who map the file.
+    int Map(size_t size, void*& view) const;
+    static void Unmap(void* view, size_t size);
+
     // Shared locks on single bytes, seen by every other open file of any process and gone with this object.
     // EAGAIN if the lock can't be had.
     int Lock(int64_t byte) const;
@@ -52,6 +63,7 @@ public:
 
 private:
     int OpenDescriptor(const std::string& path, const OpenMode& mode, bool& created);
+    int OpenNameless(const std::string& path);
     int CheckOpened(bool write, bool created) const;
 
     int m_descriptor = -1;

@@ -30,6 +30,34 @@ LoadedModule FindLoadedModule(const void* address) {
     return {map, path};
 }
 
+HMODULE LoadModule(const char* path) { return dlopen(path, RTLD_NOW | RTLD_LOCAL); }
+
+void UnloadModule(HMODULE module) { dlclose(module); }
+
+bool IsLoadedModule(HMODULE module) {
+    struct Search {
+        const link_map* first;
+        HMODULE module;
+    } search = {static_cast<const link_map*>(FindProgram()), module};
+    // Once, inside the loader's lock: the list may not change meanwhile.
+    const auto look = [](dl_phdr_info*, size_t, void* data) {
+        const auto* const wanted = static_cast<const Search*>(data);
+        for (const link_map* map = wanted->first; map; map = map->l_next)
+            if (map == wanted->module) return 2;
+        return 1;
+    };
+    return module && dl_iterate_phdr(look, &search) == 2;
+}
+
+void* FindOwnSymbol(HMODULE module, const char* name) {
+    void* const symbol = dlsym(module, name);  // also looks into all libraries that the module uses
+    Dl_info info = {};
+    link_map* owner = nullptr;
+    if (!symbol || dladdr1(symbol, &info, reinterpret_cast<void**>(&owner), RTLD_DL_LINKMAP) == 0)
+        return nullptr;
+    return owner == module ? symbol : nullptr;
+}
+
 HMODULE FindProgram() {
     void* const program = dlopen(nullptr, RTLD_LAZY);
     if (program) dlclose(program);  // only counted down: a program stays

@@ -14,5 +14,14 @@ struct LoadedModule {
 // in no module.
 LoadedModule FindLoadedModule(const void* address);
 
+// Loads the module at `path` with all that it needs, null if that can't be; and takes back one loading.
+HMODULE LoadModule(const char* path);
+void UnloadModule(HMODULE module);
+
+// Whether some module in memory has this handle. The value alone is looked at.
+bool IsLoadedModule(HMODULE module);
+// What the module itself, which is loaded, defines under that name, or null.
+void* FindOwnSymbol(HMODULE module, const char* name);
+
 // The handle of the program itself.
 HMODULE FindProgram();

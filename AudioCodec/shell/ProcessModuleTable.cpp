@@ -1,0 +1,92 @@
+#include "AudioCodec/shell/ProcessModuleTable.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdio>
+#include <new>
+#include <utility>
+
+#include "platform/base/Process.h"
+#include "platform/file/File.h"
+#include "platform/file/FileMapping.h"
+#include "platform/file/TempFolder.h"
+#include "platform/loader/Library.h"
+
+namespace {
+
+constexpr const char* kMutexPrefix = "~VLMMN_";
+constexpr const char* kMappingPrefix = "~VLMMO_";
+constexpr const char* kFilePrefix = "~VLMFN_";
+constexpr DWORD kTableSize = ProcessModuleTable::kWords * sizeof(uint64_t);
+static_assert(kTableSize == 2040);
+
+using CleanUp = void (*)(void* reserved, uint8_t flag);
+constexpr const char* kCleanUpExport = "DllVlCleanUpBeforeUnload";
+
+// What an object of this process is called: no two processes have the same.
+struct ObjectName {
+    ObjectName(const char* prefix, uint32_t processId) {
+        std::snprintf(text, sizeof(text), "%s%08X", prefix, processId);
+    }
+    char text[32] = "";
+};
+
+// Empty where the path of the folder is too long.
+std::string TempFolder() {
+    char folder[260] = "";
+    return GetTempPathA(sizeof(folder), folder) < sizeof(folder) ? folder : "";
+}
+
+}  // namespace
+
+ProcessModuleTable::ProcessModuleTable() : m_processId(GetCurrentProcessId()) {
+    m_lock.reset(new (std::nothrow) ModuleTableLock(ObjectName(kMutexPrefix, m_processId).text));
+    m_filePath = TempFolder() + "/" + ObjectName(kFilePrefix, m_processId).text;
+    if (m_lock) Attach();
+}
+
+ProcessModuleTable::~ProcessModuleTable() {
+    m_lock.reset();
+    if (m_view) UnmapViewOfFile(m_view);
+    m_mapping.reset();
+    m_file.reset();
+}
+
+bool ProcessModuleTable::OpenMapping() {
+    const ObjectName name(kMappingPrefix, m_processId);
+    m_mapping.reset(OpenFileMappingA(FILE_MAP_ALL_ACCESS, FALSE, name.text));
+    if (m_mapping) return false;  // another module of the process was the first
+    m_file = TakeFile(CreateFileA(m_filePath.c_str(), GENERIC_READ | GENERIC_WRITE,
+                                  FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
+                                  FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+    if (m_file)
+        m_mapping.reset(CreateFileMappingA(m_file.get(), nullptr, PAGE_READWRITE, 0, kTableSize, name.text));
+    return true;
+}
+
+void ProcessModuleTable::Attach() {
+    const ModuleTableLock::Scope scope(*m_lock);
+    if (m_view) return;
+    const bool isNew = OpenMapping();
+    if (!m_mapping) return;
+    m_view = static_cast<uint64_t*>(MapViewOfFile(m_mapping.get(), FILE_MAP_ALL_ACCESS, 0, 0, 0));
+    if (m_view && isNew) std::fill_n(m_view, kWords, 0);
+}
+
+void ProcessModuleTable::NotifyModules(uint8_t flag) {
+    if (!m_lock || !m_view) return;
+    const ModuleTableLock::Scope scope(*m_lock);
+    // The count is read afresh each time: a clean-up may change the table.
+    for (uint64_t i = 1; i <= m_view[0] && i < kWords; ++i) {
+        if (m_view[i] == 0) continue;
+        const auto module = std::bit_cast<HMODULE>(m_view[i]);
+        const auto cleanUp = reinterpret_cast<CleanUp>(GetProcAddress(module, kCleanUpExport));
+        if (cleanUp) cleanUp(nullptr, flag);
+    }
+}
+
+void ProcessModuleTable::CleanUpBeforeUnload(uint8_t flag) {
+    NotifyModules(flag);
+    for (HMODULE& library : m_libraries) FreeLibrary(std::exchange(library, nullptr));
+    m_libraries = {};
+}

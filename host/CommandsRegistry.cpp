@@ -1,0 +1,40 @@
+#include <fmt/format.h>
+
+#include <filesystem>
+
+#include "host/Commands.h"
+#include "host/Output.h"
+#include "host/RegisteredModule.h"
+#include "host/Report.h"
+
+namespace {
+
+// One line on standard output.
+ExitCode Tell(const std::string& line) {
+    Output output = Output::Standard();
+    output.Write(line + "\n");
+    output.Commit();
+    return EXIT_DONE;
+}
+
+}  // namespace
+
+// The module's exports tell nobody what came of it, so the registry is asked.
+
+ExitCode RunRegister(const Module& module) {
+    module.Register();
+    const std::string path = RegisteredModule();
+    std::error_code ignored;
+    if (!std::filesystem::equivalent(path, module.Path(), ignored))
+        throw Failure("The registry could not be written.");
+    return Tell("registered " + Report::Printable(path));
+}
+
+ExitCode RunUnregister(const Module& module) {
+    module.Unregister();
+    const std::string path = RegisteredModule();
+    if (!path.empty()) throw Failure("The registry could not be written.");
+    return Tell("unregistered");
+}
+
+ExitCode RunWhere(const Module& module) { return Tell(module.Path()); }

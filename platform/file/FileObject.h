@@ -1,0 +1,15 @@
+// The file behind a handle, for the layer's own functions.
+#pragma once
+
+#include "platform/base/HandleObject.h"
+#include "platform/file/posix/PosixFile.h"
+
+class FileObject final : public HandleObject {
+public:
+    static constexpr uint32_t kKind = kFile;
+    FileObject() : HandleObject(kKind) {}
+
+    PosixFile m_file;
+    DWORD m_access = 0;   // rights of this handle; the descriptor may have more
+    int64_t m_place = 0;  // bytes from the start; one thread at a time uses a handle
+};

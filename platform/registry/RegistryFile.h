@@ -1,0 +1,10 @@
+// The registry's file: where it is, who may do what with it, and how it is opened.
+#pragma once
+
+#include <memory>
+
+#include "platform/registry/RegistryStore.h"
+
+// Opens the registry, for writing with its folder made where that is missing. 0 or the platform's code: 2 for
+// reading where there is no file, 5 for writing to a file that has no write permission bit, whoever asks.
+DWORD OpenRegistry(bool forWriting, std::unique_ptr<RegistryStore>& store);

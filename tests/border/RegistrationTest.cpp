@@ -1,0 +1,143 @@
+// Registration by the built module's exports, as a suite reads it.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+#include <vector>
+
+#include "platform/registry/UniqueKey.h"
+#include "tests/border/LoadedModule.h"
+#include "tests/platform/TempFolder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kClassKey = R"(TARNOCLSID\{16B5817D-48BF-4498-8D32-5EC4F75B0A3A})";
+constexpr const char* kEnumKey = R"(Software\Velto\TARNO\AudioCodec\Enum)";
+constexpr const char* kEntryKey = R"(Software\Velto\TARNO\AudioCodec\Enum\16B5817D48BF44988D325EC4F75B0A3A)";
+
+class Registration : public testing::Test {
+protected:
+    Registration() { setenv("VELTO_REGISTRY", m_folder.Native("registry").c_str(), 1); }
+    ~Registration() override { unsetenv("VELTO_REGISTRY"); }
+
+    static UniqueKey Open(HKEY root, const char* path) {
+        HKEY key = nullptr;
+        RegOpenKeyExA(root, path, 0, KEY_READ, &key);
+        return UniqueKey(key);
+    }
+    // The registered path, empty for none.
+    static std::string ClassPath() {
+        const UniqueKey key = Open(HKEY_CLASSES_ROOT, kClassKey);
+        char path[1024];
+        DWORD size = sizeof(path);
+        const LONG result = key ? RegQueryValueExA(key.get(), "InProcServer", nullptr, nullptr,
+                                                   reinterpret_cast<BYTE*>(path), &size)
+                                : 2;
+        return result == 0 ? std::string(path, size) : "";
+    }
+    static int32_t Call(const LoadedModule& module, const char* name) {
+        return module.Find<int32_t()>(name)();
+    }
+    // Runs `work`, which doesn't return, in a process of its own.
+    template <class Work>
+    static pid_t Start(Work work) {
+        const pid_t child = fork();
+        if (child == 0) work();
+        return child;
+    }
+
+    TempFolder m_folder;
+};
+
+TEST_F(Registration, HoldsTheWholePathOnceAndGoesWithoutATraceOfTheModule) {
+    fs::create_directory(m_folder.Native("\xE5\x90\x8D"));
+    const std::string path = fs::canonical(m_folder.Native("\xE5\x90\x8D")).string() + "/module.so";
+    fs::create_symlink(VL_MODULE, path);
+    const fs::path before = fs::current_path();
+    fs::current_path(m_folder.Native(""));
+    const LoadedModule module("./\xE5\x90\x8D/module.so");
+    fs::current_path(before);
+
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(Call(module, "DllRegisterServer"), 1);
+        EXPECT_EQ(ClassPath(), path);
+        const UniqueKey entry = Open(HKEY_LOCAL_MACHINE, kEntryKey);
+        ASSERT_TRUE(entry);
+        for (const char* value : {"", "InProcServer"})
+            EXPECT_EQ(RegQueryValueExA(entry.get(), value, nullptr, nullptr, nullptr, nullptr), 2);
+    }
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(Call(module, "DllUnregisterServer"), 1);
+        EXPECT_FALSE(Open(HKEY_CLASSES_ROOT, kClassKey));
+        EXPECT_FALSE(Open(HKEY_LOCAL_MACHINE, kEntryKey));
+        EXPECT_TRUE(Open(HKEY_CLASSES_ROOT, "TARNOCLSID"));
+        EXPECT_TRUE(Open(HKEY_LOCAL_MACHINE, kEnumKey));
+    }
+}
+
+TEST_F(Registration, TellsNobodyOfARegistryThatRefuses) {
+    const LoadedModule module(VL_MODULE);
+    std::ofstream(m_folder.Native("registry")).close();
+    fs::permissions(m_folder.Native("registry"), fs::perms::owner_read);
+    for (const char* name : {"DllUnregisterServer", "DllRegisterServer", "DllUnregisterServer"})
+        EXPECT_EQ(Call(module, name), 1);
+    EXPECT_EQ(ClassPath(), "");
+}
+
+TEST_F(Registration, ManyProcessesAtOnceLeaveASoundRegistry) {
+    const LoadedModule module(VL_MODULE);
+    std::vector<pid_t> children;
+    for (int i = 0; i < 10; ++i)
+        children.push_back(Start([&, i] {
+            // A value of the process's own beside the one that all fight for.
+            HKEY key = nullptr;
+            const std::string own = "Own\\" + std::to_string(i);
+            bool good = RegCreateKeyExA(HKEY_CLASSES_ROOT, own.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
+                                        nullptr, &key, nullptr) == 0;
+            Call(module, "DllRegisterServer");
+            Call(module, "DllUnregisterServer");
+            good = good && RegSetValueExA(key, "done", 0, REG_SZ, nullptr, 0) == 0;
+            Call(module, "DllRegisterServer");
+            std::_Exit(good ? 0 : 1);
+        }));
+    for (const pid_t child : children) {
+        int status = -1;
+        waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0);
+    }
+    EXPECT_EQ(ClassPath(), fs::canonical(VL_MODULE));
+    EXPECT_TRUE(Open(HKEY_LOCAL_MACHINE, kEntryKey));
+    for (size_t i = 0; i < children.size(); ++i) {
+        const UniqueKey key = Open(HKEY_CLASSES_ROOT, ("own\\" + std::to_string(i)).c_str());
+        EXPECT_EQ(RegQueryValueExA(key.get(), "done", nullptr, nullptr, nullptr, nullptr), 0);
+    }
+}
+
+TEST_F(Registration, AProcessThatIsKilledLeavesARegistryThatWorks) {
+    const LoadedModule module(VL_MODULE);
+    for (int i = 0; i < 10; ++i) {
+        const pid_t child = Start([&] {
+            for (;;) {
+                Call(module, "DllRegisterServer");
+                Call(module, "DllUnregisterServer");
+            }
+        });
+        std::this_thread::sleep_for(std::chrono::milliseconds(2 + 7 * i));
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+        const std::string path = ClassPath();  // the first to open it is a reader
+        EXPECT_TRUE(path.empty() || path == fs::canonical(VL_MODULE)) << path;
+        EXPECT_EQ(Call(module, "DllRegisterServer"), 1);
+        EXPECT_EQ(ClassPath(), fs::canonical(VL_MODULE));
+    }
+}
+
+}  // namespace

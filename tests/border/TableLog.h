@@ -1,0 +1,27 @@
+// What the modules that tests load share: the process's table by its name, and a file to write events into.
+#pragma once
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+// A line into the file that VL_TABLE_LOG names, if any.
+inline void RecordInTableLog(const std::string& event) {
+    const char* const log = std::getenv("VL_TABLE_LOG");
+    const int file = log ? open(log, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600) : -1;
+    if (file < 0) return;
+    const std::string line = event + "\n";
+    if (write(file, line.data(), line.size()) < 0) std::abort();
+    close(file);
+}
+
+// The name of `prefix` for this process.
+inline std::string ProcessObjectName(const char* prefix) {
+    char text[32];
+    std::snprintf(text, sizeof(text), "%s%08X", prefix, static_cast<unsigned>(getpid()));
+    return text;
+}
+inline std::string TableMappingName() { return ProcessObjectName("~VLMMO_"); }

@@ -1,0 +1,69 @@
+// The commands that enter the module into the registry, and a program that has nothing but the registry to
+// find it by.
+#include <filesystem>
+
+#include "tests/host/VlwavTest.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kModule = fs::path(VLWAV_PATH).parent_path().parent_path() / "lib/VlACWav3.so";
+
+class HostRegistry : public VlwavTest {
+protected:
+    void SetUp() override {
+        VlwavTest::SetUp();
+        // The program with the libraries that it is linked to, and no module near.
+        fs::create_directory(m_folder / "alone");
+        for (const char* library : {"libvlplatform.so", "libvlregistry.so"})
+            fs::copy(fs::path(kModule).parent_path() / library, m_folder / "alone" / library);
+        fs::copy(VLWAV_PATH, m_folder / "alone/vlwav");
+        WriteWav("a.wav", 2, 44100, 16, 10);
+    }
+};
+
+TEST_F(HostRegistry, AProgramFindsTheModuleByTheRegistryAloneFromRegisterToUnregister) {
+    EXPECT_EQ(Run("alone/vlwav info a.wav").exitCode, 1);
+    for (int i = 0; i < 2; ++i) {
+        const RunResult entered = Vlwav("register");
+        EXPECT_EQ(entered.out, "registered " + fs::canonical(kModule).string() + "\n") << entered.err;
+    }
+    const RunResult found = Run("alone/vlwav info a.wav --verbose");
+    EXPECT_EQ(found.exitCode, 0);
+    EXPECT_EQ(found.err, "vlwav: module found by the registry: " + kModule + "\n");
+    EXPECT_EQ(Run("alone/vlwav where").out, kModule + "\n");
+    EXPECT_EQ(Run("alone/vlwav unregister").exitCode, 0);
+    EXPECT_EQ(Run("alone/vlwav where").exitCode, 1);
+    EXPECT_EQ(Vlwav("unregister").out, "unregistered\n");
+}
+
+TEST_F(HostRegistry, TheModuleThatIsNamedGoesFirstAndARegisteredFileThatIsGoneCountsAsNone) {
+    fs::create_symlink(kModule, m_folder / "other.so");
+    EXPECT_EQ(Vlwav("register --module other.so").exitCode, 0);
+    EXPECT_EQ(Vlwav("where").out, (fs::canonical(m_folder) / "other.so\n").string());
+    EXPECT_NE(Vlwav("where --verbose --module '" + kModule + "'").err.find("by --module"), std::string::npos);
+    fs::remove(m_folder / "other.so");
+    EXPECT_NE(Vlwav("where --verbose").err.find("beside the program: " + kModule), std::string::npos);
+    EXPECT_EQ(Vlwav("register").out, "registered " + kModule + "\n");
+}
+
+TEST_F(HostRegistry, SaysThatTheRegistryCanNotBeWritten) {
+    Vlwav("register");
+    fs::permissions(m_folder / ".registry", fs::perms::owner_read);
+    const RunResult left = Vlwav("unregister");
+    EXPECT_EQ(left.exitCode, 1);
+    EXPECT_NE(left.err.find("registry"), std::string::npos) << left.err;
+    EXPECT_EQ(left.out, "");
+    const RunResult entered = Run("VELTO_REGISTRY=a.wav/registry '" VLWAV_PATH "' register");
+    EXPECT_EQ(entered.exitCode, 1);
+    EXPECT_EQ(entered.out, "");
+}
+
+TEST_F(HostRegistry, ReadingAFileWhereNothingIsRegisteredLoadsNoDatabase) {
+    const RunResult run = Run("LD_DEBUG=files '" VLWAV_PATH "' info a.wav");
+    EXPECT_NE(run.err.find("VlACWav3.so"), std::string::npos);
+    EXPECT_EQ(run.err.find("sqlite"), std::string::npos);
+}
+
+}  // namespace
