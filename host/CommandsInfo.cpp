@@ -8,9 +8,9 @@ FileReport Examine(const Module& module, const std::string& file) {
     FileReport report;
     report.file = file;
     try {
-        const Source source(module, file);
+        Source source(module, file);
         report.format = source.Format();
-        report.frames = source.Length();
+        report.frames = source.CountFrames();
     } catch (const Failure& failure) {
         report.failed = true;
         report.code = failure.Code();

@@ -2,24 +2,30 @@
 
 #include <fmt/format.h>
 
+#include "host/AifName.h"
 #include "host/Failure.h"
+#include "host/FormatScan.h"
 #include "host/Require.h"
 #include "platform/base/Utf.h"
 
 namespace {
 
 constexpr uint32_t kBytesPerSample = 2;
+constexpr uint32_t kCountedBlock = 16384;  // frames
 
 }  // namespace
 
 Source::Source(const Module& module, const std::string& path) {
     Require(module.CreateCodec()->CreateStreamReader(m_reader.Put()));
-    Require(m_reader->Open(Utf::FromUtf8(path).c_str(), OPEN_READ_ONLY));
-    ReadFormat();
+    {
+        const AifName name(path);  // the reader keeps the file open by itself
+        Require(m_reader->Open(Utf::FromUtf8(name.Path()).c_str(), OPEN_READ_ONLY));
+    }
+    ReadFormat(path);
     SetOutput(m_format.channels, m_format.rate);
 }
 
-void Source::ReadFormat() {
+void Source::ReadFormat(const std::string& path) {
     AudioFormatInfo info{};
     const Result result = m_reader->GetSourceFormat(&info);
     m_format.direct = result == RESULT_OK;
@@ -30,6 +36,10 @@ void Source::ReadFormat() {
     } else if (result == RESULT_NOT_SUPPORTED) {
         uint32_t bytes = 0;
         Require(m_reader->GetOutputFormat(&m_format.channels, &m_format.rate, &bytes));
+        if (const std::optional<AudioShape> shape = ScanShape(path)) {
+            m_format.channels = shape->channels;
+            m_format.rate = shape->rate;
+        }
     } else {
         Require(result);
     }
@@ -39,7 +49,7 @@ void Source::ReadFormat() {
 }
 
 void Source::SetOutput(uint32_t channels, uint32_t rate) {
-    if (m_format.direct && !CanMix(m_format.channels, channels))
+    if (!CanMix(m_format.channels, channels))
         throw Failure(fmt::format("{} channels can't be made of {}; ask for 1 or {} with --channels.",
                                   channels, m_format.channels, m_format.channels),
                       RESULT_NOT_SUPPORTED);
@@ -51,6 +61,14 @@ RefPtr<IAC3Metadata> Source::Metadata() const {
     RefPtr<IAC3Metadata> metadata;
     Require(m_reader->GetMetadata(metadata.Put()));
     return metadata;
+}
+
+int64_t Source::CountFrames() {
+    if (m_format.direct) return Length();
+    std::vector<int16_t> block(size_t{kCountedBlock} * m_outChannels);
+    int64_t total = 0;
+    while (const uint32_t frames = Read(block)) total += frames;
+    return total;
 }
 
 int64_t Source::Length() const {

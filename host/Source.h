@@ -31,13 +31,15 @@ public:
     RefPtr<IAC3Metadata> Metadata() const;
     // Throws a Failure for channel counts that the module can't turn into one another.
     void SetOutput(uint32_t channels, uint32_t rate);
-    // What the file's header promises.
+    // What the file's header promises; of decoded audio the whole seconds alone.
     int64_t Length() const;
+    // The exact length. What is decoded is read to its end for it.
+    int64_t CountFrames();
     // Fills at most the buffer; gives the frames read. Only 0 is the end.
     uint32_t Read(std::vector<int16_t>& buffer);
 
 private:
-    void ReadFormat();
+    void ReadFormat(const std::string& path);
 
     RefPtr<IAC3StreamReader> m_reader;
     SourceFormat m_format;
