@@ -22,7 +22,8 @@ set(VL_SDK_HEADERS
   platform/base/RefPtr.h
   platform/base/Stream.h
   platform/base/Types.h
-  platform/base/Unknown.h)
+  platform/base/Unknown.h
+  platform/image/Image.h)
 
 foreach(header IN LISTS VL_SDK_HEADERS)
   cmake_path(GET header PARENT_PATH folder)

@@ -46,6 +46,12 @@ struct TagOptions {
 // All commands throw a UsageFailure for options that make no sense, before anything is touched, and an
 // OutputFailure when standard output fails.
 
+struct PictureOptions {
+    std::string file;
+    std::string format;  // "jpg", "bmp"; empty: as it is
+    std::string output;  // a path, "-" is standard output
+};
+
 // Tells each file's format and length on standard output; goes on behind a file that fails.
 ExitCode RunInfo(const Module& module, const InfoOptions& options);
 // Enter the module into the registry, or take out the one that is there. Throw Failure where that can't be
@@ -63,3 +69,5 @@ ExitCode RunFormats(const Module& module, const FormatsOptions& options);
 ExitCode RunConvert(const Module& module, const ConvertOptions& options);
 // Changes tags where changes are given, and shows them. Goes on behind a file that fails.
 ExitCode RunTag(const Module& module, const TagOptions& options);
+// Takes an image file through a metadata object and writes the bytes that a host gets from it.
+ExitCode RunPicture(const Module& module, const PictureOptions& options);

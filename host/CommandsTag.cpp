@@ -35,10 +35,6 @@ void Change(const Module& module, const std::string& file, const std::vector<Tag
     RefPtr<IAC3Metadata> present;
     Require(editor->GetMetadata(present.Put()));
     const RiffScan before = ScanRiff(file);
-    if (!before.plainLayout)
-        throw Failure(
-            "The audio is cut off or doesn't stand right behind a plain header, so the tags can't be "
-            "changed in place; \"vlwav convert --set\" makes a copy with them.");
     TagSet tags = Tags::Read(*present);
     Tags::Apply(changes, tags);
     const TagSet foreseen = TagLimits::Foresee(file, tags, before);
@@ -49,7 +45,7 @@ void Change(const Module& module, const std::string& file, const std::vector<Tag
     Require(editor->SetMetadata(metadata.Get()));
     Require(editor->Save());
     // Save reports no failed write, so the file has to show what it holds now.
-    if (!ScanRiff(file).IsWhole() || Tags::Read(*Source(module, file).Metadata()) != foreseen)
+    if (Tags::Read(*Source(module, file).Metadata()) != foreseen)
         throw Failure("The file doesn't give back the tags that were saved; check the room on the disk.");
 }
 

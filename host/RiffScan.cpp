@@ -5,11 +5,11 @@
 #include <fstream>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
 namespace {
 
 constexpr size_t kHeaderSize = 8;  // id and size
-constexpr uint32_t kPlainFormatSize = 16;
 constexpr uint32_t kRiff = FourCC("RIFF");
 constexpr uint32_t kWave = FourCC("WAVE");
 constexpr uint32_t kFormat = FourCC("fmt ");
@@ -43,14 +43,13 @@ private:
         const std::string bytes = Read(4);
         return bytes.size() == 4 ? LoadLE32(reinterpret_cast<const uint8_t*>(bytes.data())) : 0;
     }
-    void TakeChunk(const Chunk& chunk, size_t index, uint64_t begin);
     void TakeList(const Chunk& chunk);
     void TakeInfo(std::string_view list);
     void TakeEntries(std::string_view bytes);
 
     std::ifstream m_file;
     RiffScan m_scan;
-    bool m_plainFormat = false;  // the first chunk
+    bool m_listSeen = false;
 };
 
 RiffScan Scanner::Run() {
@@ -59,32 +58,29 @@ RiffScan Scanner::Run() {
     if (riff != kRiff || ReadWord() != kWave) return std::move(m_scan);
     m_scan.declaredSize = declared;
     uint64_t place = 12;
-    for (size_t index = 0; place + kHeaderSize <= m_scan.fileSize; ++index) {
+    uint64_t reached = place;  // seeking costs the stream its buffer: a tail of zeros is a million chunks
+    while (place + kHeaderSize <= m_scan.fileSize) {
         m_file.clear();
-        m_file.seekg(static_cast<std::streamoff>(place));
+        if (reached != place) m_file.seekg(static_cast<std::streamoff>(place));
         const uint32_t id = ReadWord();
         const Chunk chunk{id, ReadWord()};
-        place += kHeaderSize;
-        TakeChunk(chunk, index, place);
-        place += uint64_t{chunk.size} + (chunk.size & 1);
+        reached = id == kList ? 0 : place + kHeaderSize;
+        if (id == kList)
+            TakeList(chunk);
+        else if (std::find(std::begin(kNotForeign), std::end(kNotForeign), id) == std::end(kNotForeign))
+            m_scan.foreign.insert(ChunkName(id));
+        place += kHeaderSize + uint64_t{chunk.size} + (chunk.size & 1);
     }
     return std::move(m_scan);
 }
 
-void Scanner::TakeChunk(const Chunk& chunk, size_t index, uint64_t begin) {
-    if (index == 0) m_plainFormat = chunk.id == kFormat && chunk.size == kPlainFormatSize;
-    if (index == 1)
-        m_scan.plainLayout = m_plainFormat && chunk.id == kAudio && begin + chunk.size <= m_scan.fileSize;
-    if (chunk.id == kList)
-        TakeList(chunk);
-    else if (std::find(std::begin(kNotForeign), std::end(kNotForeign), chunk.id) == std::end(kNotForeign))
-        m_scan.foreign.push_back(ChunkName(chunk.id));
-}
-
 void Scanner::TakeList(const Chunk& chunk) {
     const uint32_t type = chunk.size >= sizeof type ? ReadWord() : 0;
-    if (type != kInfo || !m_scan.info.empty()) m_scan.foreign.push_back("list " + ChunkName(type));
-    if (type != kInfo) return;
+    if (type != kInfo) {
+        m_scan.foreign.insert("list " + ChunkName(type));
+        return;
+    }
+    m_scan.olderLists = std::exchange(m_listSeen, true);
     m_scan.info.clear();
     m_scan.entryNames.clear();
     TakeInfo(Read(chunk.size - sizeof type));
@@ -115,8 +111,7 @@ void Scanner::TakeEntries(std::string_view bytes) {
         while (end + kUnit <= bytes.size() && (bytes[end] != 0 || bytes[end + 1] != 0)) end += kUnit;
         if (end + kUnit > bytes.size()) return;
         bytes.remove_prefix(end + kUnit);
-        auto& names = m_scan.entryNames;
-        if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(std::move(name));
+        m_scan.entryNames.insert(std::move(name));
     }
 }
 

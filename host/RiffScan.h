@@ -5,8 +5,8 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
-#include <vector>
 
 #include "platform/base/LittleEndian.h"
 
@@ -19,15 +19,13 @@ inline constexpr uint32_t kTags = FourCC("vltg");
 struct RiffScan {
     uint64_t fileSize = 0;      // bytes
     uint64_t declaredSize = 0;  // bytes, as the RIFF header promises them; 0 where there is none
-    // 16 bytes of format, then the audio, and all of the audio is there: the layout that tags can be changed
-    // in without moving audio.
-    bool plainLayout = false;
     // Chunks other than format, audio, the list of tags, and fillers; as text for the user.
-    std::vector<std::string> foreign;
-    // The "INFO" list, of several the last: id and content, without the pad byte.
+    std::set<std::string> foreign;
+    bool olderLists = false;  // there are "INFO" lists in front of the last, which no reader takes
+    // The last "INFO" list: id and content, without the pad byte.
     std::map<uint32_t, std::string> info;
-    // Names of the entries in the list's "vltg", lower case, Windows-1252, each once.
-    std::vector<std::string> entryNames;
+    // Names of the entries in the list's "vltg", lower case, Windows-1252.
+    std::set<std::string> entryNames;
 
     bool IsWhole() const { return declaredSize != 0 && declaredSize == fileSize; }
 };

@@ -83,9 +83,8 @@ void StockFormats::RequirePossible(const FormatWish& wish) const {
 }
 
 const StockFormat& StockFormats::Choose(const FormatWish& wish, const SourceFormat& source) const {
-    const StockFormat* best = nullptr;
-    for (const StockFormat& format : m_rows)
-        if (Fulfils(format, wish) && (!best || Distance(format, source) < Distance(*best, source)))
-            best = &format;
-    return *best;
+    return *std::min_element(m_rows.begin(), m_rows.end(), [&](const StockFormat& a, const StockFormat& b) {
+        return std::pair(!Fulfils(a, wish), Distance(a, source)) <
+               std::pair(!Fulfils(b, wish), Distance(b, source));
+    });
 }

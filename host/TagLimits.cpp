@@ -69,8 +69,9 @@ bool IsTagChunk(uint32_t id) {
     return std::find(std::begin(kTagChunks), std::end(kTagChunks), id) != std::end(kTagChunks);
 }
 
-// What of the "INFO" list has no tag to go into.
-void AddDroppedTexts(const RiffScan& before, std::vector<std::string>& parts) {
+// Chunks, and what of the "INFO" list has no tag to go into.
+void AddDroppedChunks(const RiffScan& before, std::vector<std::string>& parts) {
+    parts.assign(before.foreign.begin(), before.foreign.end());
     for (const auto& [id, content] : before.info) {
         const std::string text = content.substr(0, content.find('\0'));
         const bool location = id == InfoChunk::kTrack && !std::all_of(text.begin(), text.end(), IsDigit);
@@ -99,8 +100,9 @@ TagSet Foresee(const std::string& file, const TagSet& tags, const RiffScan& befo
 }
 
 std::string Dropped(const RiffScan& before, bool inPlace) {
-    std::vector<std::string> parts = before.foreign;
-    if (!inPlace) AddDroppedTexts(before, parts);
+    std::vector<std::string> parts;
+    if (!inPlace) AddDroppedChunks(before, parts);
+    if (before.olderLists) parts.emplace_back("what stands in older lists \"INFO\"");
     for (const std::string& name : before.entryNames)
         if (Tags::IdStoredAs(name) == 0)
             parts.push_back("tag " + Report::Printable(Utf::ToUtf8(Ansi::ToUtf16(name))));

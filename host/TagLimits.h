@@ -14,7 +14,7 @@ namespace TagLimits {
 TagSet Foresee(const std::string& file, const TagSet& tags, const RiffScan& before);
 
 // What an operation drops from a file that holds `before`, as text for the user; empty for nothing.
-// Changing tags in place keeps the other texts of the "INFO" list, a new file has none of them.
+// Changing tags in place keeps other chunks and other texts of the "INFO" list, a new file has none of them.
 std::string Dropped(const RiffScan& before, bool inPlace);
 
 }  // namespace TagLimits

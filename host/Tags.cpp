@@ -81,7 +81,7 @@ TagChange ParseSet(const std::string& given) {
 std::u16string TextOf(IAC3Metadata& metadata, uint32_t id) {
     char16_t* text = nullptr;
     metadata.GetString(id, &text);  // a missing text stays null
-    const std::u16string copy = text ? text : u"";
+    std::u16string copy = text ? text : u"";
     metadata.Free(text);
     return copy;
 }
@@ -96,6 +96,7 @@ std::u16string NumberOf(IAC3Metadata& metadata, uint32_t id) {
 std::vector<TagChange> ParseChanges(const std::vector<std::string>& sets,
                                     const std::vector<std::string>& clears) {
     std::vector<TagChange> changes;
+    changes.reserve(clears.size() + sets.size());
     for (const std::string& name : clears) changes.push_back({ParseName(name), {}});
     for (const std::string& given : sets) changes.push_back(ParseSet(given));
     return changes;

@@ -92,6 +92,16 @@ CLI::App* AddTag(CLI::App& app, TagOptions& options) {
     return tag;
 }
 
+CLI::App* AddPicture(CLI::App& app, PictureOptions& options) {
+    CLI::App* picture =
+        app.add_subcommand("picture", "Write an image file as hosts get it from the metadata");
+    picture->add_option("FILE", options.file, "Image file")->required();
+    picture->add_option("--to", options.format, "Decode it and write it anew; as it is if not given")
+        ->check(CLI::IsMember({"jpg", "bmp"}));
+    picture->add_option("-o,--output", options.output, "File to write, - is standard output")->required();
+    return picture;
+}
+
 // --help and --version too are output that can fail; all else that parsing ends with is wrong usage.
 ExitCode TellParseEnd(const CLI::App& app, const CLI::ParseError& end) {
     std::ostringstream out;
@@ -119,6 +129,7 @@ ExitCode Run(int argc, char** argv) {
     FormatsOptions formatsOptions;
     ConvertOptions convertOptions;
     TagOptions tagOptions;
+    PictureOptions pictureOptions;
     const struct {
         const CLI::App* command;
         std::function<ExitCode(const Module&)> run;
@@ -132,6 +143,8 @@ ExitCode Run(int argc, char** argv) {
         {AddConvert(app, convertOptions),
          [&](const Module& module) { return RunConvert(module, convertOptions); }},
         {AddTag(app, tagOptions), [&](const Module& module) { return RunTag(module, tagOptions); }},
+        {AddPicture(app, pictureOptions),
+         [&](const Module& module) { return RunPicture(module, pictureOptions); }},
         // What is to be registered isn't looked for in the registry.
         {app.add_subcommand("register", "Enter the module beside this program into the registry"),
          RunRegister, Module::Search::BesideProgram},

@@ -2,8 +2,12 @@
 // file and no tags. Picture operations run on one thread at a time.
 //
 // Chosen where it was open: a merge that runs out of memory gives 2; a null source of CopyFrom changes
-// nothing.
+// nothing; an image for a number that isn't there is null, with 1; a getter without memory for its text gives
+// 2 and nothing else; an image on its way into the set passes through a file of its own, which only its user
+// may read and which is gone afterwards, whatever happened.
 #pragma once
+
+#include <string>
 
 #include "AudioCodec/metadata/IAC3Metadata.h"
 #include "AudioCodec/metadata/PictureSet.h"
@@ -25,6 +29,9 @@ protected:
     const char16_t* GetClassName() override;
 
 private:
+    Result StoreFile(const char16_t* path, int32_t id);
+    Result StoreImage(CImage& image, int32_t id);
+    char16_t* AllocText(size_t room, const std::u16string& text);
     void CopyText(uint32_t id, IAC3Metadata& source);
 
     PictureSet m_pictures;

@@ -1,8 +1,35 @@
 #include "AudioCodec/metadata/PictureSet.h"
 
 #include <algorithm>
+#include <string_view>
+
+#include "AudioCodec/metadata/CMemoryStream.h"
+#include "AudioCodec/metadata/IAC3Metadata.h"
+#include "AudioCodec/shell/Border.h"
+#include "platform/base/RefPtr.h"
+#include "platform/image/Image.h"
 
 namespace {
+
+// The first part that a media type holds tells the extension.
+struct MediaTypePart {
+    std::u16string_view part;
+    const char16_t* extension;
+};
+constexpr MediaTypePart kMediaTypeParts[] = {{u"jpeg", u"jpg"}, {u"jpg", u"jpg"}, {u"png", u"jpg"},
+                                             {u"bmp", u"bmp"},  {u"jpm", u"jpg"}, {u"jpx", u"jpg"}};
+constexpr const char16_t* kOtherExtension = u"jpg";
+
+// What is looked for, in this order, where no number is named.
+constexpr int32_t kPreferredIds[] = {3, 0, 4, 8};
+
+const char16_t* ExtensionFor(std::u16string mediaType) {
+    for (char16_t& unit : mediaType)
+        if (unit >= u'A' && unit <= u'Z') unit = static_cast<char16_t>(unit - u'A' + u'a');
+    for (const MediaTypePart& row : kMediaTypeParts)
+        if (mediaType.find(row.part) != mediaType.npos) return row.extension;
+    return kOtherExtension;
+}
 
 PicturePtr CopyPicture(const PictureRecord& source) {
     PicturePtr copy(new PictureRecord);
@@ -18,7 +45,53 @@ PicturePtr CopyPicture(const PictureRecord& source) {
 
 }  // namespace
 
+void NamePicture(PictureRecord& record, const char16_t* caption, const char16_t* mediaType, int32_t id) {
+    const std::string number = std::to_string(id);
+    record.caption = caption;
+    record.extension = ExtensionFor(mediaType);
+    record.fileName = std::u16string(number.begin(), number.end()) + u"." + record.extension;
+    record.id = id;
+}
+
 void ReleasePicture(PictureRecord* record) noexcept { delete record; }
+
+Result PictureSet::StorePicture(const uint8_t* data, size_t size, const char16_t* mediaType,
+                                const char16_t* caption, int32_t id) {
+    return AtBorder(RESULT_NO_MEMORY, [&] {
+        PicturePtr picture(new PictureRecord);
+        picture->data = std::make_unique_for_overwrite<uint8_t[]>(size);
+        std::copy_n(data, size, picture->data.get());
+        picture->size = size;
+        NamePicture(*picture, caption, mediaType, id);
+        m_cursor = m_records.try_emplace(id).first;  // the last thing that can fail
+        m_cursor->second = std::move(picture);
+        return RESULT_OK;
+    });
+}
+
+Result PictureSet::FindPicture(int32_t id, PictureRecord** record) {
+    *record = nullptr;
+    if (id != PICTURE_ID_NONE) {
+        m_cursor = m_records.find(id);
+    } else {
+        if (m_records.empty()) return RESULT_BAD_ARGUMENT;
+        for (const int32_t preferred : kPreferredIds)
+            if ((m_cursor = m_records.find(preferred)) != m_records.end()) break;
+        if (m_cursor == m_records.end()) m_cursor = m_records.begin();
+    }
+    if (m_cursor == m_records.end()) return RESULT_FAILED;
+    *record = m_cursor->second.get();
+    return RESULT_OK;
+}
+
+bool PictureSet::DecodePicture(const PictureRecord& record, CImage** image) {
+    *image = nullptr;
+    HRESULT result = S_OK;
+    const auto stream = RefPtr<CMemoryStream>::Adopt(new CMemoryStream(
+        record.fileName.c_str(), record.data.get(), static_cast<uint32_t>(record.size), 0, &result));
+    *image = new CImage;
+    return FAILED((*image)->Load(stream.Get()));
+}
 
 void PictureSet::MergePictures(const PictureSet& source) {
     if (&source == this) return;

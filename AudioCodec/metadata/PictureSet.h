@@ -1,7 +1,7 @@
 // The pictures of a metadata object: encoded image bytes, each under a number. Not for two threads at once.
 //
-// Chosen where it was open: a record of which any part finds no memory isn't stored; a merge of a set into
-// itself changes nothing.
+// Chosen where it was open: a record of which any part finds no memory isn't stored, and StorePicture then
+// gives 2 with the set as it was; a merge of a set into itself changes nothing.
 #pragma once
 
 #include <cstddef>
@@ -9,6 +9,10 @@
 #include <map>
 #include <memory>
 #include <string>
+
+#include "AudioCodec/shell/ResultCodes.h"
+
+class CImage;
 
 struct PictureRecord {
     std::u16string caption;    // free text
@@ -18,6 +22,10 @@ struct PictureRecord {
     size_t size = 0;                  // bytes of data
     std::unique_ptr<uint8_t[]> data;  // what an image file of that type holds
 };
+
+// Fills all of a record but its data. The extension follows from the media type: "bmp" for bitmaps, "jpg" for
+// all else. Throws std::bad_alloc.
+void NamePicture(PictureRecord& record, const char16_t* caption, const char16_t* mediaType, int32_t id);
 
 // Ends a record with everything in it.
 void ReleasePicture(PictureRecord* record) noexcept;
@@ -33,6 +41,17 @@ struct PictureSet {
     PictureSet() = default;
     PictureSet(const PictureSet&) = delete;
     PictureSet& operator=(const PictureSet&) = delete;
+
+    // Stores a copy of the bytes under the number, in place of a picture that is there. 0, or 2.
+    Result StorePicture(const uint8_t* data, size_t size /*bytes*/, const char16_t* mediaType,
+                        const char16_t* caption, int32_t id);
+    // Finds a picture; with -1 the best one: that under 3, 0, 4 or 8, else under the lowest number. The
+    // record stays the set's. 0; otherwise the record is null: 1 for a number that isn't there, 4 for -1 on
+    // an empty set.
+    Result FindPicture(int32_t id, PictureRecord** record);
+    // Makes an image, which the caller deletes, out of a record without copying its bytes. True if they can't
+    // be decoded: the image is empty then. Throws std::bad_alloc, the receiver null.
+    static bool DecodePicture(const PictureRecord& record, CImage** image);
 
     // Takes a copy of each picture of the source, in place of one under the same number, and its two flags.
     // Throws std::bad_alloc; the pictures up to there have arrived then.

@@ -1,6 +1,8 @@
 // A text that a getter of some object handed out: it goes back through that object's Free.
 #pragma once
 
+#include <utility>
+
 #include "AudioCodec/shell/IMemory.h"
 
 class HandedOutText {
@@ -12,7 +14,8 @@ public:
 
     // The place for the getter to put the text; once only.
     [[nodiscard]] char16_t** Put() { return &m_text; }
-    const char16_t* Get() const { return m_text; }  // null as long as there is none
+    char16_t* Detach() { return std::exchange(m_text, nullptr); }  // from now on another's
+    const char16_t* Get() const { return m_text; }                 // null as long as there is none
 
 private:
     IMemory& m_owner;

@@ -161,7 +161,7 @@ TEST_F(HostConvert, WhatTheOutputLacksIsNamed) {
     EXPECT_EQ(
         run.err,
         "vlwav: in.wav: Note: the output doesn't have \"bext\", \"cue \", list \"adtl\", \"-05-06\" of the "
-        "date, text \"ISFT\", tag mood, tag disc.\n");
+        "date, text \"ISFT\", tag disc, tag mood.\n");
     const auto tags = nlohmann::json::parse(Vlwav("tag --json out.wav").out)[0]["tags"];
     EXPECT_EQ(tags, (nlohmann::json{{"title", "Name"}, {"composer", "A"}, {"track", 12}, {"year", 2001}}));
 }

@@ -84,7 +84,7 @@ TEST_F(HostTag, WhatTheFileCannotKeepIsTold) {
         {"vltg",
          TagEntry("Mood", "B") + TagEntry("disc", "2") + '\0',
          "--set year=2001",
-         "the file loses \"cue \", tag mood, tag disc",
+         "the file loses tag disc, tag mood.",
          {{"year", 2001}}},
     };
     for (const auto& row : rows) {
@@ -93,11 +93,11 @@ TEST_F(HostTag, WhatTheFileCannotKeepIsTold) {
         EXPECT_EQ(run.exitCode, 0) << run.err;
         EXPECT_NE(run.err.find(row.warning), std::string::npos) << run.err;
         EXPECT_EQ(Tags("a.wav"), row.tags) << row.warning;
+        EXPECT_NE(Bytes("a.wav").find("cue "), std::string::npos) << row.warning;
     }
 }
 
 TEST_F(HostTag, AFileThatCannotBeChangedFailsAndTheOthersGoOn) {
-    WriteWav("good.wav", 1, 8000, 8, 11);
     WriteWav("locked.wav", 1, 8000, 8, 11);
     std::filesystem::permissions(m_folder / "locked.wav", std::filesystem::perms::owner_read);
     WriteWav("wide.wav", 1, 8000, 24, 11);
@@ -106,23 +106,26 @@ TEST_F(HostTag, AFileThatCannotBeChangedFailsAndTheOthersGoOn) {
     WavImage late;
     WriteImage("late.wav", late.Chunk("bext", "xx").Fmt(1, 1, 8000, 16).Data({1, 2, 3}));
     const RunResult run =
-        Vlwav("tag --json --set genre=Folk locked.wav missing.wav wide.wav cut.wav late.wav good.wav");
+        Vlwav("tag --json --set genre=Folk locked.wav missing.wav wide.wav cut.wav late.wav");
     EXPECT_EQ(run.exitCode, 1);
-    for (const char* line : {"locked.wav: The file can't be opened for writing",
-                             "missing.wav: The file could not", "wide.wav: The audio is not PCM of 8 or 16",
-                             "cut.wav: The audio is cut off or", "late.wav: The audio is cut off or"})
+    for (const char* line :
+         {"locked.wav: The file can't be opened for writing", "missing.wav: The file could not be opened",
+          "wide.wav: The audio is not PCM of 8 or 16"})
         EXPECT_NE(run.err.find(line), std::string::npos) << run.err;
     const json array = json::parse(run.out);
-    ASSERT_EQ(array.size(), 6u);
+    ASSERT_EQ(array.size(), 5u);
     EXPECT_EQ(array[2]["error"]["code"], 1001);
-    EXPECT_EQ(array[5], (json{{"file", "good.wav"}, {"tags", {{"genre", "Folk"}}}}));
+    for (const size_t good : {size_t{3}, size_t{4}})
+        EXPECT_EQ(array[good]["tags"], (json{{"genre", "Folk"}}));
 }
 
 TEST_F(HostTag, ASaveThatDoesNotReachTheDiskIsAFailure) {
     WriteWav("a.wav", 1, 8000, 8, 980);  // with its header exactly the 1024 bytes that are allowed
+    const std::string before = Bytes("a.wav");
     const RunResult run = Run("ulimit -f 2; '" VLWAV_PATH "' tag a.wav --set title=x");
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_NE(run.err.find("room on the disk"), std::string::npos) << run.err;
+    EXPECT_TRUE(Bytes("a.wav") == before);
 }
 
 }  // namespace

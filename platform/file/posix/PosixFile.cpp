@@ -142,6 +142,15 @@ int PosixFile::WriteAt(const void* buffer, size_t size, int64_t place, size_t& d
     });
 }
 
+int PosixFile::CreateTemporary(std::string& path, int suffix) {
+    const int descriptor = mkostemps(path.data(), suffix, O_CLOEXEC);
+    if (descriptor < 0) return errno;
+    close(descriptor);
+    return 0;
+}
+
+int PosixFile::Remove(const std::string& path) { return Answer(unlink(path.c_str())); }
+
 int PosixFile::Size(int64_t& size) const {
     struct stat status = {};
     if (fstat(m_descriptor, &status) < 0) return errno;

@@ -35,6 +35,11 @@ public:
     // Writes `size` bytes. After an error `done` is what reached the file.
     int WriteAt(const void* buffer, size_t size, int64_t place, size_t& done) const;
 
+    // Makes a file that only its owner may read and write, under a name that nothing has yet. The six X in
+    // front of the last `suffix` bytes of the path are replaced.
+    static int CreateTemporary(std::string& path, int suffix);
+    static int Remove(const std::string& path);
+
     int Size(int64_t& size) const;
     int Resize(int64_t size) const;
     int Flush() const;
