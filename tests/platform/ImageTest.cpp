@@ -227,7 +227,7 @@ TEST_F(ImageDecoders, SurviveEveryByteThatIsWrong) {
 // A bitmap file with an info header. `size` is of the picture; `rest` are palette and pixels.
 Bytes Bitmap(int32_t width, int32_t height, uint16_t bits, uint32_t compression, uint32_t colors,
              const Bytes& rest) {
-    Bytes file(54);
+    Bytes file(54 + rest.size());
     file[0] = 'B';
     file[1] = 'M';
     StoreLE32(&file[10], 54 + colors * 4);
@@ -238,7 +238,7 @@ Bytes Bitmap(int32_t width, int32_t height, uint16_t bits, uint32_t compression,
     StoreLE16(&file[28], bits);
     StoreLE32(&file[30], compression);
     StoreLE32(&file[46], colors);
-    file.insert(file.end(), rest.begin(), rest.end());
+    std::copy(rest.begin(), rest.end(), file.begin() + 54);
     return file;
 }
 
