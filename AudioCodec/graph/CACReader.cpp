@@ -36,6 +36,11 @@ int64_t WholeSeconds(int64_t units, float unitsPerSecond) {
     return unitsPerSecond == 0.0F ? 0 : static_cast<int64_t>(static_cast<float>(units) / unitsPerSecond);
 }
 
+// Frames in the whole seconds of a time; the product has 32 bits.
+uint32_t FramesOf(int64_t time, uint32_t rate) {
+    return static_cast<uint32_t>(WholeSeconds(time, kTimeUnitsPerSecond)) * rate;
+}
+
 std::u16string FolderOfModule() {
     char16_t path[kPathUnits] = {};
     GetModuleFileNameW(GetModuleInstance(), path, kPathUnits);
@@ -180,9 +185,7 @@ void CACReader::ReadDuration() {
     ComputeLength();
 }
 
-void CACReader::ComputeLength() {
-    m_length = static_cast<uint32_t>(WholeSeconds(m_duration, kTimeUnitsPerSecond)) * m_outRate;
-}
+void CACReader::ComputeLength() { m_length = FramesOf(m_duration, m_outRate); }
 
 void CACReader::Configure() {
     m_converter.Configure(m_sourceFormat.channels, static_cast<int32_t>(m_sourceFormat.samplesPerSec),
@@ -278,7 +281,7 @@ Result CACReader::Seek(uint32_t origin, int64_t offset, int64_t* position) {
     }
     const HRESULT moved =
         m_seeking->SetPositions(&target, AM_SEEKING_AbsolutePositioning, nullptr, AM_SEEKING_NoPositioning);
-    if (position) *position = static_cast<uint32_t>(WholeSeconds(target, kTimeUnitsPerSecond)) * m_outRate;
+    if (position) *position = FramesOf(target, m_outRate);
     return FAILED(moved) ? RESULT_FAILED : RESULT_OK;
 }
 
