@@ -59,3 +59,12 @@ for index in 2 17 23; do
 done
 exiftool -charset RIFF=Latin -Title -Artist -DateCreated "$out/format-23.wav" | sed 's/^/  /'
 [[ "$(exiftool -s3 -Title "$out/format-23.wav")" == "Front Center" ]] || die "the title can't be read by others"
+
+say "a compressed file and an AIFF, made by sox and decoded by vlwav"
+sox "$recording" -e ima-adpcm "$out/compressed.wav"
+sox "$recording" "$out/recording.aiff"
+"$vlwav" info "$out/compressed.wav" "$out/recording.aiff"
+for file in compressed.wav recording.aiff; do
+  "$vlwav" decode "$out/$file" --rate 44100 --channels 2 -o "$raw"
+  measure "${file%.*}" "${as_raw[@]}"
+done
