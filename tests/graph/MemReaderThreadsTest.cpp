@@ -172,13 +172,13 @@ TEST(RequestQueueThreads, RefusesWhatIsntAlignedAndGivesNoRequestAwayWithoutMemo
     }
     EXPECT_EQ(submit(), S_OK);
     EXPECT_EQ(RunWithMoreMemory(E_OUTOFMEMORY, submit, [] {}), S_OK);
-    for (int i = 0; i < 5; ++i) {
-        EXPECT_EQ(Collect(queue).result, S_OK);
-        EXPECT_EQ(submit(), S_OK);
-    }
     for (int i = 0; i < 2; ++i) EXPECT_EQ(Collect(queue).result, S_OK);
     EXPECT_EQ(Collect(queue, 0).result, VFW_E_TIMEOUT);  // no refused request was queued
-    const FailingAllocator heap(1);                      // for the request: the lists have their nodes by now
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(submit(), S_OK);
+        EXPECT_EQ(Collect(queue).result, S_OK);
+    }
+    const FailingAllocator heap(1);  // for the request: the lists have their nodes by now
     EXPECT_EQ(submit(), S_OK);
 }
 
@@ -268,9 +268,6 @@ TEST_F(MemReaderThreads, ReadsOnFromWhereItStandsAndFromTheStartAgain) {
     const auto sample = Sample(30, 8);
     EXPECT_EQ(reader->SyncReadAligned(sample.Get()), S_OK);
     EXPECT_EQ(sample->GetActualDataLength(), 8);
-    LONGLONG total = 0, available = 0;
-    EXPECT_EQ(reader->Length(&total, &available), S_OK);
-    EXPECT_EQ(available, 100);
 }
 
 TEST_F(MemReaderThreads, AStreamWithoutBytesOrWithoutSeekGivesNone) {
@@ -280,10 +277,7 @@ TEST_F(MemReaderThreads, AStreamWithoutBytesOrWithoutSeekGivesNone) {
     EXPECT_EQ(delivered, 0);
     ByteStream unseekable({1, 2, 3});
     unseekable.failFromCall = 0;
-    CMemStream none(&unseekable);
-    EXPECT_EQ(none.Size(nullptr), 0);
-    EXPECT_EQ(none.SetPointer(2), E_FAIL);
-    EXPECT_EQ(none.Position(), 0);
+    EXPECT_EQ(CMemStream(&unseekable).Size(nullptr), 0);
 }
 
 TEST_F(MemReaderThreads, ConnectsWithAPinThatAsksForTheReader) {
