@@ -87,6 +87,7 @@ TEST(AllocatorThreads, WaitersGetWhatComesBackAndFailWithTheDecommit) {
     onThreads([&] { EXPECT_FALSE(TakeSample(*allocator)); });
     std::this_thread::sleep_for(kUntilTheyWait);
     allocator->Decommit();
+    threads.clear();  // while the sample is still out
 }
 
 TEST(PointerList, KeepsTheOrderAndNeedsNoMemoryForWhatItHeldBefore) {
