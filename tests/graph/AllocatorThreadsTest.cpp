@@ -37,7 +37,8 @@ TEST(AllocatorThreads, SizesAreRoundedAndWhatCantBeIsRefused) {
         BYTE* buffers[2] = {};
         for (int i = 0; i < 2; ++i) {
             ASSERT_EQ(both[i]->GetPointer(&buffers[i]), S_OK);
-            memset(buffers[i] - wanted.cbPrefix, 1, static_cast<size_t>(wanted.cbPrefix + size));
+            memset(buffers[i] - wanted.cbPrefix, 1,
+                   static_cast<size_t>(wanted.cbPrefix) + static_cast<size_t>(size));
         }
         EXPECT_EQ(std::abs(buffers[1] - buffers[0]), wanted.cbPrefix + size);
         EXPECT_EQ(allocator->Decommit(), S_OK);

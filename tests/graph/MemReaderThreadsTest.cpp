@@ -38,7 +38,7 @@ private:
 };
 
 struct Collected {
-    HRESULT result;
+    HRESULT result = S_OK;
     void* context = nullptr;
     DWORD_PTR user = 0;
     LONG delivered = -1;

@@ -98,7 +98,8 @@ inline RefPtr<IMemAllocator> NewTestAllocator() {
 
 // Agrees on sizes and commits.
 inline HRESULT CommitBuffers(IMemAllocator& allocator, LONG count, LONG size) {
-    ALLOCATOR_PROPERTIES wanted = {.cBuffers = count, .cbBuffer = size, .cbAlign = 1, .cbPrefix = 0}, actual;
+    ALLOCATOR_PROPERTIES wanted = {.cBuffers = count, .cbBuffer = size, .cbAlign = 1, .cbPrefix = 0};
+    ALLOCATOR_PROPERTIES actual = {};
     const HRESULT result = allocator.SetProperties(&wanted, &actual);
     return FAILED(result) ? result : allocator.Commit();
 }
