@@ -154,7 +154,7 @@ TEST(RequestQueueThreads, AShortReadFailsUnlessItEndsWithTheSource) {
     allocator->Decommit();
 }
 
-TEST(RequestQueueThreads, RefusesWhatIsntAlignedAndGivesNoRequestAwayWithoutMemory) {
+TEST(RequestQueue, RefusesWhatIsntAlignedAndGivesNoRequestAwayWithoutMemory) {
     GatedSource source;
     source.gate.Set();
     source.alignment = 8;
