@@ -2,11 +2,13 @@
 // its own.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <thread>
 
 #include "platform/base/UniqueHandle.h"
 #include "platform/file/FileMapping.h"
@@ -93,6 +95,24 @@ TEST_F(ModuleTable, AModuleThatGoesAsksThoseThatAreListedAndFollowsTheirChanges)
         EXPECT_EQ(status, 0);
         EXPECT_EQ(TakeLog(), "first 0\nsecond 0\nsecond 0\n") << unload;
     }
+}
+
+// Whoever loads a module holds the loader's lock while that module waits for the table's.
+TEST_F(ModuleTable, AnExitAndAThreadThatLoadsAModuleDoNotWaitForEachOther) {
+    const int status = InProcess([] {
+        alarm(20);
+        // With what the layer keeps built before it, the thread is joined behind the module and before that.
+        if (!FreeLibrary(Load(VL_PROBE_MODULE))) return false;
+        static std::jthread loader;
+        const HMODULE first = Load(VL_FIRST_MODULE);
+        if (!Load(VL_MODULE) || !Enter(first, 1) || !Enter(first, 2)) return false;
+        *Find<void (*)()>(first, "TableHook") = [] {
+            loader = std::jthread([] { Load(VL_PROBE_MODULE); });
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));  // most often it waits by now
+        };
+        return true;
+    });
+    EXPECT_EQ(status, 0);
 }
 
 TEST_F(ModuleTable, ACountThatIsTooLargeEndsWithTheTable) {

@@ -1,4 +1,5 @@
-// What the modules that tests load share: the process's table by its name, and a file to write events into.
+// What the modules that tests load share: a class, the process's table by its name, and a file to write
+// events into.
 #pragma once
 
 #include <fcntl.h>
@@ -7,6 +8,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+
+#include "platform/base/Guid.h"
+
+inline constexpr GUID kTableClass = MakeGuid("0A0B0C0D-0001-0002-0304-05060708090A");
 
 // A line into the file that VL_TABLE_LOG names, if any.
 inline void RecordInTableLog(const std::string& event) {
