@@ -11,8 +11,12 @@
 #include <thread>
 #include <vector>
 
+#include "platform/base/RefPtr.h"
+#include "platform/loader/ClassFactory.h"
+#include "platform/media/MediaResults.h"
 #include "platform/registry/UniqueKey.h"
 #include "tests/border/LoadedModule.h"
+#include "tests/border/TableLog.h"
 #include "tests/platform/TempFolder.h"
 
 namespace {
@@ -80,6 +84,34 @@ TEST_F(Registration, HoldsTheWholePathOnceAndGoesWithoutATraceOfTheModule) {
         EXPECT_FALSE(Open(HKEY_LOCAL_MACHINE, kEntryKey));
         EXPECT_TRUE(Open(HKEY_CLASSES_ROOT, "TARNOCLSID"));
         EXPECT_TRUE(Open(HKEY_LOCAL_MACHINE, kEnumKey));
+    }
+}
+
+TEST_F(Registration, AClassThatTheRegistryKnowsIsMadeByItsModule) {
+    RefPtr<IUnknown> object;
+    const auto create = [&object] {
+        return CoCreateInstance(kTableClass, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown,
+                                reinterpret_cast<void**>(object.Put()));
+    };
+    EXPECT_EQ(create(), REGDB_E_CLASSNOTREG);
+    HKEY key = nullptr;
+    ASSERT_EQ(
+        RegCreateKeyExA(HKEY_CLASSES_ROOT, R"(CLSID\{0A0B0C0D-0001-0002-0304-05060708090A}\InprocServer32)",
+                        0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr),
+        0);
+    const UniqueKey entry(key);
+    EXPECT_EQ(create(), REGDB_E_CLASSNOTREG);
+    const std::pair<std::string, HRESULT> rows[] = {
+        {m_folder.Native("none"), CO_E_DLLNOTFOUND},
+        {VL_MODULE, CO_E_DLLNOTFOUND},  // a module without classes
+        {VL_PLAIN_MODULE, S_OK},
+        {std::string(VL_PLAIN_MODULE) + '\0', S_OK},
+    };
+    for (const auto& [path, result] : rows) {
+        RegSetValueExA(key, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(path.data()),
+                       static_cast<DWORD>(path.size()));
+        EXPECT_EQ(create(), result) << path;
+        EXPECT_EQ(static_cast<bool>(object), result == S_OK);
     }
 }
 
