@@ -16,8 +16,8 @@
 #include "platform/media/MediaResults.h"
 #include "platform/registry/UniqueKey.h"
 #include "tests/border/LoadedModule.h"
-#include "tests/border/TableLog.h"
 #include "tests/platform/TempFolder.h"
+#include "tests/support/ModuleLog.h"
 
 namespace {
 

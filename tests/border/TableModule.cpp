@@ -6,7 +6,7 @@
 #include "platform/file/FileMapping.h"
 #include "platform/loader/ModuleEntry.h"
 #include "platform/media/ClassObject.h"
-#include "tests/border/TableLog.h"
+#include "tests/support/ModuleLog.h"
 
 #define TABLE_EXPORT extern "C" __attribute__((visibility("default")))
 
@@ -48,7 +48,7 @@ extern "C" {
 __attribute__((visibility("default"))) void (*TableHook)() = nullptr;
 }
 TABLE_EXPORT void DllVlCleanUpBeforeUnload(void* reserved, uint8_t flag) {
-    RecordInTableLog(VL_TABLE_NAME + std::string(reserved ? " pointer" : "") + " " + std::to_string(flag));
+    RecordEvent(VL_TABLE_NAME + std::string(reserved ? " pointer" : "") + " " + std::to_string(flag));
     if (TableHook) std::exchange(TableHook, nullptr)();
 #ifdef VL_TABLE_ADDS_AT
     static bool s_added = false;

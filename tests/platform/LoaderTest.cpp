@@ -17,24 +17,22 @@
 
 namespace {
 
-const std::string kWholeLife = "constructed first\nattached\ndetached\ndestroyed first\n";
-
-std::string ContentsOf(const std::string& path) {
-    std::ifstream in(path);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
+const std::string kWholeLife = "constructed\nattached\ndetached\ndestroyed\n";
 
 class Loader : public testing::Test {
 protected:
-    Loader() { setenv("VL_ENTRY_LOG", m_folder.Native("log").c_str(), 1); }
-    ~Loader() override { unsetenv("VL_ENTRY_LOG"); }
+    Loader() { setenv("VL_EVENT_LOG", m_folder.Native("log").c_str(), 1); }
+    ~Loader() override { unsetenv("VL_EVENT_LOG"); }
 
     static void* Load(const std::string& path) {
         void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
         EXPECT_TRUE(module) << dlerror();
         return module;
     }
-    std::string Log() const { return ContentsOf(m_folder.Native("log")); }
+    std::string Log() const {
+        std::ifstream in(m_folder.Native("log"));
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
 
     TempFolder m_folder;
 };
@@ -94,7 +92,7 @@ TEST_F(Loader, AModuleIsAskedForItsOwnFunctionsAloneAndGoesWithItsLastLoading) {
     EXPECT_EQ(GetLastError(), ERROR_PROC_NOT_FOUND);
     EXPECT_EQ(Load(VL_ENTRY_MODULE), module);  // one handle for all who load it
     EXPECT_TRUE(FreeLibrary(module));
-    EXPECT_EQ(Log(), "constructed first\nattached\n");
+    EXPECT_EQ(Log(), "constructed\nattached\n");
     EXPECT_TRUE(FreeLibrary(module));
     EXPECT_EQ(Log(), kWholeLife);
     // What a handle was, or never was.
