@@ -42,9 +42,8 @@ protected:
         const UniqueKey key = Open(HKEY_CLASSES_ROOT, kClassKey);
         char path[1024];
         DWORD size = sizeof(path);
-        const LONG result = key ? RegQueryValueExA(key.get(), "InProcServer", nullptr, nullptr,
-                                                   reinterpret_cast<BYTE*>(path), &size)
-                                : 2;
+        const LONG result = RegQueryValueExA(key.get(), "InProcServer", nullptr, nullptr,
+                                             reinterpret_cast<BYTE*>(path), &size);
         return result == 0 ? std::string(path, size) : "";
     }
     static int32_t Call(const LoadedModule& module, const char* name) {
