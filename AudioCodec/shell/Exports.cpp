@@ -44,6 +44,7 @@ int32_t DllUnregisterServer() {
 }
 
 Result GetCodecGUID(GUID* clsid) {
+    if (!clsid) return RESULT_BAD_ARGUMENT;
     *clsid = CLSID_VlACWav3;
     return RESULT_OK;
 }

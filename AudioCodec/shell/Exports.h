@@ -15,5 +15,5 @@ VL_MODULE_EXPORT Result DllVlGetClassObject(const GUID* clsid /*in*/, const GUID
 // nobody.
 VL_MODULE_EXPORT int32_t DllRegisterServer();
 VL_MODULE_EXPORT int32_t DllUnregisterServer();
-// CLSID_VlACWav3. Always 0.
-VL_MODULE_EXPORT Result GetCodecGUID(GUID* clsid /*out: not null*/);
+// CLSID_VlACWav3; 4 for a null pointer.
+VL_MODULE_EXPORT Result GetCodecGUID(GUID* clsid /*out*/);
