@@ -78,7 +78,7 @@ TEST(GraphReader, ForwardsAllOfAReaderThatDecodes) {
     EXPECT_EQ(position, kRate);
     const Samples rest = ReadAll(*reader, 4096);
     EXPECT_EQ(rest, Samples(TheRecording().expected.begin() + 2 * kRate, TheRecording().expected.end()));
-    for (const uint32_t origin : {1, 2}) {  // the end is also where it stands: back from there by a second
+    for (const uint32_t origin : {1U, 2U}) {  // the end is also where it stands: back from there by a second
         EXPECT_EQ(reader->Seek(origin, -static_cast<int64_t>(kRate), &position), RESULT_OK);
         EXPECT_EQ(position, kRate);
         EXPECT_EQ(ReadAll(*reader, 1000),
