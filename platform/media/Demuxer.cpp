@@ -61,12 +61,13 @@ HRESULT Demuxer::Open() {
     m_format.reset();
     m_atStart = false;
     m_io = std::make_unique<ReaderIo>(m_reader, m_honoursPositions, m_stop);
-    const HRESULT result = OpenFormat();
+    HRESULT result = OpenFormat();
+    if (SUCCEEDED(result) && !ReadPacket(*m_first)) av_packet_unref(m_first.get());
+    if (m_stop) result = E_FAIL;  // some read failed for that alone: nothing that came of it can be trusted
     if (FAILED(result)) {
         m_format.reset();
         return result;
     }
-    if (!ReadPacket(*m_first)) av_packet_unref(m_first.get());
     m_dataStart = m_first->size > 0 ? m_first->pos : -1;
     m_atStart = true;
     return S_OK;
