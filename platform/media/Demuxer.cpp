@@ -6,6 +6,7 @@
 #include <new>
 #include <string_view>
 
+#include "platform/media/AiffHead.h"
 #include "platform/media/MediaTime.h"
 
 namespace {
@@ -83,6 +84,7 @@ HRESULT Demuxer::OpenFormat() {
     const AVInputFormat* const format = FindFormat({head.data(), head.size()});
     if (!format) return VFW_E_INVALID_FILE_FORMAT;
 
+    const bool isLittleEndian = MakeBigEndian({io->buf_ptr, static_cast<size_t>(io->buf_end - io->buf_ptr)});
     AVFormatContext* context = OrThrow(avformat_alloc_context());
     context->pb = io;
     if (avformat_open_input(&context, "", format, nullptr) < 0)
@@ -93,7 +95,14 @@ HRESULT Demuxer::OpenFormat() {
     const int stream = av_find_best_stream(context, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
     if (stream < 0) return VFW_E_INVALID_FILE_FORMAT;
     m_stream = static_cast<size_t>(stream);
+    if (isLittleEndian) {
+        AVCodecID& id = context->streams[m_stream]->codecpar->codec_id;
+        id = LittleEndianOf(id);
+    }
     const AVCodecParameters& codec = Codec();
+    // Out of the reach of MakeBigEndian, and taken for 16 bits.
+    if (codec.codec_tag == MKTAG('s', 'o', 'w', 't') && codec.bits_per_coded_sample != 16)
+        return VFW_E_INVALID_FILE_FORMAT;
     // Larger packets save time, where the demuxer offers them. The rest of a damaged one is lost, which PCM
     // can't be.
     if (IsPlainPcm(codec.codec_id))

@@ -150,4 +150,27 @@ TEST(DecodeAiff, ReadsAFileWhoseHeadComesLast) {
     EXPECT_EQ(graph.ReadAll(), expected);
 }
 
+TEST(DecodeAiff, TakesLittleEndianSamplesUnderEveryTagThatTheyHave) {
+    for (const int bits : {24, 32}) {
+        const ScopedFile source;
+        MakeFile(source.Path(), 2, 44100, "-c:a pcm_s" + std::to_string(bits) + "le", "1");
+        const std::vector<int16_t> expected = RoundedFromFFmpeg(source.Path());
+        const ScopedFile file(".aif");
+        OutputOf("sndfile-convert -endian=little -pcm" + std::to_string(bits) + " '" +
+                 source.Path().string() + "' '" + file.Path().string() + "'");
+        for (const bool withUsualTag : {false, true}) {
+            std::vector<uint8_t> bytes = file.Bytes();
+            const std::string_view own = bits == 24 ? "42n1" : "23ni", usual = "sowt";
+            const auto tag = std::search(bytes.begin(), bytes.end(), own.begin(), own.end());
+            ASSERT_NE(tag, bytes.end());
+            if (withUsualTag) std::copy(usual.begin(), usual.end(), tag);
+            const ScopedFile tagged(bytes, ".aif");
+            Graph graph;
+            ASSERT_EQ(graph.Open(tagged.Wide()), S_OK);
+            graph.control->Run();
+            EXPECT_EQ(graph.ReadAll(), expected) << bits << withUsualTag;
+        }
+    }
+}
+
 }  // namespace
