@@ -126,7 +126,6 @@ TEST(MetadataEditor, OpensWhatItCanSaveAndNothingElse) {
         {Recording("", 24), RESULT_NOT_PCM},
         {WavImage().Fmt(3, 1, 8000, 16).Data({}).Image(), RESULT_NOT_PCM},
         {WavImage().Data({1}).Image(), RESULT_NOT_WAVE},
-        {{'x'}, RESULT_NOT_WAVE},
     };
     for (const auto& [image, result] : rows) {
         const ScopedFile file(image);

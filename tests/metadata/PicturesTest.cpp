@@ -33,17 +33,6 @@ ImagePtr GetImage(IAC3Metadata& metadata, int32_t id) {
     return ImagePtr(image);
 }
 
-TEST(PictureSet, NamesFollowTheFirstKnownPartOfTheMediaType) {
-    const std::pair<const char16_t*, std::u16string> rows[] = {
-        {u"image/jpeg", u"jpg"}, {u"IMAGE/X-MS-BMP", u"bmp"}, {u"png+bmp", u"jpg"}, {u"", u"jpg"}};
-    for (const auto& [mediaType, extension] : rows) {
-        PictureRecord record;
-        NamePicture(record, u"front", mediaType, -7);
-        EXPECT_EQ(record.extension, extension);
-        EXPECT_EQ(record.fileName, u"-7." + extension);
-    }
-}
-
 TEST(PictureSet, FindsTheNumberOrTheBestOne) {
     const struct {
         std::vector<int32_t> ids;
@@ -66,20 +55,22 @@ TEST(PictureSet, FindsTheNumberOrTheBestOne) {
     }
 }
 
-TEST(PictureSet, APictureIsReplacedWholeOrNotAtAll) {
+TEST(PictureSet, APictureIsReplacedWholeOrNotAtAllAndNamedByItsMediaType) {
     PictureSet set;
     const Bytes bytes = {1, 2, 3};
-    EXPECT_EQ(set.StorePicture(bytes.data(), 1, u"image/bmp", u"", 3), RESULT_OK);
-    const auto store = [&] { return set.StorePicture(&bytes[1], 2, u"image/jpeg", u"a long caption", 3); };
+    const PicturePtr& picture = set.m_records[-3];
+    EXPECT_EQ(set.StorePicture(bytes.data(), 1, u"IMAGE/X-MS-BMP", u"", -3), RESULT_OK);
+    const auto store = [&] {
+        return set.StorePicture(&bytes[1], 2, u"image/png+bmp", u"a long caption", -3);
+    };
     const auto check = [&] {
-        ASSERT_EQ(set.m_records.size(), 1U);
-        ASSERT_EQ(set.m_records[3]->data[0], 1);
-        ASSERT_EQ(set.m_records[3]->fileName, u"3.bmp");
+        ASSERT_TRUE(picture && picture->data[0] == 1);
+        ASSERT_EQ(picture->fileName, u"-3.bmp");
     };
     EXPECT_EQ(RunWithMoreMemory(RESULT_NO_MEMORY, store, check), RESULT_OK);
-    EXPECT_EQ(set.m_records[3]->size, 2U);
-    EXPECT_EQ(set.m_records[3]->data[1], 3);
-    EXPECT_EQ(set.m_records[3]->fileName, u"3.jpg");
+    EXPECT_TRUE(picture->size == 2 && picture->data[1] == 3 && picture->caption == u"a long caption");
+    EXPECT_EQ(picture->fileName, u"-3.jpg");
+    EXPECT_EQ(picture->extension, u"jpg");
 }
 
 TEST(Pictures, AFilesBytesArriveAsTheyAreWhateverTheyHold) {
