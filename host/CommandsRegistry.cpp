@@ -6,6 +6,7 @@
 #include "host/Output.h"
 #include "host/RegisteredModule.h"
 #include "host/Report.h"
+#include "platform/base/LastError.h"
 
 namespace {
 
@@ -23,7 +24,8 @@ ExitCode Tell(const std::string& line) {
 
 ExitCode RunRegister(const Module& module) {
     module.Register();
-    const std::string path = RegisteredModule();
+    std::string path;
+    ReadRegisteredModule(path);
     std::error_code ignored;
     if (!std::filesystem::equivalent(path, module.Path(), ignored))
         throw Failure("The registry could not be written.");
@@ -32,8 +34,10 @@ ExitCode RunRegister(const Module& module) {
 
 ExitCode RunUnregister(const Module& module) {
     module.Unregister();
-    const std::string path = RegisteredModule();
-    if (!path.empty()) throw Failure("The registry could not be written.");
+    std::string path;
+    const auto found = static_cast<DWORD>(ReadRegisteredModule(path));
+    if (found != ERROR_FILE_NOT_FOUND && found != ERROR_PATH_NOT_FOUND)
+        throw Failure("The registry could not be written.");
     return Tell("unregistered");
 }
 

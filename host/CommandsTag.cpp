@@ -8,7 +8,7 @@
 #include "host/Output.h"
 #include "host/Report.h"
 #include "host/Require.h"
-#include "host/Source.h"
+#include "host/SourceTags.h"
 #include "host/TagLimits.h"
 #include "host/Tags.h"
 #include "platform/base/Utf.h"
@@ -49,6 +49,12 @@ void Change(const Module& module, const std::string& file, const std::vector<Tag
         throw Failure("The file doesn't give back the tags that were saved; check the room on the disk.");
 }
 
+TagSet Shown(const Module& module, const std::string& file) {
+    const std::optional<TagSet> tags = ReadTags(module, Source(module, file), file);
+    Require(tags ? RESULT_OK : RESULT_NOT_SUPPORTED);
+    return *tags;
+}
+
 std::string Text(const std::string& file, const TagSet& tags) {
     std::string text = Report::Printable(file) + "\n";
     if (tags.empty()) text += "  no tags\n";
@@ -80,7 +86,7 @@ ExitCode RunTag(const Module& module, const TagOptions& options) {
     for (const std::string& file : options.files) {
         try {
             if (!changes.empty()) Change(module, file, changes);
-            const TagSet tags = Tags::Read(*Source(module, file).Metadata());
+            const TagSet tags = Shown(module, file);
             if (options.json)
                 array.push_back(Json(file, tags));
             else

@@ -2,10 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <iterator>
 #include <limits>
 
 #include "AudioCodec/wave/IAC3Writer.h"
@@ -13,6 +11,7 @@
 #include "host/Output.h"
 #include "host/Report.h"
 #include "host/Require.h"
+#include "host/SourceTags.h"
 #include "host/TagLimits.h"
 #include "platform/base/Utf.h"
 
@@ -51,20 +50,6 @@ void StoreTags(IAC3Writer& writer, const TagSet& tags) {
     Require(writer.SetMetadata(metadata.Get()));
 }
 
-constexpr uint32_t kTagChunks[] = {FourCC("INAM"), FourCC("IART"), FourCC("IPRD"),
-                                   FourCC("ICMT"), FourCC("ICOP"), FourCC("IGNR"),
-                                   FourCC("ICRD"), FourCC("IARL"), FourCC("vltg")};
-
-bool HoldsTags(const RiffScan& scan) {
-    return std::any_of(std::begin(kTagChunks), std::end(kTagChunks),
-                       [&](uint32_t id) { return scan.info.contains(id); });
-}
-
-// Decoded audio comes without tags.
-TagSet ReadTags(const Source& source) {
-    return source.Format().direct ? Tags::Read(*source.Metadata()) : TagSet();
-}
-
 void RefuseOwnInput(const std::string& input, const std::string& output) {
     std::error_code ignored;
     if (std::filesystem::equivalent(input, output, ignored))
@@ -87,7 +72,7 @@ public:
           m_source(rules.module, input),
           m_format(rules.formats.Choose(rules.wish, m_source.Format())),
           m_passage(ChoosePassage(m_source.Format(), m_format)),
-          m_tags(ReadTags(m_source)) {
+          m_tags(ReadTags(rules.module, m_source, input).value_or(TagSet())) {
         m_source.SetOutput(m_passage.channels, m_passage.rate);
         m_promised = m_source.Length();
         RequireRoom(m_promised, m_passage.rate, m_format);
@@ -120,10 +105,7 @@ Converted Conversion::Run(Output output) {
     output.Commit();
 
     WarnIfShort(m_input, m_source.Format(), m_passage.rate, m_promised, m_taken);
-    const RiffScan scan = ScanRiff(m_input);
-    if (!m_source.Format().direct && HoldsTags(scan))
-        Report::Complain(m_input, "Note: the tags of audio that has to be decoded aren't carried over.");
-    const std::string dropped = TagLimits::Dropped(scan, false);
+    const std::string dropped = TagLimits::Dropped(ScanRiff(m_input), false);
     if (!dropped.empty())
         Report::Complain(m_input, fmt::format("Note: the output doesn't have {}.", dropped));
     return {m_format, frames};

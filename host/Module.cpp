@@ -36,7 +36,8 @@ Module::Found Module::Find(const std::string& path, Search search) {
     if (!path.empty()) return {std::filesystem::absolute(path, ignored).string(), "by --module"};
     if (search == Search::RegistryFirst) {
         // A registered file that is gone is as good as none.
-        const std::string registered = RegisteredModule();
+        std::string registered;
+        ReadRegisteredModule(registered);
         if (std::filesystem::exists(registered, ignored)) return {registered, "by the registry"};
     }
     return {FindBesideProgram(), "beside the program"};

@@ -6,14 +6,16 @@ namespace {
 constexpr const char* kClassKey = R"(TARNOCLSID\{16B5817D-48BF-4498-8D32-5EC4F75B0A3A})";
 }  // namespace
 
-std::string RegisteredModule() {
+LONG ReadRegisteredModule(std::string& path) {
+    path.clear();
     HKEY opened = nullptr;
-    if (RegOpenKeyExA(HKEY_CLASSES_ROOT, kClassKey, 0, KEY_QUERY_VALUE, &opened) != 0) return {};
+    if (const LONG error = RegOpenKeyExA(HKEY_CLASSES_ROOT, kClassKey, 0, KEY_QUERY_VALUE, &opened))
+        return error;
     const UniqueKey key(opened);
-    char path[4096];
-    DWORD size = sizeof(path);
-    if (RegQueryValueExA(key.get(), "InProcServer", nullptr, nullptr, reinterpret_cast<BYTE*>(path), &size) !=
-        0)
-        return {};
-    return {path, size};
+    char text[4096];
+    DWORD size = sizeof(text);
+    const LONG error =
+        RegQueryValueExA(key.get(), "InProcServer", nullptr, nullptr, reinterpret_cast<BYTE*>(text), &size);
+    if (error == 0) path.assign(text, size);
+    return error;
 }

@@ -3,5 +3,8 @@
 
 #include <string>
 
-// Its path, or an empty one where none is registered or the registry can't be read.
-std::string RegisteredModule();
+#include "platform/base/Types.h"
+
+// Its path. Else an empty one and the platform's code: 2 or 3 where none is registered, another where the
+// registry can't be read.
+LONG ReadRegisteredModule(std::string& path);

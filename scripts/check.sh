@@ -10,12 +10,12 @@ find AudioCodec platform host tests bench fuzz docs \( -name '*.h' -o -name '*.c
   xargs -0 -r clang-format --dry-run -Werror
 
 build release # g++, warnings are errors
-build clang   # clang, likewise
+build tsan    # clang, likewise
 
 # What ships; tests and benchmarks are held to the warnings of both compilers.
 say "clang-tidy"
 log=build/clang-tidy.log
-if ! run-clang-tidy -p build/clang -j "$JOBS" -quiet "^$ROOT/(AudioCodec|platform|host|fuzz|docs)/.*\.cpp$" \
+if ! run-clang-tidy -p build/tsan -j "$JOBS" -quiet "^$ROOT/(AudioCodec|platform|host|fuzz|docs)/.*\.cpp$" \
   >"$log" 2>&1; then
   grep -vE '^(clang-tidy |[0-9]+ warnings? (generated|treated)|Suppressed |Use -header-filter)' "$log" >&2 || true
   die "clang-tidy found something"

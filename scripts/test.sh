@@ -4,7 +4,7 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-need "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}"
+need "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" "${CLANG_PACKAGES[@]}"
 build tsan
 ctest --preset tsan -j "$JOBS"
 build asan

@@ -31,9 +31,12 @@ constexpr DWORD kPathUnits = 1024;
 constexpr int kStateQueries = 10;
 constexpr std::chrono::milliseconds kStateQueryPause{100};
 
+constexpr float kMostSeconds = 0x1p62F;  // more than any time, and within 64 bits
+
 // Whole seconds of a time or a count, divided in single precision, as hosts of old know the lengths.
 int64_t WholeSeconds(int64_t units, float unitsPerSecond) {
-    return unitsPerSecond == 0.0F ? 0 : static_cast<int64_t>(static_cast<float>(units) / unitsPerSecond);
+    if (unitsPerSecond == 0.0F) return 0;
+    return static_cast<int64_t>(std::min(static_cast<float>(units) / unitsPerSecond, kMostSeconds));
 }
 
 // Frames in the whole seconds of a time; the product has 32 bits.
@@ -118,10 +121,10 @@ Result CACReader::AddStreamSource(IStream* stream) {
 // From the source on, the same for a path and a stream. The graph keeps the filters alive.
 Result CACReader::CompleteGraph(IBaseFilter* source) {
     RefPtr<IBaseFilter> streamReader;
-    if (FAILED(AddFilterFromSearch(CLSID_StreamReader, kFilterFile, streamReader.Put(), kFilterName)))
+    if (FAILED(AddFilterFromSearch(CLSID_StreamReader, kFilterFile, streamReader, kFilterName)))
         return RESULT_FILTER_MISSING;
-    if (FAILED(streamReader->QueryInterface(IID_IStreamReaderControl,
-                                            reinterpret_cast<void**>(m_streamReader.Put()))))
+    if (!streamReader || FAILED(streamReader->QueryInterface(IID_IStreamReaderControl,
+                                                             reinterpret_cast<void**>(m_streamReader.Put()))))
         return RESULT_FILTER_MISSING;
     if (ConnectGraph(source, streamReader.Get()) != RESULT_OK) return RESULT_SOURCE_NOT_LOADED;
 
@@ -129,27 +132,29 @@ Result CACReader::CompleteGraph(IBaseFilter* source) {
     ReadSourceFormat();
     ReadDuration();
     DropStaged();
-    Configure();
+    Configure(m_outChannels, m_outRate);
     m_converter.ResetToOutputPosition(0);
     m_state = State::Opened;
     return RESULT_OK;
 }
 
 // Beside the module, then in the folder that the host named, then by the registry unless the host forbids it.
-HRESULT CACReader::AddFilterFromSearch(const GUID& clsid, const char16_t* fileName, IBaseFilter** filter,
-                                       const char16_t* name) {
+// A filter that one stage made and couldn't add goes before the next one.
+HRESULT CACReader::AddFilterFromSearch(const GUID& clsid, const char16_t* fileName,
+                                       RefPtr<IBaseFilter>& filter, const char16_t* name) {
     std::u16string path = FolderOfModule() + kFilterFolder + fileName;
-    HRESULT result = AddFilterFromFile(m_graph.Get(), clsid, path.c_str(), filter, name);
+    HRESULT result = AddFilterFromFile(m_graph.Get(), clsid, path.c_str(), filter.Put(), name);
     if (result == S_OK) return result;
 
     HandedOutText folder(*this);
     if (GetString(ATTR_FILTER_FOLDER, folder.Put()) == RESULT_OK && folder.Get() && *folder.Get()) {
         path = folder.Get();
         path += fileName;
-        result = AddFilterFromFile(m_graph.Get(), clsid, path.c_str(), filter, name);
+        result = AddFilterFromFile(m_graph.Get(), clsid, path.c_str(), filter.Put(), name);
         if (result == S_OK) return result;
     }
-    if (!GetBool(ATTR_NO_REGISTERED_FILTER)) result = AddFilterByCLSID(m_graph.Get(), clsid, filter, name);
+    if (!GetBool(ATTR_NO_REGISTERED_FILTER))
+        result = AddFilterByCLSID(m_graph.Get(), clsid, filter.Put(), name);
     return result;
 }
 
@@ -187,9 +192,9 @@ void CACReader::ReadDuration() {
 
 void CACReader::ComputeLength() { m_length = FramesOf(m_duration, m_outRate); }
 
-void CACReader::Configure() {
+void CACReader::Configure(uint32_t outChannels, uint32_t outRate) {
     m_converter.Configure(m_sourceFormat.channels, static_cast<int32_t>(m_sourceFormat.samplesPerSec),
-                          m_outChannels, static_cast<int32_t>(m_outRate));
+                          outChannels, static_cast<int32_t>(outRate));
 }
 
 void CACReader::DropStaged() {
@@ -261,9 +266,10 @@ Result CACReader::ReadConverted(int16_t* output, uint32_t frames, uint32_t* fram
 
 Result CACReader::RefillStaging(uint8_t* endOfStream) {
     DropStaged();
-    if (m_sourceFormat.bitsPerSample != kStagedBits || m_sourceFormat.channels == 0)
-        return m_state == State::Closed ? RESULT_OK : RESULT_NOT_PCM;
-    return ReadFrames(m_staging, kStagingBytes / m_sourceFormat.channels / 2, &m_stagedFrames, endOfStream);
+    const uint32_t channels = m_sourceFormat.channels;
+    if (m_state != State::Closed && (m_sourceFormat.bitsPerSample != kStagedBits || channels == 0))
+        return RESULT_NOT_PCM;
+    return ReadFrames(m_staging, kStagingBytes / std::max(channels, 1U) / 2, &m_stagedFrames, endOfStream);
 }
 
 Result CACReader::Seek(uint32_t origin, int64_t offset, int64_t* position) {
@@ -294,10 +300,10 @@ Result CACReader::GetLength(int64_t* frames) {
 Result CACReader::SetOutputFormat(uint32_t channels, uint32_t rate, uint32_t bytesPerSample) {
     if (bytesPerSample != kOutputBytesPerSample) return RESULT_BAD_ARGUMENT;
     return AtBorder(RESULT_NO_MEMORY, [&] {
+        Configure(channels, rate);  // may throw: the caller's buffers follow the format that stands
         m_outChannels = channels;
         m_outRate = rate;
         m_outBytesPerSample = bytesPerSample;
-        Configure();
         ComputeLength();
         return RESULT_OK;
     });

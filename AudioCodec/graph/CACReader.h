@@ -55,12 +55,12 @@ private:
     Result LoadFile(const char16_t* path, RefPtr<IBaseFilter>& source);
     Result AddStreamSource(IStream* stream);
     Result CompleteGraph(IBaseFilter* source);
-    HRESULT AddFilterFromSearch(const GUID& clsid, const char16_t* fileName, IBaseFilter** filter,
+    HRESULT AddFilterFromSearch(const GUID& clsid, const char16_t* fileName, RefPtr<IBaseFilter>& filter,
                                 const char16_t* name);
     void ReadSourceFormat();
     void ReadDuration();
     void ComputeLength();
-    void Configure();
+    void Configure(uint32_t outChannels, uint32_t outRate);
     void DropStaged();
 
     Result StartGraph();

@@ -12,9 +12,7 @@
 Result DllVlGetClassObject(const GUID* clsid, const GUID* iid, void** object) {
     if (!object) return RESULT_BAD_ARGUMENT;
     *object = nullptr;
-    if (!clsid) return RESULT_BAD_ARGUMENT;
-    if (!(*clsid == CLSID_VlACWav3)) return RESULT_NOT_FOUND;
-    if (!iid) return RESULT_BAD_ARGUMENT;
+    if (!clsid || !(*clsid == CLSID_VlACWav3)) return RESULT_NOT_FOUND;
     return AtBorder(RESULT_NO_MEMORY, [&] {
         auto codec = std::make_unique<CPrivateCodecMain>();
         const Result result = codec->QueryInterface(iid, object);

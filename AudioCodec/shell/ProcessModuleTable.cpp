@@ -73,20 +73,28 @@ void ProcessModuleTable::Attach() {
     if (m_view && isNew) std::fill_n(m_view, kWords, 0);
 }
 
+uint64_t ProcessModuleTable::WordAt(uint64_t place) const {
+    const ModuleTableLock::Scope scope(*m_lock);
+    return m_view[place];
+}
+
 void ProcessModuleTable::NotifyModules(uint8_t flag) {
     if (!m_lock || !m_view) return;
-    const ModuleTableLock::Scope scope(*m_lock);
-    // The count is read afresh each time: a clean-up may change the table.
-    for (uint64_t i = 1; i <= m_view[0] && i < kWords; ++i) {
-        if (m_view[i] == 0) continue;
-        const auto module = std::bit_cast<HMODULE>(m_view[i]);
-        const auto cleanUp = reinterpret_cast<CleanUp>(GetProcAddress(module, kCleanUpExport));
-        if (cleanUp) cleanUp(nullptr, flag);
+    // The count is read afresh each time: a clean-up may change the table. Nothing is looked up under the
+    // lock: the loader has one of its own, which a thread that loads a module holds while that waits for
+    // ours.
+    for (uint64_t i = 1; i <= WordAt(0) && i < kWords; ++i) {
+        const uint64_t word = WordAt(i);
+        const auto module = std::bit_cast<HMODULE>(word);
+        const auto cleanUp =
+            word == 0 ? nullptr : reinterpret_cast<CleanUp>(GetProcAddress(module, kCleanUpExport));
+        if (!cleanUp) continue;
+        const ModuleTableLock::Scope scope(*m_lock);
+        if (m_view[i] == word) cleanUp(nullptr, flag);
     }
 }
 
 void ProcessModuleTable::CleanUpBeforeUnload(uint8_t flag) {
     NotifyModules(flag);
-    for (HMODULE& library : m_libraries) FreeLibrary(std::exchange(library, nullptr));
-    m_libraries = {};
+    for (const HMODULE library : std::exchange(m_libraries, {})) FreeLibrary(library);
 }

@@ -29,13 +29,14 @@ public:
 
     // Opens the table, or creates it empty; does nothing where it stands already.
     void Attach();
-    // Calls the clean-up of every listed module that has one, in order, with the flag.
+    // Calls the clean-up of every listed module that has one, in order, with the flag, and under the lock.
     void NotifyModules(uint8_t flag);
     // The same, and then unloads the libraries that the module loaded for itself.
     void CleanUpBeforeUnload(uint8_t flag);
 
 private:
     bool OpenMapping();  // whether it is a new one
+    uint64_t WordAt(uint64_t place) const;
 
     UniqueHandle m_mapping;
     UniqueHandle m_file;         // of the one that created the mapping

@@ -1,7 +1,5 @@
 #include "platform/loader/ClassFactory.h"
 
-#include <dlfcn.h>
-
 #include <bit>
 #include <filesystem>
 
@@ -39,8 +37,8 @@ std::optional<std::string> FindModule(const GUID& classId) {
 HRESULT GetFactory(const GUID& classId, IClassFactory** factory) {
     const std::optional<std::string> path = FindModule(classId);
     if (!path) return REGDB_E_CLASSNOTREG;
-    void* const module = dlopen(path->c_str(), RTLD_NOW | RTLD_LOCAL);
-    void* const entry = module ? dlsym(module, "DllGetClassObject") : nullptr;
+    const HMODULE module = LoadModule(path->c_str());
+    void* const entry = module ? FindOwnSymbol(module, "DllGetClassObject") : nullptr;
     if (!entry) return CO_E_DLLNOTFOUND;
     return std::bit_cast<DllGetClassObjectFunction>(entry)(classId, IID_IClassFactory,
                                                            std::bit_cast<void**>(factory));

@@ -10,8 +10,7 @@ using FARPROC = void (*)();
 
 // Loads the module at a path in the system's bytes, or counts one loading more, and gives its handle: one
 // value for one module, the same that its entry gets. A path without "/" is looked for where the system keeps
-// libraries. Null with last error 126 if it can't be loaded, 87 for a `file` or
-// another flag.
+// libraries. Null with last error 126 if it can't be loaded, 87 for a `file` or another flag.
 VL_PLATFORM_API HMODULE LoadLibraryExA(const char* path, HANDLE file, DWORD flags);
 
 // The module's own function of that name; what only a library has that the module uses doesn't count. Null

@@ -1,14 +1,11 @@
 #include "platform/loader/RegisteredClass.h"
 
-#include <algorithm>
 #include <cstdio>
+#include <cstring>
 
-#include "platform/base/LastError.h"
-#include "platform/registry/Registry.h"
+#include "platform/registry/UniqueKey.h"
 
 namespace {
-
-constexpr DWORD kPathRoom = 4096;  // bytes
 
 std::string KeyOfClass(const GUID& id) {
     char text[80];
@@ -23,15 +20,13 @@ std::string KeyOfClass(const GUID& id) {
 }  // namespace
 
 std::optional<std::string> FindRegisteredModule(const GUID& classId) {
-    HKEY key = nullptr;
-    if (RegOpenKeyExA(HKEY_CLASSES_ROOT, KeyOfClass(classId).c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
+    HKEY opened = nullptr;
+    if (RegOpenKeyExA(HKEY_CLASSES_ROOT, KeyOfClass(classId).c_str(), 0, KEY_READ, &opened) != 0)
         return std::nullopt;
-    std::string path(kPathRoom, '\0');
-    DWORD size = kPathRoom;
-    const LONG read =
-        RegQueryValueExA(key, nullptr, nullptr, nullptr, reinterpret_cast<BYTE*>(path.data()), &size);
-    RegCloseKey(key);
-    if (read != ERROR_SUCCESS) return std::nullopt;
-    path.resize(std::min<size_t>(size, path.find('\0')));
-    return path;
+    const UniqueKey key(opened);
+    char path[4096];
+    DWORD size = sizeof(path);
+    if (RegQueryValueExA(key.get(), nullptr, nullptr, nullptr, reinterpret_cast<BYTE*>(path), &size) != 0)
+        return std::nullopt;
+    return std::string(path, strnlen(path, size));
 }

@@ -1,5 +1,6 @@
 #include "platform/media/Demuxer.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <new>
@@ -60,12 +61,13 @@ HRESULT Demuxer::Open() {
     m_format.reset();
     m_atStart = false;
     m_io = std::make_unique<ReaderIo>(m_reader, m_honoursPositions, m_stop);
-    const HRESULT result = OpenFormat();
+    HRESULT result = OpenFormat();
+    if (SUCCEEDED(result) && !ReadPacket(*m_first)) av_packet_unref(m_first.get());
+    if (m_stop) result = E_FAIL;  // some read failed for that alone: nothing that came of it can be trusted
     if (FAILED(result)) {
         m_format.reset();
         return result;
     }
-    if (!ReadPacket(*m_first)) av_packet_unref(m_first.get());
     m_dataStart = m_first->size > 0 ? m_first->pos : -1;
     m_atStart = true;
     return S_OK;
@@ -97,8 +99,8 @@ HRESULT Demuxer::OpenFormat() {
     if (IsPlainPcm(codec.codec_id))
         av_opt_set_int(context, "max_size", kPcmPacketSize, AV_OPT_SEARCH_CHILDREN);
     const int channels = codec.ch_layout.nb_channels;
-    return codec.sample_rate > 0 && channels > 0 && channels <= kMostChannels ? S_OK
-                                                                              : VFW_E_INVALID_FILE_FORMAT;
+    const bool known = codec.sample_rate > 0 && codec.sample_rate <= kTimeUnitsPerSecond && channels > 0;
+    return known && channels <= kMostChannels ? S_OK : VFW_E_INVALID_FILE_FORMAT;
 }
 
 HRESULT Demuxer::Duration(REFERENCE_TIME& duration) const {
@@ -111,10 +113,10 @@ HRESULT Demuxer::Duration(REFERENCE_TIME& duration) const {
     } else {
         return E_FAIL;
     }
-    return S_OK;
+    return duration < 0 ? E_FAIL : S_OK;
 }
 
-Demuxer::BytePlace Demuxer::PlaceOf(int64_t frame) const {
+std::optional<int64_t> Demuxer::PlaceOf(int64_t frame) const {
     if (!m_format) return {};
     const AVCodecParameters& codec = Codec();
     const int bits = IsPlainPcm(codec.codec_id) ? av_get_bits_per_sample(codec.codec_id) : 0;
@@ -122,16 +124,16 @@ Demuxer::BytePlace Demuxer::PlaceOf(int64_t frame) const {
     if (!m_honoursPositions || m_dataStart < 0 || frameSize == 0 || frameSize != codec.block_align) return {};
     const AVStream& stream = Stream();
     const int64_t frames = av_rescale_q(stream.duration, stream.time_base, AVRational{1, codec.sample_rate});
-    if (stream.duration <= 0 || frame >= frames) return {};
-    const int64_t position = m_dataStart + frame * frameSize;
-    return {position, position + frameSize <= m_io->Size()};
+    const int64_t whole = (m_io->Size() - m_dataStart) / frameSize;
+    if (frame >= std::min(frames, whole)) return {};
+    return m_dataStart + frame * frameSize;
 }
 
 HRESULT Demuxer::MoveTo(int64_t frame, int64_t& place) {
     place = 0;
     if (frame == 0 && m_atStart) return S_OK;
-    const BytePlace direct = PlaceOf(frame);
-    if (direct.exact && avio_seek(m_format->pb, direct.position, SEEK_SET) >= 0) {
+    const std::optional<int64_t> direct = PlaceOf(frame);
+    if (direct && avio_seek(m_format->pb, *direct, SEEK_SET) >= 0) {
         av_packet_unref(m_first.get());
         avformat_flush(m_format.get());
         m_atStart = false;

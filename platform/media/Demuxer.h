@@ -3,6 +3,8 @@
 // Open, then any number of MoveTo and Next.
 #pragma once
 
+#include <optional>
+
 #include "platform/media/ReaderIo.h"
 
 class Demuxer {
@@ -26,14 +28,10 @@ public:
     HRESULT Next(AVPacket& packet);
 
 private:
-    struct BytePlace {
-        int64_t position;  // in the file
-        bool exact;        // a frame starts there and can be decoded alone
-    };
-
     const AVStream& Stream() const { return *m_format->streams[m_stream]; }
     HRESULT OpenFormat();
-    BytePlace PlaceOf(int64_t frame) const;
+    // Where in the file a frame starts that can be decoded alone.
+    std::optional<int64_t> PlaceOf(int64_t frame) const;
     bool ReadPacket(AVPacket& packet);
 
     IAsyncReader& m_reader;

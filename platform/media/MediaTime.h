@@ -4,16 +4,17 @@
 
 #include "platform/media/MediaTypes.h"
 
-constexpr REFERENCE_TIME FramesToTime(int64_t frames, int64_t rate /*Hz, positive*/) {
+constexpr REFERENCE_TIME FramesToTime(int64_t frames, int64_t rate /*Hz, 1 to 10^7*/) {
     if (frames < 0) return -FramesToTime(-frames, rate);
     return frames / rate * kTimeUnitsPerSecond + (frames % rate * kTimeUnitsPerSecond + rate / 2) / rate;
 }
 
-// Limited to times of some thousand years, so that nothing overflows.
-constexpr int64_t TimeToFrames(REFERENCE_TIME time, int64_t rate /*Hz, below 2^31*/) {
+// A frame is no shorter than a unit of time, so that nothing overflows.
+constexpr int64_t TimeToFrames(REFERENCE_TIME time, int64_t rate /*as above*/) {
     if (time < 0) return -TimeToFrames(-time, rate);
     const int64_t seconds = time / kTimeUnitsPerSecond;
     const int64_t rest = time % kTimeUnitsPerSecond;
     return seconds * rate + (rest * rate + kTimeUnitsPerSecond / 2) / kTimeUnitsPerSecond;
 }
+static_assert(TimeToFrames(kEndOfTime, kTimeUnitsPerSecond) == kEndOfTime);
 static_assert(TimeToFrames(FramesToTime(-12345677, 192000), 192000) == -12345677);

@@ -50,8 +50,9 @@ std::vector<MediaType> Parser::Output::OfferedTypes() {
 HRESULT Parser::Output::Duration(REFERENCE_TIME& duration) {
     const std::lock_guard lock(m_parser.Lock());
     if (!m_parser.m_demuxer) return VFW_E_NOT_CONNECTED;
+    if (m_parser.m_duration < 0) return E_FAIL;
     duration = m_parser.m_duration;
-    return duration < 0 ? E_FAIL : S_OK;
+    return S_OK;
 }
 
 REFERENCE_TIME Parser::Output::StartPosition() {

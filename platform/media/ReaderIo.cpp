@@ -11,6 +11,7 @@ ReaderIo::ReaderIo(IAsyncReader& reader, bool honoursPositions, const std::atomi
     : m_reader(reader), m_honoursPositions(honoursPositions), m_stop(stop) {
     LONGLONG available = 0;
     if (FAILED(reader.Length(&m_size, &available)) || m_size < 0) m_size = 0;
+    m_size = std::min(m_size, kEndOfTime / kTimeUnitsPerSecond);  // places are told as times
     auto* const buffer = static_cast<unsigned char*>(av_malloc(kBufferSize));
     if (!buffer) throw std::bad_alloc();
     m_context.reset(avio_alloc_context(buffer, kBufferSize, 0, this, OnRead, nullptr, OnSeek));

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "AudioCodec/attributes/AttributeIds.h"
+#include "AudioCodec/attributes/StoreTypes.h"
 #include "AudioCodec/shell/ClassIds.h"
 #include "AudioCodec/shell/IPrivateCodecMain3.h"
 #include "platform/base/RefPtr.h"
@@ -41,8 +42,8 @@ TEST_F(CodecBorder, GetClassObjectGivesItsCodesAndClearsTheReceiver) {
     };
     const Row rows[] = {
         {&otherClass, &IID_IBase, RESULT_NOT_FOUND},
-        {nullptr, &IID_IBase, RESULT_BAD_ARGUMENT},
-        {&CLSID_VlACWav3, nullptr, RESULT_BAD_ARGUMENT},
+        {nullptr, &IID_IBase, RESULT_NOT_FOUND},
+        {&CLSID_VlACWav3, nullptr, E_POINTER},
         {&CLSID_VlACWav3, &CLSID_VlACWav3, E_NOINTERFACE},  // the sanitizers tell if an object stays behind
     };
     for (const Row& row : rows) {
@@ -87,7 +88,6 @@ TEST_F(CodecBorder, CodecGuidIsTheClass) {
     const uint8_t bytes[] = {0x7D, 0x81, 0xB5, 0x16, 0xBF, 0x48, 0x98, 0x44,
                              0x8D, 0x32, 0x5E, 0xC4, 0xF7, 0x5B, 0x0A, 0x3A};
     EXPECT_EQ(std::memcmp(&guid, bytes, 16), 0);
-    EXPECT_EQ(getGuid(nullptr), RESULT_BAD_ARGUMENT);
 }
 
 // A host compiled long ago calls by number: an operation that moved shows here, though every header agrees.
@@ -105,35 +105,65 @@ protected:
 
 TEST_F(CodecSlots, OperationsStandInTheOrderOfTheBorder) {
     ASSERT_TRUE(m_codec);
-    const uint32_t id = 0x02000001;
+    void* const self = m_codec.Get();
+    const auto other = CreateCodec();
     const uint32_t longs[] = {1, 2, 3};
-    uint32_t number = 0;
-    uint32_t type = 0;
+    const uint64_t wides[] = {4, 5};
+    const uint8_t bytes[] = {6};
+    void* const pointers[] = {self, nullptr, self, self};
     EXPECT_EQ(Call<uint32_t>(1), 2u);  // AddRef
     EXPECT_EQ(Call<uint32_t>(2), 1u);  // Release
     void* block = Call<void*>(3, uint32_t{8});
     EXPECT_TRUE(block);
     Call<void>(4, block);
-    EXPECT_EQ(Call<uint32_t>(5), 1u);                                      // GetAttributeCount
-    EXPECT_EQ((Call<Result>(6, uint32_t{0}, &number, &type)), RESULT_OK);  // GetAttributeByIndex
-    EXPECT_EQ(number, ATTR_CODEC_SHORT_NAME);
-    EXPECT_STREQ(Call<const char*>(7, id), "0x02000001 (type:LONG)");
-    EXPECT_EQ(Call<Result>(9, id, uint32_t{5}), RESULT_OK);                         // SetLong
-    EXPECT_EQ(Call<uint32_t>(8, id), 5u);                                           // GetLong
-    EXPECT_EQ(Call<Result>(11, uint32_t{1}, uint8_t{1}), RESULT_OK);                // SetBool
-    EXPECT_TRUE(Call<bool>(10, uint32_t{1}));                                       // GetBool
-    EXPECT_EQ((Call<Result>(13, uint32_t{2}, &longs[0], uint32_t{3})), RESULT_OK);  // SetLongArray
-    uint32_t* given = nullptr;
-    EXPECT_EQ((Call<Result>(12, uint32_t{2}, &given, &number)), RESULT_OK);  // GetLongArray
-    EXPECT_EQ(number, 3u);
-    Call<void>(4, static_cast<void*>(given));
-    EXPECT_EQ(Call<uint32_t>(18), 0u);                                       // GetInterfaceCount
-    EXPECT_EQ(Call<Result>(22, uint32_t{3}, uint64_t{1} << 40), RESULT_OK);  // SetLong64
-    EXPECT_EQ(Call<uint64_t>(23, uint32_t{3}), uint64_t{1} << 40);           // GetLong64
-    EXPECT_EQ((Call<Result>(31, &IID_IBase, static_cast<IBase*>(nullptr))),
-              RESULT_NOT_FOUND);  // RemoveInterface
-    EXPECT_EQ(Call<uint32_t>(32, id, static_cast<IAttributeContainer64*>(m_codec.Get())),
-              4u);  // CopyAttribute
+    EXPECT_EQ(Call<Result>(9, 10u, 5u), RESULT_OK);                             // SetLong
+    EXPECT_EQ(Call<Result>(11, 11u, uint8_t{1}), RESULT_OK);                    // SetBool
+    EXPECT_EQ((Call<Result>(13, 12u, &longs[0], 3u)), RESULT_OK);               // SetLongArray
+    EXPECT_EQ(Call<Result>(15, 13u, u"text"), RESULT_OK);                       // SetString
+    EXPECT_EQ((Call<Result>(17, 14u, &bytes[0], 1u)), RESULT_OK);               // SetData
+    EXPECT_EQ(Call<Result>(22, 15u, uint64_t{1} << 40), RESULT_OK);             // SetLong64
+    EXPECT_EQ((Call<Result>(24, 16u, &wides[0], 2u)), RESULT_OK);               // SetLong64Array
+    EXPECT_EQ(Call<Result>(26, 17u, self), RESULT_OK);                          // SetPointer
+    EXPECT_EQ((Call<Result>(28, 18u, &pointers[0], 4u)), RESULT_OK);            // SetPointerArray
+    EXPECT_EQ(Call<uint32_t>(5), 10u);                                          // GetAttributeCount
+    EXPECT_STREQ(Call<const char*>(7, 0x02000001u), "0x02000001 (type:LONG)");  // GetAttributeIdText
+    const uint32_t types[] = {STORE_LONG,         STORE_BOOL,    STORE_LONG_ARRAY,
+                              STORE_STRING,       STORE_DATA,    STORE_LONG64,
+                              STORE_LONG64_ARRAY, STORE_POINTER, STORE_POINTER_ARRAY};
+    for (uint32_t i = 0, id = 0, type = 0; i < std::size(types); ++i) {
+        EXPECT_EQ((Call<Result>(6, i, &id, &type)), RESULT_OK);  // GetAttributeByIndex
+        EXPECT_EQ(id, 10 + i);
+        EXPECT_EQ(type, types[i]);
+    }
+    EXPECT_EQ(Call<uint32_t>(8, 10u), 5u);                  // GetLong
+    EXPECT_TRUE(Call<bool>(10, 11u));                       // GetBool
+    EXPECT_EQ(Call<uint64_t>(23, 15u), uint64_t{1} << 40);  // GetLong64
+    void* given = nullptr;
+    EXPECT_EQ(Call<Result>(27, 17u, &given), RESULT_OK);  // GetPointer
+    EXPECT_EQ(given, self);
+    EXPECT_EQ(Call<Result>(14, 13u, &given), RESULT_OK);  // GetString
+    EXPECT_EQ(std::u16string(static_cast<char16_t*>(given)), u"text");
+    Call<void>(4, given);
+    struct {
+        size_t slot;
+        uint32_t id, count;
+    } const arrays[] = {
+        {12, 12, 3}, {16, 14, 1}, {25, 16, 2}, {29, 18, 4}};  // Get: Long, Data, Long64, Pointer
+    for (const auto& row : arrays) {
+        uint32_t count = 0;
+        EXPECT_EQ((Call<Result>(row.slot, row.id, &given, &count)), RESULT_OK);
+        EXPECT_EQ(count, row.count);
+        Call<void>(4, given);
+    }
+    EXPECT_EQ((Call<Result>(21, &IID_IBase, other.Get(), uint8_t{1})), RESULT_OK);  // AddInterface
+    EXPECT_EQ(Call<uint32_t>(18), 1u);                                              // GetInterfaceCount
+    EXPECT_EQ(Call<uint32_t>(19, &IID_IBase), 1u);                                  // GetInterfaceCountById
+    EXPECT_EQ((Call<Result>(20, &IID_IBase, 0u, &given)), RESULT_OK);               // GetInterface
+    EXPECT_EQ(given, other.Get());
+    EXPECT_EQ(other->Release(), 2u);
+    EXPECT_EQ((Call<Result>(31, &IID_IBase, other.Get())), RESULT_OK);  // RemoveInterface
+    other->SetString(0x04000001, u"copied");
+    EXPECT_EQ(Call<uint32_t>(32, 0x04000001u, other.Get()), 12u);  // CopyAttribute
     for (const size_t factory : {size_t{33}, size_t{34}, size_t{37}})
         EXPECT_EQ(Call<Result>(factory, static_cast<void**>(nullptr)), RESULT_BAD_ARGUMENT);
     EXPECT_EQ((Call<Result>(35, u"a.wav", static_cast<void**>(nullptr))), RESULT_BAD_ARGUMENT);
@@ -141,9 +171,8 @@ TEST_F(CodecSlots, OperationsStandInTheOrderOfTheBorder) {
     EXPECT_EQ(Call<Result>(38), RESULT_OK);  // InitCapabilities
     EXPECT_TRUE(Call<bool>(10, ATTR_CODEC_CAPABILITY_1));
     // 39 and 40 are the two forms of the destructor.
-    void* object = nullptr;
-    EXPECT_EQ((Call<Result>(41, &IID_IBase, &object)), RESULT_OK);  // InternalQueryInterface
-    EXPECT_EQ(object, m_codec.Get());
+    EXPECT_EQ((Call<Result>(41, &IID_IBase, &given)), RESULT_OK);  // InternalQueryInterface
+    EXPECT_EQ(given, self);
     m_codec->Release();
     EXPECT_EQ(std::u16string(Call<const char16_t*>(42)), u"CPrivateCodecMain");
     Call<void>(30);  // Clear

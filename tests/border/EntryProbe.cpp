@@ -1,11 +1,11 @@
 // A module with the codec module's own entry, objects and clean-up, linked as that one is, that writes down
-// what it finds at each turn of its life: into the file that VL_TABLE_LOG names.
+// what it finds at each turn of its life: into the file that VL_EVENT_LOG names.
 #include "AudioCodec/shell/CPrivateCodecMain.h"
 #include "AudioCodec/shell/ModuleInstance.h"
 #include "platform/base/RefPtr.h"
 #include "platform/base/UniqueHandle.h"
 #include "platform/file/FileMapping.h"
-#include "tests/border/TableLog.h"
+#include "tests/support/ModuleLog.h"
 
 #define PROBE_EXPORT extern "C" __attribute__((visibility("default")))
 
@@ -13,7 +13,7 @@ namespace {
 
 void RecordWithState(const std::string& event) {
     const UniqueHandle mapping(OpenFileMappingA(FILE_MAP_ALL_ACCESS, FALSE, TableMappingName().c_str()));
-    RecordInTableLog(event + (GetModuleInstance() ? " handle" : "") + (mapping ? " table" : ""));
+    RecordEvent(event + (GetModuleInstance() ? " handle" : "") + (mapping ? " table" : ""));
 }
 
 struct Probe {

@@ -60,11 +60,16 @@ TEST(ModuleFile, ExportsItsFunctionsAndNothingElse) {
                                                                 "DllVlGetClassObject", "GetCodecGUID"}));
 }
 
-TEST(ModuleFile, IsUnmappedWhenTheLastOneClosesItAndCanComeBack) {
+TEST(ModuleFile, GoesWithItsStringResourcesWhenTheLastOneClosesItAndCanComeBack) {
+    const auto find = [](HMODULE module, WORD name, WORD language) {
+        return FindResourceExW(module, RT_STRING, MAKEINTRESOURCEW(name), language);
+    };
     for (int round = 0; round < 3; ++round) {
+        HMODULE handle = nullptr;
         {
             const LoadedModule module(VL_MODULE);
-            ASSERT_TRUE(module.Get());
+            handle = module.Get();
+            ASSERT_TRUE(handle);
             EXPECT_TRUE(IsMapped(VL_MODULE));
             IPrivateCodecMain3* codec = nullptr;
             auto* const create = module.Find<Result(const GUID*, const GUID*, void**)>("DllVlGetClassObject");
@@ -72,25 +77,12 @@ TEST(ModuleFile, IsUnmappedWhenTheLastOneClosesItAndCanComeBack) {
                       RESULT_OK);
             codec->InitCapabilities();
             EXPECT_EQ(codec->Release(), 0u);
-        }
-        EXPECT_FALSE(IsMapped(VL_MODULE));
-    }
-}
-
-TEST(ModuleFile, ItsStringResourcesComeAndGoWithIt) {
-    for (int round = 0; round < 3; ++round) {
-        HMODULE handle = nullptr;
-        {
-            const LoadedModule module(VL_MODULE);
-            ASSERT_TRUE(module.Get());
-            handle = module.Get();
-            for (WORD name = 63; name <= 65; ++name)
-                EXPECT_TRUE(FindResourceExW(handle, RT_STRING, MAKEINTRESOURCEW(name), 1041));
-            EXPECT_EQ(FindResourceExW(handle, RT_STRING, MAKEINTRESOURCEW(64), 0x400), nullptr);
+            for (WORD name = 63; name <= 65; ++name) EXPECT_TRUE(find(handle, name, 1041));
+            EXPECT_EQ(find(handle, 64, 0x400), nullptr);
             EXPECT_EQ(GetLastError(), ERROR_RESOURCE_LANG_NOT_FOUND);
         }
         EXPECT_FALSE(IsMapped(VL_MODULE));
-        EXPECT_EQ(FindResourceExW(handle, RT_STRING, MAKEINTRESOURCEW(64), 1033), nullptr);
+        EXPECT_EQ(find(handle, 64, 1033), nullptr);
         EXPECT_EQ(GetLastError(), ERROR_RESOURCE_DATA_NOT_FOUND);
     }
 }

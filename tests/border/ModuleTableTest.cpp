@@ -2,17 +2,20 @@
 // its own.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <thread>
 
 #include "platform/base/UniqueHandle.h"
 #include "platform/file/FileMapping.h"
 #include "platform/loader/Library.h"
-#include "tests/border/TableLog.h"
+#include "platform/sync/Waitable.h"
 #include "tests/platform/TempFolder.h"
+#include "tests/support/ModuleLog.h"
 
 namespace {
 
@@ -21,11 +24,11 @@ constexpr size_t kWords = 255;
 class ModuleTable : public testing::Test {
 protected:
     ModuleTable() {
-        setenv("VL_TABLE_LOG", m_folder.Native("log").c_str(), 1);
+        setenv("VL_EVENT_LOG", m_folder.Native("log").c_str(), 1);
         setenv("TMPDIR", m_temp.Native("").c_str(), 1);
     }
     ~ModuleTable() override {
-        unsetenv("VL_TABLE_LOG");
+        unsetenv("VL_EVENT_LOG");
         unsetenv("TMPDIR");
     }
 
@@ -93,6 +96,28 @@ TEST_F(ModuleTable, AModuleThatGoesAsksThoseThatAreListedAndFollowsTheirChanges)
         EXPECT_EQ(status, 0);
         EXPECT_EQ(TakeLog(), "first 0\nsecond 0\nsecond 0\n") << unload;
     }
+}
+
+// Whoever loads a module holds the loader's lock while that module waits for the table's.
+TEST_F(ModuleTable, AnExitAndAThreadThatLoadsAModuleDoNotWaitForEachOther) {
+    const int status = InProcess([] {
+        alarm(60);
+        // With what the layer keeps built before it, the thread is joined behind the module and before that.
+        if (!FreeLibrary(Load(VL_PROBE_MODULE))) return false;
+        static std::jthread loader;
+        const HMODULE first = Load(VL_FIRST_MODULE);
+        if (!Load(VL_MODULE) || !Enter(first, 1) || !Enter(first, 2)) return false;
+        *Find<void (*)()>(first, "TableHook") = [] {
+            const UniqueHandle lock(CreateMutexA(nullptr, FALSE, ProcessObjectName("~VLMMN_").c_str()));
+            std::jthread([&lock] {
+                if (WaitForSingleObject(lock.get(), 0) != WAIT_TIMEOUT) std::abort();  // clean-ups hold it
+            }).join();
+            loader = std::jthread([] { Load(VL_PROBE_MODULE); });
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));  // most often it waits by now
+        };
+        return true;
+    });
+    EXPECT_EQ(status, 0);
 }
 
 TEST_F(ModuleTable, ACountThatIsTooLargeEndsWithTheTable) {

@@ -11,9 +11,13 @@
 #include <thread>
 #include <vector>
 
+#include "platform/base/RefPtr.h"
+#include "platform/loader/ClassFactory.h"
+#include "platform/media/MediaResults.h"
 #include "platform/registry/UniqueKey.h"
 #include "tests/border/LoadedModule.h"
 #include "tests/platform/TempFolder.h"
+#include "tests/support/ModuleLog.h"
 
 namespace {
 
@@ -38,9 +42,8 @@ protected:
         const UniqueKey key = Open(HKEY_CLASSES_ROOT, kClassKey);
         char path[1024];
         DWORD size = sizeof(path);
-        const LONG result = key ? RegQueryValueExA(key.get(), "InProcServer", nullptr, nullptr,
-                                                   reinterpret_cast<BYTE*>(path), &size)
-                                : 2;
+        const LONG result = RegQueryValueExA(key.get(), "InProcServer", nullptr, nullptr,
+                                             reinterpret_cast<BYTE*>(path), &size);
         return result == 0 ? std::string(path, size) : "";
     }
     static int32_t Call(const LoadedModule& module, const char* name) {
@@ -80,6 +83,34 @@ TEST_F(Registration, HoldsTheWholePathOnceAndGoesWithoutATraceOfTheModule) {
         EXPECT_FALSE(Open(HKEY_LOCAL_MACHINE, kEntryKey));
         EXPECT_TRUE(Open(HKEY_CLASSES_ROOT, "TARNOCLSID"));
         EXPECT_TRUE(Open(HKEY_LOCAL_MACHINE, kEnumKey));
+    }
+}
+
+TEST_F(Registration, AClassThatTheRegistryKnowsIsMadeByItsModule) {
+    RefPtr<IUnknown> object;
+    const auto create = [&object] {
+        return CoCreateInstance(kTableClass, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown,
+                                reinterpret_cast<void**>(object.Put()));
+    };
+    EXPECT_EQ(create(), REGDB_E_CLASSNOTREG);
+    HKEY key = nullptr;
+    ASSERT_EQ(
+        RegCreateKeyExA(HKEY_CLASSES_ROOT, R"(CLSID\{0A0B0C0D-0001-0002-0304-05060708090A}\InprocServer32)",
+                        0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr),
+        0);
+    const UniqueKey entry(key);
+    EXPECT_EQ(create(), REGDB_E_CLASSNOTREG);
+    const std::pair<std::string, HRESULT> rows[] = {
+        {m_folder.Native("none"), CO_E_DLLNOTFOUND},
+        {VL_MODULE, CO_E_DLLNOTFOUND},  // a module without classes
+        {VL_PLAIN_MODULE, S_OK},
+        {std::string(VL_PLAIN_MODULE) + '\0', S_OK},
+    };
+    for (const auto& [path, result] : rows) {
+        RegSetValueExA(key, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(path.data()),
+                       static_cast<DWORD>(path.size()));
+        EXPECT_EQ(create(), result) << path;
+        EXPECT_EQ(static_cast<bool>(object), result == S_OK);
     }
 }
 

@@ -1,9 +1,12 @@
 // A module of the suite as the table of the process knows them. Built with a clean-up, with one that adds its
-// module to the table once more, and without one.
+// module to the table once more, and without one. Each also has a class for the registry.
+#include <utility>
+
 #include "platform/base/UniqueHandle.h"
 #include "platform/file/FileMapping.h"
 #include "platform/loader/ModuleEntry.h"
-#include "tests/border/TableLog.h"
+#include "platform/media/ClassObject.h"
+#include "tests/support/ModuleLog.h"
 
 #define TABLE_EXPORT extern "C" __attribute__((visibility("default")))
 
@@ -16,7 +19,17 @@ BOOL Entry(HMODULE instance, DWORD, void*) {
     return TRUE;
 }
 
+struct TableObject final : ComObject<IUnknown> {
+    HRESULT QueryInterface(const GUID& iid, void** object) override {
+        return GiveFace({{IID_IUnknown, this}}, iid, object);
+    }
+};
+
 }  // namespace
+
+TABLE_EXPORT HRESULT DllGetClassObject(const GUID& classId, const GUID& iid, void** factory) {
+    return GetClassObject({{kTableClass, MakeInstance<TableObject>}}, classId, iid, factory);
+}
 
 // Writes the module into the table, at `place`. False if there is no table.
 TABLE_EXPORT bool TableEnter(uint64_t place) {
@@ -30,8 +43,13 @@ TABLE_EXPORT bool TableEnter(uint64_t place) {
 }
 
 #ifdef VL_TABLE_NAME
+// Called once, by the clean-up.
+extern "C" {
+__attribute__((visibility("default"))) void (*TableHook)() = nullptr;
+}
 TABLE_EXPORT void DllVlCleanUpBeforeUnload(void* reserved, uint8_t flag) {
-    RecordInTableLog(VL_TABLE_NAME + std::string(reserved ? " pointer" : "") + " " + std::to_string(flag));
+    RecordEvent(VL_TABLE_NAME + std::string(reserved ? " pointer" : "") + " " + std::to_string(flag));
+    if (TableHook) std::exchange(TableHook, nullptr)();
 #ifdef VL_TABLE_ADDS_AT
     static bool s_added = false;
     if (!s_added) s_added = TableEnter(VL_TABLE_ADDS_AT);

@@ -6,22 +6,13 @@
 #include <vector>
 
 #include "AudioCodec/graph/filter/CMemReader.h"
-#include "tests/graph/TestAllocator.h"
 #include "tests/graph/TestFilter.h"
 #include "tests/support/ByteStream.h"
 #include "tests/support/FailingAllocator.h"
 
 namespace {
 
-constexpr REFERENCE_TIME kByte = kTimeUnitsPerSecond;
-
-std::vector<uint8_t> Bytes(size_t count) {
-    std::vector<uint8_t> bytes(count);
-    std::iota(bytes.begin(), bytes.end(), uint8_t{0});
-    return bytes;
-}
-
-// Reads say that they run, wait for the gate and give what the test wants.
+// 1000 bytes whose reads say that they run, wait for the gate and give what the test wants.
 class GatedSource final : public CAsyncStream {
 public:
     HRESULT SetPointer(int64_t) override { return seekResult; }
@@ -32,10 +23,7 @@ public:
         *done = size - missing;
         return readResult;
     }
-    int64_t Size(int64_t* available) override {
-        if (available) *available = 1000;
-        return 1000;
-    }
+    int64_t Size(int64_t*) override { return 1000; }
     DWORD Alignment() override { return alignment; }
     void Lock() override { m_lock.lock(); }
     void Unlock() override { m_lock.unlock(); }
@@ -50,7 +38,7 @@ private:
 };
 
 struct Collected {
-    HRESULT result;
+    HRESULT result = S_OK;
     void* context = nullptr;
     DWORD_PTR user = 0;
     LONG delivered = -1;
@@ -62,22 +50,11 @@ Collected Collect(CAsyncRequestQueue& queue, DWORD milliseconds = INFINITE) {
     return got;
 }
 
-// Runs some work and says whether it took the whole time, as something that must not wait doesn't.
-template <class Work>
-void ExpectAtOnce(Work work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
-}
-
 TEST(RequestQueueThreads, AFlushCancelsWhatWaitsAndLetsTheRunningReadEnd) {
     GatedSource source;
     CAsyncRequestQueue queue(&source);
-    int contexts[3] = {};
     EXPECT_EQ(Collect(queue, 0).result, VFW_E_TIMEOUT);
-    for (DWORD_PTR i = 0; i < 3; ++i) {
-        ASSERT_EQ(queue.SubmitRequest({.length = 5, .context = nullptr, .user = i}), S_OK);
-    }
+    for (DWORD_PTR i = 0; i < 3; ++i) ASSERT_EQ(queue.SubmitRequest({.length = 5, .user = i}), S_OK);
     source.running.Wait();
     std::atomic<bool> flushed = false;
     std::jthread flusher([&] {
@@ -91,70 +68,53 @@ TEST(RequestQueueThreads, AFlushCancelsWhatWaitsAndLetsTheRunningReadEnd) {
         EXPECT_EQ(got.user, i);
     }
     EXPECT_EQ(Collect(queue, 0).result, VFW_E_TIMEOUT);
-    EXPECT_EQ(queue.SubmitRequest({.context = contexts}), VFW_E_WRONG_STATE);
+    EXPECT_EQ(queue.SubmitRequest({.length = 5}), VFW_E_WRONG_STATE);
     EXPECT_FALSE(flushed);
     source.gate.Set();
     flusher.join();
     EXPECT_EQ(source.reads, 1);
-    const Collected last = Collect(queue, 0);
-    EXPECT_EQ(last.result, S_OK);
-    EXPECT_EQ(last.delivered, 5);
-    ExpectAtOnce([&] { EXPECT_EQ(Collect(queue, 60000).result, VFW_E_WRONG_STATE); });
+    EXPECT_EQ(Collect(queue, 0).delivered, 5);
+    EXPECT_EQ(Collect(queue).result, VFW_E_WRONG_STATE);  // at once
     EXPECT_EQ(queue.EndFlush(), S_OK);
-    EXPECT_EQ(Collect(queue, 0).result, VFW_E_TIMEOUT);
-    EXPECT_EQ(queue.SubmitRequest({.length = 1}), S_OK);
+    EXPECT_EQ(queue.SubmitRequest({.length = 5}), S_OK);
     EXPECT_EQ(Collect(queue).result, S_OK);
 }
 
 TEST(RequestQueueThreads, EndsWhileRequestsWaitAndRun) {
-    for (const bool runs : {false, true}) {
-        GatedSource source;
-        auto queue = std::make_unique<CAsyncRequestQueue>(&source);
-        if (runs) {
-            for (int i = 0; i < 3; ++i) ASSERT_EQ(queue->SubmitRequest({.length = 5}), S_OK);
-            source.running.Wait();
-        }
-        std::jthread opener([&] {
+    GatedSource source;
+    {
+        std::jthread opener;
+        CAsyncRequestQueue queue(&source);
+        for (int i = 0; i < 3; ++i) ASSERT_EQ(queue.SubmitRequest({.length = 5}), S_OK);
+        source.running.Wait();
+        opener = std::jthread([&] {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));  // the end waits by now
             source.gate.Set();
         });
-        queue.reset();
-        EXPECT_EQ(source.reads, runs ? 1 : 0);
     }
+    EXPECT_EQ(source.reads, 1);
 }
 
 TEST(RequestQueueThreads, EveryRequestComesBackOnceAcrossFlushes) {
-    constexpr DWORD_PTR kEach = 400;
     GatedSource source;
     source.gate.Set();
     CAsyncRequestQueue queue(&source);
     std::atomic<uint64_t> submitted = 0, collected = 0;
-    std::atomic<int> submitting = 2;
-    std::vector<std::jthread> threads;
-    for (int t = 0; t < 2; ++t) {
-        threads.emplace_back([&] {
-            for (DWORD_PTR i = 1; i <= kEach; ++i) {
-                if (queue.SubmitRequest({.length = 3, .context = &queue, .user = i}) == S_OK) submitted += i;
-            }
-            --submitting;
-        });
-        threads.emplace_back([&] {
-            for (;;) {
-                const bool last = submitting == 0 && submitted == collected;
-                const Collected got = Collect(queue, 1);
-                if (got.context) collected += got.user;
-                if (!got.context && last) return;
-            }
-        });
-    }
-    threads.emplace_back([&] {
-        while (submitting != 0) {
-            queue.BeginFlush();
-            queue.EndFlush();
+    std::atomic<bool> submitting = true;
+    const std::jthread submitter([&] {
+        for (DWORD_PTR i = 1; i <= 800; ++i) {
+            if (queue.SubmitRequest({.length = 3, .user = i}) == S_OK) submitted += i;
         }
+        submitting = false;
     });
-    threads.clear();
-    EXPECT_EQ(submitted, collected);
+    const auto collect = [&] {
+        while (submitting || submitted != collected) collected += Collect(queue, 1).user;
+    };
+    const std::jthread collectors[] = {std::jthread(collect), std::jthread(collect)};
+    while (submitting) {
+        queue.BeginFlush();
+        queue.EndFlush();
+    }
 }
 
 // How a read ends, for one who waits for it and for one who reads by itself.
@@ -165,15 +125,14 @@ TEST(RequestQueueThreads, AShortReadFailsUnlessItEndsWithTheSource) {
         HRESULT seekResult, readResult, waited, direct;
         LONG delivered;
     };
-    const Row rows[] = {{0, 0, 0, 0, S_OK, S_OK, 10},
-                        {0, 0, 0, 7, S_OK, S_OK, 10},
-                        {0, 1, 0, 0, E_FAIL, S_FALSE, 9},
-                        {995, 5, 0, 0, S_OK, S_FALSE, 5},
+    const Row rows[] = {{995, 5, 0, 7, S_OK, S_FALSE, 5},
                         {995, 4, 0, 0, E_FAIL, S_FALSE, 6},
-                        {5, 0, E_UNEXPECTED, 0, S_OK, S_OK, 10},  // not sought
                         {0, 0, E_UNEXPECTED, 0, E_UNEXPECTED, E_UNEXPECTED, 10},
                         {0, 0, S_FALSE, 0, E_FAIL, S_FALSE, 0},
-                        {5, 0, 0, E_NOTIMPL, E_NOTIMPL, E_NOTIMPL, 10}};
+                        {5, 0, 0, E_NOTIMPL, E_NOTIMPL, E_NOTIMPL, 10},
+                        {5, 0, 0, OLE_S_FIRST, S_OK, S_OK, 10}};
+    const auto allocator = NewTestAllocator();
+    ASSERT_EQ(CommitBuffers(*allocator, 1, 10), S_OK);
     for (const Row& row : rows) {
         GatedSource source;
         source.gate.Set();
@@ -181,19 +140,21 @@ TEST(RequestQueueThreads, AShortReadFailsUnlessItEndsWithTheSource) {
         source.seekResult = row.seekResult;
         source.readResult = row.readResult;
         CAsyncRequestQueue queue(&source);
-        ASSERT_EQ(queue.SubmitRequest({.start = row.start, .length = 10}), S_OK);
+        const auto sample = TakeSample(*allocator);
+        ASSERT_EQ(queue.SubmitRequest({.start = row.start, .length = 10, .context = sample.Get()}), S_OK);
         const Collected got = Collect(queue);
         EXPECT_EQ(got.result, row.waited) << &row - rows;
         EXPECT_EQ(got.delivered, row.delivered) << &row - rows;
+        EXPECT_EQ(sample->IsDiscontinuity(), row.readResult == OLE_S_FIRST ? S_OK : S_FALSE);
         LONG delivered = 0;
-        EXPECT_EQ(queue.SyncReadAligned(row.start, 10, nullptr, &delivered, nullptr), row.direct)
-            << &row - rows;
-        EXPECT_EQ(queue.SyncRead(row.start, 10, nullptr), row.direct);
+        EXPECT_EQ(queue.SyncReadAligned(row.start, 10, nullptr, &delivered, nullptr), row.direct);
+        EXPECT_EQ(queue.SyncRead(row.start, 10, nullptr), row.direct) << &row - rows;
         EXPECT_EQ(delivered, row.delivered);
     }
+    allocator->Decommit();
 }
 
-TEST(RequestQueueThreads, RefusesWhatIsntAlignedAndGivesNoRequestAwayWithoutMemory) {
+TEST(RequestQueue, RefusesWhatIsntAlignedAndGivesNoRequestAwayWithoutMemory) {
     GatedSource source;
     source.gate.Set();
     source.alignment = 8;
@@ -204,56 +165,67 @@ TEST(RequestQueueThreads, RefusesWhatIsntAlignedAndGivesNoRequestAwayWithoutMemo
               VFW_E_BADALIGN);
     EXPECT_EQ(queue.SyncReadAligned(8, 8, buffer + 1, &delivered, nullptr), VFW_E_BADALIGN);
     EXPECT_EQ(queue.SyncRead(7, 3, buffer + 1), S_OK);
-    HRESULT withoutThread = S_OK;
+    const auto submit = [&] { return queue.SubmitRequest({.length = 3}); };
     {
         const FailingAllocator heap(1);  // for the request, but not for the thread
-        withoutThread = queue.SubmitRequest({.length = 3});
+        EXPECT_EQ(static_cast<uint32_t>(submit()), 0x80070008U);
     }
-    EXPECT_EQ(static_cast<uint32_t>(withoutThread), 0x80070008U);
-    EXPECT_EQ(queue.SubmitRequest({.length = 3}), S_OK);
-    EXPECT_EQ(Collect(queue).result, S_OK);
-    const auto submit = [&] { return queue.SubmitRequest({.length = 3}); };
-    const auto nothing = [&] { EXPECT_EQ(Collect(queue, 0).result, VFW_E_TIMEOUT); };
-    EXPECT_EQ(RunWithMoreMemory(E_OUTOFMEMORY, submit, nothing), S_OK);
-    EXPECT_EQ(Collect(queue).result, S_OK);
+    EXPECT_EQ(submit(), S_OK);
+    EXPECT_EQ(RunWithMoreMemory(E_OUTOFMEMORY, submit, [] {}), S_OK);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(Collect(queue).result, S_OK);
+    EXPECT_EQ(Collect(queue, 0).result, VFW_E_TIMEOUT);  // no refused request was queued
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(submit(), S_OK);
+        EXPECT_EQ(Collect(queue).result, S_OK);
+    }
+    const FailingAllocator heap(1);  // for the request: the lists have their nodes by now
+    EXPECT_EQ(submit(), S_OK);
 }
 
-// The filter over a stream, and what a graph holds of it.
+// The filter over a stream of the bytes 0, 1, …, and what a graph holds of it.
 class MemReaderThreads : public testing::Test {
 protected:
+    static constexpr REFERENCE_TIME kByte = kTimeUnitsPerSecond;
+
     void Open(size_t size) {
-        m_stream = std::make_unique<ByteStream>(Bytes(size));
-        m_source = std::make_unique<CMemStream>(m_stream.get());
+        std::vector<uint8_t> bytes(size);
+        std::iota(bytes.begin(), bytes.end(), uint8_t{0});
+        m_stream = std::make_unique<ByteStream>(bytes);
+        source = std::make_unique<CMemStream>(m_stream.get());
         HRESULT result = S_OK;
         AM_MEDIA_TYPE type = {};
         type.majortype = MEDIATYPE_Stream;
-        filter = RefPtr<CMemReader>::Retain(new CMemReader(m_source.get(), type, &result));
-        ASSERT_EQ(result, S_OK);
+        filter = RefPtr<CMemReader>::Retain(new CMemReader(source.get(), type, &result));
         ASSERT_EQ(filter->FindPin(u"Output", pin.Put()), S_OK);
         reader = Ask<IAsyncReader>(pin.Get(), IID_IAsyncReader);
-        ASSERT_TRUE(reader);
         ALLOCATOR_PROPERTIES wanted = {.cBuffers = 2, .cbBuffer = 64, .cbAlign = 0, .cbPrefix = 0};
         ASSERT_EQ(reader->RequestAllocator(nullptr, &wanted, allocator.Put()), S_OK);
-        EXPECT_EQ(wanted.cbAlign, 1);
         ASSERT_EQ(allocator->Commit(), S_OK);
     }
-    void TearDown() override { allocator->Decommit(); }
-    RefPtr<IMediaSample> Sample(REFERENCE_TIME start, REFERENCE_TIME stop) {
+    // As a graph ends: the stream goes first, and one face of the pin keeps the filter.
+    void TearDown() override {
+        allocator->Decommit();
+        source.reset();
+        m_stream.reset();
+        filter.Reset();
+        pin.Reset();
+        EXPECT_EQ(reader->BeginFlush(), S_OK);
+    }
+    RefPtr<IMediaSample> Sample(int64_t position, int64_t length) {
+        REFERENCE_TIME start = position * kByte, stop = (position + length) * kByte;
         auto sample = TakeSample(*allocator);
         sample->SetTime(&start, &stop);
         return sample;
     }
     // Asks for bytes and waits for them: the first one, or the failure; `delivered` gets how many came.
     int ReadFirst(int64_t position, int64_t length, LONG& delivered) {
-        const auto sample = Sample(position * kByte, (position + length) * kByte);
-        HRESULT result = reader->Request(sample.Get(), 5);
-        if (FAILED(result)) return result;
+        const auto sample = Sample(position, length);
+        if (const HRESULT result = reader->Request(sample.Get(), 5); FAILED(result)) return result;
         IMediaSample* same = nullptr;
         DWORD_PTR user = 0;
-        result = reader->WaitForNext(INFINITE, &same, &user);
+        EXPECT_EQ(reader->WaitForNext(INFINITE, &same, &user), S_OK);
         EXPECT_EQ(same, sample.Get());
         EXPECT_EQ(user, 5U);
-        if (FAILED(result)) return result;
         delivered = same->GetActualDataLength();
         REFERENCE_TIME start = 0, stop = 0;
         EXPECT_EQ(same->GetTime(&start, &stop), S_OK);
@@ -264,7 +236,7 @@ protected:
     }
 
     std::unique_ptr<ByteStream> m_stream;
-    std::unique_ptr<CMemStream> m_source;
+    std::unique_ptr<CMemStream> source;
     RefPtr<CMemReader> filter;
     RefPtr<IPin> pin;
     RefPtr<IAsyncReader> reader;
@@ -292,18 +264,10 @@ TEST_F(MemReaderThreads, ReadsOnFromWhereItStandsAndFromTheStartAgain) {
         EXPECT_EQ(ReadFirst(row.position, row.length, delivered), row.first) << &row - rows;
         EXPECT_EQ(delivered, row.delivered) << &row - rows;
     }
-    EXPECT_EQ(m_source->Position(), 20);
-    const auto sample = Sample(30 * kByte, 38 * kByte);
+    EXPECT_EQ(source->Position(), 20);
+    const auto sample = Sample(30, 8);
     EXPECT_EQ(reader->SyncReadAligned(sample.Get()), S_OK);
     EXPECT_EQ(sample->GetActualDataLength(), 8);
-    BYTE buffer[4] = {};
-    EXPECT_EQ(reader->SyncRead(0, 4, buffer), S_OK);
-    EXPECT_EQ(buffer[3], 3);
-    LONGLONG total = 0, available = 0;
-    EXPECT_EQ(reader->Length(&total, &available), S_OK);
-    EXPECT_EQ(total, 100);
-    EXPECT_EQ(available, 100);
-    EXPECT_EQ(reader->WaitForNext(0, nullptr, nullptr), E_POINTER);
 }
 
 TEST_F(MemReaderThreads, AStreamWithoutBytesOrWithoutSeekGivesNone) {
@@ -311,12 +275,9 @@ TEST_F(MemReaderThreads, AStreamWithoutBytesOrWithoutSeekGivesNone) {
     LONG delivered = 9;
     EXPECT_EQ(ReadFirst(0, 64, delivered), 0);
     EXPECT_EQ(delivered, 0);
-    ByteStream unseekable(Bytes(10));
+    ByteStream unseekable({1, 2, 3});
     unseekable.failFromCall = 0;
-    CMemStream source(&unseekable);
-    EXPECT_EQ(source.Size(nullptr), 0);
-    EXPECT_EQ(source.SetPointer(5), E_FAIL);
-    EXPECT_EQ(source.Position(), 0);
+    EXPECT_EQ(CMemStream(&unseekable).Size(nullptr), 0);
 }
 
 TEST_F(MemReaderThreads, ConnectsWithAPinThatAsksForTheReader) {
@@ -324,24 +285,19 @@ TEST_F(MemReaderThreads, ConnectsWithAPinThatAsksForTheReader) {
     auto sink = NewTestFilter(PINDIR_INPUT);
     TestPin& input = *sink->pins[0];
     EXPECT_EQ(pin->Connect(&input, nullptr), VFW_E_NO_TRANSPORT);
-    EXPECT_FALSE(input.IsConnected());
     input.onComplete = [](IPin* peer) { EXPECT_TRUE(Ask<IAsyncReader>(peer, IID_IAsyncReader)); };
-    AM_MEDIA_TYPE wish = TypeNumber(0);
-    EXPECT_EQ(pin->Connect(&input, &wish), VFW_E_NO_ACCEPTABLE_TYPES);  // audio isn't bytes
+    AM_MEDIA_TYPE wish = TypeNumber(7);           // the source's own subtype is open
+    EXPECT_EQ(pin->QueryAccept(&wish), S_FALSE);  // audio isn't bytes
     wish.majortype = MEDIATYPE_Stream;
     EXPECT_EQ(pin->QueryAccept(&wish), S_OK);
-    wish.subtype = MEDIASUBTYPE_PCM;  // the source's own is open
-    EXPECT_EQ(pin->QueryAccept(&wish), S_OK);
     EXPECT_EQ(pin->Connect(&input, nullptr), S_OK);
-    EXPECT_EQ(filter->Run(0), S_OK);
-    EXPECT_EQ(filter->Stop(), S_OK);
     EXPECT_EQ(pin->Disconnect(), S_OK);
     EXPECT_EQ(input.Disconnect(), S_OK);
 }
 
 TEST_F(MemReaderThreads, TakesTheAllocatorThatIsOfferedWhereItCan) {
     Open(10);
-    ALLOCATOR_PROPERTIES wanted = {.cBuffers = 1, .cbBuffer = 8, .cbAlign = 1, .cbPrefix = 0};
+    ALLOCATOR_PROPERTIES wanted = {.cBuffers = 1, .cbBuffer = 8, .cbAlign = 0, .cbPrefix = 0};
     const auto offered = NewTestAllocator();
     RefPtr<IMemAllocator> actual;
     EXPECT_EQ(reader->RequestAllocator(offered.Get(), &wanted, actual.Put()), S_OK);
@@ -349,21 +305,7 @@ TEST_F(MemReaderThreads, TakesTheAllocatorThatIsOfferedWhereItCan) {
     EXPECT_EQ(reader->RequestAllocator(allocator.Get(), &wanted, actual.Put()), S_OK);  // that one is in use
     EXPECT_NE(actual.Get(), allocator.Get());
     wanted.cbPrefix = -1;
-    EXPECT_EQ(reader->RequestAllocator(nullptr, &wanted, actual.Put()), E_INVALIDARG);
-    EXPECT_EQ(actual.Get(), nullptr);
-    EXPECT_EQ(reader->RequestAllocator(nullptr, nullptr, actual.Put()), E_POINTER);
-}
-
-TEST_F(MemReaderThreads, TheStreamMayGoBeforeTheFilterAndEitherPinFaceKeepsIt) {
-    Open(100);
-    LONG delivered = 0;
-    EXPECT_EQ(ReadFirst(0, 10, delivered), 0);
-    m_source.reset();
-    m_stream.reset();
-    filter.Reset();
-    pin.Reset();
-    EXPECT_EQ(reader->BeginFlush(), S_OK);
-    EXPECT_EQ(reader->EndFlush(), S_OK);
+    EXPECT_EQ(reader->RequestAllocator(offered.Get(), &wanted, actual.Put()), E_INVALIDARG);
 }
 
 }  // namespace

@@ -1,13 +1,16 @@
-// A filter with pins that note what is asked of them and answer as a test tells them.
+// A filter with pins that note what is asked of them and answer as a test tells them; and an allocator as its
+// users hold it.
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "AudioCodec/graph/filter/CBaseFilter.h"
 #include "AudioCodec/graph/filter/CBasePin.h"
+#include "AudioCodec/graph/filter/CMemAllocator.h"
 
 // A type that is told from others by a number; 0 leaves the subtype open. A format makes it fully specified.
 inline AM_MEDIA_TYPE TypeNumber(uint32_t subtype, BYTE* format = nullptr) {
@@ -24,23 +27,22 @@ inline AM_MEDIA_TYPE TypeNumber(uint32_t subtype, BYTE* format = nullptr) {
 
 class TestPin final : public CBasePin {
 public:
-    TestPin(CBaseFilter* filter, CCritSec* lock, const WCHAR* name, PIN_DIRECTION direction)
-        : CBasePin(filter, lock, name, direction) {}
+    using CBasePin::CBasePin;
 
-    std::string calls;  // a letter for each
-    std::vector<uint32_t> types;
+    std::string calls;                // a letter for each
+    std::map<char, HRESULT> answers;  // to those calls, where they aren't 0
+    std::vector<uint32_t> types = {1};
     std::function<HRESULT(uint32_t)> check = [](uint32_t) { return S_OK; };
-    HRESULT active = S_OK, inactive = S_OK, complete = S_OK;
-    std::function<void(IPin*)> onComplete;
-    void ChangeTypes() { IncrementTypeVersion(); }
+    std::function<void(IPin*)> onComplete = [](IPin*) {};
+    using CBasePin::IncrementTypeVersion;
 
-    HRESULT Active() override { return Note('A', active); }
-    HRESULT Inactive() override { return Note('I', inactive); }
-    HRESULT Run(REFERENCE_TIME) override { return Note('R', S_OK); }
-    HRESULT BreakConnect() override { return Note('B', S_OK); }
+    HRESULT Active() override { return Note('A'); }
+    HRESULT Inactive() override { return Note('I'); }
+    HRESULT Run(REFERENCE_TIME) override { return Note('R'); }
+    HRESULT BreakConnect() override { return Note('B'); }
     HRESULT CompleteConnect(IPin* peer) override {
-        if (onComplete) onComplete(peer);
-        return Note('C', complete);
+        onComplete(peer);
+        return Note('C');
     }
     HRESULT CheckMediaType(const AM_MEDIA_TYPE& type) override { return check(type.subtype.Data1); }
     HRESULT GetMediaType(int index, CMediaTypeValue* type) override {
@@ -52,27 +54,23 @@ public:
     HRESULT EndFlush() override { return S_OK; }
 
 private:
-    HRESULT Note(char call, HRESULT result) {
+    HRESULT Note(char call) {
         calls += call;
-        return result;
+        return answers[call];
     }
 };
 
 class TestFilter final : public CBaseFilter {
 public:
-    explicit TestFilter(PIN_DIRECTION direction, int pinCount = 1, bool* deleted = nullptr)
-        : CBaseFilter(u"test", nullptr, &m_filterLock, CLSID_FilterGraph), m_deleted(deleted) {
+    TestFilter(PIN_DIRECTION direction, int pinCount)
+        : CBaseFilter(u"test", nullptr, &m_filterLock, CLSID_FilterGraph) {
         for (int i = 0; i < pinCount; ++i) {
-            const std::u16string name = {u'p', static_cast<char16_t>(u'0' + i)};
-            pins.push_back(std::make_unique<TestPin>(this, &m_filterLock, name.c_str(), direction));
+            pins.push_back(std::make_unique<TestPin>(this, &m_filterLock, u"pin", direction));
         }
-    }
-    ~TestFilter() override {
-        if (m_deleted) *m_deleted = true;
     }
 
     std::vector<std::unique_ptr<TestPin>> pins;
-    void ChangePins() { IncrementPinVersion(); }
+    using CBaseFilter::IncrementPinVersion;
     int GetPinCount() override { return static_cast<int>(pins.size()); }
     CBasePin* GetPin(int index) override {
         return index < GetPinCount() ? pins[static_cast<size_t>(index)].get() : nullptr;
@@ -80,11 +78,10 @@ public:
 
 private:
     CCritSec m_filterLock;
-    bool* m_deleted;
 };
 
-inline RefPtr<TestFilter> NewTestFilter(PIN_DIRECTION direction, int pinCount = 1, bool* deleted = nullptr) {
-    return RefPtr<TestFilter>::Retain(new TestFilter(direction, pinCount, deleted));
+inline RefPtr<TestFilter> NewTestFilter(PIN_DIRECTION direction, int pinCount = 1) {
+    return RefPtr<TestFilter>::Retain(new TestFilter(direction, pinCount));
 }
 
 template <class Interface>
@@ -92,4 +89,23 @@ RefPtr<Interface> Ask(IUnknown* object, const GUID& iid) {
     void* face = nullptr;
     object->QueryInterface(iid, &face);
     return RefPtr<Interface>::Adopt(static_cast<Interface*>(face));
+}
+
+inline RefPtr<IMemAllocator> NewTestAllocator() {
+    HRESULT result = S_OK;
+    return RefPtr<IMemAllocator>::Retain(new CMemAllocator(nullptr, &result));
+}
+
+// Agrees on sizes and commits.
+inline HRESULT CommitBuffers(IMemAllocator& allocator, LONG count, LONG size) {
+    ALLOCATOR_PROPERTIES wanted = {.cBuffers = count, .cbBuffer = size, .cbAlign = 1, .cbPrefix = 0};
+    ALLOCATOR_PROPERTIES actual = {};
+    const HRESULT result = allocator.SetProperties(&wanted, &actual);
+    return FAILED(result) ? result : allocator.Commit();
+}
+
+inline RefPtr<IMediaSample> TakeSample(IMemAllocator& allocator, DWORD flags = 0) {
+    RefPtr<IMediaSample> sample;
+    allocator.GetBuffer(sample.Put(), nullptr, nullptr, flags);
+    return sample;
 }

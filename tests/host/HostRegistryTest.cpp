@@ -51,13 +51,16 @@ TEST_F(HostRegistry, TheModuleThatIsNamedGoesFirstAndARegisteredFileThatIsGoneCo
 TEST_F(HostRegistry, SaysThatTheRegistryCanNotBeWritten) {
     Vlwav("register");
     fs::permissions(m_folder / ".registry", fs::perms::owner_read);
-    const RunResult left = Vlwav("unregister");
-    EXPECT_EQ(left.exitCode, 1);
-    EXPECT_NE(left.err.find("registry"), std::string::npos) << left.err;
-    EXPECT_EQ(left.out, "");
-    const RunResult entered = Run("VELTO_REGISTRY=a.wav/registry '" VLWAV_PATH "' register");
-    EXPECT_EQ(entered.exitCode, 1);
-    EXPECT_EQ(entered.out, "");
+    WriteBytes("text", std::string(5000, 't'));
+    for (const char* command :
+         {"VELTO_REGISTRY=a.wav/registry '" VLWAV_PATH "' register",
+          "VELTO_REGISTRY=text '" VLWAV_PATH "' register", "VELTO_REGISTRY=text '" VLWAV_PATH "' unregister",
+          "'" VLWAV_PATH "' unregister"}) {
+        const RunResult refused = Run(command);
+        EXPECT_EQ(refused.exitCode, 1) << command;
+        EXPECT_NE(refused.err.find("registry"), std::string::npos) << refused.err;
+        EXPECT_EQ(refused.out, "");
+    }
 }
 
 TEST_F(HostRegistry, ReadingAFileWhereNothingIsRegisteredLoadsNoDatabase) {

@@ -1,5 +1,5 @@
 #include "platform/loader/ModuleEntry.h"
-#include "tests/platform/EntryModule.h"
+#include "tests/support/ModuleLog.h"
 
 namespace {
 
@@ -7,8 +7,8 @@ HMODULE s_instance = nullptr;
 
 BOOL Entry(HMODULE instance, DWORD reason, void*) {
     if (reason == DLL_PROCESS_ATTACH) s_instance = instance;
-    Record((reason == DLL_PROCESS_ATTACH ? "attached" : "detached") +
-           std::string(instance == s_instance ? "" : " with another handle"));
+    RecordEvent((reason == DLL_PROCESS_ATTACH ? "attached" : "detached") +
+                std::string(instance == s_instance ? "" : " with another handle"));
     return TRUE;
 }
 

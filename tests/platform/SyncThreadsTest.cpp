@@ -16,52 +16,41 @@ namespace {
 
 using namespace std::chrono_literals;
 
-template <class Work>
-void OnThreads(int count, Work work) {
-    std::vector<std::jthread> threads;
-    threads.reserve(static_cast<size_t>(count));
-    for (int i = 0; i < count; ++i) threads.emplace_back(work);
-}
-
 constexpr int kThreads = 4, kSteps = 2000;
 
-TEST(SyncThreads, ACriticalSectionKeepsOthersOutUntilTheLastLeave) {
+// Enters twice each time, and is still inside when it has left once.
+template <class Enter, class Leave>
+void ExpectOneAtATime(Enter enter, Leave leave) {
+    int64_t counter = 0;  // not atomic: a hole in the lock is a data race, and loses counts
+    std::vector<std::jthread> threads(kThreads);
+    for (auto& thread : threads) {
+        thread = std::jthread([&] {
+            for (int i = 0; i < kSteps; ++i) {
+                enter();
+                enter();
+                const int64_t before = counter;
+                leave();
+                if (i % 64 == 0) std::this_thread::yield();
+                counter = before + 1;
+                leave();
+            }
+        });
+    }
+    threads.clear();
+    EXPECT_EQ(counter, kThreads * kSteps);
+}
+
+TEST(SyncThreads, CriticalSectionsAndMutexesKeepOthersOutUntilTheLastLeave) {
     CRITICAL_SECTION section = {};
     InitializeCriticalSection(&section);
-    int64_t counter = 0;  // not atomic: a hole in the lock is a data race, and loses counts
-    OnThreads(kThreads, [&] {
-        for (int i = 0; i < kSteps; ++i) {
-            EnterCriticalSection(&section);
-            EnterCriticalSection(&section);
-            const int64_t before = counter;
-            LeaveCriticalSection(&section);
-            if (i % 64 == 0) std::this_thread::yield();  // still inside once
-            counter = before + 1;
-            LeaveCriticalSection(&section);
-        }
-    });
-    EXPECT_EQ(counter, kThreads * kSteps);
+    ExpectOneAtATime([&] { EnterCriticalSection(&section); }, [&] { LeaveCriticalSection(&section); });
     DeleteCriticalSection(&section);
-}
-
-TEST(SyncThreads, AMutexKeepsOthersOutUntilTheLastRelease) {
     const UniqueHandle mutex(CreateMutexA(nullptr, FALSE, nullptr));
-    int64_t counter = 0;
-    OnThreads(kThreads, [&] {
-        for (int i = 0; i < kSteps; ++i) {
-            ASSERT_EQ(WaitForSingleObject(mutex.get(), INFINITE), WAIT_OBJECT_0);
-            ASSERT_EQ(WaitForSingleObject(mutex.get(), 0), WAIT_OBJECT_0);
-            const int64_t before = counter;
-            ASSERT_TRUE(ReleaseMutex(mutex.get()));
-            if (i % 64 == 0) std::this_thread::yield();
-            counter = before + 1;
-            ASSERT_TRUE(ReleaseMutex(mutex.get()));
-        }
-    });
-    EXPECT_EQ(counter, kThreads * kSteps);
+    ExpectOneAtATime([&] { ASSERT_EQ(WaitForSingleObject(mutex.get(), INFINITE), WAIT_OBJECT_0); },
+                     [&] { ASSERT_TRUE(ReleaseMutex(mutex.get())); });
 }
 
-TEST(SyncThreads, AWaitEndsByItsTimeOrWithTheRelease) {
+TEST(SyncThreads, AWaitEndsByItsTimeOrWithTheReleaseByTheOwnerAlone) {
     const UniqueHandle mutex(CreateMutexA(nullptr, TRUE, nullptr));
     std::atomic<bool> timedOut = false;
     std::jthread other([&] {
@@ -69,6 +58,8 @@ TEST(SyncThreads, AWaitEndsByItsTimeOrWithTheRelease) {
         EXPECT_EQ(WaitForSingleObject(mutex.get(), 0), WAIT_TIMEOUT);
         EXPECT_EQ(WaitForSingleObject(mutex.get(), 30), WAIT_TIMEOUT);
         EXPECT_GE(std::chrono::steady_clock::now() - start, 30ms);
+        EXPECT_FALSE(ReleaseMutex(mutex.get()));
+        EXPECT_EQ(GetLastError(), ERROR_NOT_OWNER);
         timedOut = true;
         EXPECT_EQ(WaitForSingleObject(mutex.get(), 60000), WAIT_OBJECT_0);
         EXPECT_TRUE(ReleaseMutex(mutex.get()));
@@ -78,18 +69,6 @@ TEST(SyncThreads, AWaitEndsByItsTimeOrWithTheRelease) {
     EXPECT_TRUE(ReleaseMutex(mutex.get()));
     other.join();
     EXPECT_EQ(WaitForSingleObject(mutex.get(), 0), WAIT_OBJECT_0);
-}
-
-TEST(SyncThreads, OnlyTheOwnerReleasesAndNoMoreThanItTook) {
-    const UniqueHandle mutex(CreateMutexA(nullptr, TRUE, nullptr));
-    std::jthread([&] {
-        EXPECT_FALSE(ReleaseMutex(mutex.get()));
-        EXPECT_EQ(GetLastError(), ERROR_NOT_OWNER);
-    }).join();
-    EXPECT_TRUE(ReleaseMutex(mutex.get()));
-    SetLastError(0);
-    EXPECT_FALSE(ReleaseMutex(mutex.get()));
-    EXPECT_EQ(GetLastError(), ERROR_NOT_OWNER);
 }
 
 TEST(SyncThreads, AManualEventStaysSetAndAnAutomaticOneLetsOneWaitThrough) {

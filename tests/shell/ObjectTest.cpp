@@ -52,64 +52,6 @@ TEST(Object, BuffersGoBackThroughAnyObject) {
     object->Free(nullptr);
 }
 
-// A forwarder that calls the wrong neighbour shows here; what the operations do is the store's matter.
-TEST(Object, ForwardsEveryOperationToItsStore) {
-    auto object = RefPtr<SampleObject>::Retain(new SampleObject);
-    auto source = RefPtr<SampleObject>::Retain(new SampleObject);
-    const uint32_t longs[] = {1, 2};
-    const uint64_t wides[] = {3};
-    const uint8_t bytes[] = {4, 5, 6};
-    void* pointers[] = {&object};
-    EXPECT_EQ(object->SetLong(10, 7), RESULT_OK);
-    EXPECT_EQ(object->SetBool(11, 1), RESULT_OK);
-    EXPECT_EQ(object->SetLongArray(12, longs, 2), RESULT_OK);
-    EXPECT_EQ(object->SetString(13, u"text"), RESULT_OK);
-    EXPECT_EQ(object->SetData(14, bytes, 3), RESULT_OK);
-    EXPECT_EQ(object->SetLong64(15, 8), RESULT_OK);
-    EXPECT_EQ(object->SetLong64Array(16, wides, 1), RESULT_OK);
-    EXPECT_EQ(object->SetPointer(17, &object), RESULT_OK);
-    EXPECT_EQ(object->SetPointerArray(18, pointers, 1), RESULT_OK);
-    EXPECT_EQ(object->GetAttributeCount(), 10u);
-    for (uint32_t i = 1, id = 0, type = 0; i < 10; ++i) {
-        const uint32_t kTypes[] = {
-            0,          STORE_LONG,   STORE_BOOL,         STORE_LONG_ARRAY, STORE_STRING,
-            STORE_DATA, STORE_LONG64, STORE_LONG64_ARRAY, STORE_POINTER,    STORE_POINTER_ARRAY};
-        EXPECT_EQ(object->GetAttributeByIndex(i, &id, &type), RESULT_OK);
-        EXPECT_EQ(id, 9 + i);
-        EXPECT_EQ(type, kTypes[i]);
-    }
-    EXPECT_EQ(object->GetLong(10), 7u);
-    EXPECT_TRUE(object->GetBool(11));
-    EXPECT_EQ(object->GetLong64(15), 8u);
-    const auto given = [&](auto get, auto* values, uint32_t expected) {
-        uint32_t count = 0;
-        EXPECT_EQ((object.Get()->*get.first)(get.second, &values, &count), RESULT_OK);
-        EXPECT_EQ(count, expected);
-        object->Free(values);
-    };
-    using Store = IAttributeContainer64;
-    given(std::pair(&Store::GetLongArray, 12u), static_cast<uint32_t*>(nullptr), 2);
-    given(std::pair(&Store::GetData, 14u), static_cast<uint8_t*>(nullptr), 3);
-    given(std::pair(&Store::GetLong64Array, 16u), static_cast<uint64_t*>(nullptr), 1);
-    given(std::pair(&Store::GetPointerArray, 18u), static_cast<void**>(nullptr), 1);
-    void* pointer = nullptr;
-    EXPECT_EQ(object->GetPointer(17, &pointer), RESULT_OK);
-    EXPECT_EQ(pointer, &object);
-
-    EXPECT_EQ(object->AddInterface(&IID_ISample, source.Get(), 1), RESULT_OK);
-    EXPECT_EQ(object->GetInterfaceCount(), 1u);
-    EXPECT_EQ(object->GetInterfaceCountById(&IID_ISample), 1u);
-    RefPtr<IBase> held;
-    EXPECT_EQ(object->GetInterface(&IID_ISample, 0, reinterpret_cast<void**>(held.Put())), RESULT_OK);
-    EXPECT_EQ(held.Get(), source.Get());
-    EXPECT_EQ(object->RemoveInterface(&IID_ISample, source.Get()), RESULT_OK);
-    EXPECT_STREQ(object->GetAttributeIdText(1), "0x00000001 (type:BOOL)");
-    source->SetString(0x04000001, u"copied");
-    EXPECT_EQ(object->CopyAttribute(0x04000001, source.Get()), 12u);
-    object->Clear();
-    EXPECT_EQ(object->GetAttributeCount(), 0u);
-}
-
 TEST(CreateObject, GivesTheFirstReferenceOrACode) {
     std::atomic<int> deleted = 0;
     ISample* sample = nullptr;

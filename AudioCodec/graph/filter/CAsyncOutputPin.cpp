@@ -52,7 +52,7 @@ HRESULT CAsyncOutputPin::SyncReadAligned(IMediaSample* sample) {
     if (const HRESULT result = PrepareRead(*sample, wish); FAILED(result)) return result;
     LONG delivered = 0;
     const HRESULT result = m_queue->SyncReadAligned(wish.start, wish.length, wish.buffer, &delivered, sample);
-    if (SUCCEEDED(result)) sample->SetActualDataLength(delivered);
+    sample->SetActualDataLength(delivered);
     return result;
 }
 

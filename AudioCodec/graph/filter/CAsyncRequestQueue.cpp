@@ -133,13 +133,13 @@ DWORD CAsyncRequestQueue::RunWorker(void* queue) {
 void CAsyncRequestQueue::Work() {
     constexpr DWORD kWork = WAIT_OBJECT_0 + 1;
     const HANDLE events[] = {m_stopEvent.Handle(), m_workEvent.Handle()};  // stop wins
-    while (WaitForMultipleObjects(2, events, FALSE, INFINITE) == kWork) RunAll();
+    // Its node takes a request from list to list, so that a finished one can't be lost for want of memory.
+    CPointerList<CAsyncReadRequest> running;
+    while (WaitForMultipleObjects(2, events, FALSE, INFINITE) == kWork) RunAll(running);
 }
 
-// Runs requests until none waits. One that runs is on a list of its own: its node takes it from list to list,
-// so that a finished request can't be lost for want of memory.
-void CAsyncRequestQueue::RunAll() {
-    CPointerList<CAsyncReadRequest> running;
+// Runs requests until none waits.
+void CAsyncRequestQueue::RunAll(CPointerList<CAsyncReadRequest>& running) {
     for (;;) {
         CAsyncReadRequest* request = nullptr;
         {

@@ -55,7 +55,7 @@ public:
 private:
     static DWORD RunWorker(void* queue);
     void Work();
-    void RunAll();
+    void RunAll(CPointerList<CAsyncReadRequest>& running /*empty before and behind*/);
     HRESULT StartThread() VL_REQUIRES(m_listsLock);
     // The next request to collect, or null. `none` tells whether there will be none before the flush ends.
     std::unique_ptr<CAsyncReadRequest> TakeDone(bool& none);

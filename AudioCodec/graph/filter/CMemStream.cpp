@@ -34,7 +34,8 @@ HRESULT CMemStream::Seek(int64_t move, DWORD origin, int64_t& reached) {
     LARGE_INTEGER distance = {};
     distance.QuadPart = move;
     ULARGE_INTEGER place = {};
+    place.QuadPart = static_cast<uint64_t>(reached);
     const HRESULT result = m_stream->Seek(distance, origin, &place);
-    if (SUCCEEDED(result)) reached = static_cast<int64_t>(place.QuadPart);
+    reached = static_cast<int64_t>(place.QuadPart);
     return result;
 }

@@ -1,7 +1,8 @@
 // A caller's stream as a source of bytes. Holds no bytes itself: all of them are read from that stream on
 // demand. The size is the one that the stream told at construction.
 //
-// Where a seek fails, the stream is taken to stand where it stood. Any thread.
+// Where it stands is what it tells, also with a failed seek; one that tells nothing stands where it stood.
+// Any thread.
 #pragma once
 
 #include "AudioCodec/graph/filter/CAsyncStream.h"
@@ -10,7 +11,7 @@
 
 class CMemStream final : public CAsyncStream {
 public:
-    // Rewinds the stream, which isn't counted and outlives this object. One that can't be sought has size 0.
+    // Rewinds the stream, which isn't counted and outlives this object. One that tells no place has size 0.
     // Throws std::bad_alloc.
     explicit CMemStream(IStream* stream);
 

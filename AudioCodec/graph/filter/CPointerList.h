@@ -28,13 +28,9 @@ public:
 
     // False, and nothing added, where there is no memory.
     [[nodiscard]] bool AddTail(T* pointer) {
-        Node* node = m_cache;
-        if (node) {
-            m_cache = node->next;
-            --m_cached;
-        } else if (node = new (std::nothrow) Node; !node) {
-            return false;
-        }
+        Node* node = TakeKept();
+        if (!node) node = new (std::nothrow) Node;
+        if (!node) return false;
         node->pointer = pointer;
         LinkTail(node);
         return true;
@@ -55,10 +51,11 @@ public:
         return pointer;
     }
     // Moves the head with its node to the tail of another list, which needs no memory. The pointer, or null
-    // if there is none.
+    // if there is none. A freed node of that list comes back, so that the nodes don't all end up there.
     T* MoveHeadTo(CPointerList& other) {
         if (!m_head) return nullptr;
         Node* node = UnlinkHead();
+        if (Node* freed = other.TakeKept()) Keep(freed);
         other.LinkTail(node);
         return node->pointer;
     }
@@ -85,6 +82,14 @@ private:
         Node* node = std::exchange(m_head, m_head->next);
         (m_head ? m_head->previous : m_tail) = nullptr;
         --m_count;
+        return node;
+    }
+    Node* TakeKept() {  // null if there is none
+        Node* node = m_cache;
+        if (node) {
+            m_cache = node->next;
+            --m_cached;
+        }
         return node;
     }
     void Keep(Node* node) {

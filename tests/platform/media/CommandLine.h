@@ -1,6 +1,7 @@
 // Files and decodings made by the ffmpeg command line, which has no part in what is tested.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -19,23 +20,33 @@ inline std::vector<uint8_t> OutputOf(const std::string& command) {
     return bytes;
 }
 
-// A tone and noise, loud enough to be clipped here and there, in as many channels.
+// A tone and noise, beyond full scale here and there, in as many channels. A pipe may stand in the options.
 inline void MakeFile(const std::string& path, int channels, int rate, const std::string& options,
                      const std::string& seconds = "2.37") {
     std::string signal;
     for (int channel = 0; channel < channels; ++channel) {
         if (channel) signal += "|";
-        signal += "0.8*sin(" + std::to_string(300 + 70 * channel) + "*t*6.28)+0.4*(random(" +
+        signal += "0.9*sin(" + std::to_string(300 + 70 * channel) + "*t*6.28)+0.4*(random(" +
                   std::to_string(channel) + ")-0.5)";
     }
     OutputOf("ffmpeg -v error -nostdin -y -f lavfi -i \"aevalsrc='" + signal + "':s=" + std::to_string(rate) +
              ":d=" + seconds + "\" " + options + " '" + path + "'");
 }
 
-inline std::vector<int16_t> DecodedByFFmpeg(const std::string& path) {
+template <class Sample = int16_t>
+std::vector<Sample> DecodedByFFmpeg(const std::string& path) {
+    const std::string form = sizeof(Sample) == 2 ? "s16le" : "s32le";
     const std::vector<uint8_t> bytes =
-        OutputOf("ffmpeg -v error -nostdin -i '" + path + "' -f s16le -c:a pcm_s16le -");
-    std::vector<int16_t> samples(bytes.size() / 2);
-    std::memcpy(samples.data(), bytes.data(), samples.size() * 2);
+        OutputOf("ffmpeg -v error -nostdin -i '" + path + "' -f " + form + " -c:a pcm_" + form + " -");
+    std::vector<Sample> samples(bytes.size() / sizeof(Sample));
+    std::memcpy(samples.data(), bytes.data(), bytes.size());
+    return samples;
+}
+
+// Of whole numbers, which ffmpeg would cut off: to nearest, ties up, clipped.
+inline std::vector<int16_t> RoundedFromFFmpeg(const std::string& path) {
+    std::vector<int16_t> samples;
+    for (const int64_t sample : DecodedByFFmpeg<int32_t>(path))
+        samples.push_back(static_cast<int16_t>(std::min<int64_t>((sample + 0x8000) >> 16, 32767)));
     return samples;
 }

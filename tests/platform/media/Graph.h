@@ -1,5 +1,4 @@
-// Builds a graph as a reader of audio does: a source, the wrapper, and the stream reader filter out of its
-// own module.
+// Builds a graph as a reader of audio does: a source, the wrapper, and the stream reader filter.
 #pragma once
 
 #include <bit>
@@ -7,11 +6,15 @@
 #include <vector>
 
 #include "platform/loader/ClassFactory.h"
-#include "platform/loader/Library.h"
 #include "platform/media/GraphInterfaces.h"
 #include "platform/media/PinLists.h"
 #include "platform/media/streamreader/IStreamReaderControl.h"
 #include "tests/platform/media/SequentialSource.h"
+
+template <class T>
+HRESULT Create(const GUID& classId, const GUID& iid, RefPtr<T>& object) {
+    return CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, iid, std::bit_cast<void**>(object.Put()));
+}
 
 class Graph {
 public:
@@ -21,28 +24,22 @@ public:
 
     HRESULT Open(const std::u16string& path) {
         RefPtr<IBaseFilter> source;
-        HRESULT result = CoCreateInstance(CLSID_AsyncReader, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
-                                          std::bit_cast<void**>(source.Put()));
+        HRESULT result = Create(CLSID_AsyncReader, IID_IBaseFilter, source);
         if (FAILED(result)) return result;
         result = FaceOf<IFileSourceFilter>(source.Get(), IID_IFileSourceFilter)->Load(path.c_str(), nullptr);
         return FAILED(result) ? result : Open(*source);
     }
 
     HRESULT Open(IBaseFilter& source) {
-        HRESULT result = CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC_SERVER, IID_IGraphBuilder,
-                                          std::bit_cast<void**>(graph.Put()));
+        RefPtr<IBaseFilter> wrapper, last;
+        HRESULT result = Create(CLSID_FilterGraph, IID_IGraphBuilder, graph);
+        if (SUCCEEDED(result)) result = Create(CLSID_ACMWrapper, IID_IBaseFilter, wrapper);
+        if (SUCCEEDED(result)) result = Create(CLSID_StreamReader, IID_IBaseFilter, last);
         if (FAILED(result)) return result;
         control = FaceOf<IMediaControl>(graph.Get(), IID_IMediaControl);
         seeking = FaceOf<IMediaSeeking>(graph.Get(), IID_IMediaSeeking);
-        RefPtr<IBaseFilter> wrapper;
-        result = CoCreateInstance(CLSID_ACMWrapper, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
-                                  std::bit_cast<void**>(wrapper.Put()));
-        if (FAILED(result)) return result;
-        const auto last = StreamReader();
         reader = FaceOf<IStreamReaderControl>(last.Get(), IID_IStreamReaderControl);
-        graph->AddFilter(&source, u"Source");
-        graph->AddFilter(wrapper.Get(), u"MS ACM Wrapper");
-        graph->AddFilter(last.Get(), u"Reader");
+        for (IBaseFilter* filter : {&source, wrapper.Get(), last.Get()}) graph->AddFilter(filter, u"F");
         result = ConnectFilters(source, *wrapper);
         if (SUCCEEDED(result)) result = ConnectFilters(*wrapper, *last);
         if (SUCCEEDED(result)) result = reader->Initialize();
@@ -98,16 +95,6 @@ public:
     uint8_t ended = 0;
 
 private:
-    static RefPtr<IBaseFilter> StreamReader() {
-        const HMODULE module = LoadLibraryExA(VL_STREAM_READER, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-        const auto entry =
-            std::bit_cast<DllGetClassObjectFunction>(GetProcAddress(module, "DllGetClassObject"));
-        RefPtr<IClassFactory> factory;
-        RefPtr<IBaseFilter> filter;
-        entry(CLSID_StreamReader, IID_IClassFactory, std::bit_cast<void**>(factory.Put()));
-        factory->CreateInstance(nullptr, IID_IBaseFilter, std::bit_cast<void**>(filter.Put()));
-        return filter;
-    }
     HRESULT ConnectFilters(IBaseFilter& from, IBaseFilter& to) const {
         return graph->Connect(PinsOf(from, PINDIR_OUTPUT).front().Get(),
                               PinsOf(to, PINDIR_INPUT).front().Get());

@@ -2,10 +2,10 @@
 
 #include <fstream>
 
-#include "platform/media/MediaText.h"
 #include "tests/platform/TempFolder.h"
 #include "tests/platform/media/CommandLine.h"
 #include "tests/platform/media/Graph.h"
+#include "tests/support/ScopedFile.h"
 
 namespace {
 
@@ -16,27 +16,22 @@ bool IsMapped(const std::string& library) {
 }
 const bool s_mappedAtStart = IsMapped("libvlmedia") || IsMapped("libavformat");
 
-HRESULT Create(const GUID& classId, RefPtr<IUnknown>& object) {
-    return CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown,
-                            std::bit_cast<void**>(object.Put()));
-}
-
 TEST(MediaClasses, AreLoadedWhenTheFirstIsAskedFor) {
     EXPECT_FALSE(s_mappedAtStart);
     RefPtr<IUnknown> object;
     for (const GUID& id :
          {CLSID_FilterGraph, CLSID_AsyncReader, CLSID_WaveParser, CLSID_ACMWrapper, CLSID_StreamReader}) {
-        EXPECT_EQ(Create(id, object), S_OK);
+        EXPECT_EQ(Create(id, IID_IUnknown, object), S_OK);
     }
     EXPECT_TRUE(IsMapped("libavformat"));
-    EXPECT_EQ(Create(IID_IPin, object), REGDB_E_CLASSNOTREG);
+    EXPECT_EQ(Create(IID_IPin, IID_IUnknown, object), REGDB_E_CLASSNOTREG);
     EXPECT_FALSE(object);
 }
 
 // Run by the test below, in a process whose layer lies alone in its folder.
 TEST(MediaClasses, DISABLED_FailWithoutTheirLibrary) {
     RefPtr<IUnknown> object;
-    EXPECT_EQ(Create(CLSID_FilterGraph, object), CO_E_DLLNOTFOUND);
+    EXPECT_EQ(Create(CLSID_FilterGraph, IID_IUnknown, object), CO_E_DLLNOTFOUND);
 }
 TEST(MediaClasses, FailWhereTheirLibraryCannotBeLoaded) {
     const TempFolder folder;
@@ -96,10 +91,9 @@ public:
 };
 
 TEST(FilterGraphStates, GoFromTheLastFilterToTheFirstAndTellWhenTheyTakeTime) {
-    RefPtr<IUnknown> object;
-    ASSERT_EQ(Create(CLSID_FilterGraph, object), S_OK);
-    const auto graph = FaceOf<IGraphBuilder>(object.Get(), IID_IGraphBuilder);
-    const auto control = FaceOf<IMediaControl>(object.Get(), IID_IMediaControl);
+    RefPtr<IGraphBuilder> graph;
+    ASSERT_EQ(Create(CLSID_FilterGraph, IID_IGraphBuilder, graph), S_OK);
+    const auto control = FaceOf<IMediaControl>(graph.Get(), IID_IMediaControl);
     std::string log;
     const auto a = Make<SlowFilter>('a', log), b = Make<SlowFilter>('b', log), c = Make<SlowFilter>('c', log);
     for (const auto& filter : {b, a, c}) graph->AddFilter(filter.Get(), u"F");
@@ -122,10 +116,8 @@ TEST(FilterGraphStates, GoFromTheLastFilterToTheFirstAndTellWhenTheyTakeTime) {
 }
 
 TEST(FilterGraphConnections, GoWithTheGraphAndWithTheFilter) {
-    RefPtr<IUnknown> object;
-    ASSERT_EQ(Create(CLSID_FilterGraph, object), S_OK);
-    auto graph = FaceOf<IGraphBuilder>(object.Get(), IID_IGraphBuilder);
-    object.Reset();
+    RefPtr<IGraphBuilder> graph;
+    ASSERT_EQ(Create(CLSID_FilterGraph, IID_IGraphBuilder, graph), S_OK);
     std::string log;
     const auto a = Make<SlowFilter>('a', log), b = Make<SlowFilter>('b', log);
     RefPtr<IBaseFilter> found;
@@ -140,7 +132,8 @@ TEST(FilterGraphConnections, GoWithTheGraphAndWithTheFilter) {
     graph->AddFilter(b.Get(), u"B");
     ASSERT_EQ(graph->Connect(&a->out, &b->in), S_OK);
     found.Reset();
-    graph.Reset();
+    EXPECT_EQ(FaceOf<IMediaControl>(graph.Get(), IID_IMediaControl)->Run(), S_OK);
+    graph.Reset();  // without a stop
     EXPECT_FALSE(PeerOf(a->out));
     EXPECT_FALSE(a->IsShared());
     EXPECT_FALSE(b->IsShared());
@@ -154,10 +147,10 @@ TEST(GraphOpen, FailsForWhatIsNoAudioFileAndForASourceThatFails) {
 }
 
 TEST(GraphReading, NeedsARunningGraph) {
-    const TempFolder folder;
-    MakeFile(folder.Native("a.wav"), 1, 8000, "-c:a pcm_alaw", "0.1");
+    const ScopedFile file;
+    MakeFile(file.Path(), 1, 8000, "-c:a pcm_alaw", "0.1");
     Graph graph;
-    ASSERT_EQ(graph.Open(folder.Wide("a.wav")), S_OK);
+    ASSERT_EQ(graph.Open(file.Wide()), S_OK);
     graph.Read(10);
     EXPECT_EQ(graph.readResult, VFW_E_WRONG_STATE);
     EXPECT_EQ(graph.control->Pause(), S_OK);
@@ -174,11 +167,9 @@ TEST(GraphReading, NeedsARunningGraph) {
 }
 
 TEST(GraphReading, EndsEarlyWhereTheSourceFails) {
-    const TempFolder folder;
-    MakeFile(folder.Native("a.wav"), 1, 44100, "-c:a adpcm_ms", "6");
-    std::ifstream file(folder.Native("a.wav"), std::ios::binary);
-    const auto source =
-        Make<SequentialSource>(std::vector<uint8_t>(std::istreambuf_iterator<char>(file), {}));
+    const ScopedFile file;
+    MakeFile(file.Path(), 1, 44100, "-c:a adpcm_ms", "6");
+    const auto source = Make<SequentialSource>(file.Bytes());
     source->failFrom = 90000;
     Graph graph;
     ASSERT_EQ(graph.Open(*source), S_OK);

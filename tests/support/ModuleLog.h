@@ -1,4 +1,5 @@
-// What the modules that tests load share: the process's table by its name, and a file to write events into.
+// What the modules that tests load share: a class, the process's table by its name, and a file to write
+// events into.
 #pragma once
 
 #include <fcntl.h>
@@ -8,9 +9,13 @@
 #include <cstdlib>
 #include <string>
 
-// A line into the file that VL_TABLE_LOG names, if any.
-inline void RecordInTableLog(const std::string& event) {
-    const char* const log = std::getenv("VL_TABLE_LOG");
+#include "platform/base/Guid.h"
+
+inline constexpr GUID kTableClass = MakeGuid("0A0B0C0D-0001-0002-0304-05060708090A");
+
+// A line into the file that VL_EVENT_LOG names, if any.
+inline void RecordEvent(const std::string& event) {
+    const char* const log = std::getenv("VL_EVENT_LOG");
     const int file = log ? open(log, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600) : -1;
     if (file < 0) return;
     const std::string line = event + "\n";
