@@ -267,7 +267,7 @@ TEST(MemoryStream, WritesAndGrowsWithoutTouchingWhatItBorrowed) {
     EXPECT_EQ(bytes, (Bytes{1, 2, 3, 4}));
     EXPECT_EQ(Rest(*stream, 20), Bytes{});
     // Less only lowers the number; what comes back behind it is new.
-    for (const uint64_t size : {2, 4}) EXPECT_EQ(stream->SetSize(Size(size)), S_OK);
+    for (const uint64_t size : {2U, 4U}) EXPECT_EQ(stream->SetSize(Size(size)), S_OK);
     EXPECT_EQ(Rest(*stream, 0), (Bytes{1, 2, 0, 0}));
     EXPECT_EQ(stream->SetSize(Size(uint64_t{1} << 32)), E_INVALIDARG);
     EXPECT_EQ(Seek(*stream, 0xFFFFFFFF, STREAM_SEEK_SET), 0xFFFFFFFF);
