@@ -4,6 +4,7 @@
 
 #include "AudioCodec/attributes/CAttributeContainerV2.h"
 #include "tests/support/CountedObject.h"
+#include "tests/support/FailingAllocator.h"
 
 namespace {
 
@@ -25,76 +26,55 @@ protected:
     CAttributeContainerV2 m_store;
 };
 
-TEST_F(StoreInterfaces, ABorrowedObjectIsCountedForTheCallerAlone) {
-    EXPECT_EQ(m_store.AddInterface(&kTwo, &m_a, 0),
-              RESULT_OK);  // nobody asks it whether it has the interface
+TEST_F(StoreInterfaces, AReferenceIsTakenWhereItIsAskedForAndGoesWithItsHolder) {
+    EXPECT_EQ(m_store.AddInterface(&kTwo, &m_a, 0), RESULT_OK);  // nobody asks whether it has the interface
     EXPECT_EQ(m_a.Count(), 1u);
-    EXPECT_EQ(Get(kTwo, 0), &m_a);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(m_store.AddInterface(&kOne, &m_a, 1), RESULT_OK);
+    EXPECT_EQ(m_a.Count(), 3u);
+    EXPECT_EQ(m_store.RemoveInterface(&kOne, &m_a), RESULT_OK);
     EXPECT_EQ(m_a.Count(), 2u);
+    EXPECT_EQ(Get(kTwo, 0), &m_a);
+    EXPECT_EQ(m_a.Count(), 3u);  // the caller's own
+
+    EXPECT_EQ(m_store.AddInterface(&kTwo, &m_a, 1), E_NOINTERFACE);
+    EXPECT_EQ(m_store.AddInterface(&kOne, nullptr, 0), RESULT_BAD_ARGUMENT);
+    EXPECT_EQ(m_store.AddInterface(nullptr, &m_a, 0), RESULT_BAD_ARGUMENT);
+    EXPECT_EQ(m_store.GetInterfaceCount(), 2u);
     m_store.Clear();
     EXPECT_EQ(m_a.Count(), 2u);
 }
 
-TEST_F(StoreInterfaces, ACountedObjectIsReleasedWithItsHolder) {
-    EXPECT_EQ(m_store.AddInterface(&kOne, &m_a, 1), RESULT_OK);
-    EXPECT_EQ(m_store.AddInterface(&kOne, &m_a, 1), RESULT_OK);  // twice is allowed
-    EXPECT_EQ(m_a.Count(), 3u);
-    EXPECT_EQ(m_store.RemoveInterface(&kOne, &m_a), RESULT_OK);
-    EXPECT_EQ(m_a.Count(), 2u);
-    EXPECT_EQ(m_store.GetInterfaceCount(), 1u);
-}
-
-TEST_F(StoreInterfaces, ARefusalIsHandedOnAndLeavesNoHolder) {
-    EXPECT_EQ(m_store.AddInterface(&kTwo, &m_a, 1), E_NOINTERFACE);
-    EXPECT_EQ(m_store.AddInterface(&kOne, nullptr, 0), RESULT_BAD_ARGUMENT);
-    EXPECT_EQ(m_store.AddInterface(nullptr, &m_a, 0), RESULT_BAD_ARGUMENT);
-    EXPECT_EQ(m_store.GetInterfaceCount(), 0u);
-    EXPECT_EQ(m_a.Count(), 1u);
-}
-
-TEST_F(StoreInterfaces, IndexesCountTheMatchesInOrderOfAddition) {
+TEST_F(StoreInterfaces, AreFoundByValueAndRemovedInOrderOfAddition) {
     const GUID sameValue = kOne;
     m_store.AddInterface(&kOne, &m_a, 0);
     m_store.AddInterface(&kTwo, &m_other, 1);
     m_store.AddInterface(&kOne, &m_b, 1);
-    EXPECT_EQ(m_store.GetInterfaceCount(), 3u);
-    EXPECT_EQ(m_store.GetInterfaceCountById(&sameValue), 2u);
-    EXPECT_EQ(Get(sameValue, 0), &m_a);
-    EXPECT_EQ(Get(sameValue, 1), &m_b);
-    EXPECT_EQ(Get(sameValue, 2), nullptr);
-    uint8_t flag = 9;
-    EXPECT_EQ(m_store.GetInterfaceFlag(&kOne, 0, &flag), RESULT_OK);
-    EXPECT_EQ(flag, 0);
-    EXPECT_EQ(m_store.GetInterfaceFlag(&kOne, 1, &flag), RESULT_OK);
-    EXPECT_EQ(flag, 1);
-    EXPECT_EQ(m_store.GetInterfaceFlag(&kTwo, 1, &flag), RESULT_FAILED);
+    m_store.AddInterface(&kOne, &m_a, 1);
+    EXPECT_EQ(m_store.GetInterfaceCountById(&sameValue), 3u);
+    IBase* const order[] = {&m_a, &m_b, &m_a, nullptr};
+    for (uint32_t i = 0; i < 4; ++i) EXPECT_EQ(Get(sameValue, i), order[i]);
+    for (const uint32_t index : {0u, 1u}) {  // the first holds none, the second does
+        uint8_t flag = 9;
+        EXPECT_EQ(m_store.GetInterfaceFlag(&kOne, index, &flag), RESULT_OK);
+        EXPECT_EQ(flag, index);
+        EXPECT_EQ(m_store.GetInterfaceFlag(&kTwo, 1, &flag), RESULT_FAILED);
+    }
 
-    EXPECT_EQ(m_store.RemoveInterface(&kOne, &m_a), RESULT_OK);
-    EXPECT_EQ(Get(kOne, 0), &m_b);
-}
-
-TEST_F(StoreInterfaces, RemovalTakesAllOfAnIdentifierOrTheFirstOfAnObject) {
-    for (CountedObject* object : {&m_a, &m_b, &m_a}) m_store.AddInterface(&kOne, object, 1);
-    m_store.AddInterface(&kTwo, &m_other, 1);
     EXPECT_EQ(m_store.RemoveInterface(&kTwo, &m_a), RESULT_NOT_FOUND);
     EXPECT_EQ(m_store.RemoveInterface(nullptr, &m_a), RESULT_NOT_FOUND);
     EXPECT_EQ(m_store.RemoveInterface(&kOne, &m_a), RESULT_OK);
     EXPECT_EQ(Get(kOne, 0), &m_b);
+    EXPECT_EQ(Get(kOne, 1), &m_a);
     EXPECT_EQ(m_store.RemoveInterface(&kOne, nullptr), RESULT_OK);
     EXPECT_EQ(m_store.RemoveInterface(&kOne, nullptr), RESULT_NOT_FOUND);
     EXPECT_EQ(m_store.GetInterfaceCount(), 1u);
-    EXPECT_EQ(m_a.Count(), 1u);
-    EXPECT_EQ(m_b.Count(), 2u);  // Get's
-}
 
-TEST_F(StoreInterfaces, NullIdentifiersAndReceiversFindNothing) {
-    m_store.AddInterface(&kOne, &m_a, 0);
     void* object = this;
-    EXPECT_EQ(m_store.GetInterface(&kOne, 0, nullptr), RESULT_BAD_ARGUMENT);
+    EXPECT_EQ(m_store.GetInterface(&kTwo, 0, nullptr), RESULT_BAD_ARGUMENT);
     EXPECT_EQ(m_store.GetInterface(nullptr, 0, &object), RESULT_BAD_ARGUMENT);
     EXPECT_EQ(object, nullptr);
     EXPECT_EQ(m_store.GetInterfaceCountById(nullptr), 0u);
-    EXPECT_EQ(m_store.GetInterfaceFlag(&kOne, 0, nullptr), RESULT_BAD_ARGUMENT);
+    EXPECT_EQ(m_store.GetInterfaceFlag(&kTwo, 0, nullptr), RESULT_BAD_ARGUMENT);
 }
 
 TEST_F(StoreInterfaces, ClearReleasesTheOldestFirstAndLeavesAUsableStore) {
@@ -114,53 +94,54 @@ TEST_F(StoreInterfaces, ClearReleasesTheOldestFirstAndLeavesAUsableStore) {
 }
 
 TEST_F(StoreInterfaces, AnObjectThatGoesMayCallBackIntoTheStore) {
-    m_store.AddInterface(&kOne, &m_a, 1);
-    m_store.AddInterface(&kTwo, &m_other, 1);
+    const auto fill = [&] {
+        for (CountedObject* object : {&m_a, &m_b}) m_store.AddInterface(&kOne, object, 1);
+        m_store.AddInterface(&kTwo, &m_other, 1);
+    };
+    fill();
     m_a.onRelease = [&] { m_store.RemoveInterface(&kTwo, nullptr); };
     m_store.RemoveInterface(&kOne, nullptr);
     EXPECT_EQ(m_store.GetInterfaceCount(), 0u);
-
-    m_store.AddInterface(&kOne, &m_a, 1);
-    m_store.AddInterface(&kTwo, &m_other, 1);
+    fill();
     m_a.onRelease = [&] { m_store.Clear(); };
     m_store.Clear();
     EXPECT_EQ(m_other.Count(), 1u);
-}
-
-TEST_F(StoreInterfaces, AnObjectThatHangsItselfUpAgainEndsNoLoop) {
-    m_store.AddInterface(&kOne, &m_a, 1);
-    m_store.AddInterface(&kOne, &m_b, 1);
-    m_a.onRelease = [&] { m_store.AddInterface(&kOne, &m_a, 0); };
+    fill();
+    m_a.onRelease = [&] {
+        m_store.AddInterface(&kOne, &m_a, 0);
+    };  // which is not the end of it, but of the call
     EXPECT_EQ(m_store.RemoveInterface(&kOne, nullptr), RESULT_OK);
     EXPECT_EQ(m_store.GetInterfaceCountById(&kOne), 1u);
     EXPECT_EQ(m_b.Count(), 1u);
 }
 
-TEST_F(StoreInterfaces, ACopyLeavesOutWhoRefusesAndGoesOn) {
-    m_store.AddInterface(&kOne, &m_a, 1);
-    m_store.AddInterface(&kOne, &m_b, 1);
+TEST_F(StoreInterfaces, ACopyTakesReferencesOfItsOwnAndLeavesOutWhoRefuses) {
     CAttributeContainerV2 target;
-    m_a.refuses = true;
-    EXPECT_EQ(m_store.CopyTo(&target), RESULT_OK);
-    EXPECT_EQ(target.GetInterfaceCount(), 1u);
-    target.Clear();
-    m_a.refuses = false;
-    m_b.refuses = true;
-    EXPECT_EQ(m_store.CopyTo(&target), E_NOINTERFACE);  // of the last holder
-    EXPECT_EQ(target.GetInterfaceCount(), 1u);
+    for (CountedObject* refuser : {&m_other, &m_a, &m_b}) {
+        m_store.AddInterface(&kTwo, &m_other, 0);
+        for (CountedObject* object : {&m_a, &m_b}) m_store.AddInterface(&kOne, object, 1);
+        refuser->refuses = true;  // which matters to those alone that are to be counted
+        EXPECT_EQ(m_store.CopyTo(&target), refuser == &m_b ? E_NOINTERFACE : RESULT_OK);  // the last one's
+        EXPECT_EQ(target.GetInterfaceCount(), refuser == &m_other ? 3u : 2u);
+        EXPECT_EQ(m_a.Count(), refuser == &m_a ? 2u : 3u);
+        EXPECT_EQ(m_other.Count(), 1u);
+        EXPECT_EQ(m_store.CopyTo(&target), RESULT_BAD_ARGUMENT);
+        refuser->refuses = false;
+        target.Clear();
+        m_store.Clear();
+    }
 }
 
-TEST_F(StoreInterfaces, ACopyTakesReferencesOfItsOwn) {
+TEST_F(StoreInterfaces, WithoutMemoryNothingIsCountedAndACopyTellsOfIt) {
+    const auto add = [&] { return m_store.AddInterface(&kOne, &m_a, 1); };
+    const auto check = [&] { EXPECT_EQ(m_a.Count() + m_store.GetInterfaceCount(), 1u); };
+    EXPECT_EQ(RunWithMoreMemory(RESULT_NO_MEMORY, add, check), RESULT_OK);
+    m_store.SetString(1, u"text");
     CAttributeContainerV2 target;
-    m_store.AddInterface(&kOne, &m_a, 1);
-    m_store.AddInterface(&kOne, &m_b, 0);
-    EXPECT_EQ(m_store.CopyTo(&target), RESULT_OK);
+    const auto copy = [&] { return m_store.CopyTo(&target); };
+    EXPECT_EQ(RunWithMoreMemory(RESULT_NO_MEMORY, copy, [&] { target.Clear(); }), RESULT_OK);
+    EXPECT_EQ(target.GetAttributeCount() + target.GetInterfaceCount(), 2u);
     EXPECT_EQ(m_a.Count(), 3u);
-    EXPECT_EQ(m_b.Count(), 1u);
-    EXPECT_EQ(target.GetInterfaceCountById(&kOne), 2u);
-    CAttributeContainerV2 second;
-    second.AddInterface(&kOne, &m_a, 0);
-    EXPECT_EQ(m_store.CopyTo(&second), RESULT_BAD_ARGUMENT);
 }
 
 }  // namespace

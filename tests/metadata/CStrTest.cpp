@@ -9,24 +9,16 @@ namespace {
 using Mode = CStr::CopyMode;
 
 TEST(CStr, ConvertsEachWayOnceAndKeepsWhatItHad) {
-    static constexpr char16_t kLiteral[] = u"\u20AC5 \u00E9";
+    static constexpr char16_t kLiteral[] = u"\u20AC \u00E9 \u30E2";
     CStr text(kLiteral);
     EXPECT_EQ(text.Wide(), kLiteral);  // wrapped, not copied
     const char* const narrow = text.Narrow();
-    EXPECT_STREQ(narrow,
-                 "\x80"
-                 "5 \xE9");
+    EXPECT_STREQ(narrow, "\x80 \xE9 ?");
     EXPECT_EQ(text.Narrow(), narrow);
-    EXPECT_EQ(text.WideLength(), 4u);
-
-    CStr back("\x80\x99", 2);
-    EXPECT_EQ(std::u16string(back.Wide()), u"\u20AC\u2122");
-    CStr lost(u"\u30E2x");
-    EXPECT_STREQ(lost.Narrow(), "?x");
+    EXPECT_EQ(text.WideLength(), 5u);
+    EXPECT_EQ(std::u16string(CStr("\x80\x99", 2).Wide()), u"\u20AC\u2122");
     CStr none;
-    EXPECT_EQ(none.Wide(), nullptr);
-    EXPECT_EQ(none.Narrow(), nullptr);
-    EXPECT_EQ(none.WideLength(), 0u);
+    EXPECT_TRUE(!none.Wide() && !none.Narrow() && none.WideLength() == 0);
 }
 
 TEST(CStr, CopiesShareOrTakeOverByMode) {
@@ -36,18 +28,17 @@ TEST(CStr, CopiesShareOrTakeOverByMode) {
     CStr deep(source, Mode::Deep);
     EXPECT_NE(deep.Wide(), wide);
     EXPECT_STREQ(deep.Narrow(), "both");
-    {
-        CStr alias(source, Mode::Alias);
-        EXPECT_EQ(alias.Wide(), wide);
-    }
+    EXPECT_EQ(CStr(source, Mode::Alias).Wide(), wide);
     CStr taken(source, Mode::DeepOrTake);
     EXPECT_EQ(taken.Wide(), wide);
     EXPECT_EQ(source.Wide(), wide);  // still borrowed from the new owner
     CStr literal(u"literal");
-    CStr copied(literal, Mode::DeepOrTake);
-    EXPECT_NE(copied.Wide(), literal.Wide());
-    CStr narrow("n", 1);
-    CStr moved(std::move(narrow));
+    EXPECT_NE(CStr(literal, Mode::DeepOrTake).Wide(), literal.Wide());
+    CStr moved;
+    {
+        CStr narrow("n", 1);
+        moved = CStr(std::move(narrow));
+    }
     EXPECT_STREQ(moved.Narrow(), "n");
 }
 

@@ -2,20 +2,18 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cmath>
 #include <cstdlib>
 #include <ctime>
 #include <thread>
 
 #include "AudioCodec/metadata/CMemoryStream.h"
-#include "AudioCodec/metadata/CMetadata.h"
-#include "platform/base/RefPtr.h"
 #include "platform/base/TaskText.h"
-#include "platform/image/Image.h"
+#include "tests/metadata/MetadataHelpers.h"
 #include "tests/platform/SystemFaults.h"
 #include "tests/platform/TempFolder.h"
 #include "tests/support/ByteStream.h"
 #include "tests/support/FailingAllocator.h"
+#include "tests/support/Painting.h"
 #include "tests/support/ScopedFile.h"
 
 namespace {
@@ -23,33 +21,9 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 using ImagePtr = std::unique_ptr<CImage>;
 
-RefPtr<IAC3Metadata> NewMetadata() {
-    RefPtr<IAC3Metadata> metadata;
-    EXPECT_EQ(CreateMetadataObject(metadata.Put()), RESULT_OK);
-    return metadata;
-}
-
-PictureSet& SetOf(IAC3Metadata& metadata) {
-    PictureSet* set = nullptr;
-    metadata.GetPictureSet(&set);
-    return *set;
-}
-
-// Soft shapes in three colours with a little noise, as a photograph has.
 ImagePtr Photograph(int32_t width, int32_t height) {
     auto image = std::make_unique<CImage>();
-    EXPECT_TRUE(image->Create(width, height, 24, 0));
-    uint32_t noise = 1;
-    for (int32_t y = 0; y < height; ++y)
-        for (int32_t x = 0; x < width; ++x) {
-            uint32_t color = 0;
-            for (const double slope : {.031, .017, .043}) {
-                noise = noise * 1664525 + 1013904223;
-                const double wave = 125 + 110 * std::sin(x * slope) * std::cos(y * slope * 1.3);
-                color = color << 8 | (static_cast<uint32_t>(wave) + (noise >> 30));
-            }
-            image->SetPixel(x, y, 0xFF000000 | color);
-        }
+    Paint(*image, width, height);
     return image;
 }
 
@@ -59,45 +33,16 @@ ImagePtr GetImage(IAC3Metadata& metadata, int32_t id) {
     return ImagePtr(image);
 }
 
-TEST(PictureSet, NamesFollowTheFirstKnownPartOfTheMediaType) {
-    struct Row {
-        const char16_t* mediaType;
-        int32_t id;
-        const char16_t* fileName;
-    };
-    for (const Row& row : {Row{u"image/jpeg", 3, u"3.jpg"},
-                           {u"IMAGE/BMP", 0, u"0.bmp"},
-                           {u"image/x-ms-bmp", -7, u"-7.bmp"},
-                           {u"image/png", 1, u"1.jpg"},
-                           {u"png+bmp", 1, u"1.jpg"},
-                           {u"image/gif", 1, u"1.jpg"},
-                           {u"", 1, u"1.jpg"}}) {
-        PictureRecord record;
-        NamePicture(record, u"front", row.mediaType, row.id);
-        EXPECT_EQ(record.fileName, row.fileName);
-        EXPECT_EQ(u"." + record.extension, record.fileName.substr(record.fileName.find(u'.')));
-        EXPECT_EQ(record.caption, u"front");
-        EXPECT_EQ(record.id, row.id);
-    }
-}
-
 TEST(PictureSet, FindsTheNumberOrTheBestOne) {
-    struct Row {
+    const struct {
         std::vector<int32_t> ids;
         int32_t asked;
         Result result;
         int32_t found;
-    };
-    for (const Row& row : {Row{{0, 3}, -1, 0, 3},
-                           {{0, 4}, -1, 0, 0},
-                           {{4, 8}, -1, 0, 4},
-                           {{8, 1}, -1, 0, 8},
-                           {{9, 5}, -1, 0, 5},
-                           {{-5, 1}, -1, 0, -5},
-                           {{3, 5}, 5, 0, 5},
-                           {{3, 5}, 7, 1, 0},
-                           {{}, 7, 1, 0},
-                           {{}, -1, 4, 0}}) {
+    } rows[] = {{{0, 3}, -1, 0, 3}, {{0, 4}, -1, 0, 0},   {{4, 8}, -1, 0, 4},
+                {{8, 1}, -1, 0, 8}, {{-5, 1}, -1, 0, -5}, {{3, 5}, 5, 0, 5},
+                {{3, 5}, 7, 1, 0},  {{}, 7, 1, 0},        {{}, -1, 4, 0}};
+    for (const auto& row : rows) {
         PictureSet set;
         for (const int32_t id : row.ids)
             EXPECT_EQ(set.StorePicture(nullptr, 0, u"image/jpeg", u"", id), RESULT_OK);
@@ -110,23 +55,22 @@ TEST(PictureSet, FindsTheNumberOrTheBestOne) {
     }
 }
 
-TEST(PictureSet, APictureIsReplacedWholeOrNotAtAll) {
+TEST(PictureSet, APictureIsReplacedWholeOrNotAtAllAndNamedByItsMediaType) {
     PictureSet set;
-    const Bytes first = {1};
-    const Bytes second = {2, 3};
-    EXPECT_EQ(set.StorePicture(first.data(), 1, u"image/bmp", u"", 3), RESULT_OK);
+    const Bytes bytes = {1, 2, 3};
+    const PicturePtr& picture = set.m_records[-3];
+    EXPECT_EQ(set.StorePicture(bytes.data(), 1, u"IMAGE/X-MS-BMP", u"", -3), RESULT_OK);
     const auto store = [&] {
-        return set.StorePicture(second.data(), 2, u"image/jpeg", u"a long caption", 3);
+        return set.StorePicture(&bytes[1], 2, u"image/png+bmp", u"a long caption", -3);
     };
     const auto check = [&] {
-        ASSERT_EQ(set.m_records.size(), 1U);
-        ASSERT_EQ(set.m_records[3]->data[0], 1);
-        ASSERT_EQ(set.m_records[3]->fileName, u"3.bmp");
+        ASSERT_TRUE(picture && picture->data[0] == 1);
+        ASSERT_EQ(picture->fileName, u"-3.bmp");
     };
     EXPECT_EQ(RunWithMoreMemory(RESULT_NO_MEMORY, store, check), RESULT_OK);
-    EXPECT_EQ(set.m_records[3]->size, 2U);
-    EXPECT_EQ(set.m_records[3]->data[1], 3);
-    EXPECT_EQ(set.m_records[3]->fileName, u"3.jpg");
+    EXPECT_TRUE(picture->size == 2 && picture->data[1] == 3 && picture->caption == u"a long caption");
+    EXPECT_EQ(picture->fileName, u"-3.jpg");
+    EXPECT_EQ(picture->extension, u"jpg");
 }
 
 TEST(Pictures, AFilesBytesArriveAsTheyAreWhateverTheyHold) {
@@ -217,35 +161,24 @@ protected:
     std::string m_before;
 };
 
-TEST_F(PicturesThroughFiles, AnImageComesBackAsItLooked) {
-    const auto metadata = NewMetadata();
-    const ImagePtr photograph = Photograph(320, 200);
-    EXPECT_EQ(metadata->SetPictureFromImage(photograph.get(), PICTURE_ID_NONE, nullptr), RESULT_OK);
-    EXPECT_TRUE(SetOf(*metadata).m_changed);
-    const ImagePtr back = GetImage(*metadata, 0);
-    ASSERT_TRUE(back->GetWidth() == 320 && back->GetHeight() == 200 && back->GetBPP() == 24);
-    double error = 0;
-    for (int32_t i = 0; i < 320 * 200; ++i)
-        for (int shift = 0; shift < 24; shift += 8) {
-            const auto channel = [&](CImage& image) {
-                return double(image.GetPixel(i % 320, i / 320) >> shift & 255);
-            };
-            error += std::pow(channel(*photograph) - channel(*back), 2);
-        }
-    EXPECT_GT(10 * std::log10(255.0 * 255 * 320 * 200 * 3 / error), 35);
-}
-
-TEST_F(PicturesThroughFiles, DecodingCopiesNoPictureBytes) {
+TEST_F(PicturesThroughFiles, AnImageComesBackAsItLookedAndItsBytesAreNotCopied) {
     const auto metadata = NewMetadata();
     PictureSet& set = SetOf(*metadata);
-    EXPECT_EQ(metadata->SetPictureFromImage(Photograph(64, 64).get(), 3, nullptr), RESULT_OK);
-    Bytes bytes(set.m_records[3]->data.get(), set.m_records[3]->data.get() + set.m_records[3]->size);
+    const ImagePtr photograph = Photograph(320, 200);
+    EXPECT_EQ(metadata->SetPictureFromImage(photograph.get(), PICTURE_ID_NONE, nullptr), RESULT_OK);
+    EXPECT_TRUE(set.m_changed);
+    const PictureRecord& record = *set.m_records.at(0);
+    Bytes bytes(record.data.get(), record.data.get() + record.size);
+    EXPECT_GT(bytes.size(), 4096U);  // more than one block of the decoder's source
     const size_t ballast = 8 << 20;
     bytes.resize(bytes.size() + ballast);  // behind the image's end
-    EXPECT_EQ(set.StorePicture(bytes.data(), bytes.size(), u"", u"", 3), RESULT_OK);
+    EXPECT_EQ(set.StorePicture(bytes.data(), bytes.size(), u"", u"", 0), RESULT_OK);
     const size_t before = AllocatedSoFar().bytes;
-    EXPECT_EQ(GetImage(*metadata, 3)->GetWidth(), 64);
+    const ImagePtr back = GetImage(*metadata, 0);
     EXPECT_LT(AllocatedSoFar().bytes - before, ballast / 100);
+    ASSERT_TRUE(back->GetWidth() == 320 && back->GetHeight() == 200 && back->GetBPP() == 24);
+    for (int32_t i = 0; i < 320 * 200; ++i)
+        ASSERT_LE(Step(photograph->GetPixel(i % 320, i / 320), back->GetPixel(i % 320, i / 320)), 12) << i;
 }
 
 TEST_F(PicturesThroughFiles, FailuresLeaveTheSetAndTheFolderAsTheyWere) {
@@ -266,17 +199,18 @@ TEST_F(PicturesThroughFiles, FailuresLeaveTheSetAndTheFolderAsTheyWere) {
     EXPECT_TRUE(SetOf(*metadata).m_records.empty() && !SetOf(*metadata).m_changed);
 }
 
+// Each in files of its own; the library of images comes and goes under them.
 class PicturesThreads : public PicturesThroughFiles {};
 
 TEST_F(PicturesThreads, EightThreadsNeverMeetInOneFile) {
     std::vector<std::thread> threads;
     for (int32_t number = 0; number < 8; ++number)
         threads.emplace_back([number] {
-            const ImagePtr image = Photograph(40 + number, 30);
-            for (int turn = 0; turn < 20; ++turn) {
+            for (int turn = 0; turn < 15; ++turn) {
                 const auto metadata = NewMetadata();
+                const ImagePtr image = Photograph(10 + number, 10 + turn);
                 ASSERT_EQ(metadata->SetPictureFromImage(image.get(), 3, nullptr), RESULT_OK);
-                ASSERT_EQ(GetImage(*metadata, 3)->GetWidth(), 40 + number);
+                ASSERT_EQ(GetImage(*metadata, 3)->GetWidth(), 10 + number);
             }
         });
     for (std::thread& thread : threads) thread.join();
@@ -284,16 +218,13 @@ TEST_F(PicturesThreads, EightThreadsNeverMeetInOneFile) {
 
 // --- the stream
 
-LARGE_INTEGER Move(int64_t distance) {
-    LARGE_INTEGER move = {};
-    move.QuadPart = distance;
-    return move;
-}
-ULARGE_INTEGER Size(uint64_t size) {
-    ULARGE_INTEGER number = {};
-    number.QuadPart = size;
+template <class Number>
+Number Make(uint64_t value) {
+    Number number = {};
+    number.QuadPart = static_cast<decltype(number.QuadPart)>(value);
     return number;
 }
+constexpr auto Size = Make<ULARGE_INTEGER>;
 
 RefPtr<CMemoryStream> Stream(Bytes& bytes, const char16_t* name = nullptr) {
     HRESULT result = E_FAIL;
@@ -303,37 +234,44 @@ RefPtr<CMemoryStream> Stream(Bytes& bytes, const char16_t* name = nullptr) {
     return stream;
 }
 
-TEST(MemoryStream, ReadsWritesAndGrowsWithoutTouchingWhatItBorrowed) {
+// The place that a seek leads to.
+uint64_t Seek(CMemoryStream& stream, int64_t move, uint32_t origin) {
+    auto place = Size(77);  // if to none
+    const HRESULT result = stream.Seek(Make<LARGE_INTEGER>(static_cast<uint64_t>(move)), origin, &place);
+    EXPECT_EQ(result, place.QuadPart == 77 ? E_INVALIDARG : S_OK);
+    return place.QuadPart;
+}
+
+// What lies from a place to the end.
+Bytes Rest(CMemoryStream& stream, int64_t from) {
+    Bytes bytes(5000);
+    uint32_t done = 9;
+    Seek(stream, from, STREAM_SEEK_SET);
+    EXPECT_EQ(stream.Read(bytes.data(), 5000, &done), S_FALSE);
+    bytes.resize(done);
+    return bytes;
+}
+
+TEST(MemoryStream, WritesAndGrowsWithoutTouchingWhatItBorrowed) {
     Bytes bytes = {1, 2, 3, 4};
     const auto stream = Stream(bytes);
-    uint8_t buffer[16] = {};
-    uint32_t done = 9;
-    EXPECT_EQ(stream->Read(buffer, 4, &done), S_OK);
-    EXPECT_EQ(stream->Read(buffer, 1, &done), S_FALSE);
-    EXPECT_EQ(done, 0U);
-    ULARGE_INTEGER place = Size(7);
-    EXPECT_EQ(stream->Seek(Move(-1), STREAM_SEEK_SET, &place), E_INVALIDARG);
-    EXPECT_EQ(stream->Seek(Move(INT64_MAX), STREAM_SEEK_CUR, &place), E_INVALIDARG);
-    EXPECT_EQ(stream->Seek(Move(0xFFFFFFFD), STREAM_SEEK_END, &place), E_INVALIDARG);
-    EXPECT_EQ(stream->Seek(Move(0), 3, &place), E_INVALIDARG);
-    EXPECT_EQ(place.QuadPart, 7U);
-    EXPECT_EQ(stream->Seek(Move(6), STREAM_SEEK_END, &place), S_OK);
-    EXPECT_EQ(place.QuadPart, 10U);
-    EXPECT_EQ(stream->Read(buffer, 1, nullptr), S_FALSE);
-    EXPECT_EQ(stream->Write("xy", 2, &done), S_OK);
-    EXPECT_EQ(stream->Seek(Move(-12), STREAM_SEEK_CUR, nullptr), S_OK);
-    EXPECT_EQ(stream->Read(buffer, 16, &done), S_FALSE);
-    EXPECT_EQ(Bytes(buffer, buffer + done), (Bytes{1, 2, 3, 4, 0, 0, 0, 0, 0, 0, 'x', 'y'}));
+    uint8_t buffer[4] = {};
+    EXPECT_EQ(stream->Read(buffer, 4, nullptr), S_OK);
+    EXPECT_EQ(Seek(*stream, -1, STREAM_SEEK_SET), 77U);
+    EXPECT_EQ(Seek(*stream, INT64_MAX, STREAM_SEEK_CUR), 77U);
+    EXPECT_EQ(Seek(*stream, 0xFFFFFFFD, STREAM_SEEK_END), 77U);
+    EXPECT_EQ(Seek(*stream, 0, 3), 77U);
+    EXPECT_EQ(Seek(*stream, 6, STREAM_SEEK_END), 10U);
+    EXPECT_EQ(stream->Write("xy", 2, nullptr), S_OK);
+    EXPECT_EQ(Rest(*stream, 0), (Bytes{1, 2, 3, 4, 0, 0, 0, 0, 0, 0, 'x', 'y'}));
     EXPECT_EQ(bytes, (Bytes{1, 2, 3, 4}));
+    EXPECT_EQ(Rest(*stream, 20), Bytes{});
     // Less only lowers the number; what comes back behind it is new.
-    EXPECT_EQ(stream->SetSize(Size(2)), S_OK);
-    EXPECT_EQ(stream->SetSize(Size(4)), S_OK);
+    for (const uint64_t size : {2U, 4U}) EXPECT_EQ(stream->SetSize(Size(size)), S_OK);
+    EXPECT_EQ(Rest(*stream, 0), (Bytes{1, 2, 0, 0}));
     EXPECT_EQ(stream->SetSize(Size(uint64_t{1} << 32)), E_INVALIDARG);
-    EXPECT_EQ(stream->Seek(Move(0), STREAM_SEEK_SET, nullptr), S_OK);
-    EXPECT_EQ(stream->Read(buffer, 5, &done), S_FALSE);
-    EXPECT_EQ(Bytes(buffer, buffer + done), (Bytes{1, 2, 0, 0}));
-    EXPECT_EQ(stream->Seek(Move(0xFFFFFFFF), STREAM_SEEK_SET, nullptr), S_OK);
-    EXPECT_EQ(stream->Write("x", 1, &done), E_INVALIDARG);
+    EXPECT_EQ(Seek(*stream, 0xFFFFFFFF, STREAM_SEEK_SET), 0xFFFFFFFF);
+    EXPECT_EQ(stream->Write("x", 1, nullptr), E_INVALIDARG);
     const FailingAllocator heap(0);
     EXPECT_EQ(stream->SetSize(Size(5)), E_OUTOFMEMORY);
 }
@@ -344,16 +282,13 @@ TEST(MemoryStream, CopiesToItsEndAndTellsWhatItIs) {
     const auto stream = Stream(bytes, u"3.jpg");
     Bytes none;
     const auto target = Stream(none);
-    ULARGE_INTEGER read = Size(1);
-    ULARGE_INTEGER written = Size(1);
+    auto read = Size(1);
+    auto written = Size(1);
     EXPECT_EQ(stream->CopyTo(target.Get(), Size(5000), &read, &written), S_OK);
     EXPECT_TRUE(read.QuadPart == 3000 && written.QuadPart == 3000);
-    uint8_t last = 0;
-    EXPECT_EQ(target->Seek(Move(-1), STREAM_SEEK_END, nullptr), S_OK);
-    EXPECT_EQ(target->Read(&last, 1, nullptr), S_OK);
-    EXPECT_EQ(last, 8);
+    EXPECT_EQ(Rest(*target, 0), bytes);
     ByteStream readOnly(bytes);
-    EXPECT_EQ(stream->Seek(Move(0), STREAM_SEEK_SET, nullptr), S_OK);
+    Seek(*stream, 0, STREAM_SEEK_SET);
     EXPECT_EQ(stream->CopyTo(&readOnly, Size(1), &read, &written), E_FAIL);
     EXPECT_TRUE(read.QuadPart == 1 && written.QuadPart == 0);
 
@@ -363,19 +298,7 @@ TEST(MemoryStream, CopiesToItsEndAndTellsWhatItIs) {
     SysFreeString(status.pwcsName);
     EXPECT_TRUE(status.type == 2 && status.cbSize.QuadPart == 3000 && status.grfMode == 6);
     const uint64_t created = uint64_t{status.ctime.dwHighDateTime} << 32 | status.ctime.dwLowDateTime;
-    EXPECT_NEAR(static_cast<double>(created) / 1e7 - 11644473600.0, static_cast<double>(std::time(nullptr)),
-                5);
-    EXPECT_EQ(stream->Stat(&status, STATFLAG_NONAME), S_OK);
-    EXPECT_EQ(status.pwcsName, nullptr);
-    for (const GUID* iid : {&IID_IUnknown, &IID_ISequentialStream, &IID_IStream}) {
-        void* object = nullptr;
-        EXPECT_EQ(stream->QueryInterface(*iid, &object), S_OK);
-        EXPECT_EQ(object, stream.Get());
-        EXPECT_EQ(stream->Release(), 1U);
-    }
-    void* object = this;
-    EXPECT_EQ(stream->QueryInterface(IID_IAC3Metadata, &object), E_NOINTERFACE);
-    EXPECT_EQ(object, nullptr);
+    EXPECT_NEAR(double(created) / 1e7 - 11644473600.0, double(std::time(nullptr)), 5);
 }
 
 }  // namespace

@@ -5,15 +5,19 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdarg>
 
 namespace {
 
-thread_local SystemFaults t_faults;
-thread_local int t_interruptionsLeft = 0;
-thread_local int t_calls = 0;
-thread_local int t_changes = 0;
-thread_local size_t t_moved = 0;
-thread_local size_t t_written = 0;
+struct State {
+    SystemFaults faults;
+    int interruptionsLeft = 0;
+    int calls = 0;
+    int changes = 0;
+    size_t moved = 0;
+    size_t written = 0;
+};
+thread_local State t_state;
 
 template <class Function>
 Function* Next(const char* name) {
@@ -22,25 +26,22 @@ Function* Next(const char* name) {
 
 // Counts a change of a file; true if it is to fail.
 bool ChangeFails() {
-    const int left = t_faults.changesUntilError - t_changes++;
-    errno = t_faults.error;
-    return t_faults.changesUntilError >= 0 && (left == 0 || (left < 0 && t_faults.lasting));
+    const SystemFaults& faults = t_state.faults;
+    const int left = faults.changesUntilError - t_state.changes++;
+    errno = faults.error;
+    return faults.changesUntilError >= 0 && (left == 0 || (left < 0 && faults.lasting));
 }
 
 template <class Function, class Buffer>
 ssize_t Faulty(Function* next, int file, Buffer buffer, size_t size, off_t place) {
-    ++t_calls;
-    if (t_interruptionsLeft-- > 0) {
-        errno = EINTR;
-        return -1;
-    }
-    t_interruptionsLeft = t_faults.interruptions;
-    if (t_faults.callsUntilError-- == 0) {
-        errno = t_faults.error;
-        return -1;
-    }
-    const ssize_t moved = next(file, buffer, std::min(size, t_faults.longest), place);
-    if (moved > 0) t_moved += static_cast<size_t>(moved);
+    ++t_state.calls;
+    errno = EINTR;
+    if (t_state.interruptionsLeft-- > 0) return -1;
+    t_state.interruptionsLeft = t_state.faults.interruptions;
+    errno = t_state.faults.error;
+    if (t_state.faults.callsUntilError-- == 0) return -1;
+    const ssize_t moved = next(file, buffer, std::min(size, t_state.faults.longest), place);
+    if (moved > 0) t_state.moved += static_cast<size_t>(moved);
     return moved;
 }
 
@@ -56,7 +57,7 @@ __attribute__((visibility("default"))) ssize_t pwrite(int file, const void* buff
     static auto* const next = Next<decltype(pwrite)>("pwrite");
     if (ChangeFails()) return -1;
     const ssize_t written = Faulty(next, file, buffer, size, place);
-    if (written > 0) t_written += static_cast<size_t>(written);
+    if (written > 0) t_state.written += static_cast<size_t>(written);
     return written;
 }
 __attribute__((visibility("default"))) int ftruncate(int file, off_t size) noexcept {
@@ -66,23 +67,24 @@ __attribute__((visibility("default"))) int ftruncate(int file, off_t size) noexc
 __attribute__((visibility("default"))) int fsync(int file) {
     static auto* const next = Next<int(int)>("fsync");
     if (ChangeFails()) return -1;
-    return t_faults.flushes ? next(file) : 0;
+    return t_state.faults.flushes ? next(file) : 0;
+}
+__attribute__((visibility("default"))) int fcntl(int file, int command, ...) {
+    static auto* const next = Next<int(int, int, ...)>("fcntl");
+    std::va_list rest;
+    va_start(rest, command);
+    void* const argument = va_arg(rest, void*);
+    va_end(rest);
+    if (t_state.faults.slowLocks-- > 0) usleep(1000);
+    return next(file, command, argument);
 }
 }
 
 WithFaults::WithFaults(const SystemFaults& faults) {
-    t_faults = faults;
-    t_interruptionsLeft = faults.interruptions;
-    t_calls = 0;
-    t_changes = 0;
-    t_moved = 0;
-    t_written = 0;
+    t_state = {.faults = faults, .interruptionsLeft = faults.interruptions};
 }
-WithFaults::~WithFaults() {
-    t_faults = {};
-    t_interruptionsLeft = 0;
-}
-int WithFaults::CallsSeen() const { return t_calls; }
-int WithFaults::ChangesSeen() const { return t_changes; }
-size_t WithFaults::BytesMoved() const { return t_moved; }
-size_t WithFaults::BytesWritten() const { return t_written; }
+WithFaults::~WithFaults() { t_state.faults = {}, t_state.interruptionsLeft = 0; }
+int WithFaults::CallsSeen() const { return t_state.calls; }
+int WithFaults::ChangesSeen() const { return t_state.changes; }
+size_t WithFaults::BytesMoved() const { return t_state.moved; }
+size_t WithFaults::BytesWritten() const { return t_state.written; }

@@ -1,5 +1,6 @@
-// Makes the system's pread, pwrite, ftruncate and fsync behave as they may and seldom do: interrupted calls,
-// short counts, errors. The definitions in this program come before the C library's, for libvlplatform too.
+// Makes the system's pread, pwrite, ftruncate, fsync and fcntl behave as they may and seldom do: interrupted
+// calls, short counts, errors, delays. The definitions in this program come before the C library's, for
+// libvlplatform too.
 #pragma once
 
 #include <cstddef>
@@ -10,6 +11,7 @@ struct SystemFaults {
     int callsUntilError = -1;     // calls that go through before `error`; -1: no error
     int changesUntilError = -1;   // likewise, but of pwrite, ftruncate and fsync alone
     bool lasting = false;         // the change that fails is the first of many
+    int slowLocks = 0;            // calls of fcntl that take a millisecond, so that racers meet
     bool flushes = true;          // fsync reaches the system; a test of many saves would wait for the medium
     int error = 0;
 };

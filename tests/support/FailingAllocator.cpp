@@ -7,10 +7,14 @@ namespace {
 
 constexpr int kNoLimit = -1;
 thread_local int s_left = kNoLimit;
+thread_local bool s_once = false;
 thread_local Allocated s_allocated{};
 
 void* Allocate(std::size_t size) noexcept {
-    if (s_left == 0) return nullptr;
+    if (s_left == 0) {
+        if (s_once) s_left = kNoLimit;
+        return nullptr;
+    }
     if (s_left > 0) --s_left;
     ++s_allocated.blocks;
     s_allocated.bytes += size;
@@ -26,7 +30,7 @@ void* AllocateOrThrow(std::size_t size) {
 
 Allocated AllocatedSoFar() { return s_allocated; }
 
-FailingAllocator::FailingAllocator(int allocations) { s_left = allocations; }
+FailingAllocator::FailingAllocator(int allocations, bool once) { s_left = allocations, s_once = once; }
 FailingAllocator::~FailingAllocator() { s_left = kNoLimit; }
 
 // Every form, since a sanitizer's runtime has its own for each that is missing here.

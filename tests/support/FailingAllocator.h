@@ -1,12 +1,12 @@
 // Makes the heap run out: while one stands, `operator new` of this thread fails behind `allocations`
-// successes, and goes on failing. Only in programs that link FailingAllocator.cpp.
+// successes, and goes on failing unless it is to fail once. Only in programs that link FailingAllocator.cpp.
 #pragma once
 
 #include <cstddef>
 
 class FailingAllocator {
 public:
-    explicit FailingAllocator(int allocations);
+    explicit FailingAllocator(int allocations, bool once = false);
     ~FailingAllocator();
     FailingAllocator(const FailingAllocator&) = delete;
     FailingAllocator& operator=(const FailingAllocator&) = delete;
