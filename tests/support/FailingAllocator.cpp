@@ -7,9 +7,11 @@ namespace {
 
 constexpr int kNoLimit = -1;
 thread_local int s_left = kNoLimit;
+thread_local bool s_failed = false;
 thread_local Allocated s_allocated{};
 
 void* Allocate(std::size_t size) noexcept {
+    if (s_left == 0) s_failed = true;
     if (s_left == 0) return nullptr;
     if (s_left > 0) --s_left;
     ++s_allocated.blocks;
@@ -26,8 +28,12 @@ void* AllocateOrThrow(std::size_t size) {
 
 Allocated AllocatedSoFar() { return s_allocated; }
 
-FailingAllocator::FailingAllocator(int allocations) { s_left = allocations; }
+FailingAllocator::FailingAllocator(int allocations) {
+    s_failed = false;
+    s_left = allocations;
+}
 FailingAllocator::~FailingAllocator() { s_left = kNoLimit; }
+bool FailingAllocator::HasFailed() { return s_failed; }
 
 // Every form, since a sanitizer's runtime has its own for each that is missing here.
 void* operator new(std::size_t size) { return AllocateOrThrow(size); }
