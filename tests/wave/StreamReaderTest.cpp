@@ -73,7 +73,12 @@ TEST_P(StreamReaderFormats, AnyDivisionOfAFileOrAStreamGivesAllThatTheConverterM
     int64_t length = 0;
     ASSERT_EQ(Open()->GetLength(&length), RESULT_OK);
     EXPECT_EQ(length, static_cast<int64_t>(kFrames) * m_output.rate / kRate);
-    for (const std::vector<uint32_t>& blocks : {std::vector<uint32_t>{100000}, {7}, {3, 4096, 1, 250}})
+    Samples once(m_whole.size());
+    uint32_t read = 0;
+    const auto frames = static_cast<uint32_t>(once.size() / m_output.channels);
+    ASSERT_EQ(Open()->Read(once.data(), frames, &read, nullptr), RESULT_OK);
+    EXPECT_EQ(once, m_whole);
+    for (const std::vector<uint32_t>& blocks : {std::vector<uint32_t>{7}, {3, 4096, 1, 250}})
         ASSERT_EQ(ReadAll(*Open(), m_output.channels, blocks), m_whole);
     ByteStream stream(m_image.Image());
     const RefPtr<CACStreamReader> reader = NewReader(m_output);

@@ -93,6 +93,8 @@ TEST(WaveFileWalk, EntriesThatLieAreCutAtTheEndOfTheirList) {
         EXPECT_EQ(wave.Chunks().at(FourCC("INAM")), value);
     }
     CWaveFile wave;
+    EXPECT_EQ(OpenImage(Sound().Header("LIST", 15).Bytes("INFO").Header("INAM", 3).Bytes("abc"), wave),
+              RESULT_OK);
     EXPECT_EQ(OpenImage(Sound().Header("LIST", 3).Bytes("INF\0"s), wave), RESULT_OK);
     EXPECT_EQ(OpenImage(Sound().Header("LIST", 12).Bytes("INFO").Header("INAM", 0), wave), RESULT_OK);
 }
@@ -177,7 +179,8 @@ TEST(WaveFileStream, FailureAtAnyCallGivesACodeAndNothingStale) {
 
 TEST(WaveFileStream, AnImageMayBeginAnywhere) {
     std::vector<uint8_t> bytes(1000, 'z');
-    const std::vector<uint8_t> image = Everything().Image();
+    const std::string longName(70000, 'n');  // so much is not read before the stream has proved to hold it
+    const std::vector<uint8_t> image = Everything().Info(None().Chunk("INAM", longName)).Image();
     bytes.insert(bytes.end(), image.begin(), image.end());
     ByteStream stream(bytes);
     stream.position = 1000;
@@ -188,6 +191,7 @@ TEST(WaveFileStream, AnImageMayBeginAnywhere) {
     uint32_t done = 0;
     ASSERT_EQ(wave.ReadData(sizeof audio, audio, &done), RESULT_OK);
     EXPECT_EQ(std::string(audio, done), "0123456");
+    EXPECT_EQ(wave.Chunks().at(FourCC("INAM")), longName);
 }
 
 TEST(WaveFileSeek, StaysOnFramesAndWithinTheAudio) {

@@ -98,6 +98,7 @@ TEST(Writer, FewFramesArriveThroughTheConverterToo) {
         }
     }
     EXPECT_EQ(Written({1, 44100}, kMono16At48000, {}, {1}).size(), kHeader);
+    EXPECT_EQ(Written({1, 44100}, kMono16At8000, {12000}, {1}).size(), kHeader + 2);
     // Every number of frames ends, and gives the same in one block and in many.
     for (uint32_t frames = 17; frames < 48; ++frames) {
         const Samples noise = Noise(frames);
@@ -136,14 +137,18 @@ TEST(Writer, SeekWithConversionBeginsANewSignalAtTheFramesPlace) {
     const Samples noise = Noise(10000);
     const ScopedFile file;
     const RefPtr<CACWriter> writer = OpenWriter(file, {1, 16000}, kMono16At8000);
-    WriteAll(*writer, noise, 1, {10000});
     int64_t position = 0;
+    WriteAll(*writer, Noise(5), 1, {5});  // few frames go into the file too before the place changes
+    EXPECT_EQ(writer->Seek(2, 0, &position), RESULT_OK);
+    EXPECT_GT(position, 0);
+    EXPECT_EQ(writer->Seek(0, 0, &position), RESULT_OK);
+    WriteAll(*writer, noise, 1, {10000});
     EXPECT_EQ(writer->Seek(1, 0, &position), RESULT_OK);
     EXPECT_EQ(position, 10000);
     EXPECT_EQ(writer->Seek(2, -3000, &position), RESULT_OK);
     EXPECT_EQ(position, 6984);  // 16 input frames are still in the filter: 4992 frames stand in the file
     EXPECT_EQ(writer->Seek(0, 4000, &position), RESULT_OK);
-    WriteAll(*writer, noise, 1, {700});
+    WriteAll(*writer, noise, 1, {5, 700});
     writer->Close();
     const Samples again = Converted(noise, {1, 16000}, {1, 8000});
     Samples expected(again.begin(), again.begin() + 2000);
