@@ -22,7 +22,7 @@ WavImage None() { return WavImage(WavImage::Empty{}); }
 TEST(WaveFileWalk, TakesChunksInAnyOrderAndTheLastOfEachKind) {
     WavImage image = WavImage().Chunk("junk", "odd").Data({9, 9}).Fmt(1, 1, 8000, 8);
     image.Chunk("LIST", "adtl____").Chunk("fact", "\1\2\3\4\5\6"s).Chunk("fact", "\1");
-    image.Fmt(1, 2, 48000, 16).Data({1, 2, 3, 4});
+    image.Fmt(1, 2, 48000, 16).Data({1, 2, 3, 4}).Chunk("tail", "no audio");
     CWaveFile wave;
     ASSERT_EQ(OpenImage(image, wave), RESULT_OK);
     EXPECT_EQ(wave.Format().samplesPerSec, 48000u);

@@ -118,17 +118,20 @@ TEST(Writer, SeekOverwritesAndGrowsOnlyBehindTheEnd) {
     } moves[] = {{0, 10, 10},         {1, 5, 15}, {2, -2, 98},
                  {0, INT64_MAX, 100}, {0, -7, 0}, {3, 1, 0, RESULT_BAD_ARGUMENT},
                  {0, 90, 90}};
+    int64_t position = 0;
     for (const auto& move : moves) {
-        int64_t position = 0;
         EXPECT_EQ(writer->Seek(move.origin, move.offset, &position), move.result);
         EXPECT_EQ(position, move.reached);
     }
     WriteAll(*writer, Samples(20, 2), 1, {20});
+    EXPECT_EQ(writer->Seek(0, 0, &position), RESULT_OK);
+    WriteAll(*writer, Samples(5, 3), 1, {5});
     uint64_t length = 0;
     EXPECT_EQ(writer->GetLength(&length), RESULT_OK);
-    EXPECT_EQ(length, 120U);
+    EXPECT_EQ(length, 125U);
     writer->Close();
-    Samples expected(90, 1);
+    Samples expected(5, 3);
+    expected.insert(expected.end(), 85, 1);
     expected.insert(expected.end(), 20, 2);
     EXPECT_EQ(file.Bytes(), WavImage().Fmt(1, 1, 8000, 16).Data(expected).Sized().Image());
 }
