@@ -42,12 +42,9 @@ protected:
         const std::string err = (m_folder / ".err").string();
         const std::string whole =
             "cd '" + m_folder.string() + "' && { " + line + "\n} >'" + out + "' 2>'" + err + "' </dev/null";
-        const int status =
-            std::system(whole.c_str());  // NOLINT(bugprone-command-processor): a shell is the point
-        RunResult result;
-        result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-        result.out = Bytes(".out");
-        result.err = Bytes(".err");
+        const int status = std::system(whole.c_str());  // NOLINT(bugprone-command-processor)
+        RunResult result{WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), Bytes(".out"),
+                         Bytes(".err")};
         std::filesystem::remove(out);
         std::filesystem::remove(err);
         return result;
@@ -56,11 +53,11 @@ protected:
         std::ifstream file(m_folder / name, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
-    // What lies in the folder.
+    // What lies in the folder, and in those below it.
     std::vector<std::string> Names() const {
         std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(m_folder))
-            names.push_back(entry.path().filename().string());
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(m_folder))
+            names.push_back(entry.path().lexically_relative(m_folder).string());
         std::sort(names.begin(), names.end());
         return names;
     }
@@ -69,30 +66,15 @@ protected:
         std::ofstream(m_folder / name, std::ios::binary)
             .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     }
-    void WriteImage(const std::string& name, const WavImage& image) const {
-        const auto& bytes = image.Image();
-        WriteBytes(name, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
-    }
+    void WriteImage(const std::string& name, const WavImage& image) const { WriteBytes(name, image.Text()); }
     // A PCM file of a saw wave with `frames` frames; gives its audio bytes.
     std::string WriteWav(const std::string& name, uint16_t channels, uint32_t rate, uint16_t bits,
                          uint32_t frames) const {
         std::string audio;
         const uint32_t size = frames * channels * bits / 8;
         for (uint32_t i = 0; i < size; ++i) audio += static_cast<char>(i * 7 % 251);
-        WavImage image;
-        image.Fmt(1, channels, rate, bits).Chunk("data", audio);
-        WriteImage(name, image);
+        WriteImage(name, WavImage().Fmt(1, channels, rate, bits).Chunk("data", audio));
         return audio;
-    }
-
-    // A file that takes long to read and hardly any room: an hour of silence with a hole in the disk behind
-    // it.
-    void WriteLongWav(const std::string& name) const {
-        constexpr uint32_t kAudioSize = 600000000;
-        WavImage image;
-        image.Fmt(1, 2, 44100, 16).Header("data", kAudioSize);
-        WriteImage(name, image);
-        std::filesystem::resize_file(m_folder / name, image.Image().size() + kAudioSize);
     }
 
     std::filesystem::path m_folder;

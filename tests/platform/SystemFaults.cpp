@@ -9,6 +9,8 @@
 
 namespace {
 
+constexpr size_t kWholeWrite = 8;  // bytes; so few are written whole or not at all
+
 struct State {
     SystemFaults faults;
     int interruptionsLeft = 0;
@@ -55,7 +57,11 @@ __attribute__((visibility("default"))) ssize_t pread(int file, void* buffer, siz
 __attribute__((visibility("default"))) ssize_t pwrite(int file, const void* buffer, size_t size,
                                                       off_t place) {
     static auto* const next = Next<decltype(pwrite)>("pwrite");
-    if (ChangeFails()) return -1;
+    if (ChangeFails()) {
+        const bool first = t_state.changes == t_state.faults.changesUntilError + 1;
+        if (t_state.faults.lasting && first && size > kWholeWrite) next(file, buffer, size / 2, place);
+        return -1;
+    }
     const ssize_t written = Faulty(next, file, buffer, size, place);
     if (written > 0) t_state.written += static_cast<size_t>(written);
     return written;

@@ -8,10 +8,12 @@ namespace {
 constexpr int kNoLimit = -1;
 thread_local int s_left = kNoLimit;
 thread_local bool s_once = false;
+thread_local bool s_failed = false;
 thread_local Allocated s_allocated{};
 
 void* Allocate(std::size_t size) noexcept {
     if (s_left == 0) {
+        s_failed = true;
         if (s_once) s_left = kNoLimit;
         return nullptr;
     }
@@ -30,8 +32,13 @@ void* AllocateOrThrow(std::size_t size) {
 
 Allocated AllocatedSoFar() { return s_allocated; }
 
-FailingAllocator::FailingAllocator(int allocations, bool once) { s_left = allocations, s_once = once; }
+FailingAllocator::FailingAllocator(int allocations, bool once) {
+    s_failed = false;
+    s_left = allocations;
+    s_once = once;
+}
 FailingAllocator::~FailingAllocator() { s_left = kNoLimit; }
+bool FailingAllocator::HasFailed() { return s_failed; }
 
 // Every form, since a sanitizer's runtime has its own for each that is missing here.
 void* operator new(std::size_t size) { return AllocateOrThrow(size); }

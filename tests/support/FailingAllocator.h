@@ -10,6 +10,8 @@ public:
     ~FailingAllocator();
     FailingAllocator(const FailingAllocator&) = delete;
     FailingAllocator& operator=(const FailingAllocator&) = delete;
+
+    static bool HasFailed();  // since the latest of them came
 };
 
 // Counts what `operator new` of this thread has handed out so far.

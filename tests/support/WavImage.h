@@ -2,9 +2,22 @@
 #pragma once
 
 #include <cstdint>
+#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "platform/base/LittleEndian.h"
+
+using Samples = std::vector<int16_t>;
+
+// The same for the same count.
+inline Samples Noise(size_t count) {
+    std::mt19937 random(static_cast<uint32_t>(count));
+    Samples samples(count);
+    for (int16_t& sample : samples) sample = static_cast<int16_t>(random());
+    return samples;
+}
 
 class WavImage {
 public:
@@ -33,13 +46,22 @@ public:
         const auto align = static_cast<uint16_t>(uint32_t{channels} * bits / 8);
         return Word16(tag).Word16(channels).Word32(rate).Word32(rate * align).Word16(align).Word16(bits);
     }
-    WavImage& Data(const std::vector<int16_t>& samples) {
+    WavImage& Data(const Samples& samples) {
         Header("data", static_cast<uint32_t>(samples.size() * 2));
         for (const int16_t sample : samples) Word16(static_cast<uint16_t>(sample));
         return *this;
     }
 
+    // A list of tags around its entries.
+    WavImage& Info(const WavImage& entries) { return Chunk("LIST", "INFO" + entries.Text()); }
+    // Makes the RIFF size true, which is 0 before.
+    WavImage& Sized() {
+        StoreLE32(&m_bytes[4], static_cast<uint32_t>(m_bytes.size()) - 8);
+        return *this;
+    }
+
     const std::vector<uint8_t>& Image() const { return m_bytes; }
+    std::string Text() const { return {m_bytes.begin(), m_bytes.end()}; }
 
 private:
     WavImage& Number(uint32_t value, int bytes) {
