@@ -158,4 +158,29 @@ TEST_F(HostConvert, WhatTheOutputLacksIsNamed) {
     EXPECT_EQ(Json("tag out.wav")[0]["tags"], tags);
 }
 
+TEST_F(HostConvert, WhatIsDecodedKeepsItsSamplesAndTags) {
+    std::string wide, narrow;
+    for (int i = 0; i < 8000; ++i) {
+        const std::string sample = {static_cast<char>(i * 7 % 251), static_cast<char>(i % 200 - 100)};
+        narrow += sample;
+        wide += '\0' + sample;
+    }
+    const WavImage list =
+        WavImage(WavImage::Empty{}).Chunk("INAM", "Name").Chunk("vltg", TagEntry("disc", "1"));
+    WriteImage("in.wav", WavImage().Fmt(1, 1, 8000, 24).Chunk("data", wide).Info(list));
+    const std::string before = Bytes("in.wav");
+    ASSERT_EQ(Run("sox in.wav other.aiff").exitCode, 0);
+    std::filesystem::create_directory(m_folder / "out");
+    const RunResult run = Vlwav("convert in.wav other.aiff -o out --set artist=Me");
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.err, "vlwav: in.wav: Note: the output doesn't have tag disc.\n");
+    for (const char* name : {"out/in.wav", "out/other.wav"})
+        EXPECT_TRUE(Bytes(name).substr(44, narrow.size()) == narrow) << name;
+    EXPECT_EQ(Json("tag out/in.wav")[0]["tags"], (json{{"title", "Name"}, {"artist", "Me"}}));
+    EXPECT_EQ(Json("tag in.wav")[0]["tags"], (json{{"title", "Name"}, {"disc", "1"}}));
+    EXPECT_EQ(Vlwav("tag in.wav --set title=Other").exitCode, 1);
+    EXPECT_TRUE(Bytes("in.wav") == before);
+    EXPECT_EQ(Vlwav("tag other.aiff").exitCode, 1);
+}
+
 }  // namespace
