@@ -9,8 +9,8 @@ say "format"
 find AudioCodec platform host tests bench fuzz docs \( -name '*.h' -o -name '*.cpp' \) -print0 |
   xargs -0 -r clang-format --dry-run -Werror
 
-build release # g++, warnings are errors
-build tsan    # clang, likewise
+build release "${SHIPPED[@]}" vl_bench # g++, warnings are errors; tests are built below and by test.sh
+build tsan                             # clang, likewise
 
 # What ships; tests and benchmarks are held to the warnings of both compilers.
 say "clang-tidy"

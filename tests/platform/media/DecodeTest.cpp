@@ -17,6 +17,7 @@ struct Codec {
     const char* options;
     bool isWide = false;  // whole numbers of more than 16 bits
 };
+void PrintTo(const Codec& codec, std::ostream* out) { *out << codec.name; }
 const Codec kCodecs[] = {
     {"Pcm16Extensible", ".wav", 3, 44100, "-c:a pcm_s16le"},
     {"Pcm24", ".wav", 2, 44100, "-c:a pcm_s24le", true},
