@@ -43,7 +43,7 @@ private:
         StreamReaderFilter& m_reader;
     };
 
-    static constexpr size_t kRingSize = size_t{256} * 1024;
+    static constexpr size_t kRingSize = size_t{1024} * 1024;  // so the two threads seldom wake each other
 
     ~StreamReaderFilter() override = default;
     std::vector<PinBase*> Pins() override { return {&m_input}; }
