@@ -131,7 +131,7 @@ Result CACReader::CompleteGraph(IBaseFilter* source) {
     m_streamReader->Initialize();
     ReadSourceFormat();
     ReadDuration();
-    DropStaged();
+    m_staged.Drop();
     Configure(m_outChannels, m_outRate);
     m_converter.ResetToOutputPosition(0);
     m_state = State::Opened;
@@ -197,11 +197,6 @@ void CACReader::Configure(uint32_t outChannels, uint32_t outRate) {
                           outChannels, static_cast<int32_t>(outRate));
 }
 
-void CACReader::DropStaged() {
-    m_stagedFrames = 0;
-    m_usedFrames = 0;
-}
-
 // From the first read on. 1302 if the graph refuses, which ends this open.
 Result CACReader::StartGraph() {
     const HRESULT run = m_control->Run();
@@ -245,35 +240,26 @@ Result CACReader::Read(void* buffer, uint32_t frames, uint32_t* framesRead, uint
 
 Result CACReader::ReadConverted(int16_t* output, uint32_t frames, uint32_t* framesRead,
                                 uint8_t* endOfStream) {
-    uint32_t remaining = frames;
-    while (remaining != 0) {
-        if (m_usedFrames == m_stagedFrames) {
-            const Result refilled = RefillStaging(endOfStream);
-            if (refilled != RESULT_OK) return refilled;
-        }
-        uint32_t taken = m_stagedFrames - m_usedFrames;
-        uint32_t made = remaining;
-        m_converter.Process(m_staging + size_t{m_usedFrames} * m_converter.SourceChannels(), &taken, output,
-                            &made);
-        if (made == 0) break;
-        m_usedFrames = std::min(m_usedFrames + taken, m_stagedFrames);
-        output += size_t{made} * m_outChannels;
-        remaining -= made;
-    }
-    *framesRead = frames - remaining;
-    return RESULT_OK;
+    // Without a rate the converter keeps the channels that it had.
+    if (m_converter.OutputChannels() != m_outChannels) return RESULT_NOT_PCM;
+    uint32_t made = 0;
+    const Result result =
+        m_staged.Convert(m_converter, output, frames, made, [&] { return RefillStaging(endOfStream); });
+    if (result == RESULT_OK) *framesRead = made;
+    return result;
 }
 
 Result CACReader::RefillStaging(uint8_t* endOfStream) {
-    DropStaged();
     const uint32_t channels = m_sourceFormat.channels;
-    if (m_state != State::Closed && (m_sourceFormat.bitsPerSample != kStagedBits || channels == 0))
-        return RESULT_NOT_PCM;
-    return ReadFrames(m_staging, kStagingBytes / std::max(channels, 1U) / 2, &m_stagedFrames, endOfStream);
+    return m_staged.Refill(channels, [&](int16_t* buffer, uint32_t frames, uint32_t* framesRead) {
+        if (m_state != State::Closed && (m_sourceFormat.bitsPerSample != kStagedBits || channels == 0))
+            return RESULT_NOT_PCM;
+        return ReadFrames(buffer, frames, framesRead, endOfStream);
+    });
 }
 
 Result CACReader::Seek(uint32_t origin, int64_t offset, int64_t* position) {
-    DropStaged();
+    m_staged.Drop();
     if (position) *position = 0;
     if (!m_seeking) return RESULT_FAILED;
     int64_t target =

@@ -13,7 +13,7 @@
 #include "AudioCodec/graph/IStreamReaderControl.h"
 #include "AudioCodec/graph/filter/CMemReader.h"
 #include "AudioCodec/shell/BaseImpl.h"
-#include "AudioCodec/wave/CSampleRateConverter.h"
+#include "AudioCodec/wave/CStagedFrames.h"
 #include "AudioCodec/wave/IAC3StreamReader.h"
 #include "platform/base/RefPtr.h"
 #include "platform/media/MediaInterfaces.h"
@@ -61,14 +61,11 @@ private:
     void ReadDuration();
     void ComputeLength();
     void Configure(uint32_t outChannels, uint32_t outRate);
-    void DropStaged();
 
     Result StartGraph();
     Result ReadFrames(void* buffer, uint32_t frames, uint32_t* framesRead, uint8_t* endOfStream);
     Result ReadConverted(int16_t* output, uint32_t frames, uint32_t* framesRead, uint8_t* endOfStream);
     Result RefillStaging(uint8_t* endOfStream);
-
-    static constexpr uint32_t kStagingBytes = 4096;
 
     RefPtr<IGraphBuilder> m_graph;  // null when closed
     RefPtr<IMediaSeeking> m_seeking;
@@ -84,7 +81,5 @@ private:
     uint32_t m_outBytesPerSample = 2;
     CSampleRateConverter m_converter;
     uint64_t m_length = 0;  // in output frames
-    uint32_t m_stagedFrames = 0;
-    uint32_t m_usedFrames = 0;  // of the staged ones; at most as many
-    int16_t m_staging[kStagingBytes / 2] = {};
+    CStagedFrames m_staged;
 };

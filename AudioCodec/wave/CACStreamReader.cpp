@@ -131,7 +131,7 @@ Result CACStreamReader::OpenImage(IStream* stream, uint32_t flags) {
 }
 
 void CACStreamReader::StartAtBeginning() {
-    DropStaged();
+    m_staged.Drop();
     m_converter.Configure(m_sourceFormat.channels, static_cast<int32_t>(m_sourceFormat.samplesPerSec),
                           m_outChannels, static_cast<int32_t>(m_outRate));
     m_position = 0;
@@ -141,12 +141,7 @@ void CACStreamReader::StartAtBeginning() {
 void CACStreamReader::ForgetSource() {
     m_wave.CloseFile();
     m_sourceFormat = WaveFormat{};
-    DropStaged();
-}
-
-void CACStreamReader::DropStaged() {
-    m_stagedFrames = 0;
-    m_usedFrames = 0;
+    m_staged.Drop();
 }
 
 Result CACStreamReader::Read(void* buffer, uint32_t frames, uint32_t* framesRead, uint8_t* endOfStream) {
@@ -163,33 +158,20 @@ Result CACStreamReader::Read(void* buffer, uint32_t frames, uint32_t* framesRead
 
 Result CACStreamReader::ReadConverted(int16_t* output, uint32_t frames, uint32_t* framesRead,
                                       uint8_t* endOfStream) {
-    uint32_t remaining = frames;
-    while (remaining != 0) {
-        if (m_usedFrames == m_stagedFrames) {
-            const Result refilled = RefillStaging(endOfStream);
-            if (refilled != RESULT_OK) return refilled;
-        }
-        uint32_t taken = m_stagedFrames - m_usedFrames;
-        uint32_t made = remaining;
-        m_converter.Process(m_staging + size_t{m_usedFrames} * m_converter.SourceChannels(), &taken, output,
-                            &made);
-        if (made == 0) break;
-        m_position = Saturating::Add(m_position, made);
-        m_usedFrames = std::min(m_usedFrames + taken, m_stagedFrames);
-        output += size_t{made} * m_outChannels;
-        remaining -= made;
-    }
-    *framesRead = frames - remaining;
-    return RESULT_OK;
+    uint32_t made = 0;
+    const Result result =
+        m_staged.Convert(m_converter, output, frames, made, [&] { return RefillStaging(endOfStream); });
+    m_position = Saturating::Add(m_position, made);
+    if (result == RESULT_OK) *framesRead = made;
+    return result;
 }
 
 Result CACStreamReader::RefillStaging(uint8_t* endOfStream) {
-    DropStaged();
-    const uint32_t channels = std::max<uint32_t>(m_converter.SourceChannels(), 1);
-    const Result read =
-        ReadSourceFrames(m_staging, kStagingBytes / channels / 2, &m_stagedFrames, endOfStream);
-    if (read != RESULT_OK) DropStaged();
-    return read;
+    return m_staged.Refill(
+        m_converter.SourceChannels(), [&](int16_t* buffer, uint32_t frames, uint32_t* framesRead) {
+            return AtBorder(RESULT_FAILED,
+                            [&] { return ReadSourceFrames(buffer, frames, framesRead, endOfStream); });
+        });
 }
 
 // Whether there is a direct source whose frames have the size that buffers are laid out for.
@@ -256,7 +238,7 @@ Result CACStreamReader::SeekSourceFrames(uint32_t origin, int64_t offset, int64_
 
 Result CACStreamReader::Seek(uint32_t origin, int64_t offset, int64_t* position) {
     if (m_inner) return m_inner->Seek(origin, offset, position);
-    DropStaged();
+    m_staged.Drop();
     Result result = RESULT_OK;
     if (m_converter.IsConversionFree()) {
         result = SeekSourceFrames(origin, offset, &m_position);
@@ -320,7 +302,7 @@ Result CACStreamReader::SetOutputFormat(uint32_t channels, uint32_t rate, uint32
         m_outChannels = channels;
         m_outRate = rate;
         m_outBytesPerSample = kOutputBytesPerSample;
-        DropStaged();
+        m_staged.Drop();
         if (hasSource) {
             m_position = position;
             StandAtPosition();

@@ -17,7 +17,7 @@
 #include "AudioCodec/graph/InnerReader.h"
 #include "AudioCodec/metadata/TagList.h"
 #include "AudioCodec/shell/BaseImpl.h"
-#include "AudioCodec/wave/CSampleRateConverter.h"
+#include "AudioCodec/wave/CStagedFrames.h"
 #include "AudioCodec/wave/CWaveFile.h"
 #include "AudioCodec/wave/IAC3StreamReader.h"
 
@@ -51,7 +51,6 @@ private:
     Result OpenImage(IStream* stream, uint32_t flags);
     void StartAtBeginning();
     void ForgetSource();
-    void DropStaged();
 
     Result SourceState() const;
     Result ReadConverted(int16_t* output, uint32_t frames, uint32_t* framesRead, uint8_t* endOfStream);
@@ -62,8 +61,6 @@ private:
     Result SeekConverted(uint32_t origin, int64_t offset);
     void StandAtPosition();
 
-    static constexpr uint32_t kStagingBytes = 4096;
-
     CWaveFile m_wave;
     WaveFormat m_sourceFormat;
     TagList m_tags;                     // of every file opened so far, the latest last
@@ -71,10 +68,8 @@ private:
     uint32_t m_outChannels = 2;
     uint32_t m_outRate = 44100;
     uint32_t m_outBytesPerSample = 2;
-    int64_t m_position = 0;                     // in output frames; without conversion as of the last Seek
-    int16_t m_staging[kStagingBytes / 2] = {};  // 16-bit source samples on their way through the converter
-    uint32_t m_stagedFrames = 0;
-    uint32_t m_usedFrames = 0;  // of the staged ones; at most as many
+    int64_t m_position = 0;  // in output frames; without conversion as of the last Seek
+    CStagedFrames m_staged;
     CSampleRateConverter m_converter;
     std::unique_ptr<InnerReader> m_inner;
 };
