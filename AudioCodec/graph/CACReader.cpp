@@ -240,8 +240,6 @@ Result CACReader::Read(void* buffer, uint32_t frames, uint32_t* framesRead, uint
 
 Result CACReader::ReadConverted(int16_t* output, uint32_t frames, uint32_t* framesRead,
                                 uint8_t* endOfStream) {
-    // Without a rate the converter keeps the channels that it had.
-    if (m_converter.OutputChannels() != m_outChannels) return RESULT_NOT_PCM;
     uint32_t made = 0;
     const Result result =
         m_staged.Convert(m_converter, output, frames, made, [&] { return RefillStaging(endOfStream); });
