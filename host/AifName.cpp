@@ -8,6 +8,7 @@
 #include <iterator>
 
 #include "host/Failure.h"
+#include "host/TemporaryCleanup.h"
 
 namespace {
 
@@ -20,12 +21,11 @@ AifName::AifName(const std::string& path) : m_path(path) {
     if (std::none_of(std::begin(kOtherExtensions), std::end(kOtherExtensions),
                      [&](const char* other) { return strcasecmp(other, extension.c_str()) == 0; }))
         return;
-    std::error_code error;
-    std::string folder = std::filesystem::temp_directory_path(error) / "vlwav-XXXXXX";
-    if (error || !mkdtemp(folder.data()))
-        throw Failure("The folder for temporary files can't be written; set TMPDIR to another one.");
+    std::string folder = TemporaryCleanup::NewPath();
+    if (!mkdtemp(folder.data())) TemporaryCleanup::FailWriting();
     m_folder = folder;
     m_path = folder + "/audio.aif";
+    std::error_code error;
     std::filesystem::create_symlink(std::filesystem::absolute(path, error), m_path, error);
     if (error) {
         std::filesystem::remove(m_folder, error);

@@ -75,6 +75,14 @@ Output Output::File(const std::string& path, Existing existing) {
     return output;
 }
 
+Output Output::Scratch() {
+    std::string path = TemporaryCleanup::NewPath();
+    Output output(TemporaryCleanup::Create(path), path);
+    if (output.m_descriptor < 0) TemporaryCleanup::FailWriting();
+    output.m_temporary = path;
+    return output;
+}
+
 Output::Output(Output&& other) noexcept
     : m_descriptor(std::exchange(other.m_descriptor, -1)),
       m_name(std::move(other.m_name)),

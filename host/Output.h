@@ -19,6 +19,9 @@ public:
     // when Commit is never reached, also by SIGINT, SIGTERM and SIGHUP. With Kept it is a failure if there is
     // such a file, now or when Commit comes.
     static Output File(const std::string& path, Existing existing = Existing::Replaced);
+    // A new file that only its user can read, in the folder for temporaries; gone with this object, so there
+    // is nothing to commit.
+    static Output Scratch();
 
     Output(Output&& other) noexcept;
     Output& operator=(Output&&) = delete;

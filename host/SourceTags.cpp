@@ -1,10 +1,11 @@
 #include "host/SourceTags.h"
 
-#include <filesystem>
 #include <string_view>
 
+#include "host/Failure.h"
 #include "host/Output.h"
 #include "host/RiffScan.h"
+#include "host/TemporaryCleanup.h"
 
 namespace {
 
@@ -37,7 +38,11 @@ std::optional<TagSet> ReadTags(const Module& module, const Source& source, const
     const RiffScan scan = ScanRiff(path);
     if (scan.declaredSize == 0) return std::nullopt;
     if (scan.info.empty()) return TagSet();
-    Output copy = Output::File(std::filesystem::temp_directory_path() / "vlwav-tags.wav");  // never committed
-    copy.Write(SilenceWithList(scan.info));
+    Output copy = Output::Scratch();
+    try {
+        copy.Write(SilenceWithList(scan.info));
+    } catch (const OutputFailure&) {  // but not of the output that the user asked for
+        TemporaryCleanup::FailWriting();
+    }
     return Tags::Read(*Source(module, copy.Temporary()).Metadata());
 }

@@ -9,11 +9,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <mutex>
 #include <set>
 #include <thread>
 
 #include "host/ExitCodes.h"
+#include "host/Failure.h"
 #include "host/Report.h"
 
 namespace TemporaryCleanup {
@@ -63,6 +65,17 @@ void WatchSignals() {
         int number = 0;
         if (sigwait(&watched, &number) == 0) RemoveAllAndEnd(number);
     }).detach();
+}
+
+std::string NewPath() {
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
+    if (error) FailWriting();
+    return folder / "vlwav-XXXXXX";
+}
+
+void FailWriting() {
+    throw Failure("The folder for temporary files can't be written; set TMPDIR to another one.");
 }
 
 int Create(std::string& path) {

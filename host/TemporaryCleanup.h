@@ -10,6 +10,10 @@ namespace TemporaryCleanup {
 // Starts to watch for the signals, except those that the caller has the program ignore (nohup). Once, in
 // the main thread, before any other thread is there. Throws std::system_error.
 void WatchSignals();
+// A path in the user's folder for temporaries, which ends in six X.
+std::string NewPath();
+// Throws the Failure that tells of that folder.
+[[noreturn]] void FailWriting();
 // Creates a new file; `path` ends in six X that it replaces. Gives a descriptor, or -1 with errno.
 int Create(std::string& path);
 // Gives the file its final name. Without `replace` a file that has this name already is left as it is, and
