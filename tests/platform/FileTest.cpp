@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
 #include <numeric>
 
@@ -17,10 +18,10 @@ namespace {
 
 class File : public testing::Test {
 protected:
-    UniqueHandle Open(const std::string& name, DWORD disposition) const {
+    UniqueHandle Open(const std::string& name, DWORD disposition, DWORD flags = FILE_ATTRIBUTE_NORMAL) const {
         return TakeFile(CreateFileW(m_folder.Wide(name).c_str(), GENERIC_READ | GENERIC_WRITE,
-                                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition, flags,
+                                    nullptr));
     }
     std::string Contents(const std::string& name) const {
         std::ifstream in(m_folder.Native(name), std::ios::binary);
@@ -82,6 +83,20 @@ TEST_F(File, InterruptedAndShortCallsAreCompleted) {
     SetFilePointer(file.get(), 0, nullptr, FILE_BEGIN);
     EXPECT_EQ(ReadAll(file.get(), 2000), bytes);
     EXPECT_GT(faults.CallsSeen(), 2 * 3 * 1000 / 7);
+}
+
+TEST_F(File, OneThatGoesWithItsHandleIsNobodyElsesFromTheStart) {
+    constexpr DWORD kGone = FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE;
+    std::ofstream(m_folder.Native("taken")) << "theirs";
+    for (const char* name : {"taken", "free"}) {
+        const UniqueHandle file = Open(name, OPEN_ALWAYS, kGone);
+        DWORD done = 0;
+        ASSERT_TRUE(WriteFile(file.get(), "mine!!", 6, &done, nullptr));
+        EXPECT_EQ(Contents("taken"), "theirs");
+        EXPECT_FALSE(std::filesystem::exists(m_folder.Native("free")));
+    }
+    EXPECT_FALSE(Open("taken", OPEN_EXISTING, kGone));
+    EXPECT_FALSE(Open("no folder/a", OPEN_ALWAYS, kGone));
 }
 
 }  // namespace

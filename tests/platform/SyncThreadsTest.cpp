@@ -86,30 +86,6 @@ TEST(SyncThreads, AManualEventStaysSetAndAnAutomaticOneLetsOneWaitThrough) {
     EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
 }
 
-TEST(SyncThreads, ASemaphoreLetsAsManyThroughAsItsCount) {
-    const UniqueHandle semaphore(CreateSemaphoreA(nullptr, 0, 3, nullptr));
-    std::atomic<int> through = 0;
-    LONG before = -1;
-    {
-        std::vector<std::jthread> waiters(3);
-        for (auto& waiter : waiters) {
-            waiter = std::jthread(
-                [&] { through += WaitForSingleObject(semaphore.get(), INFINITE) == WAIT_OBJECT_0; });
-        }
-        EXPECT_TRUE(ReleaseSemaphore(semaphore.get(), 2, nullptr));
-        while (through < 2) std::this_thread::yield();
-        EXPECT_EQ(WaitForSingleObject(semaphore.get(), 5), WAIT_TIMEOUT);
-        EXPECT_EQ(through, 2);
-        EXPECT_TRUE(ReleaseSemaphore(semaphore.get(), 1, nullptr));
-    }
-    EXPECT_TRUE(ReleaseSemaphore(semaphore.get(), 3, &before));
-    EXPECT_EQ(before, 0);
-    EXPECT_FALSE(ReleaseSemaphore(semaphore.get(), 1, nullptr));
-    EXPECT_EQ(GetLastError(), ERROR_TOO_MANY_POSTS);
-    EXPECT_FALSE(ReleaseSemaphore(semaphore.get(), 0, nullptr));
-    EXPECT_EQ(CreateSemaphoreA(nullptr, 4, 3, nullptr), nullptr);
-}
-
 TEST(SyncThreads, AWaitForAnyTakesTheFirstOfThoseToBeHadAndNoOther) {
     const UniqueHandle stop(CreateEventA(nullptr, FALSE, FALSE, nullptr));
     const UniqueHandle work(CreateEventA(nullptr, FALSE, FALSE, nullptr));
@@ -165,21 +141,6 @@ TEST(SyncThreads, AThreadIsToBeHadWhenItsFunctionReturnsAndOutlivesItsHandle) {
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(CreateThread(nullptr, 1 << 20, run, nullptr, 0, nullptr), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_NOT_SUPPORTED);
-}
-
-TEST(SyncThreads, WhatIsNoMutexIsRefused) {
-    for (const HANDLE none : {HANDLE{}, INVALID_HANDLE_VALUE}) {
-        SetLastError(0);
-        EXPECT_EQ(WaitForSingleObject(none, INFINITE), WAIT_FAILED);
-        EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
-        SetLastError(0);
-        EXPECT_FALSE(ReleaseMutex(none));
-        EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
-    }
-    const UniqueHandle file =
-        TakeFile(CreateFileW(u"/dev/null", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
-    EXPECT_EQ(WaitForSingleObject(file.get(), 0), WAIT_FAILED);
-    EXPECT_FALSE(ReleaseMutex(file.get()));
 }
 
 }  // namespace
