@@ -154,11 +154,7 @@ TEST_F(ImageDecoders, RefuseSizesBeyondTheBoundsBeforeMemoryIsTaken) {
         size_t place;  // of width and height, or height and width
         int bytes;     // of each
         uint16_t side;
-    } rows[] = {{"rle8.bmp", 18, 4, 32767},
-                {"rle8.bmp", 18, 4, 0},
-                {"rgb24.bmp", 18, 4, 32768},
-                {"colors5.gif", 6, 2, 32767},
-                {"colors5.gif", 6, 2, 65535}};
+    } rows[] = {{"rle8.bmp", 18, 4, 32767}, {"colors5.gif", 6, 2, 32767}, {"colors5.gif", 6, 2, 65535}};
     for (const auto& row : rows) {
         Bytes bytes = Picture(row.name);
         for (const size_t place : {row.place, row.place + static_cast<size_t>(row.bytes)})
@@ -212,6 +208,28 @@ TEST(ImageBitmaps, RowsRunEitherWayAndRunLengthsStayInsideThePicture) {
     for (const Bytes& outside : {Bytes{0, 0, 0, 0, 1, 1, 0, 1}, Bytes{0, 2, 0, 2, 1, 1, 0, 1}, Bytes{3, 1}})
         EXPECT_EQ(Indices(8, 3, 2, 1, outside), "");
     EXPECT_EQ(Indices(8, 3, -2, 1, {3, 1, 0, 1}), "");  // coded rows run upwards alone
+}
+
+TEST(ImageBitmaps, RefuseSizesAndTablesThatCantBeBeforeMemoryIsTaken) {
+    CImage image;
+    const struct {
+        int32_t width, height;
+        uint16_t bits;
+        uint32_t compression, colors;
+    } rows[] = {{0, 1, 24, 0, 0},         {1, 0, 24, 0, 0},         {-1, 1, 24, 0, 0}, {32768, 1, 1, 0, 2},
+                {1, INT32_MIN, 24, 0, 0}, {30000, 30000, 24, 0, 0}, {1, 1, 2, 0, 4},   {1, 1, 8, 0, 257},
+                {1, 1, 8, 2, 2},          {1, 1, 24, 4, 0},         {1, 1, 32, 3, 4}};
+    for (const auto& row : rows) {
+        const Bytes rest = row.compression == 3 ? Bytes(2000, 0x55) : Bytes(2000);
+        EXPECT_LT(
+            LoadBytes(image, Bitmap(row.width, row.height, row.bits, row.compression, row.colors, rest)), 0)
+            << row.width << " " << row.height << " " << row.bits;
+    }
+    Bytes far = Bitmap(1, 1, 24, 0, 0, Bytes(64));
+    for (const uint32_t place : {53U, 0xFFFFFFFFU}) {  // the pixels would begin inside the header, or nowhere
+        StoreLE32(&far[10], place);
+        EXPECT_LT(LoadBytes(image, far), 0);
+    }
 }
 
 // --- the object
