@@ -6,23 +6,23 @@ set(VL_SDK_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR}/VlACWav3)
 set(VL_SDK_PACKAGEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/VlACWav3)
 set(VL_SDK_HEADERS
   AudioCodec/shell/ClassIds.h
-  AudioCodec/shell/IBase.h
-  AudioCodec/shell/IMemory.h
+  AudioCodec/shell/object/IBase.h
+  AudioCodec/shell/object/IMemory.h
   AudioCodec/shell/IPrivateCodecMain3.h
-  AudioCodec/shell/ResultCodes.h
+  AudioCodec/shell/object/ResultCodes.h
   AudioCodec/attributes/AttributeIds.h
   AudioCodec/attributes/IAttributeContainer64.h
   AudioCodec/metadata/IAC3Metadata.h
   AudioCodec/metadata/IAC3MetadataEditor.h
-  AudioCodec/wave/AudioFormatInfo.h
+  AudioCodec/wave/riff/AudioFormatInfo.h
   AudioCodec/wave/IAC3Reader.h
   AudioCodec/wave/IAC3StreamReader.h
   AudioCodec/wave/IAC3Writer.h
   platform/base/Guid.h
-  platform/base/RefPtr.h
-  platform/base/Stream.h
+  platform/com/RefPtr.h
+  platform/com/Stream.h
   platform/base/Types.h
-  platform/base/Unknown.h
+  platform/com/Unknown.h
   platform/image/Image.h)
 
 foreach(header IN LISTS VL_SDK_HEADERS)

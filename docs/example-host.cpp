@@ -8,7 +8,7 @@
 #include "AudioCodec/shell/ClassIds.h"
 #include "AudioCodec/shell/IPrivateCodecMain3.h"
 #include "AudioCodec/wave/IAC3StreamReader.h"
-#include "platform/base/RefPtr.h"
+#include "platform/com/RefPtr.h"
 
 int main(int argc, char** argv) {
     if (argc != 3) return std::puts("usage: example-host PATH/VlACWav3.so FILE.wav"), 2;

@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "AudioCodec/metadata/CMetadata.h"
-#include "platform/base/RefPtr.h"
+#include "platform/com/RefPtr.h"
 #include "platform/image/Image.h"
 
 namespace {

@@ -1,6 +1,6 @@
 // Any bytes as a WAV image in a stream: the walk, then a read at the source's format and a converted one.
 #include "AudioCodec/wave/CACStreamReader.h"
-#include "platform/base/RefPtr.h"
+#include "platform/com/RefPtr.h"
 #include "tests/support/ByteStream.h"
 
 namespace {

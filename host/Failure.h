@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "AudioCodec/shell/ResultCodes.h"
+#include "AudioCodec/shell/object/ResultCodes.h"
 
 class Failure : public std::runtime_error {
 public:

@@ -4,7 +4,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "platform/base/LittleEndian.h"
+#include "riff/LittleEndian.h"
 
 namespace {
 

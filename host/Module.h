@@ -6,7 +6,7 @@
 #include <string>
 
 #include "AudioCodec/shell/IPrivateCodecMain3.h"
-#include "platform/base/RefPtr.h"
+#include "platform/com/RefPtr.h"
 
 class Module {
 public:

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "AudioCodec/shell/ResultCodes.h"
+#include "AudioCodec/shell/object/ResultCodes.h"
 
 // One sentence for any code; a code that the module doesn't define is told by its number.
 std::string ResultText(Result code);

@@ -8,7 +8,7 @@
 #include <set>
 #include <string>
 
-#include "platform/base/LittleEndian.h"
+#include "riff/LittleEndian.h"
 
 namespace InfoChunk {
 inline constexpr uint32_t kTrack = FourCC("IARL");

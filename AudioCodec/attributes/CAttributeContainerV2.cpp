@@ -6,7 +6,7 @@
 #include <mutex>
 
 #include "AudioCodec/attributes/AttributeIdText.h"
-#include "AudioCodec/shell/Border.h"
+#include "AudioCodec/shell/object/Border.h"
 
 using Guard = std::lock_guard<RecursiveLock>;
 

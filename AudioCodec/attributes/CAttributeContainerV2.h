@@ -15,7 +15,7 @@
 #include "AudioCodec/attributes/AttributeValue.h"
 #include "AudioCodec/attributes/IAttributeContainer64.h"
 #include "AudioCodec/attributes/InterfaceHolder.h"
-#include "AudioCodec/attributes/RecursiveLock.h"
+#include "AudioCodec/shell/object/RecursiveLock.h"
 
 // A further name of IAttributeContainer64, known to the store alone.
 inline constexpr GUID IID_IStoreAlias = MakeGuid("6A822AF0-8037-4186-9F24-D38A8598EFD8");

@@ -4,7 +4,7 @@
 #include <limits>
 #include <new>
 
-#include "AudioCodec/attributes/MutexGuard.h"
+#include "AudioCodec/shell/object/MutexGuard.h"
 
 namespace {
 constexpr uint32_t kPage = 4096;

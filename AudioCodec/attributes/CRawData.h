@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "AudioCodec/shell/ResultCodes.h"
+#include "AudioCodec/shell/object/ResultCodes.h"
 #include "platform/base/UniqueHandle.h"
 
 class CRawData {

@@ -6,7 +6,7 @@
 // pointer and count. What they hand out is the caller's and goes back through Free.
 #pragma once
 
-#include "AudioCodec/shell/IMemory.h"
+#include "AudioCodec/shell/object/IMemory.h"
 
 struct IAttributeContainer64 : IMemory {
     virtual uint32_t GetAttributeCount() = 0;

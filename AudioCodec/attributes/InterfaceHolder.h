@@ -1,7 +1,7 @@
 // One interface that hangs on a store: counted, then dropped with the holder, or only borrowed.
 #pragma once
 
-#include "AudioCodec/shell/IBase.h"
+#include "AudioCodec/shell/object/IBase.h"
 
 class InterfaceHolder {
 public:

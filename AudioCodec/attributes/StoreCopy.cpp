@@ -4,7 +4,7 @@
 #include <string>
 
 #include "AudioCodec/attributes/CAttributeContainerV2.h"
-#include "AudioCodec/shell/Border.h"
+#include "AudioCodec/shell/object/Border.h"
 
 using Guard = std::lock_guard<RecursiveLock>;
 

@@ -3,7 +3,7 @@
 #include <mutex>
 
 #include "AudioCodec/attributes/CAttributeContainerV2.h"
-#include "AudioCodec/shell/Border.h"
+#include "AudioCodec/shell/object/Border.h"
 
 using Guard = std::lock_guard<RecursiveLock>;
 

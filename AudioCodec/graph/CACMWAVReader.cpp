@@ -1,7 +1,7 @@
 #include "AudioCodec/graph/CACMWAVReader.h"
 
 #include "AudioCodec/attributes/AttributeIds.h"
-#include "AudioCodec/shell/Border.h"
+#include "AudioCodec/shell/object/Border.h"
 #include "AudioCodec/wave/ReadExtensions.h"
 
 namespace {

@@ -8,10 +8,10 @@
 
 #include "AudioCodec/attributes/AttributeIds.h"
 #include "AudioCodec/graph/GraphHelpers.h"
-#include "AudioCodec/shell/Border.h"
-#include "AudioCodec/shell/HandedOut.h"
-#include "AudioCodec/shell/ModuleInstance.h"
-#include "AudioCodec/wave/Saturating.h"
+#include "AudioCodec/shell/object/Border.h"
+#include "AudioCodec/shell/object/HandedOut.h"
+#include "AudioCodec/shell/object/ModuleInstance.h"
+#include "AudioCodec/wave/converter/Saturating.h"
 #include "platform/loader/ModulePath.h"
 
 namespace {

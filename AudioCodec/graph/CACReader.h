@@ -12,10 +12,10 @@
 
 #include "AudioCodec/graph/IStreamReaderControl.h"
 #include "AudioCodec/graph/filter/CMemReader.h"
-#include "AudioCodec/shell/BaseImpl.h"
-#include "AudioCodec/wave/CStagedFrames.h"
+#include "AudioCodec/shell/templates/BaseImpl.h"
 #include "AudioCodec/wave/IAC3StreamReader.h"
-#include "platform/base/RefPtr.h"
+#include "AudioCodec/wave/converter/CStagedFrames.h"
+#include "platform/com/RefPtr.h"
 #include "platform/media/MediaInterfaces.h"
 
 class CACReader : public CAttributeContainerImpl<IAC3StreamReader> {

@@ -2,9 +2,9 @@
 
 #include <bit>
 
-#include "platform/base/RefPtr.h"
 #include "platform/base/Utf.h"
-#include "platform/loader/ClassFactory.h"
+#include "platform/com/ClassFactory.h"
+#include "platform/com/RefPtr.h"
 #include "platform/loader/Library.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "AudioCodec/graph/InnerReader.h"
+#include "AudioCodec/wave/InnerReader.h"
 
 #include "AudioCodec/graph/CACMWAVReader.h"
 

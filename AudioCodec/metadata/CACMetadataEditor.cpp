@@ -3,7 +3,8 @@
 #include "AudioCodec/metadata/MetadataHandOver.h"
 #include "AudioCodec/metadata/MetadataTransfer.h"
 #include "AudioCodec/metadata/TagMapping.h"
-#include "AudioCodec/shell/Border.h"
+#include "AudioCodec/shell/object/Border.h"
+#include "AudioCodec/wave/riff/FormatInfo.h"
 
 namespace {
 

@@ -10,9 +10,9 @@
 
 #include "AudioCodec/metadata/IAC3MetadataEditor.h"
 #include "AudioCodec/metadata/TagList.h"
-#include "AudioCodec/shell/BaseImpl.h"
-#include "AudioCodec/wave/CWaveFile.h"
-#include "platform/base/RefPtr.h"
+#include "AudioCodec/shell/templates/BaseImpl.h"
+#include "AudioCodec/wave/riff/CWaveFile.h"
+#include "platform/com/RefPtr.h"
 
 class CACMetadataEditor : public CAttributeContainerImpl<IAC3MetadataEditor> {
 public:

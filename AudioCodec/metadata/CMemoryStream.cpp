@@ -6,7 +6,7 @@
 #include <string>
 
 #include "platform/base/SystemTime.h"
-#include "platform/base/TaskText.h"
+#include "platform/com/TaskText.h"
 
 namespace {
 

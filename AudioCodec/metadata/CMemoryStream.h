@@ -6,7 +6,7 @@
 #include <atomic>
 #include <memory>
 
-#include "platform/base/Stream.h"
+#include "platform/com/Stream.h"
 
 // Flag of Stat: without the name.
 inline constexpr uint32_t STATFLAG_NONAME = 1;

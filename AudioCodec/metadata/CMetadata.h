@@ -11,7 +11,7 @@
 
 #include "AudioCodec/metadata/IAC3Metadata.h"
 #include "AudioCodec/metadata/PictureSet.h"
-#include "AudioCodec/shell/BaseImpl.h"
+#include "AudioCodec/shell/templates/BaseImpl.h"
 
 class CMetadata : public CAttributeContainerImpl<IAC3Metadata> {
 public:

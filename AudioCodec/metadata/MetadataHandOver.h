@@ -2,8 +2,8 @@
 #pragma once
 
 #include "AudioCodec/metadata/CMetadata.h"
-#include "AudioCodec/shell/Border.h"
-#include "platform/base/RefPtr.h"
+#include "AudioCodec/shell/object/Border.h"
+#include "platform/com/RefPtr.h"
 
 // Merges a caller's object into the copy that its owner keeps, which is made first if there is none. Gives 4
 // for a null source, or what the copying gives; nothing is kept then.

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "AudioCodec/attributes/AttributeIds.h"
-#include "AudioCodec/shell/HandedOut.h"
+#include "AudioCodec/shell/object/HandedOut.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 
 #include "AudioCodec/metadata/CMemoryStream.h"
 #include "AudioCodec/metadata/IAC3Metadata.h"
-#include "AudioCodec/shell/Border.h"
-#include "platform/base/RefPtr.h"
+#include "AudioCodec/shell/object/Border.h"
+#include "platform/com/RefPtr.h"
 #include "platform/image/Image.h"
 
 namespace {

@@ -10,7 +10,7 @@
 #include <memory>
 #include <string>
 
-#include "AudioCodec/shell/ResultCodes.h"
+#include "AudioCodec/shell/object/ResultCodes.h"
 
 class CImage;
 

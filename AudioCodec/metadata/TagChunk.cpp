@@ -1,6 +1,6 @@
 #include "AudioCodec/metadata/TagChunk.h"
 
-#include "platform/base/LittleEndian.h"
+#include "riff/LittleEndian.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "AudioCodec/shell/CStr.h"
+#include "AudioCodec/shell/object/CStr.h"
 
 struct TagEntry {
     CStr name;   // in lower case

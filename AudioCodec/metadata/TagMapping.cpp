@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "AudioCodec/metadata/TagChunk.h"
-#include "platform/base/LittleEndian.h"
+#include "riff/LittleEndian.h"
 
 namespace {
 

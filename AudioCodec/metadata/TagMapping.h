@@ -3,7 +3,7 @@
 #pragma once
 
 #include "AudioCodec/metadata/TagList.h"
-#include "AudioCodec/wave/CWaveFile.h"
+#include "AudioCodec/wave/riff/CWaveFile.h"
 
 // Appends the tags that the chunks hold. The chunks stay as they are.
 void ChunksToTags(TagList& tags, const CWaveFile::ChunkMap& chunks);

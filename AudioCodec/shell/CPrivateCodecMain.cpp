@@ -2,7 +2,7 @@
 
 #include "AudioCodec/attributes/AttributeIds.h"
 #include "AudioCodec/metadata/CACMetadataEditor.h"
-#include "AudioCodec/shell/Border.h"
+#include "AudioCodec/shell/object/Border.h"
 #include "AudioCodec/wave/CACStreamReader.h"
 #include "AudioCodec/wave/CACWriter.h"
 

@@ -2,8 +2,8 @@
 // then live without it. It has no state but its attributes; any thread.
 #pragma once
 
-#include "AudioCodec/shell/BaseImpl.h"
 #include "AudioCodec/shell/IPrivateCodecMain3.h"
+#include "AudioCodec/shell/templates/BaseImpl.h"
 
 class CPrivateCodecMain : public CAttributeContainerImpl<IPrivateCodecMain3> {
 public:

@@ -2,11 +2,11 @@
 
 #include <memory>
 
-#include "AudioCodec/shell/Border.h"
 #include "AudioCodec/shell/CPrivateCodecMain.h"
 #include "AudioCodec/shell/ClassIds.h"
-#include "AudioCodec/shell/ModuleInstance.h"
 #include "AudioCodec/shell/Registration.h"
+#include "AudioCodec/shell/object/Border.h"
+#include "AudioCodec/shell/object/ModuleInstance.h"
 #include "platform/loader/ModulePath.h"
 
 Result DllVlGetClassObject(const GUID* clsid, const GUID* iid, void** object) {

@@ -1,7 +1,7 @@
 // What the module exports, as a host finds it by name.
 #pragma once
 
-#include "AudioCodec/shell/ResultCodes.h"
+#include "AudioCodec/shell/object/ResultCodes.h"
 #include "platform/base/Guid.h"
 
 #define VL_MODULE_EXPORT extern "C" __attribute__((visibility("default")))

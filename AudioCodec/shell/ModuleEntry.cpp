@@ -2,8 +2,8 @@
 // static constructors and the detach before all static destructors. Thread notifications don't exist here.
 #include "platform/loader/ModuleEntry.h"
 
-#include "AudioCodec/shell/ModuleInstance.h"
 #include "AudioCodec/shell/UnloadCleanUp.h"
+#include "AudioCodec/shell/object/ModuleInstance.h"
 
 namespace {
 

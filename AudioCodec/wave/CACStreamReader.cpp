@@ -7,12 +7,13 @@
 #include "AudioCodec/metadata/MetadataHandOver.h"
 #include "AudioCodec/metadata/MetadataTransfer.h"
 #include "AudioCodec/metadata/TagMapping.h"
-#include "AudioCodec/shell/Border.h"
-#include "AudioCodec/shell/InterfaceTable.h"
+#include "AudioCodec/shell/object/Border.h"
+#include "AudioCodec/shell/object/InterfaceTable.h"
 #include "AudioCodec/wave/ReadExtensions.h"
-#include "AudioCodec/wave/Saturating.h"
-#include "AudioCodec/wave/WaveTypes.h"
+#include "AudioCodec/wave/converter/Saturating.h"
+#include "AudioCodec/wave/riff/FormatInfo.h"
 #include "platform/file/Paths.h"
+#include "riff/WaveTypes.h"
 
 namespace {
 

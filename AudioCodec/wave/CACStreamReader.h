@@ -14,12 +14,12 @@
 #include <memory>
 #include <vector>
 
-#include "AudioCodec/graph/InnerReader.h"
 #include "AudioCodec/metadata/TagList.h"
-#include "AudioCodec/shell/BaseImpl.h"
-#include "AudioCodec/wave/CStagedFrames.h"
-#include "AudioCodec/wave/CWaveFile.h"
+#include "AudioCodec/shell/templates/BaseImpl.h"
 #include "AudioCodec/wave/IAC3StreamReader.h"
+#include "AudioCodec/wave/InnerReader.h"
+#include "AudioCodec/wave/converter/CStagedFrames.h"
+#include "AudioCodec/wave/riff/CWaveFile.h"
 
 class CACStreamReader : public CAttributeContainerImpl<IAC3StreamReader> {
 public:

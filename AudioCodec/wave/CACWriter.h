@@ -16,11 +16,11 @@
 #include <vector>
 
 #include "AudioCodec/metadata/TagList.h"
-#include "AudioCodec/shell/BaseImpl.h"
-#include "AudioCodec/wave/CSampleRateConverter.h"
-#include "AudioCodec/wave/CWaveFile.h"
+#include "AudioCodec/shell/templates/BaseImpl.h"
 #include "AudioCodec/wave/IAC3Writer.h"
-#include "platform/base/RefPtr.h"
+#include "AudioCodec/wave/converter/CSampleRateConverter.h"
+#include "AudioCodec/wave/riff/CWaveFile.h"
+#include "platform/com/RefPtr.h"
 
 class CACWriter : public CAttributeContainerImpl<IAC3Writer> {
 public:

@@ -2,8 +2,8 @@
 
 #include <string_view>
 
-#include "AudioCodec/shell/IMemory.h"
-#include "AudioCodec/shell/ModuleInstance.h"
+#include "AudioCodec/shell/object/IMemory.h"
+#include "AudioCodec/shell/object/ModuleInstance.h"
 #include "AudioCodec/wave/StockFormatTexts.h"
 #include "platform/loader/StringResources.h"
 

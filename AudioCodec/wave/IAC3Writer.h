@@ -6,7 +6,7 @@
 #pragma once
 
 #include "AudioCodec/attributes/IAttributeContainer64.h"
-#include "AudioCodec/wave/AudioFormatInfo.h"
+#include "AudioCodec/wave/riff/AudioFormatInfo.h"
 
 struct IAC3Metadata;
 

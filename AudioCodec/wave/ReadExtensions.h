@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "AudioCodec/shell/IMemory.h"
+#include "AudioCodec/shell/object/IMemory.h"
 
 // Stores the number of extensions, if the pointer isn't null. Always 0.
 Result CountReadExtensions(uint32_t* count);

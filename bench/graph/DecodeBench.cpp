@@ -9,9 +9,9 @@ extern "C" {
 
 #include <chrono>
 
-#include "AudioCodec/shell/Border.h"
+#include "AudioCodec/shell/object/Border.h"
 #include "AudioCodec/wave/CACStreamReader.h"
-#include "platform/base/RefPtr.h"
+#include "platform/com/RefPtr.h"
 #include "tests/platform/media/CommandLine.h"
 #include "tests/support/ScopedFile.h"
 

@@ -1,6 +1,6 @@
 #include <cmath>
 
-#include "AudioCodec/wave/CSampleRateConverter.h"
+#include "AudioCodec/wave/converter/CSampleRateConverter.h"
 #include "bench/wave/ConverterCases.h"
 
 namespace {

@@ -5,9 +5,9 @@
 
 #include <chrono>
 
-#include "AudioCodec/shell/Border.h"
+#include "AudioCodec/shell/object/Border.h"
 #include "AudioCodec/wave/CACStreamReader.h"
-#include "platform/base/RefPtr.h"
+#include "platform/com/RefPtr.h"
 #include "tests/support/ScopedFile.h"
 #include "tests/support/WavImage.h"
 

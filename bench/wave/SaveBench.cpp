@@ -4,7 +4,7 @@
 
 #include <chrono>
 
-#include "AudioCodec/wave/CWaveFile.h"
+#include "AudioCodec/wave/riff/CWaveFile.h"
 #include "tests/support/ScopedFile.h"
 #include "tests/support/WavImage.h"
 

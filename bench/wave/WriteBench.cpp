@@ -6,7 +6,7 @@
 #include <chrono>
 
 #include "AudioCodec/wave/CACWriter.h"
-#include "platform/base/RefPtr.h"
+#include "platform/com/RefPtr.h"
 #include "tests/support/ScopedFile.h"
 
 namespace {

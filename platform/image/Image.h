@@ -14,8 +14,8 @@
 #include <memory>
 
 #include "platform/base/Guid.h"
-#include "platform/base/Stream.h"
 #include "platform/base/Types.h"
+#include "platform/com/Stream.h"
 
 struct Raster;
 

@@ -4,8 +4,8 @@
 #include <iterator>
 #include <vector>
 
-#include "platform/base/LittleEndian.h"
 #include "platform/image/ImageCodecs.h"
+#include "riff/LittleEndian.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "platform/base/Guid.h"
-#include "platform/base/Stream.h"
+#include "platform/com/Stream.h"
 #include "platform/image/Raster.h"
 
 // Where an encoder's bytes go.

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "platform/base/Stream.h"
+#include "platform/com/Stream.h"
 
 class ImageSource {
 public:

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "platform/base/LittleEndian.h"
+#include "riff/LittleEndian.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // The factory of one class, for a module's DllGetClassObject.
 #pragma once
 
-#include "platform/loader/ClassFactory.h"
+#include "platform/com/ClassFactory.h"
 #include "platform/media/ComObject.h"
 
 using MakeObject = HRESULT (*)(const GUID& iid, void** object);

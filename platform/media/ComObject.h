@@ -7,8 +7,8 @@
 #include <new>
 #include <utility>
 
-#include "platform/base/RefPtr.h"
-#include "platform/base/Unknown.h"
+#include "platform/com/RefPtr.h"
+#include "platform/com/Unknown.h"
 #include "platform/media/MediaResults.h"
 
 // One interface that an object shows.

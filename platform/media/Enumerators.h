@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "platform/base/TaskMemory.h"
+#include "platform/com/TaskMemory.h"
 #include "platform/media/ComObject.h"
 #include "platform/media/GraphInterfaces.h"
 #include "platform/media/MediaType.h"

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "platform/base/TaskMemory.h"
+#include "platform/com/TaskMemory.h"
 #include "platform/media/MediaResults.h"
 
 // Into a field of fixed size, cut where it is too long.

@@ -4,8 +4,8 @@
 #include <new>
 #include <utility>
 
-#include "platform/base/TaskMemory.h"
-#include "platform/base/Unknown.h"
+#include "platform/com/TaskMemory.h"
+#include "platform/com/Unknown.h"
 
 MediaType::MediaType(const GUID& major, const GUID& subtype) {
     m_type.majortype = major;

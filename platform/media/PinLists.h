@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "platform/base/RefPtr.h"
+#include "platform/com/RefPtr.h"
 #include "platform/media/FilterInterfaces.h"
 
 inline std::vector<RefPtr<IPin>> PinsOf(IBaseFilter& filter) {

@@ -5,7 +5,7 @@
 
 #include <atomic>
 
-#include "platform/base/RefPtr.h"
+#include "platform/com/RefPtr.h"
 #include "platform/media/FFmpeg.h"
 #include "platform/media/MediaSample.h"
 

@@ -8,8 +8,8 @@
 #include "AudioCodec/attributes/StoreTypes.h"
 #include "AudioCodec/shell/ClassIds.h"
 #include "AudioCodec/shell/IPrivateCodecMain3.h"
-#include "platform/base/RefPtr.h"
 #include "platform/base/Types.h"
+#include "platform/com/RefPtr.h"
 #include "tests/border/LoadedModule.h"
 
 namespace {

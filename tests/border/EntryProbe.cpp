@@ -1,9 +1,9 @@
 // A module with the codec module's own entry, objects and clean-up, linked as that one is, that writes down
 // what it finds at each turn of its life: into the file that VL_EVENT_LOG names.
 #include "AudioCodec/shell/CPrivateCodecMain.h"
-#include "AudioCodec/shell/ModuleInstance.h"
-#include "platform/base/RefPtr.h"
+#include "AudioCodec/shell/object/ModuleInstance.h"
 #include "platform/base/UniqueHandle.h"
+#include "platform/com/RefPtr.h"
 #include "platform/file/FileMapping.h"
 #include "tests/support/ModuleLog.h"
 

@@ -10,7 +10,7 @@
 #include "AudioCodec/shell/ClassIds.h"
 #include "AudioCodec/shell/IPrivateCodecMain3.h"
 #include "AudioCodec/wave/IAC3StreamReader.h"
-#include "platform/base/RefPtr.h"
+#include "platform/com/RefPtr.h"
 #include "platform/image/Image.h"
 #include "tests/border/LoadedModule.h"
 #include "tests/support/ScopedFile.h"

@@ -11,8 +11,8 @@
 #include <thread>
 #include <vector>
 
-#include "platform/base/RefPtr.h"
-#include "platform/loader/ClassFactory.h"
+#include "platform/com/ClassFactory.h"
+#include "platform/com/RefPtr.h"
 #include "platform/media/MediaResults.h"
 #include "platform/registry/UniqueKey.h"
 #include "tests/border/LoadedModule.h"

@@ -1,4 +1,4 @@
-#include "AudioCodec/shell/CStr.h"
+#include "AudioCodec/shell/object/CStr.h"
 
 #include <gtest/gtest.h>
 

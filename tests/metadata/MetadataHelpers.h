@@ -9,7 +9,7 @@
 
 #include "AudioCodec/metadata/CMetadata.h"
 #include "AudioCodec/metadata/TagList.h"
-#include "platform/base/RefPtr.h"
+#include "platform/com/RefPtr.h"
 
 using TagPairs = std::vector<std::pair<std::u16string, std::u16string>>;
 

@@ -7,7 +7,7 @@
 #include <thread>
 
 #include "AudioCodec/metadata/CMemoryStream.h"
-#include "platform/base/TaskText.h"
+#include "platform/com/TaskText.h"
 #include "tests/metadata/MetadataHelpers.h"
 #include "tests/platform/SystemFaults.h"
 #include "tests/platform/TempFolder.h"

@@ -2,7 +2,7 @@
 
 #include "AudioCodec/metadata/TagChunk.h"
 #include "AudioCodec/metadata/TagMapping.h"
-#include "platform/base/LittleEndian.h"
+#include "riff/LittleEndian.h"
 #include "tests/metadata/MetadataHelpers.h"
 
 namespace {

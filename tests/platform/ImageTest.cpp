@@ -7,9 +7,9 @@
 #include <cstdlib>
 #include <fstream>
 
-#include "platform/base/LittleEndian.h"
 #include "platform/file/File.h"
 #include "platform/file/TempFile.h"
+#include "riff/LittleEndian.h"
 #include "tests/platform/SystemFaults.h"
 #include "tests/platform/TempFolder.h"
 #include "tests/support/ByteStream.h"

@@ -3,7 +3,7 @@
 #include "AudioCodec/attributes/AttributeIds.h"
 #include "AudioCodec/shell/CPrivateCodecMain.h"
 #include "AudioCodec/wave/IAC3StreamReader.h"
-#include "platform/base/RefPtr.h"
+#include "platform/com/RefPtr.h"
 
 namespace {
 

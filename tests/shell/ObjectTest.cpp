@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "AudioCodec/shell/Border.h"
+#include "AudioCodec/shell/object/Border.h"
 #include "platform/base/Types.h"
 #include "tests/shell/SampleObject.h"
 #include "tests/support/FailingAllocator.h"

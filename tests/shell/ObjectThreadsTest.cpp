@@ -3,7 +3,7 @@
 #include <thread>
 #include <vector>
 
-#include "platform/base/RefPtr.h"
+#include "platform/com/RefPtr.h"
 #include "tests/shell/SampleObject.h"
 
 namespace {

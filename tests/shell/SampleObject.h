@@ -2,7 +2,7 @@
 // built.
 #pragma once
 
-#include "AudioCodec/shell/BaseImpl.h"
+#include "AudioCodec/shell/templates/BaseImpl.h"
 
 inline constexpr GUID IID_ISample = MakeGuid("00000000-0000-0000-0000-0000000000A1");
 struct ISample : IAttributeContainer64 {

@@ -7,7 +7,7 @@
 #include <limits>
 #include <vector>
 
-#include "platform/base/Stream.h"
+#include "platform/com/Stream.h"
 
 class ByteStream final : public IStream {
 public:

@@ -3,7 +3,7 @@
 
 #include <functional>
 
-#include "AudioCodec/shell/IBase.h"
+#include "AudioCodec/shell/object/IBase.h"
 #include "platform/base/Types.h"
 
 // Lives on the stack; its count starts at 1, the test's own.

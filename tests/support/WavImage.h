@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/base/LittleEndian.h"
+#include "riff/LittleEndian.h"
 
 using Samples = std::vector<int16_t>;
 

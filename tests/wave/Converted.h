@@ -1,7 +1,7 @@
 // What reader and writer are held against.
 #pragma once
 
-#include "AudioCodec/wave/CSampleRateConverter.h"
+#include "AudioCodec/wave/converter/CSampleRateConverter.h"
 #include "tests/support/WavImage.h"
 
 struct Shape {

@@ -3,7 +3,7 @@
 #include <array>
 #include <cmath>
 
-#include "AudioCodec/wave/CSampleRateConverter.h"
+#include "AudioCodec/wave/converter/CSampleRateConverter.h"
 #include "tests/support/WavImage.h"
 
 namespace {

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "AudioCodec/wave/CWaveFile.h"
-#include "AudioCodec/wave/WaveTypes.h"
+#include "AudioCodec/wave/riff/CWaveFile.h"
+#include "riff/WaveTypes.h"
 #include "tests/support/ScopedFile.h"
 #include "tests/support/WavImage.h"
 

@@ -2,7 +2,7 @@
 
 #include "AudioCodec/attributes/AttributeIds.h"
 #include "AudioCodec/wave/CACStreamReader.h"
-#include "platform/base/RefPtr.h"
+#include "platform/com/RefPtr.h"
 #include "tests/support/ByteStream.h"
 #include "tests/support/FailingAllocator.h"
 #include "tests/support/ScopedFile.h"

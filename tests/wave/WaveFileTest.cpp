@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "AudioCodec/wave/CWaveFile.h"
-#include "AudioCodec/wave/WaveTypes.h"
+#include "AudioCodec/wave/riff/CWaveFile.h"
+#include "riff/WaveTypes.h"
 #include "tests/support/ByteStream.h"
 #include "tests/support/FailingAllocator.h"
 #include "tests/support/ScopedFile.h"

@@ -5,7 +5,7 @@
 #include "AudioCodec/attributes/AttributeIds.h"
 #include "AudioCodec/metadata/CMetadata.h"
 #include "AudioCodec/wave/CACWriter.h"
-#include "platform/base/RefPtr.h"
+#include "platform/com/RefPtr.h"
 #include "tests/support/FailingAllocator.h"
 #include "tests/support/ScopedFile.h"
 #include "tests/wave/Converted.h"

@@ -6,8 +6,8 @@
 
 #include "AudioCodec/graph/filter/CCritSec.h"
 #include "AudioCodec/graph/filter/CUnknown.h"
-#include "platform/base/RefPtr.h"
 #include "platform/base/UniqueHandle.h"
+#include "platform/com/RefPtr.h"
 #include "platform/media/TransportInterfaces.h"
 
 class CMediaSample;

@@ -12,7 +12,7 @@
 #include "AudioCodec/graph/filter/CCritSec.h"
 #include "AudioCodec/graph/filter/CMediaTypeValue.h"
 #include "AudioCodec/graph/filter/CUnknown.h"
-#include "platform/base/RefPtr.h"
+#include "platform/com/RefPtr.h"
 #include "platform/media/FilterInterfaces.h"
 
 class CBaseFilter;

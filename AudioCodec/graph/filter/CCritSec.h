@@ -1,8 +1,8 @@
 // The lock of the filters: recursive, with what it guards checked at compile time where the compiler can.
 #pragma once
 
-#include "AudioCodec/attributes/RecursiveLock.h"
-#include "AudioCodec/shell/ThreadSafety.h"
+#include "AudioCodec/shell/object/RecursiveLock.h"
+#include "AudioCodec/shell/object/ThreadSafety.h"
 
 class VL_CAPABILITY("lock") CCritSec {
 public:

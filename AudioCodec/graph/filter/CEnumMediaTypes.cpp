@@ -3,8 +3,8 @@
 #include <limits>
 #include <new>
 
-#include "AudioCodec/shell/BaseImpl.h"
-#include "platform/base/TaskMemory.h"
+#include "AudioCodec/shell/templates/BaseImpl.h"
+#include "platform/com/TaskMemory.h"
 
 CEnumMediaTypes::CEnumMediaTypes(CBasePin* pin)
     : m_pin(RefPtr<CBasePin>::Retain(pin)), m_version(pin->GetMediaTypeVersion()) {}

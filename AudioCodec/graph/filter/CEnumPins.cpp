@@ -3,7 +3,7 @@
 #include <new>
 
 #include "AudioCodec/graph/filter/CBasePin.h"
-#include "AudioCodec/shell/BaseImpl.h"
+#include "AudioCodec/shell/templates/BaseImpl.h"
 
 CEnumPins::CEnumPins(CBaseFilter* filter) : m_filter(RefPtr<CBaseFilter>::Retain(filter)) { TakeStock(); }
 

@@ -3,8 +3,8 @@
 #include <cstring>
 #include <utility>
 
-#include "platform/base/TaskMemory.h"
-#include "platform/base/Unknown.h"
+#include "platform/com/TaskMemory.h"
+#include "platform/com/Unknown.h"
 #include "platform/media/MediaResults.h"
 
 HRESULT CopyMediaType(AM_MEDIA_TYPE& target, const AM_MEDIA_TYPE& source) {

@@ -1,6 +1,6 @@
 #include "AudioCodec/graph/filter/CUnknown.h"
 
-#include "AudioCodec/shell/BaseImpl.h"
+#include "AudioCodec/shell/templates/BaseImpl.h"
 
 HRESULT CUnknown::NonDelegatingQueryInterface(const GUID& iid, void** object) {
     if (!object) return E_POINTER;

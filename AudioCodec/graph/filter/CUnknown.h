@@ -5,7 +5,7 @@
 
 #include <atomic>
 
-#include "platform/base/Unknown.h"
+#include "platform/com/Unknown.h"
 
 struct INonDelegatingUnknown {
     virtual HRESULT NonDelegatingQueryInterface(const GUID& iid /*in*/,

@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <string_view>
 
-#include "platform/base/TaskMemory.h"
 #include "platform/base/Types.h"
+#include "platform/com/TaskMemory.h"
 
 // Into a fixed field: cut where it is too long, always with a terminator.
 template <size_t Units>

@@ -2,7 +2,7 @@
 // operations is the binary border between the filter's module and those who load it.
 #pragma once
 
-#include "platform/base/Unknown.h"
+#include "platform/com/Unknown.h"
 
 struct IStreamReaderControl : IUnknown {
     // Once, behind the connection of the filter and in front of the rest. E_FAIL without a connection.

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/loader/ClassFactory.h"
+#include "platform/com/ClassFactory.h"
 #include "platform/media/GraphInterfaces.h"
 #include "platform/media/PinLists.h"
 #include "platform/media/streamreader/IStreamReaderControl.h"

@@ -1,0 +1,84 @@
+#include "AudioCodec/wave/riff/CFileEdit.h"
+
+#include <algorithm>
+
+#include "platform/base/LastError.h"
+#include "platform/file/File.h"
+
+namespace {
+
+uint64_t SizeOf(HANDLE file) {
+    DWORD high = 0;
+    const DWORD low = GetFileSize(file, &high);
+    return uint64_t{high} << 32 | low;
+}
+
+}  // namespace
+
+CFileEdit::CFileEdit(HANDLE file) : m_file(file), m_size(SizeOf(file)), m_firstSize(m_size) {}
+
+CFileEdit::~CFileEdit() {
+    while (!m_changes.empty() && TakeBack(m_changes.back())) m_changes.pop_back();
+}
+
+bool CFileEdit::TakeBack(const Change& change) {
+    const size_t count = change.place < m_firstSize ? change.before.size() : 0;
+    if (Put(change.place, change.before.data(), count) != count) return false;
+    return change.size >= m_size || Resize(change.size);
+}
+
+void CFileEdit::Keep() {
+    m_kept = true;
+    m_changes.clear();
+}
+
+bool CFileEdit::MoveTo(uint64_t place) const {
+    auto high = static_cast<LONG>(place >> 32);
+    SetLastError(ERROR_SUCCESS);
+    SetFilePointer(m_file, static_cast<LONG>(place), &high, FILE_BEGIN);
+    return GetLastError() == ERROR_SUCCESS;
+}
+
+bool CFileEdit::Read(uint64_t place, void* buffer, size_t count) const {
+    DWORD done = 0;
+    return MoveTo(place) && ReadFile(m_file, buffer, static_cast<DWORD>(count), &done, nullptr) &&
+           done == count;
+}
+
+size_t CFileEdit::Put(uint64_t place, const void* bytes, size_t count) {
+    DWORD done = 0;
+    if (count == 0 || !MoveTo(place)) return 0;
+    WriteFile(m_file, bytes, static_cast<DWORD>(count), &done, nullptr);
+    if (done != 0) m_size = std::max(m_size, place + done);
+    return done;
+}
+
+bool CFileEdit::Write(uint64_t place, const void* bytes, size_t count) {
+    if (m_kept) return Put(place, bytes, count) == count;
+
+    Change change{place, {}, m_size};
+    change.before.resize(place < m_size ? std::min<uint64_t>(count, m_size - place) : 0);
+    if (!change.before.empty() && !Read(place, change.before.data(), change.before.size())) return false;
+    const auto* first = static_cast<const uint8_t*>(bytes);
+    if (std::equal(first, first + count, change.before.begin(), change.before.end())) return true;
+
+    m_changes.push_back(std::move(change));  // before the write: what is torn is taken back too
+    const size_t done = Put(place, bytes, count);
+    if (done == 0) m_changes.pop_back();
+    return done == count;
+}
+
+bool CFileEdit::Cut(uint64_t size) {
+    if (!Resize(size)) return false;
+    m_changes.clear();
+    m_firstSize = size;
+    return true;
+}
+
+bool CFileEdit::Resize(uint64_t size) {
+    if (!MoveTo(size) || !SetEndOfFile(m_file)) return false;
+    m_size = size;
+    return true;
+}
+
+bool CFileEdit::Flush() const { return FlushFileBuffers(m_file) != 0; }

@@ -1,0 +1,144 @@
+#include "AudioCodec/wave/riff/CTagSave.h"
+
+#include <algorithm>
+
+#include "riff/WaveFormat.h"
+
+namespace {
+
+constexpr uint64_t kLargestTail = 1 << 20;
+constexpr uint64_t kLargestNumber = 0xFFFFFFFF;
+constexpr uint64_t kRiffSizePlace = 4;
+constexpr uint64_t kFormatPlace = 20;  // of the record, in the writer's layout
+
+// The first place for the copy that leaves no gap, or one that a chunk fills, behind both ends.
+uint64_t FindCopyPlace(uint64_t oldEnd, uint64_t newEnd) {
+    const uint64_t larger = std::max(oldEnd, newEnd);
+    const uint64_t gap = larger - std::min(oldEnd, newEnd);
+    return gap == 0 || gap >= kChunkHeaderSize ? larger : larger + kChunkHeaderSize;
+}
+
+}  // namespace
+
+void CTagSave::Run(const InfoChunks& chunks) {
+    if (!Plan(chunks) || !DropUnfinishedList()) return;
+    if (!SetSizeRight() || !WrapTail() || !RewriteFormat()) return;
+    if (m_list.empty()) {
+        RemoveLists();
+    } else {
+        StoreList();
+    }
+}
+
+bool CTagSave::Plan(const InfoChunks& chunks) {
+    if (!m_layout.Read(m_file)) return false;
+    const uint64_t entries = InfoEntriesSize(chunks);
+    if (entries + kListTypeSize > kLargestNumber || m_layout.Tail() > kLargestTail) return false;
+    if (m_layout.Last().size > kLargestNumber || m_layout.Data().Content() > kLargestNumber) return false;
+    if (entries != 0) {
+        m_list.reserve(entries + kChunkHeaderSize + kListTypeSize);
+        PutInfoList(chunks, [this](const void* bytes, size_t count) {
+            m_list.append(static_cast<const char*>(bytes), count);
+        });
+    }
+    const uint64_t tail = m_layout.Tail();
+    m_end = m_layout.End() + (tail == 0 ? 0 : kChunkHeaderSize + tail + (tail & 1));
+    m_place = m_layout.EndsWithList() ? m_layout.Last().offset : m_end;
+    m_copyAt = m_place == m_end ? m_end : FindCopyPlace(m_end, m_place + m_list.size());
+    return m_copyAt - m_place <= kLargestNumber;
+}
+
+bool CTagSave::DropUnfinishedList() {
+    if (m_layout.Tail() != 0 || m_layout.End() >= m_file.Size()) return true;
+    if (m_layout.RiffEnd() > m_end && !WriteRiffSize(m_end)) return false;
+    return m_file.Cut(m_end);
+}
+
+// Before anything is put behind the chunk: the walk must get there.
+bool CTagSave::SetSizeRight() {
+    const WaveChunk& last = m_layout.Last();
+    if (!WriteNumber(last.offset + 4, static_cast<uint32_t>(last.size))) return false;
+    return m_layout.End() <= m_file.Size() || m_file.Write(m_file.Size(), "", 1);
+}
+
+// Header, bytes and pad byte in one write, so that no walk meets the half of it.
+bool CTagSave::WrapTail() {
+    const auto tail = static_cast<uint32_t>(m_layout.Tail());
+    if (tail == 0) return true;
+    std::string chunk(kChunkHeaderSize + tail + (tail & 1), '\0');
+    auto* bytes = reinterpret_cast<uint8_t*>(chunk.data());
+    StoreLE32(bytes, ChunkId::kJunk);
+    StoreLE32(bytes + 4, tail);
+    return m_file.Read(m_layout.End(), bytes + kChunkHeaderSize, tail) &&
+           m_file.Write(m_layout.End(), chunk.data(), chunk.size());
+}
+
+// The reader corrects the block align; extra bytes are as they were.
+bool CTagSave::RewriteFormat() {
+    if (!m_layout.IsWritersOwn(m_format)) return true;
+    uint8_t record[kFormatFixedSize];
+    m_format.StoreFixed(record);
+    const WaveChunk& data = m_layout.Data();
+    return m_file.Write(kFormatPlace, record, std::min(m_format.DiskSize(), kFormatFixedSize)) &&
+           (!(data.size & 1) || m_file.Write(data.End() - 1, "", 1));
+}
+
+bool CTagSave::StoreList() {
+    if (!AppendCopy()) return false;
+    m_file.Keep();
+    if (m_place != m_copyAt) return MoveIntoPlace();
+    return m_layout.Lists().empty() || (MakeOlderListsFiller() && m_file.Flush());
+}
+
+bool CTagSave::AppendCopy() {
+    const uint64_t end = m_copyAt + m_list.size();
+    const uint64_t gap = m_copyAt - m_end;
+    if (gap != 0 && !WriteChunkHeader(m_end, ChunkId::kJunk, gap - kChunkHeaderSize)) return false;
+    StoreLE32(reinterpret_cast<uint8_t*>(m_list.data()), ChunkId::kUnfinished);
+    return m_file.Write(m_copyAt, m_list.data(), m_list.size()) && WriteNumber(m_copyAt, ChunkId::kList) &&
+           WriteRiffSize(end) && m_file.Flush();
+}
+
+bool CTagSave::MoveIntoPlace() {
+    const uint64_t end = m_place + m_list.size();
+    const uint64_t gap = m_copyAt - end;
+    if (!WriteChunkHeader(m_place, ChunkId::kJunk, m_copyAt - m_place - kChunkHeaderSize)) return false;
+    if (!m_file.Write(m_place + kChunkHeaderSize, m_list.data() + kChunkHeaderSize,
+                      m_list.size() - kChunkHeaderSize))
+        return false;
+    if (gap != 0 && !WriteChunkHeader(end, ChunkId::kJunk, gap - kChunkHeaderSize)) return false;
+    return WriteChunkHeader(m_place, ChunkId::kList, m_list.size() - kChunkHeaderSize) &&
+           MakeOlderListsFiller() && WriteRiffSize(end) && m_file.Flush() && m_file.Cut(end);
+}
+
+// The list that a reader takes goes last: until then the old tags are whole.
+bool CTagSave::RemoveLists() {
+    if (!MakeOlderListsFiller() || !WriteRiffSize(m_place) || !m_file.Flush()) return false;
+    if (m_place < m_file.Size()) return m_file.Cut(m_place);
+    m_file.Keep();
+    return true;
+}
+
+bool CTagSave::MakeOlderListsFiller() {
+    return std::all_of(m_layout.Lists().begin(), m_layout.Lists().end(), [this](uint64_t place) {
+        return place == m_place || WriteNumber(place, ChunkId::kJunk);
+    });
+}
+
+bool CTagSave::WriteNumber(uint64_t place, uint32_t number) {
+    uint8_t bytes[4];
+    StoreLE32(bytes, number);
+    return m_file.Write(place, bytes, sizeof bytes);
+}
+
+bool CTagSave::WriteChunkHeader(uint64_t place, uint32_t id, uint64_t size) {
+    uint8_t header[kChunkHeaderSize];
+    StoreLE32(header, id);
+    StoreLE32(header + 4, static_cast<uint32_t>(size));
+    return m_file.Write(place, header, sizeof header);
+}
+
+bool CTagSave::WriteRiffSize(uint64_t end) {
+    return WriteNumber(kRiffSizePlace,
+                       static_cast<uint32_t>(std::min(end - kChunkHeaderSize, kLargestNumber)));
+}

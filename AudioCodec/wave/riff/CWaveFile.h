@@ -1,0 +1,115 @@
+// The one piece that knows the RIFF WAVE layout: walks the chunks of a file or of a caller's stream, moves
+// audio bytes, and writes header and "INFO" list. Gives no meaning to the list's sub-chunks and converts no
+// samples. One thread at a time, under the rule of its owner.
+//
+// Chosen where it was open. Sizes are checked against the file (or by touching a stream's last byte) before
+// memory is taken. A format record that claims more extra bytes than its chunk has gets those that are there.
+// A list of fewer than 4 bytes is passed over like an unknown chunk. A sub-chunk that reaches behind its list
+// is cut there, one that reaches behind the file fails the parse. A failed open leaves no handle behind. A
+// file that was there before is changed by CTagSave, so that its audio and its other chunks stay. A stream
+// that refuses a move fails the parse.
+#pragma once
+
+#include <cstdint>
+
+#include "AudioCodec/shell/object/ResultCodes.h"
+#include "platform/base/UniqueHandle.h"
+#include "riff/InfoList.h"
+#include "riff/WaveFormat.h"
+
+struct IStream;
+
+class CWaveFile {
+public:
+    using ChunkMap = InfoChunks;
+
+    CWaveFile() = default;
+    CWaveFile(const CWaveFile&) = delete;
+    CWaveFile& operator=(const CWaveFile&) = delete;
+    ~CWaveFile();  // closes the file as CloseFile does
+
+    // Opens and walks a file, for reading alone or for editing. Gives 0, 1000, 1003 or 1007. May throw
+    // bad_alloc.
+    Result OpenForReading(const char16_t* path, bool readOnly);
+
+    // Creates a file for BeginAudio. Gives 0, 1000, 1005 or 1007.
+    Result OpenForWriting(const char16_t* path, bool overwrite);
+
+    // Leaves the file for a stream that the caller keeps alive; the image begins at its current place.
+    void AttachStream(IStream* stream);
+
+    // Walks the chunks. True if the walk ended well and a format was found. May throw bad_alloc.
+    bool ParseChunks();
+
+    // Puts an empty WAV of this format into the file created last and stands at its audio.
+    void BeginAudio(const WaveFormat& format);
+
+    // Writes audio at the current place. Gives 0; 1 before BeginAudio; 1004 if the file took less.
+    Result WriteData(const void* bytes, uint32_t count);
+
+    // Header in front, and with `final` the list behind the audio, where the file then ends. Failures of the
+    // writes are not reported.
+    void WriteHeader(bool final) noexcept;
+
+    // Ends the work on the file; what changed is written first: header and list of a file that was created,
+    // the tags of one that was opened. Always 0.
+    Result CloseFile() noexcept;
+
+    int64_t TellData() const;  // place in bytes from the start of the audio; 0 without file or stream
+
+    // Reads audio at the current place, on a file up to the declared end. Gives 0, 1 without file or stream,
+    // 1003.
+    Result ReadData(uint32_t count, void* buffer, uint32_t* done);
+
+    // Moves to a frame of the audio: bytes, rounded down to a frame, held between start and end. Origins: 1
+    // from the current place, 2 from the end, others from the start. Gives 0 or 1003.
+    Result SeekData(int64_t offset, uint32_t origin);
+
+    // There is a file or a stream to work on.
+    bool HasSource() const { return m_file || m_stream; }
+
+    // These answer from the last walk, also behind CloseFile.
+    const WaveFormat& Format() const { return m_format; }
+    uint32_t DataSize() const { return m_dataSize; }
+    ChunkMap& Chunks() { return m_chunks; }
+
+    void SetReadOnly(bool readOnly) { m_readOnly = readOnly; }
+    void SetModified(bool modified) { m_modified = modified; }
+
+private:
+    struct ChunkHeader {
+        uint32_t id;
+        uint32_t size;  // without the pad byte
+    };
+    struct ChunkRule;
+
+    bool ReadChunkHeader(ChunkHeader& header) const;
+    bool ParseChunk(const ChunkHeader& chunk);
+    bool ParseFormat(const ChunkHeader& chunk);
+    bool ParseList(const ChunkHeader& chunk);
+    bool ParseData(const ChunkHeader& chunk);
+    bool ParseFact(const ChunkHeader& chunk);
+    bool ParseInfoEntry(uint32_t& left);
+    bool SkipRest(const ChunkHeader& chunk, uint32_t consumed) const;
+
+    // On the file or the stream, whichever there is.
+    bool ReadExact(void* buffer, uint32_t count) const;
+    bool Tell(int64_t& position) const;
+    bool Move(int64_t distance, uint32_t origin, int64_t* position = nullptr) const;
+    bool MoveTo(int64_t position) const;
+    bool SourceHolds(uint64_t count) const;
+
+    void Write(const void* bytes, size_t count) const;
+    void SaveTags() const noexcept;
+
+    bool m_readOnly = false;
+    bool m_modified = false;     // header and list must be rewritten at CloseFile
+    bool m_formatFound = false;  // a "fmt " chunk was taken over, ever
+    bool m_writable = false;     // audio may be written: the file was created here
+    uint32_t m_dataOffset = 0;   // of the first audio byte; 0 as long as no "data" chunk was seen
+    uint32_t m_dataSize = 0;     // audio bytes as declared, or as written
+    WaveFormat m_format;
+    ChunkMap m_chunks;
+    UniqueHandle m_file;
+    IStream* m_stream = nullptr;  // borrowed
+};
