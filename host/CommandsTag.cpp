@@ -30,11 +30,11 @@ RefPtr<IAC3MetadataEditor> OpenEditor(const Module& module, const std::string& f
 
 // Stores the file's own tags with the changes; says before what gets lost. Throws Failure.
 void Change(const Module& module, const std::string& file, const std::vector<TagChange>& changes) {
+    const RiffScan before = ScanRiff(file);
     RefPtr<IAC3Metadata> metadata;
-    const RefPtr<IAC3MetadataEditor> editor = OpenEditor(module, file, metadata);
+    RefPtr<IAC3MetadataEditor> editor = OpenEditor(module, file, metadata);
     RefPtr<IAC3Metadata> present;
     Require(editor->GetMetadata(present.Put()));
-    const RiffScan before = ScanRiff(file);
     TagSet tags = Tags::Read(*present);
     Tags::Apply(changes, tags);
     const TagSet foreseen = TagLimits::Foresee(file, tags, before);
@@ -44,12 +44,14 @@ void Change(const Module& module, const std::string& file, const std::vector<Tag
     Tags::Store(tags, *metadata);
     Require(editor->SetMetadata(metadata.Get()));
     Require(editor->Save());
+    editor.Reset();
     // Save reports no failed write, so the file has to show what it holds now.
     if (Tags::Read(*Source(module, file).Metadata()) != foreseen)
         throw Failure("The file doesn't give back the tags that were saved; check the room on the disk.");
 }
 
 TagSet Shown(const Module& module, const std::string& file) {
+    RefuseHugeTags(file);
     const std::optional<TagSet> tags = ReadTags(module, Source(module, file), file);
     Require(tags ? RESULT_OK : RESULT_NOT_SUPPORTED);
     return *tags;

@@ -5,35 +5,24 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
+#include <optional>
 
-#include "AudioCodec/attributes/AttributeIds.h"
 #include "host/Ansi.h"
 #include "host/Report.h"
 #include "platform/base/Utf.h"
+#include "riff/TagTable.h"
 
 namespace TagLimits {
 namespace {
 
-constexpr size_t kYearDigits = 4;      // what a reader takes of a date
-constexpr size_t kTrackChunkMost = 2;  // a longer one is an archival location and stays as it is
-
-// Stored in Windows-1252; every other text is UTF-16.
-constexpr uint32_t kNarrowTags[] = {ATTR_TITLE,   ATTR_ARTIST,    ATTR_ALBUM,
-                                    ATTR_COMMENT, ATTR_COPYRIGHT, ATTR_GENRE};
-// Chunks that a tag of their own is stored in; the module drops or rewrites them.
-constexpr uint32_t kTagChunks[] = {FourCC("INAM"),   FourCC("IART"),    FourCC("IPRD"),
-                                   FourCC("ICMT"),   FourCC("ICOP"),    FourCC("IGNR"),
-                                   InfoChunk::kDate, InfoChunk::kTrack, InfoChunk::kTags};
-
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
-bool HoldsTrack(const std::string& chunk) {
-    return !chunk.empty() && chunk.size() <= kTrackChunkMost && IsDigit(chunk[0]);
-}
-
-const std::string* Find(const RiffScan& scan, uint32_t id) {
-    const auto entry = scan.info.find(id);
-    return entry == scan.info.end() ? nullptr : &entry->second;
+// The bytes of the chunk of that form; nothing where there is none.
+std::optional<std::string> ChunkOf(const RiffScan& scan, TagForm form) {
+    for (const auto& [id, bytes] : scan.tags)
+        if (FindTagByChunk(id)->form == form) return std::string(bytes);
+    return std::nullopt;
 }
 
 // The number that a text begins with, as a reader takes it; empty for 0.
@@ -47,38 +36,56 @@ struct Stored {
     const char* reason;    // why it may be another one
 };
 
-Stored Foresee(uint32_t id, const std::u16string& value, const RiffScan& before) {
-    if (std::find(std::begin(kNarrowTags), std::end(kNarrowTags), id) != std::end(kNarrowTags))
-        return {Ansi::ToUtf16(Ansi::FromUtf16(value)), "the file keeps it in Windows-1252"};
-    const std::string* const track = Find(before, InfoChunk::kTrack);
-    if (id == ATTR_TRACK && track && !HoldsTrack(*track))
-        return {!track->empty() && IsDigit((*track)[0]) ? LeadingNumber(*track) : u"",
-                "the file's \"IARL\" holds more than a track of one or two digits and stays as it is"};
-    if (id != ATTR_YEAR) return {value, ""};
+Stored ForeseeText(const std::u16string& value, const RiffScan&) {
+    return {Ansi::ToUtf16(Ansi::FromUtf16(value)), "the file keeps it in Windows-1252"};
+}
+
+Stored ForeseeTrack(const std::u16string& value, const RiffScan& before) {
+    const std::optional<std::string> track = ChunkOf(before, TagForm::Track);
+    if (!track || HoldsTrack(*track)) return {value, ""};
+    return {!track->empty() && IsDigit((*track)[0]) ? LeadingNumber(*track) : u"",
+            "the file's \"IARL\" holds more than a track of one or two digits and stays as it is"};
+}
+
+Stored ForeseeDate(const std::u16string& value, const RiffScan& before) {
     std::string date = value.empty() ? "0" : Utf::ToUtf8(value);
-    const std::string* const oldDate = Find(before, InfoChunk::kDate);
+    const std::optional<std::string> oldDate = ChunkOf(before, TagForm::Date);
     if (oldDate && oldDate->size() > kYearDigits) date += oldDate->substr(kYearDigits);
     return {LeadingNumber(date.substr(0, kYearDigits)), "readers take the first four characters of the date"};
+}
+
+Stored ForeseeEntry(const std::u16string& value, const RiffScan&) { return {value, ""}; }
+
+struct FormRule {
+    TagForm form;
+    Stored (*foresee)(const std::u16string& value, const RiffScan& before);
+};
+constexpr FormRule kFormRules[] = {{TagForm::None, ForeseeEntry},
+                                   {TagForm::Text, ForeseeText},
+                                   {TagForm::Date, ForeseeDate},
+                                   {TagForm::Track, ForeseeTrack}};
+
+Stored ForeseeTag(const TagRow& row, const std::u16string& value, const RiffScan& before) {
+    const auto* const rule = std::find_if(std::begin(kFormRules), std::end(kFormRules),
+                                          [&](const FormRule& entry) { return entry.form == row.form; });
+    return rule->foresee(value, before);
 }
 
 std::string Quoted(const std::u16string& value) {
     return value.empty() ? "nothing" : '"' + Report::Printable(Utf::ToUtf8(value)) + '"';
 }
 
-bool IsTagChunk(uint32_t id) {
-    return std::find(std::begin(kTagChunks), std::end(kTagChunks), id) != std::end(kTagChunks);
-}
-
 // Chunks, and what of the "INFO" list has no tag to go into.
 void AddDroppedChunks(const RiffScan& before, std::vector<std::string>& parts) {
-    parts.assign(before.foreign.begin(), before.foreign.end());
-    for (const auto& [id, content] : before.info) {
-        const std::string text = content.substr(0, content.find('\0'));
-        const bool location = id == InfoChunk::kTrack && !std::all_of(text.begin(), text.end(), IsDigit);
-        if (!IsTagChunk(id) || location) parts.push_back("text " + ChunkName(id));
-        if (id == InfoChunk::kDate && text.size() > kYearDigits)
-            parts.push_back(fmt::format("\"{}\" of the date", Report::Printable(text.substr(kYearDigits))));
-    }
+    before.foreign.AppendTo(parts, [](const std::string& name) { return name; });
+    const std::string date = ChunkOf(before, TagForm::Date).value_or("");
+    const std::string text = date.substr(0, date.find('\0'));
+    if (text.size() > kYearDigits)
+        parts.push_back(fmt::format("\"{}\" of the date", Report::Printable(text.substr(kYearDigits))));
+    const std::string track = ChunkOf(before, TagForm::Track).value_or("");
+    const std::string location = track.substr(0, track.find('\0'));
+    if (!std::all_of(location.begin(), location.end(), IsDigit)) parts.emplace_back("text \"IARL\"");
+    before.texts.AppendTo(parts, [](const std::string& name) { return "text " + name; });
 }
 
 }  // namespace
@@ -89,7 +96,7 @@ TagSet Foresee(const std::string& file, const TagSet& tags, const RiffScan& befo
         if (!Tags::IsKept(id)) continue;
         const auto tag = tags.find(id);
         const std::u16string value = tag == tags.end() ? u"" : tag->second;
-        Stored stored = Foresee(id, value, before);
+        Stored stored = ForeseeTag(*FindTagById(id), value, before);
         if (stored.value != value)
             Report::Complain(file,
                              fmt::format("Warning: {} becomes {} instead of {}, because {}.", Tags::Name(id),
@@ -103,9 +110,9 @@ std::string Dropped(const RiffScan& before, bool inPlace) {
     std::vector<std::string> parts;
     if (!inPlace) AddDroppedChunks(before, parts);
     if (before.olderLists) parts.emplace_back("what stands in older lists \"INFO\"");
-    for (const std::string& name : before.entryNames)
-        if (Tags::IdStoredAs(name) == 0)
-            parts.push_back("tag " + Report::Printable(Utf::ToUtf8(Ansi::ToUtf16(name))));
+    before.entries.AppendTo(parts, [](const std::string& name) {
+        return "tag " + Report::Printable(Utf::ToUtf8(Ansi::ToUtf16(name)));
+    });
     return fmt::format("{}", fmt::join(parts, ", "));
 }
 

@@ -7,48 +7,29 @@
 #include <charconv>
 #include <optional>
 
-#include "AudioCodec/attributes/AttributeIds.h"
 #include "host/Report.h"
 #include "host/Require.h"
 #include "platform/base/Utf.h"
+#include "riff/TagTable.h"
 
 namespace Tags {
 namespace {
 
-// What an id is meant to hold stands in four of its bits.
-constexpr uint32_t kKindMask = 0x0F000000;
-constexpr uint32_t kKindNumber = 0x02000000;
-
-std::string Lower(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c; });
-    return text;
-}
-
-std::string Text(const AttributeKeyword& row) { return Utf::ToUtf8(row.keyword); }
-
-const MetadataId& Facts(uint32_t id) {
-    return *std::find_if(std::begin(kMetadataIds), std::end(kMetadataIds),
-                         [id](const MetadataId& row) { return row.id == id; });
-}
-
 std::string KeptNames() {
     std::vector<std::string> names;
-    for (const AttributeKeyword& row : kAttributeKeywords)
-        if (IsKept(row.id)) names.push_back(Text(row));
+    for (uint32_t place = 1; const TagRow* const row = FindTagShownAt(place); ++place)
+        if (IsKept(row->id)) names.emplace_back(row->keyword);
     return fmt::format("{}", fmt::join(names, ", "));
 }
 
 uint32_t ParseName(const std::string& given) {
-    const auto* row =
-        std::find_if(std::begin(kAttributeKeywords), std::end(kAttributeKeywords),
-                     [&](const AttributeKeyword& entry) { return Lower(Text(entry)) == Lower(given); });
-    if (row == std::end(kAttributeKeywords))
+    const TagRow* const row = FindTagByKeyword(given);
+    if (!row)
         throw UsageFailure(fmt::format("There is no tag named \"{}\"; the names are {}.",
                                        Report::Printable(given), KeptNames()));
     if (!IsKept(row->id))
         throw UsageFailure(
-            fmt::format("A WAV file can't keep the tag {}; it keeps {}.", Text(*row), KeptNames()));
+            fmt::format("A WAV file can't keep the tag {}; it keeps {}.", row->keyword, KeptNames()));
     return row->id;
 }
 
@@ -131,27 +112,18 @@ void Store(const TagSet& tags, IAC3Metadata& metadata) {
 const std::vector<uint32_t>& ShownIds() {
     static const std::vector<uint32_t> s_ids = [] {
         std::vector<uint32_t> ids;
-        for (const AttributeKeyword& row : kAttributeKeywords)
-            if (Facts(row.id).fromTags && std::find(ids.begin(), ids.end(), row.id) == ids.end())
-                ids.push_back(row.id);
+        for (uint32_t place = 1; const TagRow* const row = FindTagShownAt(place); ++place)
+            if ((row->uses & TAG_READ) && std::find(ids.begin(), ids.end(), row->id) == ids.end())
+                ids.push_back(row->id);
         return ids;
     }();
     return s_ids;
 }
 
-bool IsNumber(uint32_t id) { return (id & kKindMask) == kKindNumber; }
+bool IsNumber(uint32_t id) { return FindTagById(id)->kind == TagKind::Number; }
 
-bool IsKept(uint32_t id) { return Facts(id).toTags; }
+bool IsKept(uint32_t id) { return (FindTagById(id)->uses & TAG_WRITTEN) != 0; }
 
-std::string Name(uint32_t id) {
-    return Text(*std::find_if(std::begin(kAttributeKeywords), std::end(kAttributeKeywords),
-                              [id](const AttributeKeyword& row) { return row.id == id; }));
-}
-
-uint32_t IdStoredAs(const std::string& name) {
-    for (const uint32_t id : ShownIds())
-        if (IsKept(id) && Name(id) == name) return id;
-    return 0;
-}
+std::string Name(uint32_t id) { return std::string(FindTagById(id)->keyword); }
 
 }  // namespace Tags

@@ -37,7 +37,5 @@ bool IsNumber(uint32_t id);
 bool IsKept(uint32_t id);
 // The id's (first) name, as the user sees it.
 std::string Name(uint32_t id);
-// The id of the tag that is stored under this entry name; 0 for a name that none is stored under.
-uint32_t IdStoredAs(const std::string& name);
 
 }  // namespace Tags

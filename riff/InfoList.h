@@ -1,24 +1,21 @@
-// The bytes of an "INFO" list, as every way of writing one puts them.
+// The bytes of an "INFO" list, on their way in and out, for whoever reads or writes one.
 #pragma once
 
 #include <cstdint>
-#include <map>
-#include <string>
 
-#include "riff/WaveTypes.h"
+#include "riff/ChunkWalk.h"
+#include "riff/InfoChunks.h"
 
-// Sub-chunks of the "INFO" list: id as a little-endian number, and the bytes that its size field declares.
-using InfoChunks = std::map<uint32_t, std::string>;
+// Reads the entries of the list that the walk stands in, after its type, in place of what `chunks` holds. An
+// entry that reaches past the list is cut there. False where the bytes end before the list does or before an
+// entry's size; the entries before that are in. May throw bad_alloc.
+bool ReadInfoList(ChunkWalk& walk, InfoChunks& chunks);
 
-// Bytes of the sub-chunks with their headers and pad bytes; 0 means that no list is written.
-inline uint64_t InfoEntriesSize(const InfoChunks& chunks) {
-    uint64_t size = 0;
-    for (const auto& [id, value] : chunks) size += kChunkHeaderSize + value.size() + (value.size() & 1);
-    return size;
-}
+// Bytes of the entries with their headers and pad bytes; 0 means that no list is written.
+uint64_t InfoEntriesSize(const InfoChunks& chunks);
 
-// Hands the list to `put(bytes, count)`, piece by piece and in the map's order. Takes no memory. The
-// sub-chunks are less than 4 GiB together.
+// Hands the list to `put(bytes, count)`, piece by piece and in the order of the ids. Takes no memory. The
+// entries are less than 4 GiB together.
 template <class Put>
 void PutInfoList(const InfoChunks& chunks, Put&& put) {
     uint8_t header[kChunkHeaderSize + kListTypeSize];
@@ -26,11 +23,11 @@ void PutInfoList(const InfoChunks& chunks, Put&& put) {
     StoreLE32(header + 4, static_cast<uint32_t>(InfoEntriesSize(chunks)) + kListTypeSize);
     StoreLE32(header + 8, ChunkId::kInfo);
     put(header, sizeof header);
-    for (const auto& [id, value] : chunks) {
+    for (const auto& [id, bytes] : chunks) {
         StoreLE32(header, id);
-        StoreLE32(header + 4, static_cast<uint32_t>(value.size()));
+        StoreLE32(header + 4, static_cast<uint32_t>(bytes.size()));
         put(header, kChunkHeaderSize);
-        put(value.data(), value.size());
-        if (value.size() & 1) put("", 1);
+        put(bytes.data(), bytes.size());
+        if (bytes.size() & 1) put("", 1);
     }
 }

@@ -2,14 +2,13 @@
 
 #include <memory>
 
-#include "AudioCodec/attributes/AttributeIds.h"
-#include "AudioCodec/attributes/StoreTypes.h"
 #include "AudioCodec/metadata/TemporaryFile.h"
 #include "AudioCodec/shell/object/Border.h"
 #include "AudioCodec/shell/object/HandedOut.h"
 #include "platform/base/UniqueHandle.h"
 #include "platform/file/File.h"
 #include "platform/image/Image.h"
+#include "riff/TagTable.h"
 
 namespace {
 
@@ -34,8 +33,9 @@ const char16_t* CMetadata::GetClassName() { return u"CMetadata"; }
 // Nothing is emptied first, and no result is looked at: what the source doesn't have stays as it is here.
 Result CMetadata::CopyFrom(IAC3Metadata* source) {
     if (!source) return RESULT_OK;
-    for (const MetadataId& row : kMetadataIds) {
-        if (TypeNibble(row.id) == NIBBLE_STRING)
+    for (const TagRow& row : TagTable()) {
+        if (!(row.uses & TAG_COPIED)) continue;
+        if (row.kind == TagKind::Text)
             CopyText(row.id, *source);
         else
             SetLong(row.id, source->GetLong(row.id));

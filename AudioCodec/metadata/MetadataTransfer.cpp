@@ -5,54 +5,10 @@
 #include <string>
 #include <string_view>
 
-#include "AudioCodec/attributes/AttributeIds.h"
 #include "AudioCodec/shell/object/HandedOut.h"
+#include "riff/TagTable.h"
 
 namespace {
-
-enum class Kind { Text, Number };
-enum class Way { Both, ReadOnly };  // ReadOnly comes in and is never written back
-
-struct TagAttribute {
-    const char16_t* tag;
-    uint32_t id;
-    Kind kind;
-    Way way;
-};
-
-// In the order of writing.
-constexpr TagAttribute kTagAttributes[] = {
-    {u"title", ATTR_TITLE, Kind::Text, Way::Both},
-    {u"artist", ATTR_ARTIST, Kind::Text, Way::Both},
-    {u"album", ATTR_ALBUM, Kind::Text, Way::Both},
-    {u"genre", ATTR_GENRE, Kind::Text, Way::Both},
-    {u"composer", ATTR_COMPOSER, Kind::Text, Way::Both},
-    {u"writer", ATTR_WRITER, Kind::Text, Way::Both},
-    {u"comment", ATTR_COMMENT, Kind::Text, Way::Both},
-    {u"copyright", ATTR_COPYRIGHT, Kind::Text, Way::Both},
-    {u"band", ATTR_BAND, Kind::Text, Way::Both},
-    {u"bpm", ATTR_BPM, Kind::Text, Way::Both},
-    {u"year", ATTR_YEAR, Kind::Number, Way::Both},
-    {u"day", ATTR_DAY, Kind::Number, Way::Both},
-    {u"month", ATTR_MONTH, Kind::Number, Way::Both},
-    {u"track", ATTR_TRACK, Kind::Number, Way::Both},
-    {u"performer", ATTR_ARTIST, Kind::Text, Way::ReadOnly},
-    {u"disc", ATTR_DISC, Kind::Text, Way::ReadOnly},
-};
-
-// The two tables name the same ids for both ways.
-constexpr bool MatchesAttributeIds() {
-    return std::all_of(std::begin(kMetadataIds), std::end(kMetadataIds), [](const MetadataId& row) {
-        bool read = false;
-        bool written = false;
-        for (const TagAttribute& tag : kTagAttributes) {
-            read = read || tag.id == row.id;
-            written = written || (tag.id == row.id && tag.way == Way::Both);
-        }
-        return read == row.fromTags && written == row.toTags;
-    });
-}
-static_assert(MatchesAttributeIds());
 
 bool IsSpace(char16_t c) { return c == u' ' || (c >= u'\t' && c <= u'\r'); }
 
@@ -69,46 +25,38 @@ int32_t ToNumber(std::u16string_view text) {
     return static_cast<int32_t>(negative ? -value : value);
 }
 
-void AddText(TagList& tags, const TagAttribute& row, IAC3Metadata& metadata) {
+void AddText(TagList& tags, const TagRow& row, IAC3Metadata& metadata) {
     HandedOutText text(metadata);
     metadata.GetString(row.id, text.Put());
-    if (!text.Get()) return;
-    CStr name(row.tag);
-    CStr value(text.Get());
-    AddTag(tags, name, value);
+    if (text.Get()) AddTag(tags, row.keyword, text.Get());
 }
 
-void AddNumber(TagList& tags, const TagAttribute& row, IAC3Metadata& metadata, ZeroNumbers zeros) {
+void AddNumber(TagList& tags, const TagRow& row, IAC3Metadata& metadata, ZeroNumbers zeros) {
     const auto number = static_cast<int32_t>(metadata.GetLong(row.id));
     if (number == 0 && zeros == ZeroNumbers::Drop) return;
     const std::string digits = std::to_string(number);
-    CStr name(row.tag);
-    CStr value(digits.data(), static_cast<uint32_t>(digits.size()));
-    AddTag(tags, name, value);
+    AddTag(tags, row.keyword, std::u16string(digits.begin(), digits.end()));
 }
 
 }  // namespace
 
-void TagsToMetadata(TagList& tags, IAC3Metadata& metadata) {
-    for (TagEntry& entry : tags) {
-        const std::u16string_view name(entry.name.Wide());
-        const auto* const row = std::find_if(std::begin(kTagAttributes), std::end(kTagAttributes),
-                                             [&](const TagAttribute& tag) { return tag.tag == name; });
-        if (row == std::end(kTagAttributes)) continue;
-        if (row->kind == Kind::Text)
-            metadata.SetString(row->id, entry.value.Wide());
+void TagsToMetadata(const TagList& tags, IAC3Metadata& metadata) {
+    for (const auto& [name, value] : tags) {
+        const TagRow* const row = FindTagByName(name);
+        if (!row) continue;
+        if (row->kind == TagKind::Text)
+            metadata.SetString(row->id, value.data());
         else
-            metadata.SetLong(row->id, static_cast<uint32_t>(ToNumber(entry.value.Wide())));
+            metadata.SetLong(row->id, static_cast<uint32_t>(ToNumber(value)));
     }
 }
 
 void MetadataToTags(TagList& tags, IAC3Metadata& metadata, ZeroNumbers zeros) {
     tags.clear();
-    for (const TagAttribute& row : kTagAttributes) {
-        if (row.way == Way::ReadOnly) continue;
-        if (row.kind == Kind::Text)
-            AddText(tags, row, metadata);
+    for (uint32_t place = 1; const TagRow* const row = FindTagWrittenAt(place); ++place) {
+        if (row->kind == TagKind::Text)
+            AddText(tags, *row, metadata);
         else
-            AddNumber(tags, row, metadata, zeros);
+            AddNumber(tags, *row, metadata, zeros);
     }
 }

@@ -13,7 +13,7 @@ enum class ZeroNumbers {
 };
 
 // Sets the attributes for which the list has tags; of several tags for one attribute the last one wins.
-void TagsToMetadata(TagList& tags, IAC3Metadata& metadata);
+void TagsToMetadata(const TagList& tags, IAC3Metadata& metadata);
 
 // Replaces the list by tags of the attributes that are written. Throws std::bad_alloc.
 void MetadataToTags(TagList& tags, IAC3Metadata& metadata, ZeroNumbers zeros);

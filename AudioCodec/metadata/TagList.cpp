@@ -1,30 +1,93 @@
 #include "AudioCodec/metadata/TagList.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <cwctype>
-#include <new>
-#include <string>
+
+#include "platform/base/CodePage1252.h"
 
 namespace {
 
-std::u16string WideText(CStr& text) {
-    const char16_t* const wide = text.Wide();
-    if (!wide) return {};
-    return {wide, text.WideLength()};
+constexpr char16_t kLongLength = 0xFFFF;  // the length follows in two units, the low one first
+constexpr size_t kLeastEntryBytes = 5;    // of an entry without name and value in a file
+
+void PutLength(std::u16string& units, size_t length) {
+    if (length < kLongLength) {
+        units += static_cast<char16_t>(length);
+        return;
+    }
+    units += kLongLength;
+    units += static_cast<char16_t>(length & 0xFFFF);
+    units += static_cast<char16_t>(length >> 16);
 }
 
-CStr OwnedCopy(const std::u16string& text) {
-    CStr copy(text.data(), static_cast<uint32_t>(text.size()));
-    if (!copy.Wide()) throw std::bad_alloc();
-    return copy;
+size_t TakeLength(const char16_t*& at) {
+    const size_t length = *at++;
+    if (length < kLongLength) return length;
+    const size_t low = *at++;
+    return low | size_t{*at++} << 16;
+}
+
+// Reads the entry at `at` and moves past it.
+TagEntry TakeEntry(const char16_t*& at) {
+    const size_t nameBytes = TakeLength(at);
+    const size_t valueUnits = TakeLength(at);
+    const TagEntry entry{{reinterpret_cast<const char*>(at), nameBytes},
+                         {at + (nameBytes + 1) / 2, valueUnits}};
+    at += (nameBytes + 1) / 2 + valueUnits + 1;
+    return entry;
+}
+
+// One character of the code page in lower case, by the rules of the host's locale.
+char Lowered(char c) {
+    const bool ascii = (c & 0x80) == 0;
+    if (ascii && (c < 'A' || c > 'Z')) return c;
+    WCHAR unit = static_cast<unsigned char>(c);
+    if (!ascii) MultiByteToWideChar(CP_ACP, 0, &c, 1, &unit, 1);
+    unit = static_cast<WCHAR>(std::towlower(unit));
+    if (unit < 0x80) return static_cast<char>(unit);
+    char lowered = c;
+    WideCharToMultiByte(CP_ACP, 0, &unit, 1, &lowered, 1, nullptr, nullptr);
+    return lowered;
 }
 
 }  // namespace
 
-void AddTag(TagList& tags, CStr& name, CStr& value) {
-    std::u16string trimmed = WideText(value);
-    trimmed.erase(trimmed.find_last_not_of(u' ') + 1);
-    trimmed.erase(0, trimmed.find_first_not_of(u' '));
-    std::u16string lowered = WideText(name);
-    for (char16_t& unit : lowered) unit = static_cast<char16_t>(std::towlower(unit));
-    tags.push_back({OwnedCopy(lowered), OwnedCopy(trimmed)});
+TagEntry TagList::Iterator::operator*() const {
+    const char16_t* at = m_at;
+    return TakeEntry(at);
+}
+
+TagList::Iterator& TagList::Iterator::operator++() {
+    TakeEntry(m_at);
+    return *this;
+}
+
+void TagList::clear() { *this = {}; }
+
+void TagList::Reserve(size_t bytes) {
+    m_units.reserve(m_units.size() + bytes / sizeof(char16_t) + bytes / kLeastEntryBytes + 1);
+}
+
+void TagList::Append(std::string_view name, std::u16string_view value) {
+    constexpr size_t kLengthUnits = 6;
+    const size_t nameUnits = (name.size() + 1) / 2;
+    const size_t needed = m_units.size() + kLengthUnits + nameUnits + value.size() + 1;
+    if (needed > m_units.capacity()) m_units.reserve(std::max(needed, m_units.capacity() * 2));
+    PutLength(m_units, name.size());
+    PutLength(m_units, value.size());
+    const size_t place = m_units.size();
+    m_units.append(nameUnits, u'\0');
+    std::memcpy(m_units.data() + place, name.data(), name.size());
+    m_units += value;
+    m_units += u'\0';
+}
+
+void AddTag(TagList& tags, std::string_view name, std::u16string_view value) {
+    value = value.substr(0, value.find_last_not_of(u' ') + 1);
+    value.remove_prefix(std::min(value.find_first_not_of(u' '), value.size()));
+    std::string lowered(name);
+    std::transform(lowered.begin(), lowered.end(), lowered.begin(), Lowered);
+    tags.Append(lowered, value);
 }

@@ -1,26 +1,24 @@
 #include "AudioCodec/metadata/TagMapping.h"
 
 #include <algorithm>
-#include <string_view>
+#include <iterator>
+#include <new>
+#include <optional>
 
-#include "AudioCodec/metadata/TagChunk.h"
-#include "riff/LittleEndian.h"
+#include "AudioCodec/shell/object/CStr.h"
+#include "riff/TagEntries.h"
+#include "riff/TagTable.h"
 
 namespace {
-
-constexpr uint32_t kDateChunk = FourCC("ICRD");
-constexpr uint32_t kTrackChunk = FourCC("IARL");
-constexpr uint32_t kTagChunk = FourCC("vltg");
-constexpr size_t kYearDigits = 4;  // what counts of a date text as the year
-constexpr size_t kTrackChunkMost =
-    2;  // a longer "IARL" is an archival location, even if it begins with digits
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 // What of a chunk's bytes is the text of its tag; false if the chunk gives none.
 using TextOfChunk = bool (*)(std::string_view chunk, std::string_view& text);
-// The bytes of the new chunk from the tag's narrow text.
-using ChunkOfText = std::string (*)(std::string_view text, std::string_view oldDate);
+// The bytes of the new chunk from the tag's narrow text, with what the file's chunk held before.
+using ChunkOfText = std::string (*)(std::string_view text, std::string_view old);
+// Whether the old chunk goes when the tags are stored anew.
+using IsReplaced = bool (*)(std::string_view old);
 
 bool WholeText(std::string_view chunk, std::string_view& text) {
     text = chunk.substr(0, chunk.find('\0'));
@@ -32,84 +30,106 @@ bool YearOfDate(std::string_view chunk, std::string_view& text) {
 }
 
 bool LeadingNumber(std::string_view chunk, std::string_view& text) {
-    text = chunk.substr(
-        0, static_cast<size_t>(std::find_if_not(chunk.begin(), chunk.end(), IsDigit) - chunk.begin()));
+    const auto* const end = std::find_if_not(chunk.begin(), chunk.end(), IsDigit);
+    text = chunk.substr(0, static_cast<size_t>(end - chunk.begin()));
     return !text.empty();
 }
 
 std::string Terminated(std::string_view text, std::string_view) { return std::string(text) + '\0'; }
 
-// Month and day of the date that the file had go on behind the new year.
-std::string YearBeforeOldDate(std::string_view text, std::string_view oldDate) {
+// Month and day of the date that the file had go on after the new year.
+std::string YearBeforeOldDate(std::string_view text, std::string_view old) {
     std::string date(text);
-    if (oldDate.size() > kYearDigits) date += oldDate.substr(kYearDigits);
+    if (old.size() > kYearDigits) date += old.substr(kYearDigits);
     return date + '\0';
 }
 
-struct TagRow {
-    uint32_t chunk;
-    const char16_t* tag;
+bool Always(std::string_view) { return true; }
+
+struct Form {
+    TagForm form;
     TextOfChunk textOf;
     ChunkOfText chunkOf;
+    IsReplaced isReplaced;
+};
+constexpr Form kForms[] = {
+    {TagForm::Text, WholeText, Terminated, Always},
+    {TagForm::Date, YearOfDate, YearBeforeOldDate, Always},
+    {TagForm::Track, LeadingNumber, Terminated, HoldsTrack},
 };
 
-constexpr TagRow kRows[] = {
-    {FourCC("INAM"), u"title", WholeText, Terminated},
-    {FourCC("IART"), u"artist", WholeText, Terminated},
-    {FourCC("IPRD"), u"album", WholeText, Terminated},
-    {FourCC("ICMT"), u"comment", WholeText, Terminated},
-    {FourCC("ICOP"), u"copyright", WholeText, Terminated},
-    {FourCC("IGNR"), u"genre", WholeText, Terminated},
-    {kDateChunk, u"year", YearOfDate, YearBeforeOldDate},
-    {kTrackChunk, u"track", LeadingNumber, Terminated},
-};
-
-// The row whose column holds the value; null if there is none.
-template <class Value, class Column>
-const TagRow* FindRow(const Value& value, Column TagRow::*column) {
-    for (const TagRow& row : kRows) {
-        if (value == row.*column) return &row;
-    }
-    return nullptr;
+const Form& FormOf(const TagRow& row) {
+    return *std::find_if(std::begin(kForms), std::end(kForms),
+                         [&](const Form& form) { return form.form == row.form; });
 }
 
-bool IsTrackChunk(std::string_view chunk) {
-    return !chunk.empty() && chunk.size() <= kTrackChunkMost && IsDigit(chunk[0]);
+void AddEntries(TagList& tags, std::string_view bytes) {
+    tags.Reserve(bytes.size());
+    std::u16string value;
+    for (TagEntryReader entries(bytes); entries.Next();) {
+        entries.Value(value);
+        AddTag(tags, entries.Name(), value);
+    }
+}
+
+// The file's chunks of tags, taken out of the map; the new ones are made with what stood in some of them.
+class OldChunks {
+public:
+    explicit OldChunks(InfoChunks& chunks) {
+        for (const TagRow& row : TagTable()) {
+            const auto bytes = row.chunk == 0 ? std::nullopt : chunks.Find(row.chunk);
+            if (bytes) m_old.Set(row.chunk, *bytes);
+            if (bytes && IsFree(row)) chunks.Erase(row.chunk);
+        }
+        chunks.Erase(kTagChunk);
+    }
+    // Whether the tag has a place to go to.
+    bool IsFree(const TagRow& row) const {
+        const auto old = m_old.Find(row.chunk);
+        return !old || FormOf(row).isReplaced(*old);
+    }
+    std::string_view Bytes(const TagRow& row) const {
+        return m_old.Find(row.chunk).value_or(std::string_view());
+    }
+
+private:
+    InfoChunks m_old;
+};
+
+// The tag's row where it is written into a chunk of its own.
+const TagRow* FindOwnChunk(std::string_view name) {
+    const TagRow* const row = FindTagByName(name);
+    return row && row->chunk != 0 ? row : nullptr;
 }
 
 }  // namespace
 
-void ChunksToTags(TagList& tags, const CWaveFile::ChunkMap& chunks) {
+void ChunksToTags(TagList& tags, const InfoChunks& chunks) {
     for (const auto& [id, bytes] : chunks) {
-        if (id == kTagChunk) ParseTagChunk(tags, bytes);
-        const TagRow* const row = FindRow(id, &TagRow::chunk);
+        if (id == kTagChunk) AddEntries(tags, bytes);
+        const TagRow* const row = FindTagByChunk(id);
         std::string_view text;
-        if (!row || !row->textOf(bytes, text)) continue;
-        CStr name(row->tag);
+        if (!row || !FormOf(*row).textOf(bytes, text)) continue;
         CStr value(text.data(), static_cast<uint32_t>(text.size()));
-        AddTag(tags, name, value);
+        if (!value.Wide()) throw std::bad_alloc();
+        AddTag(tags, row->keyword, value.Wide());
     }
 }
 
-void TagsToChunks(TagList& tags, CWaveFile::ChunkMap& chunks) {
-    const auto track = chunks.find(kTrackChunk);
-    const bool trackAllowed = track == chunks.end() || IsTrackChunk(track->second);
-    const auto date = chunks.find(kDateChunk);
-    const std::string oldDate = date == chunks.end() ? std::string() : date->second;
-    for (const TagRow& row : kRows) {
-        if (row.chunk != kTrackChunk || trackAllowed) chunks.erase(row.chunk);
-    }
-    chunks.erase(kTagChunk);
-
-    std::string tagBytes;
-    for (TagEntry& entry : tags) {
-        const TagRow* const row = FindRow(std::u16string_view(entry.name.Wide()), &TagRow::tag);
+void TagsToChunks(const TagList& tags, InfoChunks& chunks) {
+    const OldChunks old(chunks);
+    std::string entries;
+    for (const auto& [name, value] : tags) {
+        const TagRow* const row = FindOwnChunk(name);
         if (!row) {
-            AppendTagEntry(tagBytes, entry);
-        } else if (row->chunk != kTrackChunk || trackAllowed) {
-            const char* const narrow = entry.value.Narrow();
-            chunks[row->chunk] = row->chunkOf(narrow ? narrow : "", oldDate);
+            AppendTagEntry(entries, name, value);
+        } else if (old.IsFree(*row)) {
+            CStr text(value.data(), static_cast<uint32_t>(value.size()));
+            if (!text.Narrow()) throw std::bad_alloc();
+            chunks.Set(row->chunk, FormOf(*row).chunkOf(text.Narrow(), old.Bytes(*row)));
         }
     }
-    if (!tagBytes.empty()) chunks[kTagChunk] = tagBytes + '\0';
+    if (entries.empty()) return;
+    entries += '\0';
+    chunks.Set(kTagChunk, entries);
 }

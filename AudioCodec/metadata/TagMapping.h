@@ -1,13 +1,13 @@
-// Between the sub-chunks of the "INFO" list and tags. Eight standard sub-chunks hold one narrow text each,
-// "vltg" holds all other names; every other sub-chunk passes through untouched. Reports nothing.
+// Between the sub-chunks of the "INFO" list and tags. A tag with a sub-chunk of its own is one narrow text
+// there, "vltg" holds all others; every other sub-chunk passes through untouched. Reports nothing.
 #pragma once
 
 #include "AudioCodec/metadata/TagList.h"
-#include "AudioCodec/wave/riff/CWaveFile.h"
+#include "riff/InfoChunks.h"
 
-// Appends the tags that the chunks hold. The chunks stay as they are.
-void ChunksToTags(TagList& tags, const CWaveFile::ChunkMap& chunks);
+// Appends the tags that the chunks hold. The chunks stay as they are. Throws std::bad_alloc.
+void ChunksToTags(TagList& tags, const InfoChunks& chunks);
 
 // Replaces all tag chunks by those that the list makes. A list without a tag leaves no chunk for it; a track
-// has no place where "IARL" holds an archival location, which stays.
-void TagsToChunks(TagList& tags, CWaveFile::ChunkMap& chunks);
+// has no place where its chunk holds an archival location, which stays. Throws std::bad_alloc.
+void TagsToChunks(const TagList& tags, InfoChunks& chunks);

@@ -28,7 +28,7 @@ double Save(const ScopedFile& file, const std::string& title) {
     const auto start = Clock::now();
     CWaveFile wave;
     wave.OpenForReading(path.c_str(), false);
-    wave.Chunks()[kTitle] = title;
+    wave.Chunks().Set(kTitle, title);
     wave.SetModified(true);
     wave.CloseFile();
     return Seconds(Clock::now() - start).count();

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "platform/image/ImageCodecs.h"
-#include "riff/LittleEndian.h"
+#include "riff/ByteOrder.h"
 
 namespace {
 

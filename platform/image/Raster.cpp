@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "riff/LittleEndian.h"
+#include "riff/ByteOrder.h"
 
 namespace {
 

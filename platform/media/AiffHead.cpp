@@ -1,20 +1,18 @@
 #include "platform/media/AiffHead.h"
 
-extern "C" {
-#include <libavutil/intreadwrite.h>
-}
-
 #include <algorithm>
 #include <iterator>
+#include <optional>
+
+#include "riff/ChunkWalk.h"
+#include "riff/SpanSource.h"
 
 namespace {
 
-constexpr size_t kFormHead = 12;  // id, size, type
-constexpr size_t kChunkHead = 8;  // id, size
-constexpr size_t kTagPlace = 18;  // in the chunk: channels, frames, bits and rate stand in front
+constexpr size_t kTagPlace = 18;  // in the chunk: channels, frames, bits and rate stand before it
 constexpr size_t kTagSize = 4;
-constexpr uint32_t kLittleEndianTags[] = {MKBETAG('s', 'o', 'w', 't'), MKBETAG('4', '2', 'n', '1'),
-                                          MKBETAG('2', '3', 'n', 'i')};
+constexpr uint32_t kLittleEndianTags[] = {FourCC("sowt"), FourCC("42n1"), FourCC("23ni")};
+constexpr uint32_t kBigEndianTag = FourCC("NONE");
 constexpr AVCodecID kOrders[][2] = {
     // big-endian, little-endian
     {AV_CODEC_ID_PCM_S16BE, AV_CODEC_ID_PCM_S16LE},
@@ -22,31 +20,32 @@ constexpr AVCodecID kOrders[][2] = {
     {AV_CODEC_ID_PCM_S32BE, AV_CODEC_ID_PCM_S32LE},
 };
 
-// The content of the chunk that describes the audio, as far as it is there.
-std::span<uint8_t> CommonChunk(std::span<uint8_t> head) {
-    uint64_t place = kFormHead;
-    while (place + kChunkHead <= head.size()) {
-        const auto chunk = head.subspan(place);
-        const uint32_t size = AV_RB32(chunk.data() + 4);
-        if (AV_RB32(chunk.data()) == MKBETAG('C', 'O', 'M', 'M'))
-            return chunk.subspan(kChunkHead, std::min<size_t>(size, chunk.size() - kChunkHead));
-        place += kChunkHead + uint64_t{size} + size % 2;
+// Where the tag of the audio's coding stands; nothing where it isn't among the bytes.
+std::optional<uint64_t> FindTag(std::span<const uint8_t> head) {
+    SpanSource source(head);
+    uint8_t form[kFileHeaderSize];
+    if (!source.Read(form, sizeof form) || LoadLE32(form + 8) != ChunkId::kAifc) return std::nullopt;
+    ChunkWalk walk(source, ByteOrder::Big, sizeof form);
+    while (walk.Next()) {
+        if (walk.Current().id != ChunkId::kCommon) continue;
+        uint8_t record[kTagPlace + kTagSize];
+        if (walk.Current().size < sizeof record || !walk.Read(record, sizeof record)) return std::nullopt;
+        return walk.Current().Content() + kTagPlace;
     }
-    return {};
+    return std::nullopt;
 }
 
 }  // namespace
 
 bool MakeBigEndian(std::span<uint8_t> head) {
-    if (head.size() < kFormHead || AV_RB32(head.data() + 8) != MKBETAG('A', 'I', 'F', 'C')) return false;
-    const std::span<uint8_t> common = CommonChunk(head);
-    if (common.size() < kTagPlace + kTagSize) return false;
-    uint8_t* const tag = common.data() + kTagPlace;
-    const uint32_t present = AV_RB32(tag);
+    const std::optional<uint64_t> place = FindTag(head);
+    if (!place) return false;
+    uint8_t* const tag = head.data() + *place;
+    const uint32_t present = LoadLE32(tag);
     if (std::none_of(std::begin(kLittleEndianTags), std::end(kLittleEndianTags),
                      [&](uint32_t known) { return known == present; }))
         return false;
-    AV_WB32(tag, MKBETAG('N', 'O', 'N', 'E'));
+    StoreLE32(tag, kBigEndianTag);
     return true;
 }
 

@@ -27,16 +27,13 @@ inline PictureSet& SetOf(IAC3Metadata& metadata) {
 
 inline TagList ListOf(const TagPairs& pairs) {
     TagList tags;
-    for (const auto& [name, value] : pairs) {
-        CStr nameText(name.data(), static_cast<uint32_t>(name.size()));
-        CStr valueText(value.data(), static_cast<uint32_t>(value.size()));
-        AddTag(tags, nameText, valueText);
-    }
+    for (const auto& [name, value] : pairs) AddTag(tags, std::string(name.begin(), name.end()), value);
     return tags;
 }
 
-inline TagPairs PairsOf(TagList& tags) {
+inline TagPairs PairsOf(const TagList& tags) {
     TagPairs pairs;
-    for (TagEntry& tag : tags) pairs.emplace_back(tag.name.Wide(), tag.value.Wide());
+    for (const auto& [name, value] : tags)
+        pairs.emplace_back(std::u16string(name.begin(), name.end()), value);
     return pairs;
 }

@@ -1,14 +1,13 @@
 #include <gtest/gtest.h>
 
-#include "AudioCodec/metadata/TagChunk.h"
 #include "AudioCodec/metadata/TagMapping.h"
-#include "riff/LittleEndian.h"
+#include "riff/ByteOrder.h"
 #include "tests/metadata/MetadataHelpers.h"
 
 namespace {
 
 using namespace std::string_literals;
-using Chunks = CWaveFile::ChunkMap;
+using Chunks = InfoChunks;
 
 TagPairs Read(const Chunks& chunks) {
     TagList tags;
@@ -56,20 +55,18 @@ TEST(Tags, TheTagChunkIsWrittenToTheByte) {
 TEST(Tags, ADamagedTagChunkGivesTheWholeEntriesInFront) {
     const TagPairs all{{u"a", u"1"}, {u"", u"x=y"}, {u"c", u""}};
     const size_t ends[] = {8, 19, 25};  // behind which each is whole
-    const std::string whole = Stored(all).at(FourCC("vltg"));
+    const Chunks stored = Stored(all);
+    const std::string_view whole = stored.Find(FourCC("vltg")).value();
     for (size_t length = 0; length <= whole.size(); ++length) {
-        TagList tags;
-        // On the heap and no longer than it says, so that a read behind it is seen.
+        // On the heap and no longer than it says, so that a read past it is seen.
         const std::vector<char> bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
-        ParseTagChunk(tags, {bytes.data(), bytes.size()});
+        const Chunks chunks{{FourCC("vltg"), {bytes.data(), bytes.size()}}};
         TagPairs expected;
         for (size_t i = 0; i < 3; ++i)
             if (length >= ends[i]) expected.push_back(all[i]);
-        EXPECT_EQ(PairsOf(tags), expected) << length;
+        EXPECT_EQ(Read(chunks), expected) << length;
     }
-    TagList tags;
-    ParseTagChunk(tags, "abc\0=\xFF\xFE\0\0"s);
-    EXPECT_TRUE(tags.empty());
+    EXPECT_EQ(Read({{FourCC("vltg"), "abc\0=\xFF\xFE\0\0"s}}), TagPairs{});
 }
 
 TEST(Tags, StandardTagsGetTheirChunks) {
@@ -96,7 +93,7 @@ TEST(Tags, ADateKeepsMonthAndDayAndAnArchivalLocationItsPlace) {
     };
     for (const auto& row : rows) {
         const TagPairs tags{{row.chunk == FourCC("ICRD") ? u"year" : u"track", u"3"}};
-        EXPECT_EQ(Stored(tags, {{row.chunk, row.old}}).at(row.chunk), row.stored) << row.old;
+        EXPECT_EQ(Stored(tags, {{row.chunk, row.old}}), (Chunks{{row.chunk, row.stored}})) << row.old;
     }
 }
 

@@ -9,7 +9,7 @@
 
 #include "platform/file/File.h"
 #include "platform/file/TempFile.h"
-#include "riff/LittleEndian.h"
+#include "riff/ByteOrder.h"
 #include "tests/platform/SystemFaults.h"
 #include "tests/platform/TempFolder.h"
 #include "tests/support/ByteStream.h"

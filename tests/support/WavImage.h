@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "riff/LittleEndian.h"
+#include "riff/ByteOrder.h"
 
 using Samples = std::vector<int16_t>;
 

@@ -16,7 +16,7 @@
 namespace save_test {
 
 using namespace std::string_literals;
-using Tags = CWaveFile::ChunkMap;
+using Tags = InfoChunks;
 
 inline const std::string kAudio = "\x81\xF0\3\4zyxw98"s;  // no chunk of its own
 inline const Tags kOld{{FourCC("INAM"), "Old"}, {FourCC("ICRD"), "1999"}};

@@ -91,7 +91,7 @@ TEST(Save, CostsTheSameForAFileOf500MB) {
     Save(file, kNewTags[4]);
     const size_t written = count.BytesWritten();
     EXPECT_LT(written, 44 + 2 * ListOf(kNewTags[4]).size() + 200);
-    EXPECT_LT(count.BytesMoved() - written, 1000u);
+    EXPECT_LT(count.BytesMoved() - written, 16384u);  // a few blocks around headers
     EXPECT_EQ(std::filesystem::file_size(file.Path()), 44 + kAudioSize + 8 + ListOf(kNewTags[4]).size());
 }
 

@@ -71,7 +71,7 @@ TEST(WaveFileWalk, ListsKeepTheFirstOfAnIdAndTheLastListWins) {
     image.Info(None().Chunk("INAM", "One\0"s).Chunk("INAM", "Two\0"s).Chunk("IART", "a\0b"s));
     CWaveFile wave;
     ASSERT_EQ(OpenImage(image, wave), RESULT_OK);
-    const CWaveFile::ChunkMap expected{{FourCC("INAM"), "One\0"s}, {FourCC("IART"), "a\0b"s}};
+    const InfoChunks expected{{FourCC("INAM"), "One\0"s}, {FourCC("IART"), "a\0b"s}};
     EXPECT_EQ(wave.Chunks(), expected);
 }
 
@@ -90,7 +90,7 @@ TEST(WaveFileWalk, EntriesThatLieAreCutAtTheEndOfTheirList) {
         CWaveFile wave;
         ASSERT_EQ(OpenImage(image.Bytes(bytes).Chunk("data", std::string(64, 'x')), wave), RESULT_OK);
         EXPECT_EQ(wave.DataSize(), 64u) << list;  // what stands behind the list is found
-        EXPECT_EQ(wave.Chunks().at(FourCC("INAM")), value);
+        EXPECT_EQ(wave.Chunks().Find(FourCC("INAM")), value);
     }
     CWaveFile wave;
     EXPECT_EQ(OpenImage(Sound().Header("LIST", 15).Bytes("INFO").Header("INAM", 3).Bytes("abc"), wave),
@@ -191,7 +191,7 @@ TEST(WaveFileStream, AnImageMayBeginAnywhere) {
     uint32_t done = 0;
     ASSERT_EQ(wave.ReadData(sizeof audio, audio, &done), RESULT_OK);
     EXPECT_EQ(std::string(audio, done), "0123456");
-    EXPECT_EQ(wave.Chunks().at(FourCC("INAM")), longName);
+    EXPECT_EQ(wave.Chunks().Find(FourCC("INAM")), longName);
 }
 
 TEST(WaveFileSeek, StaysOnFramesAndWithinTheAudio) {
@@ -214,7 +214,7 @@ TEST(WaveFileSeek, StaysOnFramesAndWithinTheAudio) {
 TEST(WaveFileWrite, LayoutIsHeaderAudioPadAndList) {
     const struct {
         std::string audio;
-        CWaveFile::ChunkMap chunks;
+        InfoChunks chunks;
         WavImage entries;
     } rows[] = {{"abc", {}, None()},
                 {"ab", {}, None()},

@@ -9,6 +9,8 @@ namespace {
 constexpr uint64_t kLargestTail = 1 << 20;
 constexpr uint64_t kLargestNumber = 0xFFFFFFFF;
 constexpr uint64_t kRiffSizePlace = 4;
+constexpr uint64_t kCrowdedBytes = 65536;  // with so many older lists in them they are changed at once
+constexpr std::ptrdiff_t kCrowd = 64;
 constexpr uint64_t kFormatPlace = 20;  // of the record, in the writer's layout
 
 // The first place for the copy that leaves no gap, or one that a chunk fills, behind both ends.
@@ -31,7 +33,7 @@ void CTagSave::Run(const InfoChunks& chunks) {
 }
 
 bool CTagSave::Plan(const InfoChunks& chunks) {
-    if (!m_layout.Read(m_file)) return false;
+    if (!m_layout.Read(m_handle)) return false;
     const uint64_t entries = InfoEntriesSize(chunks);
     if (entries + kListTypeSize > kLargestNumber || m_layout.Tail() > kLargestTail) return false;
     if (m_layout.Last().size > kLargestNumber || m_layout.Data().Content() > kLargestNumber) return false;
@@ -119,10 +121,31 @@ bool CTagSave::RemoveLists() {
     return true;
 }
 
+// Lists in a crowd are changed by the block: written back with other ids, each of which is old or new at any
+// moment, as if it had been written alone.
 bool CTagSave::MakeOlderListsFiller() {
-    return std::all_of(m_layout.Lists().begin(), m_layout.Lists().end(), [this](uint64_t place) {
-        return place == m_place || WriteNumber(place, ChunkId::kJunk);
-    });
+    const Places& lists = m_layout.Lists();
+    for (auto list = lists.begin(); list != lists.end();) {
+        const auto end = std::lower_bound(list, lists.end(), *list + kCrowdedBytes);
+        const bool done = end - list < kCrowd
+                              ? std::all_of(list, end, [this](uint64_t place) { return MakeFiller(place); })
+                              : MakeFiller(list, end);
+        if (!done) return false;
+        list = end;
+    }
+    return true;
+}
+
+bool CTagSave::MakeFiller(uint64_t place) { return place == m_place || WriteNumber(place, ChunkId::kJunk); }
+
+bool CTagSave::MakeFiller(Places::const_iterator list, Places::const_iterator end) {
+    const uint64_t start = *list;
+    std::string block(*(end - 1) + sizeof(uint32_t) - start, '\0');
+    if (!m_file.Read(start, block.data(), block.size())) return false;
+    for (; list != end; ++list)
+        if (*list != m_place)
+            StoreLE32(reinterpret_cast<uint8_t*>(block.data()) + (*list - start), ChunkId::kJunk);
+    return m_file.Write(start, block.data(), block.size());
 }
 
 bool CTagSave::WriteNumber(uint64_t place, uint32_t number) {

@@ -12,7 +12,7 @@
 // lists of the type become filler of the same length. A failure in step 1 takes everything back; from step 2
 // on the copy stays, and is the new tags.
 //
-// Chosen where it was open. The size of a last chunk that lies is set right. Bytes at the end that are no
+// Decisions: the size of a last chunk that lies is set right. Bytes at the end that are no
 // chunk go into a JUNK chunk; if they are more than 1 MiB, or if a number doesn't fit into 32 bits, the file
 // is left as it was. What an interrupted save left without an id at the end of the file is cut away. A file
 // of more than 4 GiB gets the largest RIFF size.
@@ -28,13 +28,15 @@ class CTagSave {
 public:
     // `file`: open for reading and writing, sound enough to be opened. `format`: what its reader made of it;
     // written back where the layout is the writer's own.
-    CTagSave(HANDLE file, const WaveFormat& format) : m_file(file), m_format(format) {}
+    CTagSave(HANDLE file, const WaveFormat& format) : m_handle(file), m_file(file), m_format(format) {}
 
     // Makes these the tags of the file. An empty map takes the list away. Once for an object. May throw
     // bad_alloc; the destructor then leaves the file as it was.
     void Run(const InfoChunks& chunks);
 
 private:
+    using Places = std::deque<uint64_t>;  // of older lists
+
     bool Plan(const InfoChunks& chunks);
     bool DropUnfinishedList();
     bool SetSizeRight();
@@ -49,7 +51,10 @@ private:
     bool WriteChunkHeader(uint64_t place, uint32_t id, uint64_t size);
     bool WriteRiffSize(uint64_t end);
     bool MakeOlderListsFiller();
+    bool MakeFiller(uint64_t place);
+    bool MakeFiller(Places::const_iterator list, Places::const_iterator end);
 
+    HANDLE m_handle;
     CFileEdit m_file;
     const WaveFormat& m_format;
     CWaveLayout m_layout;

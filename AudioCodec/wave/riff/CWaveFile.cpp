@@ -6,21 +6,17 @@
 #include "AudioCodec/shell/object/Border.h"
 #include "AudioCodec/wave/converter/Saturating.h"
 #include "AudioCodec/wave/riff/CTagSave.h"
+#include "AudioCodec/wave/riff/HandleSource.h"
+#include "AudioCodec/wave/riff/StreamSource.h"
 #include "platform/base/LastError.h"
-#include "platform/com/Stream.h"
 #include "platform/file/File.h"
-#include "riff/WaveTypes.h"
+#include "riff/ChunkWalk.h"
+#include "riff/InfoList.h"
 
 namespace {
 
-// What may be asked of a stream without looking first whether it holds as much.
-constexpr uint64_t kUncheckedStreamBytes = 65536;
-
 // What the sizes in the headers can tell.
 constexpr uint64_t kLargestFile = 0xFFFFFFFF;
-
-// A stream that claims to stand behind it is no stream to compute with.
-constexpr uint64_t kLargestPosition = uint64_t{1} << 62;
 
 // Both the file calls and the stream number their origins so.
 constexpr uint32_t kFromStart = 0;
@@ -40,7 +36,7 @@ Result OpenFailure() {
 struct CWaveFile::ChunkRule {
     uint32_t id;
     uint32_t leastSize;  // a smaller chunk is passed over like an unknown one
-    bool (CWaveFile::*parse)(const ChunkHeader& chunk);
+    bool (*parse)(CWaveFile& file, ChunkWalk& walk);
 };
 
 CWaveFile::~CWaveFile() { CloseFile(); }
@@ -82,106 +78,75 @@ bool CWaveFile::ParseChunks() {
     m_dataSize = 0;
     m_dataOffset = 0;
     m_chunks.clear();
-    if (m_file && !MoveTo(0)) return false;
-
-    uint8_t word[4] = {};
-    if (!ReadExact(word, sizeof word) || LoadLE32(word) != ChunkId::kRiff) return false;
-    ReadExact(word, sizeof word);  // the RIFF size is often wrong; neither it nor its absence matters
-    if (!ReadExact(word, sizeof word) || LoadLE32(word) != ChunkId::kWave) return false;
-
-    ChunkHeader chunk{};
-    while (ReadChunkHeader(chunk)) {
-        if (!ParseChunk(chunk)) return false;
+    bool walked = false;
+    if (m_file) {
+        HandleSource source(m_file.get());
+        walked = Walk(source);
+    } else if (m_stream) {
+        StreamSource source(*m_stream);
+        walked = Walk(source);
     }
-    if (m_dataOffset != 0 && !MoveTo(m_dataOffset)) return false;
-    return m_formatFound;
+    return walked && (m_dataOffset == 0 || MoveTo(m_dataOffset)) && m_formatFound;
 }
 
-bool CWaveFile::ReadChunkHeader(ChunkHeader& header) const {
-    uint8_t bytes[kChunkHeaderSize];
-    if (!ReadExact(bytes, sizeof bytes)) return false;
-    header = {LoadLE32(bytes), LoadLE32(bytes + 4)};
+bool CWaveFile::Walk(ByteSource& source) {
+    uint8_t word[4] = {};
+    if (!source.Read(word, sizeof word) || LoadLE32(word) != ChunkId::kRiff) return false;
+    source.Read(word, sizeof word);  // the RIFF size is often wrong; neither it nor its absence matters
+    if (!source.Read(word, sizeof word) || LoadLE32(word) != ChunkId::kWave) return false;
+
+    ChunkWalk walk(source, ByteOrder::Little, kFileHeaderSize);
+    while (walk.Next()) {
+        if (!ParseChunk(walk)) return false;
+    }
+    return !walk.Refused();
+}
+
+bool CWaveFile::ParseChunk(ChunkWalk& walk) {
+    static constexpr ChunkRule kRules[] = {
+        {ChunkId::kFmt, kPcmFormatSize, [](CWaveFile& file, ChunkWalk& at) { return file.ParseFormat(at); }},
+        {ChunkId::kList, kListTypeSize, [](CWaveFile& file, ChunkWalk& at) { return file.ParseList(at); }},
+        {ChunkId::kData, 0, [](CWaveFile& file, ChunkWalk& at) { return file.ParseData(at); }},
+        {ChunkId::kFact, kFactSampleCountSize, [](CWaveFile&, ChunkWalk& at) { return ParseFact(at); }},
+    };
+    const Chunk& chunk = walk.Current();
+    for (const ChunkRule& rule : kRules) {
+        if (chunk.id == rule.id && chunk.size >= rule.leastSize) return rule.parse(*this, walk);
+    }
     return true;
 }
 
-bool CWaveFile::ParseChunk(const ChunkHeader& chunk) {
-    static constexpr ChunkRule kRules[] = {
-        {ChunkId::kFmt, kPcmFormatSize, &CWaveFile::ParseFormat},
-        {ChunkId::kList, kListTypeSize, &CWaveFile::ParseList},
-        {ChunkId::kData, 0, &CWaveFile::ParseData},
-        {ChunkId::kFact, kFactSampleCountSize, &CWaveFile::ParseFact},
-    };
-    for (const ChunkRule& rule : kRules) {
-        if (chunk.id == rule.id && chunk.size >= rule.leastSize) return (this->*rule.parse)(chunk);
-    }
-    return SkipRest(chunk, 0);
-}
-
-bool CWaveFile::ParseFormat(const ChunkHeader& chunk) {
-    if (!SourceHolds(chunk.size)) return false;
-    const uint32_t kept = std::min(chunk.size, kFormatFixedSize + kFormatExtraMost);
+bool CWaveFile::ParseFormat(ChunkWalk& walk) {
+    const auto size = static_cast<uint32_t>(walk.Current().size);
+    if (!walk.Source().Holds(size)) return false;
+    const uint32_t kept = std::min(size, kFormatFixedSize + kFormatExtraMost);
     std::vector<uint8_t> record(kept);
-    if (!ReadExact(record.data(), kept)) return false;
+    if (!walk.Read(record.data(), kept)) return false;
     m_format = WaveFormat::Load(record.data(), kept);
     if (m_file)
         m_format.blockAlign = static_cast<uint16_t>(uint32_t{m_format.bitsPerSample} * m_format.channels / 8);
     m_formatFound = true;
-    return SkipRest(chunk, kept);
-}
-
-bool CWaveFile::ParseList(const ChunkHeader& chunk) {
-    uint8_t type[kListTypeSize];
-    if (!ReadExact(type, sizeof type)) return false;
-    if (LoadLE32(type) != ChunkId::kInfo) return SkipRest(chunk, kListTypeSize);
-
-    m_chunks.clear();  // of several lists the last one wins whole
-    uint32_t left = chunk.size - kListTypeSize;
-    while (left > kChunkHeaderSize) {
-        if (!ParseInfoEntry(left)) return false;
-    }
-    return SkipRest(chunk, chunk.size - left);
-}
-
-bool CWaveFile::ParseInfoEntry(uint32_t& left) {
-    ChunkHeader entry{};
-    if (!ReadChunkHeader(entry)) return false;
-    left -= kChunkHeaderSize;
-
-    uint64_t stored =
-        uint64_t{entry.size} + (entry.size & 1);  // 64 bits: 0xFFFFFFFF and its pad byte are not 0
-    if (entry.size == left) stored = left;        // some writers leave the last pad byte out of the list
-    if (!SourceHolds(stored)) return false;
-    const auto held = static_cast<uint32_t>(std::min<uint64_t>(stored, left));
-    std::string value(held, '\0');
-    if (!ReadExact(value.data(), held)) return false;
-    value.resize(std::min(held, entry.size));
-    m_chunks.try_emplace(entry.id, std::move(value));
-    left -= held;
     return true;
 }
 
-bool CWaveFile::ParseData(const ChunkHeader& chunk) {
-    int64_t position = 0;
-    if (!Tell(position)) return false;
+bool CWaveFile::ParseList(ChunkWalk& walk) {
+    uint8_t type[kListTypeSize];
+    if (!walk.Read(type, sizeof type)) return false;
+    return LoadLE32(type) != ChunkId::kInfo ||
+           ReadInfoList(walk, m_chunks);  // of several lists the last wins whole
+}
+
+bool CWaveFile::ParseData(ChunkWalk& walk) {
+    uint64_t position = 0;
+    if (!walk.Source().Tell(position)) return false;
     m_dataOffset = static_cast<uint32_t>(position);
-    m_dataSize = chunk.size;
-    return SkipRest(chunk, 0);
+    m_dataSize = walk.Current().declared;
+    return true;
 }
 
-bool CWaveFile::ParseFact(const ChunkHeader& chunk) {
+bool CWaveFile::ParseFact(ChunkWalk& walk) {
     uint8_t sampleCount[kFactSampleCountSize];  // what the data chunk says is believed instead
-    return ReadExact(sampleCount, sizeof sampleCount) && SkipRest(chunk, sizeof sampleCount);
-}
-
-bool CWaveFile::SkipRest(const ChunkHeader& chunk, uint32_t consumed) const {
-    const int64_t rest = int64_t{chunk.size} - consumed + (chunk.size & 1);
-    return rest == 0 || Move(rest, kFromHere);
-}
-
-bool CWaveFile::ReadExact(void* buffer, uint32_t count) const {
-    uint32_t done = 0;
-    if (m_file) return ReadFile(m_file.get(), buffer, count, &done, nullptr) && done == count;
-    return m_stream && m_stream->Read(buffer, count, &done) == S_OK && done == count;
+    return walk.Read(sampleCount, sizeof sampleCount);
 }
 
 bool CWaveFile::Move(int64_t distance, uint32_t origin, int64_t* position) const {
@@ -193,12 +158,9 @@ bool CWaveFile::Move(int64_t distance, uint32_t origin, int64_t* position) const
         if (GetLastError() != ERROR_SUCCESS) return false;
         reached = JoinPosition(low, high);
     } else if (m_stream) {
-        LARGE_INTEGER move{};
-        move.QuadPart = distance;
-        ULARGE_INTEGER place{};
-        if (m_stream->Seek(move, origin, &place) != S_OK) return false;
-        if (place.QuadPart > kLargestPosition) return false;
-        reached = static_cast<int64_t>(place.QuadPart);
+        uint64_t place = 0;
+        if (!StreamSource(*m_stream).Move(distance, origin, &place)) return false;
+        reached = static_cast<int64_t>(place);
     }
     if (position) *position = reached;
     return true;
@@ -213,23 +175,6 @@ bool CWaveFile::Tell(int64_t& position) const {
     const DWORD low = SetFilePointer(m_file.get(), 0, &high, FILE_CURRENT);
     position = JoinPosition(low, high);
     return true;
-}
-
-// Whether that many bytes stand behind the current place. A stream tells its size to no call that all streams
-// have, so its last byte in question is touched.
-bool CWaveFile::SourceHolds(uint64_t count) const {
-    int64_t here = 0;
-    if (m_file) {
-        DWORD high = 0;
-        const uint64_t low = GetFileSize(m_file.get(), &high);
-        const uint64_t size = uint64_t{high} << 32 | low;
-        return Tell(here) && static_cast<uint64_t>(here) <= size &&
-               count <= size - static_cast<uint64_t>(here);
-    }
-    if (count <= kUncheckedStreamBytes) return true;
-    uint8_t last = 0;
-    return Tell(here) && MoveTo(here + static_cast<int64_t>(count) - 1) && ReadExact(&last, 1) &&
-           MoveTo(here);
 }
 
 void CWaveFile::BeginAudio(const WaveFormat& format) {

@@ -2,7 +2,7 @@
 // audio bytes, and writes header and "INFO" list. Gives no meaning to the list's sub-chunks and converts no
 // samples. One thread at a time, under the rule of its owner.
 //
-// Chosen where it was open. Sizes are checked against the file (or by touching a stream's last byte) before
+// Decisions: sizes are checked against the file (or by touching a stream's last byte) before
 // memory is taken. A format record that claims more extra bytes than its chunk has gets those that are there.
 // A list of fewer than 4 bytes is passed over like an unknown chunk. A sub-chunk that reaches behind its list
 // is cut there, one that reaches behind the file fails the parse. A failed open leaves no handle behind. A
@@ -14,15 +14,15 @@
 
 #include "AudioCodec/shell/object/ResultCodes.h"
 #include "platform/base/UniqueHandle.h"
-#include "riff/InfoList.h"
+#include "riff/InfoChunks.h"
 #include "riff/WaveFormat.h"
 
+class ByteSource;
+class ChunkWalk;
 struct IStream;
 
 class CWaveFile {
 public:
-    using ChunkMap = InfoChunks;
-
     CWaveFile() = default;
     CWaveFile(const CWaveFile&) = delete;
     CWaveFile& operator=(const CWaveFile&) = delete;
@@ -71,33 +71,25 @@ public:
     // These answer from the last walk, also behind CloseFile.
     const WaveFormat& Format() const { return m_format; }
     uint32_t DataSize() const { return m_dataSize; }
-    ChunkMap& Chunks() { return m_chunks; }
+    InfoChunks& Chunks() { return m_chunks; }
 
     void SetReadOnly(bool readOnly) { m_readOnly = readOnly; }
     void SetModified(bool modified) { m_modified = modified; }
 
 private:
-    struct ChunkHeader {
-        uint32_t id;
-        uint32_t size;  // without the pad byte
-    };
     struct ChunkRule;
 
-    bool ReadChunkHeader(ChunkHeader& header) const;
-    bool ParseChunk(const ChunkHeader& chunk);
-    bool ParseFormat(const ChunkHeader& chunk);
-    bool ParseList(const ChunkHeader& chunk);
-    bool ParseData(const ChunkHeader& chunk);
-    bool ParseFact(const ChunkHeader& chunk);
-    bool ParseInfoEntry(uint32_t& left);
-    bool SkipRest(const ChunkHeader& chunk, uint32_t consumed) const;
+    bool Walk(ByteSource& source);
+    bool ParseChunk(ChunkWalk& walk);
+    bool ParseFormat(ChunkWalk& walk);
+    bool ParseList(ChunkWalk& walk);
+    bool ParseData(ChunkWalk& walk);
+    static bool ParseFact(ChunkWalk& walk);
 
     // On the file or the stream, whichever there is.
-    bool ReadExact(void* buffer, uint32_t count) const;
     bool Tell(int64_t& position) const;
     bool Move(int64_t distance, uint32_t origin, int64_t* position = nullptr) const;
     bool MoveTo(int64_t position) const;
-    bool SourceHolds(uint64_t count) const;
 
     void Write(const void* bytes, size_t count) const;
     void SaveTags() const noexcept;
@@ -109,7 +101,7 @@ private:
     uint32_t m_dataOffset = 0;   // of the first audio byte; 0 as long as no "data" chunk was seen
     uint32_t m_dataSize = 0;     // audio bytes as declared, or as written
     WaveFormat m_format;
-    ChunkMap m_chunks;
+    InfoChunks m_chunks;
     UniqueHandle m_file;
     IStream* m_stream = nullptr;  // borrowed
 };

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
-#include "AudioCodec/wave/riff/CFileEdit.h"
+#include "AudioCodec/wave/riff/HandleSource.h"
+#include "riff/ChunkWalk.h"
 #include "riff/WaveFormat.h"
 
 namespace {
 
-constexpr uint64_t kFirstChunk = 12;
 constexpr uint64_t kTrailerSize = 128;  // of an old kind of tag that programs hang on to any file
 constexpr uint32_t kTrailerMark = FourCC("TAG\0");
 constexpr uint32_t kThreeBytes = 0xFFFFFF;
@@ -22,21 +22,25 @@ bool IsPrintable(uint32_t id) {
 
 }  // namespace
 
-bool CWaveLayout::Read(const CFileEdit& file) {
+bool CWaveLayout::Read(HANDLE handle) {
     *this = {};
+    HandleSource file(handle);
     m_fileSize = file.Size();
-    uint8_t riffSize[4];
-    if (m_fileSize < kFirstChunk || !file.Read(4, riffSize, sizeof riffSize)) return false;
-    m_riffEnd = uint64_t{LoadLE32(riffSize)} + kChunkHeaderSize;
+    uint8_t header[kFileHeaderSize];
+    if (!file.Read(header, sizeof header)) return false;
+    m_riffEnd = uint64_t{LoadLE32(header + 4)} + kChunkHeaderSize;
 
-    m_end = kFirstChunk;
+    m_end = kFileHeaderSize;
+    ChunkWalk walk(file, ByteOrder::Little, m_end);
     while (m_end + kChunkHeaderSize <= m_fileSize) {
         WaveChunk chunk;
-        if (!ReadChunk(file, m_end, chunk)) return false;
+        if (!walk.Next() || !Look(file, walk, chunk))
+            return false;  // there are bytes, but they can't be read
         if (!HasRoom(chunk) && !IsCutShort(file, chunk)) break;
         const bool unknownLength = chunk.id == ChunkId::kData && chunk.declared == 0 && m_formatSeen;
         if (!HasRoom(chunk) || (unknownLength && !ChunksFollow(file, chunk.Content())))
             chunk.size = m_fileSize - chunk.Content();
+        walk.SetSize(chunk.size);
         if (chunk.IsUnfinishedList() && chunk.End() >= m_fileSize) return m_count != 0;
         Take(chunk);
     }
@@ -44,13 +48,14 @@ bool CWaveLayout::Read(const CFileEdit& file) {
     return m_count != 0;
 }
 
-bool CWaveLayout::ReadChunk(const CFileEdit& file, uint64_t offset, WaveChunk& chunk) const {
-    uint8_t bytes[kChunkHeaderSize + kListTypeSize] = {};
-    if (!file.Read(offset, bytes, std::min<uint64_t>(sizeof bytes, m_fileSize - offset))) return false;
-    chunk.offset = offset;
-    chunk.id = LoadLE32(bytes);
-    chunk.size = chunk.declared = LoadLE32(bytes + 4);
-    chunk.type = LoadLE32(bytes + 8);
+// The chunk that the walk came to, with the bytes that its content begins with, as far as the file has them.
+// False where they can't be read.
+bool CWaveLayout::Look(BlockSource& file, const ChunkWalk& walk, WaveChunk& chunk) {
+    static_cast<Chunk&>(chunk) = walk.Current();
+    uint8_t type[kListTypeSize] = {};
+    const uint64_t there = std::min<uint64_t>(sizeof type, file.Size() - file.Place());
+    if (file.Peek(type, sizeof type) < there) return false;
+    chunk.type = LoadLE32(type);
     return true;
 }
 
@@ -67,28 +72,42 @@ bool CWaveLayout::LooksLikeTrailer(const WaveChunk& chunk) const {
     return (chunk.id & kThreeBytes) == kTrailerMark && m_fileSize - chunk.offset == kTrailerSize;
 }
 
-bool CWaveLayout::IsCutShort(const CFileEdit& file, const WaveChunk& chunk) const {
+bool CWaveLayout::IsCutShort(BlockSource& file, const WaveChunk& chunk) const {
     if (chunk.id == ChunkId::kData || chunk.id == ChunkId::kJunk || chunk.IsUnfinishedList()) return true;
     if (!IsPrintable(chunk.id) || LooksLikeTrailer(chunk)) return false;
-    if (m_riffEnd > kFirstChunk && chunk.offset >= m_riffEnd) return false;
+    if (m_riffEnd > kFileHeaderSize && chunk.offset >= m_riffEnd) return false;
+    if (!(m_last.size & 1)) return true;
     uint8_t pad = 0;  // another value is the first byte of something that was written without one
-    return !(m_last.size & 1) || (file.Read(chunk.offset - 1, &pad, 1) && pad == 0);
+    const uint64_t place = file.Place();
+    file.MoveTo(chunk.offset - 1);
+    const bool isPad = file.Read(&pad, 1) && pad == 0;
+    file.MoveTo(place);
+    return isPad;
 }
 
-bool CWaveLayout::ChunksFollow(const CFileEdit& file, uint64_t offset) const {
-    const uint64_t start = offset;
-    while (offset + kChunkHeaderSize <= m_fileSize) {
+bool CWaveLayout::ChunksFollow(BlockSource& file, uint64_t offset) const {
+    const uint64_t place = file.Place();
+    file.MoveTo(offset);
+    const bool follow = ChunksStandAt(file, offset);
+    file.MoveTo(place);
+    return follow;
+}
+
+bool CWaveLayout::ChunksStandAt(BlockSource& file, uint64_t offset) const {
+    ChunkWalk walk(file, ByteOrder::Little, offset);
+    uint64_t end = offset;
+    while (end + kChunkHeaderSize <= m_fileSize) {
         WaveChunk chunk;
-        if (!ReadChunk(file, offset, chunk)) return false;
-        // What a reader takes, and what an interrupted save left: a list without its id, or filler in front
-        // of one that never came.
+        if (!walk.Next() || !Look(file, walk, chunk)) return false;
+        // What a reader takes, and what an interrupted save left: a list without its id, or filler before one
+        // that never came.
         if (chunk.id == ChunkId::kFmt || chunk.id == ChunkId::kData || chunk.IsList()) return true;
         if (chunk.IsUnfinishedList() || (chunk.id == ChunkId::kJunk && !HasRoom(chunk))) return true;
         if (LooksLikeTrailer(chunk)) return true;
         if (!IsPrintable(chunk.id) || !HasRoom(chunk)) return false;
-        offset = chunk.End();
+        end = chunk.End();
     }
-    return offset >= m_fileSize || offset != start;
+    return end >= m_fileSize || end != offset;
 }
 
 bool CWaveLayout::IsWritersOwn(const WaveFormat& format) const {

@@ -2,7 +2,7 @@
 // and what stands at the end. Walks as the reader does, over headers alone, so it finds what a reader finds.
 // Reads no audio and changes nothing. Values of one moment; one thread at a time.
 //
-// Chosen where it was open. A last header that declares more than the file holds is a chunk cut short, unless
+// Decisions: a last header that declares more than the file holds is a chunk cut short, unless
 // something speaks against it: no printable id, a place behind the end that the RIFF header tells, a missing
 // pad byte in front, or the form of a "TAG" trailer. What is no chunk is the tail. A "data" chunk of size 0
 // has all that follows for its audio, unless that is chunks with printable ids, up to one that a reader takes
@@ -10,22 +10,18 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
+#include <deque>
 
-#include "riff/WaveTypes.h"
+#include "platform/base/Types.h"
+#include "riff/Chunk.h"
 
-class CFileEdit;
+class BlockSource;
+class ChunkWalk;
 struct WaveFormat;
 
-struct WaveChunk {
-    uint64_t offset = 0;    // of its header, from the start of the file
-    uint32_t id = 0;        // 0: a list that a save left unfinished, or a foreign chunk
-    uint32_t declared = 0;  // the size that its header tells
-    uint64_t size = 0;      // the size that it ought to tell
-    uint32_t type = 0;      // the first 4 bytes of the content
+struct WaveChunk : Chunk {
+    uint32_t type = 0;  // the first 4 bytes of the content
 
-    uint64_t Content() const { return offset + kChunkHeaderSize; }
-    uint64_t End() const { return Content() + size + (size & 1); }
     bool IsList() const { return id == ChunkId::kList && IsInfo(); }
     bool IsUnfinishedList() const { return id == ChunkId::kUnfinished && IsInfo(); }
 
@@ -36,7 +32,7 @@ private:
 class CWaveLayout {
 public:
     // Walks the file. False if there is no chunk or a read fails. May throw bad_alloc.
-    bool Read(const CFileEdit& file);
+    bool Read(HANDLE file);
 
     // The file is laid out as the writer does it: format, audio, and at the most one "INFO" list.
     bool IsWritersOwn(const WaveFormat& format) const;
@@ -44,10 +40,10 @@ public:
     // The last chunk is an "INFO" list, and nothing stands behind it.
     bool EndsWithList() const { return m_count != 0 && m_last.IsList() && m_tail == 0; }
 
-    uint64_t RiffEnd() const { return m_riffEnd; }                  // as the RIFF header tells it
-    const WaveChunk& Data() const { return m_data; }                // the last of its kind; offset 0: none
-    const WaveChunk& Last() const { return m_last; }                // the only one whose two sizes can differ
-    const std::vector<uint64_t>& Lists() const { return m_lists; }  // places of all "INFO" lists
+    uint64_t RiffEnd() const { return m_riffEnd; }                 // as the RIFF header tells it
+    const WaveChunk& Data() const { return m_data; }               // the last of its kind; offset 0: none
+    const WaveChunk& Last() const { return m_last; }               // the only one whose two sizes can differ
+    const std::deque<uint64_t>& Lists() const { return m_lists; }  // places of all "INFO" lists
 
     // Behind the last chunk and its pad byte, which the file may lack. An unfinished list counts as not
     // there.
@@ -55,11 +51,12 @@ public:
     uint64_t Tail() const { return m_tail; }  // bytes from there to the end of the file that are no chunk
 
 private:
-    bool ReadChunk(const CFileEdit& file, uint64_t offset, WaveChunk& chunk) const;
+    static bool Look(BlockSource& file, const ChunkWalk& walk, WaveChunk& chunk);
     bool HasRoom(const WaveChunk& chunk) const { return chunk.declared <= m_fileSize - chunk.Content(); }
     bool LooksLikeTrailer(const WaveChunk& chunk) const;
-    bool IsCutShort(const CFileEdit& file, const WaveChunk& chunk) const;
-    bool ChunksFollow(const CFileEdit& file, uint64_t offset) const;
+    bool IsCutShort(BlockSource& file, const WaveChunk& chunk) const;
+    bool ChunksFollow(BlockSource& file, uint64_t offset) const;
+    bool ChunksStandAt(BlockSource& file, uint64_t offset) const;
     void Take(const WaveChunk& chunk);
 
     uint64_t m_fileSize = 0;
@@ -71,5 +68,5 @@ private:
     WaveChunk m_first;
     WaveChunk m_data;
     WaveChunk m_last;
-    std::vector<uint64_t> m_lists;
+    std::deque<uint64_t> m_lists;
 };

@@ -1,0 +1,74 @@
+#include "riff/InfoChunks.h"
+
+#include <algorithm>
+#include <new>
+#include <tuple>
+
+InfoChunks::InfoChunks(std::initializer_list<Entry> entries) {
+    for (const auto& [id, bytes] : entries) Set(id, bytes);
+}
+
+InfoChunks::Entry InfoChunks::At(size_t index) const {
+    const Slot& slot = m_slots[index];
+    return {slot.id, std::string_view(m_bytes).substr(slot.start, slot.size)};
+}
+
+bool InfoChunks::operator==(const InfoChunks& other) const {
+    if (m_slots.size() != other.m_slots.size()) return false;
+    for (size_t i = 0; i < m_slots.size(); ++i)
+        if (At(i) != other.At(i)) return false;
+    return true;
+}
+
+size_t InfoChunks::PlaceOf(uint32_t id) const {
+    const auto place = std::lower_bound(m_slots.begin(), m_slots.end(), id,
+                                        [](const Slot& slot, uint32_t wanted) { return slot.id < wanted; });
+    return static_cast<size_t>(place - m_slots.begin());
+}
+
+std::optional<std::string_view> InfoChunks::Find(uint32_t id) const {
+    const size_t place = PlaceOf(id);
+    if (place == m_slots.size() || m_slots[place].id != id) return std::nullopt;
+    return At(place).second;
+}
+
+uint32_t InfoChunks::Grow(size_t size) {
+    const size_t start = m_bytes.size();
+    if (size > UINT32_MAX - start) throw std::bad_alloc();
+    m_bytes.resize(start + size);
+    return static_cast<uint32_t>(start);
+}
+
+void InfoChunks::Set(uint32_t id, std::string_view bytes) {
+    Erase(id);
+    const uint32_t start = Grow(bytes.size());
+    bytes.copy(m_bytes.data() + start, bytes.size());
+    m_slots.insert(m_slots.begin() + static_cast<std::ptrdiff_t>(PlaceOf(id)),
+                   {id, start, static_cast<uint32_t>(bytes.size())});
+}
+
+void InfoChunks::Erase(uint32_t id) {
+    const size_t place = PlaceOf(id);
+    if (place == m_slots.size() || m_slots[place].id != id) return;
+    // What is gone leaves no hole: a file's largest chunk is often the one that is replaced.
+    const Slot gone = m_slots[place];
+    m_slots.erase(m_slots.begin() + static_cast<std::ptrdiff_t>(place));
+    m_bytes.erase(gone.start, gone.size);
+    for (Slot& slot : m_slots)
+        if (slot.start > gone.start) slot.start -= gone.size;
+}
+
+void InfoChunks::clear() { *this = {}; }
+
+void InfoChunks::Seal() {
+    // By place within an id, so that the first that came in stands first, without memory for a stable sort.
+    // Where two share a place, the first of them is empty.
+    const auto precedes = [](const Slot& a, const Slot& b) {
+        return std::tie(a.id, a.start, a.size) < std::tie(b.id, b.start, b.size);
+    };
+    if (!std::is_sorted(m_slots.begin(), m_slots.end(), precedes))
+        std::sort(m_slots.begin(), m_slots.end(), precedes);
+    m_slots.erase(std::unique(m_slots.begin(), m_slots.end(),
+                              [](const Slot& a, const Slot& b) { return a.id == b.id; }),
+                  m_slots.end());
+}

@@ -1,0 +1,50 @@
+#include "riff/TagTable.h"
+
+#include <algorithm>
+
+namespace {
+
+char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c; }
+
+bool AreEqual(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return Lower(x) == Lower(y); });
+}
+
+template <class Matches>
+const TagRow* Find(Matches&& matches) {
+    const std::span<const TagRow> table = TagTable();
+    const auto row = std::find_if(table.begin(), table.end(), matches);
+    return row == table.end() ? nullptr : &*row;
+}
+
+}  // namespace
+
+bool HoldsTrack(std::string_view chunk) {
+    return !chunk.empty() && chunk.size() <= kTrackChunkMost && chunk[0] >= '0' && chunk[0] <= '9';
+}
+
+const TagRow* FindTagById(uint32_t id) {
+    return Find([id](const TagRow& row) { return row.id == id; });
+}
+
+const TagRow* FindTagByChunk(uint32_t chunk) {
+    return Find([chunk](const TagRow& row) { return chunk != 0 && row.chunk == chunk; });
+}
+
+const TagRow* FindTagByKeyword(std::string_view keyword) {
+    return Find(
+        [keyword](const TagRow& row) { return row.keywordPlace != 0 && AreEqual(row.keyword, keyword); });
+}
+
+const TagRow* FindTagByName(std::string_view name) {
+    return Find([name](const TagRow& row) { return (row.uses & TAG_READ) && row.keyword == name; });
+}
+
+const TagRow* FindTagShownAt(uint32_t place) {
+    return Find([place](const TagRow& row) { return place != 0 && row.keywordPlace == place; });
+}
+
+const TagRow* FindTagWrittenAt(uint32_t place) {
+    return Find([place](const TagRow& row) { return place != 0 && row.writtenPlace == place; });
+}
