@@ -47,14 +47,6 @@ HRESULT CMemoryStream::QueryInterface(const GUID& iid, void** object) {
     return S_OK;
 }
 
-uint32_t CMemoryStream::AddRef() { return m_refCount.fetch_add(1, std::memory_order_relaxed) + 1; }
-
-uint32_t CMemoryStream::Release() {
-    const uint32_t count = m_refCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
-    if (count == 0) delete this;
-    return count;
-}
-
 HRESULT CMemoryStream::Read(void* buffer, uint32_t size, uint32_t* done) {
     const uint32_t count = std::min(size, BytesLeft());
     if (count > 0) std::copy_n(m_data + m_position, count, static_cast<uint8_t*>(buffer));

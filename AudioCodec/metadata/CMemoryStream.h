@@ -3,9 +3,9 @@
 // on any thread, for all else one thread at a time.
 #pragma once
 
-#include <atomic>
 #include <memory>
 
+#include "platform/com/ReferenceCount.h"
 #include "platform/com/Stream.h"
 
 // Flag of Stat: without the name.
@@ -22,8 +22,10 @@ public:
     CMemoryStream& operator=(const CMemoryStream&) = delete;
 
     HRESULT QueryInterface(const GUID& iid, void** object) override;
-    uint32_t AddRef() override;
-    uint32_t Release() override;
+    uint32_t AddRef() override { return m_references.Add(); }
+    uint32_t Release() override {
+        return m_references.Drop([this] { delete this; });
+    }
     // S_FALSE if fewer bytes came than were asked for.
     HRESULT Read(void* buffer, uint32_t size, uint32_t* done) override;
     // Grows the stream where it must; what lies between its end and the position becomes 0.
@@ -47,7 +49,7 @@ public:
 private:
     uint32_t BytesLeft() const { return m_position < m_size ? m_size - m_position : 0; }
 
-    std::atomic<uint32_t> m_refCount = 1;
+    ReferenceCount m_references{1};
     uint8_t* m_data;
     uint32_t m_size;          // bytes
     uint32_t m_position = 0;  // may lie behind the end

@@ -69,21 +69,12 @@ Result CACStreamReader::InternalQueryInterface(const GUID* iid, void** object) {
 
 const char16_t* CACStreamReader::GetClassName() { return u"CACStreamReader"; }
 
-// Runs an open. Behind an exception half way through, format and converter may not belong together.
-template <class Work>
-Result CACStreamReader::OpenAtBorder(Result onThrow, Work&& work) noexcept {
-    try {
-        return work();
-    } catch (...) {
-        ForgetSource();
-        return onThrow;
-    }
-}
-
 Result CACStreamReader::Open(const char16_t* path, uint32_t flags) {
     if (m_inner) m_inner->Close();
     m_inner.reset();
-    return OpenAtBorder(RESULT_CANNOT_OPEN, [&] { return OpenFile(path, flags); });
+    // After an exception half way through, format and converter may not belong together.
+    const auto onThrow = [this](bool) { return ForgetSource(), RESULT_CANNOT_OPEN; };
+    return AtBorder(onThrow, [&] { return OpenFile(path, flags); });
 }
 
 Result CACStreamReader::OpenFile(const char16_t* path, uint32_t flags) {
@@ -116,7 +107,8 @@ Result CACStreamReader::OpenInner(const char16_t* path, uint32_t flags) {
 
 Result CACStreamReader::OpenStream(IStream* stream, uint32_t flags) {
     if (m_inner) return m_inner->OpenStream(stream, flags);
-    return OpenAtBorder(RESULT_FAILED, [&] { return OpenImage(stream, flags); });
+    const auto onThrow = [this](bool) { return ForgetSource(), RESULT_FAILED; };  // as in Open
+    return AtBorder(onThrow, [&] { return OpenImage(stream, flags); });
 }
 
 Result CACStreamReader::OpenImage(IStream* stream, uint32_t flags) {

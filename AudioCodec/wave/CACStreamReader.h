@@ -44,8 +44,6 @@ protected:
     const char16_t* GetClassName() override;
 
 private:
-    template <class Work>
-    Result OpenAtBorder(Result onThrow, Work&& work) noexcept;
     Result OpenFile(const char16_t* path, uint32_t flags);
     Result OpenInner(const char16_t* path, uint32_t flags);
     Result OpenImage(IStream* stream, uint32_t flags);

@@ -3,6 +3,7 @@
 #include <bit>
 #include <filesystem>
 
+#include "platform/base/Border.h"
 #include "platform/com/RefPtr.h"
 #include "platform/com/RegisteredClass.h"
 #include "platform/loader/posix/LoadedModule.h"
@@ -50,11 +51,9 @@ HRESULT CoCreateInstance(const GUID& classId, IUnknown* outer, DWORD, const GUID
     if (!object) return E_POINTER;
     *object = nullptr;
     if (outer) return CLASS_E_NOAGGREGATION;
-    try {
+    return AtBorder(E_OUTOFMEMORY, [&] {
         RefPtr<IClassFactory> factory;
         const HRESULT result = GetFactory(classId, factory.Put());
         return FAILED(result) ? result : factory->CreateInstance(nullptr, iid, object);
-    } catch (...) {
-        return E_OUTOFMEMORY;
-    }
+    });
 }

@@ -3,8 +3,8 @@
 #include <iterator>
 #include <limits>
 #include <memory>
-#include <new>
 
+#include "platform/base/Border.h"
 #include "platform/base/LastError.h"
 #include "platform/base/Utf.h"
 #include "platform/file/ErrorTable.h"
@@ -29,6 +29,11 @@ constexpr Disposition kDispositions[] = {
     {OPEN_EXISTING, Creation::Never, false},
     {OPEN_ALWAYS, Creation::IfMissing, false},
 };
+
+HANDLE NoFileOnThrow(bool /*noMemory*/) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return INVALID_HANDLE_VALUE;
+}
 
 BOOL FailWithErrno(int error) { return FailWith(ErrorFromErrno(error)); }
 
@@ -114,24 +119,18 @@ HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, SECURITY_ATTRIB
         SetLastError(ERROR_PATH_NOT_FOUND);
         return INVALID_HANDLE_VALUE;
     }
-    try {
+    return AtBorder(NoFileOnThrow, [&] {
         auto file = OpenFile(path, access, share, *how, nameless);
         return file ? file.release()->AsHandle() : INVALID_HANDLE_VALUE;
-    } catch (const std::bad_alloc&) {
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-        return INVALID_HANDLE_VALUE;
-    }
+    });
 }
 
 HANDLE CreateFileA(const char* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
                    DWORD disposition, DWORD flagsAndAttributes, HANDLE templateFile) {
-    try {
+    return AtBorder(NoFileOnThrow, [&] {
         return CreateFileW(path ? Utf::FromUtf8(path).c_str() : nullptr, access, share, security, disposition,
                            flagsAndAttributes, templateFile);
-    } catch (const std::bad_alloc&) {
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-        return INVALID_HANDLE_VALUE;
-    }
+    });
 }
 
 BOOL ReadFile(HANDLE file, void* buffer, DWORD size, DWORD* done, OVERLAPPED* overlapped) {

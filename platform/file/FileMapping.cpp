@@ -6,6 +6,7 @@
 #include <mutex>
 #include <new>
 
+#include "platform/base/Border.h"
 #include "platform/file/ErrorTable.h"
 #include "platform/file/File.h"
 #include "platform/file/FileObject.h"
@@ -57,12 +58,11 @@ HANDLE CreateFileMappingA(HANDLE file, SECURITY_ATTRIBUTES* security, DWORD prot
     if ((object->m_access & kBoth) != kBoth) return NoneWith(ERROR_ACCESS_DENIED);
     const uint64_t size = uint64_t{sizeHigh} << 32 | sizeLow;
     if (size == 0 || size > std::numeric_limits<int64_t>::max()) return NoneWith(ERROR_INVALID_PARAMETER);
-    try {
+    const auto onThrow = [](bool) { return NoneWith(ERROR_NOT_ENOUGH_MEMORY); };
+    return AtBorder(onThrow, [&] {
         return NamedObjects::CreateOrOpen(name, MappingObject::kKind,
                                           [&] { return MakeMapping(*object, size); });
-    } catch (const std::bad_alloc&) {
-        return NoneWith(ERROR_NOT_ENOUGH_MEMORY);
-    }
+    });
 }
 
 HANDLE OpenFileMappingA(DWORD access, BOOL inherit, const char* name) {

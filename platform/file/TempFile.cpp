@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <new>
 #include <string>
 #include <string_view>
 
+#include "platform/base/Border.h"
 #include "platform/base/LastError.h"
 #include "platform/base/Utf.h"
 #include "platform/file/ErrorTable.h"
@@ -18,13 +18,12 @@ constexpr std::string_view kMarks = "XXXXXX";  // what the system replaces, in p
 
 // Runs `work`, which gives an errno.
 template <class Work>
-BOOL Answered(Work work) noexcept {
-    try {
+BOOL Answered(Work work) {
+    const auto onThrow = [](bool) { return FailWith(ERROR_NOT_ENOUGH_MEMORY); };
+    return AtBorder(onThrow, [&] {
         const int error = work();
-        return error == 0 || FailWith(ErrorFromErrno(error));
-    } catch (const std::bad_alloc&) {
-        return FailWith(ERROR_NOT_ENOUGH_MEMORY);
-    }
+        return error == 0 ? TRUE : FailWith(ErrorFromErrno(error));
+    });
 }
 
 std::string TempFolder() {

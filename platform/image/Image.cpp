@@ -1,9 +1,9 @@
 #include "platform/image/Image.h"
 
 #include <algorithm>
-#include <new>
 #include <utility>
 
+#include "platform/base/Border.h"
 #include "platform/base/UniqueHandle.h"
 #include "platform/file/File.h"
 #include "platform/file/Paths.h"
@@ -118,9 +118,5 @@ BOOL CImage::SetPalette(int32_t first, int32_t count, const uint32_t* colors) {
 }
 
 CImage* VlCreateImage() {
-    try {
-        return new CImage;
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
+    return AtBorder(nullptr, [] { return new CImage; });
 }

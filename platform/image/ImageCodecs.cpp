@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
-#include <new>
 #include <string_view>
 
+#include "platform/base/Border.h"
 #include "platform/file/Paths.h"
 #include "platform/image/Image.h"
 
@@ -34,21 +34,12 @@ constexpr EncoderRow kEncoders[] = {
     {IMAGE_FORMAT_PNG, {u".png"}, EncodePng},
 };
 
-template <class Work>
-HRESULT Guarded(Work work) noexcept {
-    try {
-        return work();
-    } catch (const std::bad_alloc&) {
-        return E_OUTOFMEMORY;
-    }
-}
-
 HRESULT Decode(IStream& stream, Raster& raster) {
     ImageSource source(stream);
     for (const DecoderRow& row : kDecoders) {
         const size_t size = row.signature.size();
         if (source.Require(size) && std::memcmp(source.Data(), row.signature.data(), size) == 0)
-            return Guarded([&] { return row.decode(source, raster); });
+            return AtBorder(E_OUTOFMEMORY, [&] { return row.decode(source, raster); });
     }
     return E_FAIL;
 }

@@ -9,7 +9,7 @@ using MakeObject = HRESULT (*)(const GUID& iid, void** object);
 // Makes a T and gives its face.
 template <class T>
 HRESULT MakeInstance(const GUID& iid, void** object) {
-    return AtInterface([&] { return Make<T>()->QueryInterface(iid, object); });
+    return AtBorder(ResultOfThrow, [&] { return Make<T>()->QueryInterface(iid, object); });
 }
 
 class ClassObject final : public ComObject<IClassFactory> {
@@ -42,7 +42,8 @@ inline HRESULT GetClassObject(std::initializer_list<ClassRow> classes, const GUI
     *factory = nullptr;
     for (const ClassRow& row : classes) {
         if (!(row.id == classId)) continue;
-        return AtInterface([&] { return Make<ClassObject>(row.make)->QueryInterface(iid, factory); });
+        return AtBorder(ResultOfThrow,
+                        [&] { return Make<ClassObject>(row.make)->QueryInterface(iid, factory); });
     }
     return CLASS_E_CLASSNOTAVAILABLE;
 }

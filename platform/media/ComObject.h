@@ -2,12 +2,12 @@
 // a face. Any thread may count.
 #pragma once
 
-#include <atomic>
 #include <initializer_list>
-#include <new>
 #include <utility>
 
+#include "platform/base/Border.h"
 #include "platform/com/RefPtr.h"
+#include "platform/com/ReferenceCount.h"
 #include "platform/com/Unknown.h"
 #include "platform/media/MediaResults.h"
 
@@ -38,21 +38,19 @@ public:
     ComObject(const ComObject&) = delete;
     ComObject& operator=(const ComObject&) = delete;
 
-    uint32_t AddRef() override { return ++m_count; }
+    uint32_t AddRef() override { return m_references.Add(); }
     uint32_t Release() override {
-        const uint32_t left = --m_count;
-        if (left == 0) delete this;
-        return left;
+        return m_references.Drop([this] { delete this; });
     }
 
     // Whether anyone holds it beside the one who asks.
-    bool IsShared() const { return m_count > 1; }
+    bool IsShared() const { return m_references.IsShared(); }
 
 protected:
     virtual ~ComObject() = default;
 
 private:
-    std::atomic<uint32_t> m_count{1};
+    ReferenceCount m_references{1};
 };
 
 template <class T, class... Arguments>
@@ -68,14 +66,5 @@ RefPtr<T> FaceOf(IUnknown* object, const GUID& iid) {
     return RefPtr<T>::Adopt(static_cast<T*>(face));
 }
 
-// Ends exceptions where an interface begins.
-template <class Work>
-HRESULT AtInterface(Work&& work) noexcept {
-    try {
-        return work();
-    } catch (const std::bad_alloc&) {
-        return E_OUTOFMEMORY;
-    } catch (...) {
-        return E_FAIL;
-    }
-}
+// What an exception means where an interface begins, for AtBorder.
+constexpr HRESULT ResultOfThrow(bool noMemory) { return noMemory ? E_OUTOFMEMORY : E_FAIL; }

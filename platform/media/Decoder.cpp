@@ -40,7 +40,7 @@ void Decoder::Input::Disconnected() {
 
 HRESULT Decoder::Input::Receive(IMediaSample* sample) {
     if (!sample) return E_POINTER;
-    return AtInterface([&] {
+    return AtBorder(ResultOfThrow, [&] {
         const std::lock_guard lock(m_decoder.m_streamLock);
         if (m_decoder.m_flushing) return S_FALSE;
         if (m_decoder.State() == State_Stopped || !m_decoder.m_decoder) return VFW_E_WRONG_STATE;
@@ -52,7 +52,7 @@ HRESULT Decoder::Input::EndOfStream() {
     const std::lock_guard lock(m_decoder.m_streamLock);
     if (m_decoder.m_flushing || !m_decoder.m_decoder) return S_OK;
     m_decoder.m_decoder->Send({});
-    AtInterface([&] { return m_decoder.DeliverFrames(); });
+    AtBorder(ResultOfThrow, [&] { return m_decoder.DeliverFrames(); });
     return m_decoder.m_output.DeliverEndOfStream();
 }
 

@@ -44,7 +44,7 @@ public:
     HRESULT Next(ULONG count, typename Things::Given* things, ULONG* fetched) override {
         if (!things) return E_POINTER;
         if (!fetched && count > 1) return E_INVALIDARG;
-        return AtInterface([&] {
+        return AtBorder(ResultOfThrow, [&] {
             ULONG done = 0;
             if (fetched) *fetched = 0;
             for (; done < count && m_place < m_things.size(); ++done) {
@@ -65,7 +65,7 @@ public:
     }
     HRESULT Clone(typename Things::Interface** copy) override {
         if (!copy) return E_POINTER;
-        return AtInterface([&] {
+        return AtBorder(ResultOfThrow, [&] {
             auto other = Make<Enumerator>(m_things);
             other->m_place = m_place;
             *copy = other.Detach();

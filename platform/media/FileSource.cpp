@@ -22,7 +22,7 @@ HRESULT FileSource::QueryInterface(const GUID& iid, void** object) {
 
 HRESULT FileSource::Load(const WCHAR* path, const AM_MEDIA_TYPE*) {
     if (!path) return E_POINTER;
-    return AtInterface([&] {
+    return AtBorder(ResultOfThrow, [&] {
         const std::lock_guard lock(Lock());
         if (m_file) return E_UNEXPECTED;
         UniqueHandle file = TakeFile(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,

@@ -26,7 +26,7 @@ HRESULT FilterBase::Pause() {
     const std::lock_guard lock(m_lock);
     if (m_state == State_Stopped) {
         m_state = State_Paused;  // data may come before Activate is done
-        const HRESULT result = AtInterface([&] { return Activate(); });
+        const HRESULT result = AtBorder(ResultOfThrow, [&] { return Activate(); });
         if (FAILED(result)) {
             Stop();
             return result;
@@ -62,7 +62,7 @@ HRESULT FilterBase::GetSyncSource(IReferenceClock** clock) {
 
 HRESULT FilterBase::EnumPins(IEnumPins** pins) {
     if (!pins) return E_POINTER;
-    return AtInterface([&] {
+    return AtBorder(ResultOfThrow, [&] {
         std::vector<RefPtr<IPin>> list;
         for (PinBase* pin : Pins()) list.push_back(RefPtr<IPin>::Retain(pin));
         return GiveEnumerator<PinThings>(std::move(list), pins);
@@ -72,7 +72,7 @@ HRESULT FilterBase::EnumPins(IEnumPins** pins) {
 HRESULT FilterBase::FindPin(const WCHAR* id, IPin** pin) {
     if (!id || !pin) return E_POINTER;
     *pin = nullptr;
-    return AtInterface([&] {
+    return AtBorder(ResultOfThrow, [&] {
         for (PinBase* candidate : Pins()) {
             if (candidate->Name() != id) continue;
             *pin = RefPtr<IPin>::Retain(candidate).Detach();
@@ -91,7 +91,7 @@ HRESULT FilterBase::QueryFilterInfo(FILTER_INFO* info) {
 }
 
 HRESULT FilterBase::JoinFilterGraph(IFilterGraph* graph, const WCHAR* name) {
-    return AtInterface([&] {
+    return AtBorder(ResultOfThrow, [&] {
         const std::lock_guard lock(m_lock);
         m_name = name ? name : u"";
         m_graph = graph;

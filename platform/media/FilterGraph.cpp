@@ -23,7 +23,7 @@ FilterGraph::~FilterGraph() {
 
 HRESULT FilterGraph::AddFilter(IBaseFilter* filter, const WCHAR* name) {
     if (!filter) return E_POINTER;
-    return AtInterface([&] {
+    return AtBorder(ResultOfThrow, [&] {
         const std::lock_guard lock(m_lock);
         m_filters.push_back(Filter::Retain(filter));
         const HRESULT result = filter->JoinFilterGraph(this, name);
@@ -34,7 +34,7 @@ HRESULT FilterGraph::AddFilter(IBaseFilter* filter, const WCHAR* name) {
 
 HRESULT FilterGraph::RemoveFilter(IBaseFilter* filter) {
     if (!filter) return E_POINTER;
-    return AtInterface([&] {
+    return AtBorder(ResultOfThrow, [&] {
         const std::lock_guard lock(m_lock);
         const auto found = std::ranges::find(m_filters, filter, &Filter::Get);
         if (found == m_filters.end()) return VFW_E_NOT_FOUND;
@@ -51,7 +51,7 @@ HRESULT FilterGraph::RemoveFilter(IBaseFilter* filter) {
 
 HRESULT FilterGraph::EnumFilters(IEnumFilters** filters) {
     if (!filters) return E_POINTER;
-    return AtInterface([&] {
+    return AtBorder(ResultOfThrow, [&] {
         const std::lock_guard lock(m_lock);
         return GiveEnumerator<FilterThings>(m_filters, filters);
     });
@@ -86,7 +86,7 @@ HRESULT FilterGraph::Disconnect(IPin* pin) {
 
 HRESULT FilterGraph::Connect(IPin* output, IPin* input) {
     if (!output || !input) return E_POINTER;
-    return AtInterface([&] {
+    return AtBorder(ResultOfThrow, [&] {
         const std::lock_guard lock(m_lock);
         if (PeerOf(*output) || PeerOf(*input)) return VFW_E_ALREADY_CONNECTED;
         if (SUCCEEDED(output->Connect(input, nullptr))) return S_OK;
@@ -133,7 +133,7 @@ void FilterGraph::VisitBehind(IBaseFilter* filter, std::vector<IBaseFilter*>& se
 // else S_FALSE if one isn't there yet.
 template <class Change>
 HRESULT FilterGraph::ChangeState(FILTER_STATE state, Change change) {
-    return AtInterface([&] {
+    return AtBorder(ResultOfThrow, [&] {
         const std::lock_guard lock(m_lock);
         m_state = state;
         HRESULT result = S_OK;
@@ -164,7 +164,7 @@ HRESULT FilterGraph::Stop() {
 
 HRESULT FilterGraph::GetState(LONG milliseconds, OAFilterState* state) {
     if (!state) return E_POINTER;
-    return AtInterface([&] {
+    return AtBorder(ResultOfThrow, [&] {
         using Clock = std::chrono::steady_clock;
         const auto start = Clock::now();
         std::unique_lock lock(m_lock);

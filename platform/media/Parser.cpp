@@ -1,7 +1,6 @@
 #include "platform/media/Parser.h"
 
 #include <cstring>
-#include <system_error>
 
 #include "platform/media/CodecBlock.h"
 #include "platform/media/MediaTime.h"
@@ -80,12 +79,10 @@ HRESULT Parser::SeekTo(REFERENCE_TIME position) {
 
 HRESULT Parser::StartWorker() {
     const int64_t frame = TimeToFrames(m_start, m_sampleRate);
-    try {
+    return AtBorder(E_OUTOFMEMORY, [&] {
         m_worker = std::thread([this, frame] { Work(frame); });
-    } catch (const std::system_error&) {
-        return E_OUTOFMEMORY;
-    }
-    return S_OK;
+        return S_OK;
+    });
 }
 
 // The flush makes the filters behind let go of the worker, and the source of requests.

@@ -15,7 +15,7 @@ HRESULT PinBase::CheckFree() const {
 HRESULT PinBase::Connect(IPin* receiver, const AM_MEDIA_TYPE* type) {
     if (!receiver) return E_POINTER;
     if (m_direction != PINDIR_OUTPUT) return VFW_E_INVALID_DIRECTION;
-    return AtInterface([&] {
+    return AtBorder(ResultOfThrow, [&] {
         const std::lock_guard lock(m_filter.Lock());
         HRESULT result = CheckFree();
         if (FAILED(result)) return result;
@@ -34,7 +34,7 @@ HRESULT PinBase::Attempt(IPin& receiver, const MediaType& type) {
     m_type = type;
     HRESULT result = receiver.ReceiveConnection(this, &type.Get());
     if (SUCCEEDED(result)) {
-        result = AtInterface([&] { return Connected(receiver, m_type.Get()); });
+        result = AtBorder(ResultOfThrow, [&] { return Connected(receiver, m_type.Get()); });
         if (FAILED(result)) receiver.Disconnect();
     }
     if (FAILED(result)) Drop();
@@ -44,14 +44,14 @@ HRESULT PinBase::Attempt(IPin& receiver, const MediaType& type) {
 HRESULT PinBase::ReceiveConnection(IPin* connector, const AM_MEDIA_TYPE* type) {
     if (!connector || !type) return E_POINTER;
     if (m_direction != PINDIR_INPUT) return VFW_E_INVALID_DIRECTION;
-    return AtInterface([&] {
+    return AtBorder(ResultOfThrow, [&] {
         const std::lock_guard lock(m_filter.Lock());
         HRESULT result = CheckFree();
         if (FAILED(result)) return result;
         if (!Takes(*type)) return VFW_E_TYPE_NOT_ACCEPTED;
         m_type = MediaType(*type);
         m_peer = RefPtr<IPin>::Retain(connector);
-        result = AtInterface([&] { return Connected(*connector, *type); });
+        result = AtBorder(ResultOfThrow, [&] { return Connected(*connector, *type); });
         if (FAILED(result)) Drop();
         return result;
     });
@@ -83,7 +83,7 @@ HRESULT PinBase::ConnectedTo(IPin** pin) {
 HRESULT PinBase::ConnectionMediaType(AM_MEDIA_TYPE* type) {
     if (!type) return E_POINTER;
     *type = {};
-    return AtInterface([&] {
+    return AtBorder(ResultOfThrow, [&] {
         const std::lock_guard lock(m_filter.Lock());
         if (!m_peer) return VFW_E_NOT_CONNECTED;
         *type = MediaType(m_type).Detach();
@@ -109,7 +109,7 @@ HRESULT PinBase::QueryId(WCHAR** id) { return id ? GiveText(m_name, id) : E_POIN
 
 HRESULT PinBase::QueryAccept(const AM_MEDIA_TYPE* type) {
     if (!type) return E_POINTER;
-    return AtInterface([&] {
+    return AtBorder(ResultOfThrow, [&] {
         const std::lock_guard lock(m_filter.Lock());
         if (Takes(*type)) return S_OK;
         for (const MediaType& offered : OfferedTypes()) {
@@ -121,7 +121,7 @@ HRESULT PinBase::QueryAccept(const AM_MEDIA_TYPE* type) {
 
 HRESULT PinBase::EnumMediaTypes(IEnumMediaTypes** types) {
     if (!types) return E_POINTER;
-    return AtInterface([&] {
+    return AtBorder(ResultOfThrow, [&] {
         const std::lock_guard lock(m_filter.Lock());
         return GiveEnumerator<TypeThings>(OfferedTypes(), types);
     });

@@ -28,11 +28,7 @@ void ReaderIo::FreeContext::operator()(AVIOContext* context) const {
 }
 
 int ReaderIo::OnRead(void* self, uint8_t* buffer, int size) {
-    try {
-        return static_cast<ReaderIo*>(self)->Read(buffer, size);
-    } catch (...) {
-        return AVERROR(ENOMEM);
-    }
+    return AtBorder(AVERROR(ENOMEM), [&] { return static_cast<ReaderIo*>(self)->Read(buffer, size); });
 }
 
 int ReaderIo::Read(uint8_t* buffer, int size) {

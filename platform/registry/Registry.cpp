@@ -1,10 +1,10 @@
 #include "platform/registry/Registry.h"
 
 #include <memory>
-#include <new>
 #include <string>
 #include <string_view>
 
+#include "platform/base/Border.h"
 #include "platform/base/LastError.h"
 #include "platform/registry/RegistryFile.h"
 
@@ -52,16 +52,12 @@ bool IsGoodPath(std::string_view path) {
 
 HKEY HandleOf(OpenKey key) { return reinterpret_cast<HKEY>(new OpenKey(std::move(key))); }
 
-// Where exceptions end.
+// What is thrown beside a lack of memory comes of a file's name.
+constexpr DWORD ErrorOfThrow(bool noMemory) { return noMemory ? ERROR_NOT_ENOUGH_MEMORY : ERROR_GEN_FAILURE; }
+
 template <class Work>
 LONG Answer(Work work) {
-    try {
-        return static_cast<LONG>(work());
-    } catch (const std::bad_alloc&) {
-        return static_cast<LONG>(ERROR_NOT_ENOUGH_MEMORY);
-    } catch (const std::exception&) {  // of a file's name
-        return static_cast<LONG>(ERROR_GEN_FAILURE);
-    }
+    return static_cast<LONG>(AtBorder(ErrorOfThrow, work));
 }
 
 }  // namespace

@@ -3,8 +3,9 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <new>
 #include <string_view>
+
+#include "platform/base/Border.h"
 
 struct NamedObjects::Table {
     std::mutex lock;
@@ -32,7 +33,8 @@ HANDLE NamedObjects::CreateOrOpen(const char* name, uint32_t kind,
         return object ? object->AsHandle() : nullptr;
     }
     Table& table = Instance();
-    try {
+    const auto onThrow = [](bool) -> HANDLE { return SetLastError(ERROR_NOT_ENOUGH_MEMORY), nullptr; };
+    return AtBorder(onThrow, [&]() -> HANDLE {
         const std::lock_guard lock(table.lock);
         if (table.objects.contains(name)) {
             const HANDLE handle = table.OpenLocked(name, kind);
@@ -45,9 +47,7 @@ HANDLE NamedObjects::CreateOrOpen(const char* name, uint32_t kind,
         table.objects.emplace(name, object.get());
         SetLastError(ERROR_SUCCESS);
         return object.release()->AsHandle();
-    } catch (const std::bad_alloc&) {
-        return SetLastError(ERROR_NOT_ENOUGH_MEMORY), nullptr;
-    }
+    });
 }
 
 HANDLE NamedObjects::Open(const char* name, uint32_t kind) {

@@ -1,7 +1,6 @@
 #include "platform/sync/Thread.h"
 
-#include <exception>
-
+#include "platform/base/Border.h"
 #include "platform/base/LastError.h"
 #include "platform/sync/ThreadObject.h"
 
@@ -9,9 +8,8 @@ HANDLE CreateThread(SECURITY_ATTRIBUTES* security, size_t stackSize, LPTHREAD_ST
                     void* argument, DWORD flags, DWORD* id) {
     if (security || !start) return SetLastError(ERROR_INVALID_PARAMETER), nullptr;
     if (stackSize != 0 || flags != 0 || id) return SetLastError(ERROR_NOT_SUPPORTED), nullptr;
-    try {
-        return (new ThreadObject([start, argument] { start(argument); }))->AsHandle();
-    } catch (const std::exception&) {  // no memory, or the system has no thread left
-        return SetLastError(ERROR_NOT_ENOUGH_MEMORY), nullptr;
-    }
+    // No memory, or the system has no thread left.
+    const auto onThrow = [](bool) -> HANDLE { return SetLastError(ERROR_NOT_ENOUGH_MEMORY), nullptr; };
+    return AtBorder(onThrow,
+                    [&] { return (new ThreadObject([start, argument] { start(argument); }))->AsHandle(); });
 }

@@ -71,7 +71,7 @@ HRESULT CBaseAllocator::GetBuffer(IMediaSample** sample, REFERENCE_TIME* /*start
             if (!taken && waits) ++m_waiting;
         }
         if (taken) {
-            taken->m_refCount.store(1, std::memory_order_relaxed);  // nobody else knows it yet
+            taken->m_references.Begin();
             *sample = taken;
             return S_OK;
         }

@@ -3,7 +3,6 @@
 #include <limits>
 #include <new>
 
-#include "AudioCodec/shell/templates/BaseImpl.h"
 #include "platform/com/TaskMemory.h"
 
 CEnumMediaTypes::CEnumMediaTypes(CBasePin* pin)
@@ -13,14 +12,6 @@ HRESULT CEnumMediaTypes::QueryInterface(const GUID& iid, void** object) {
     if (!object) return E_POINTER;
     *object = nullptr;
     return iid == IID_IEnumMediaTypes || iid == IID_IUnknown ? GetInterface(this, object) : E_NOINTERFACE;
-}
-
-uint32_t CEnumMediaTypes::AddRef() { return m_refCount.fetch_add(1, std::memory_order_relaxed) + 1; }
-
-uint32_t CEnumMediaTypes::Release() {
-    const uint32_t count = m_refCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
-    if (count == 0 && kCountsAreFollowed) delete this;
-    return count;
 }
 
 HRESULT CEnumMediaTypes::Next(ULONG count, AM_MEDIA_TYPE** types, ULONG* fetched) {

@@ -1,9 +1,8 @@
 // Walks the media types that a pin offers, until they change. One thread at a time, but references from any.
 #pragma once
 
-#include <atomic>
-
 #include "AudioCodec/graph/filter/CBasePin.h"
+#include "platform/com/ReferenceCount.h"
 
 class CEnumMediaTypes final : public IEnumMediaTypes {
 public:
@@ -11,8 +10,10 @@ public:
     explicit CEnumMediaTypes(CBasePin* pin);
 
     HRESULT QueryInterface(const GUID& iid, void** object) override;
-    uint32_t AddRef() override;
-    uint32_t Release() override;
+    uint32_t AddRef() override { return m_references.Add(); }
+    uint32_t Release() override {
+        return m_references.Drop([this] { delete this; });
+    }
     // S_FALSE with the types so far where there is no memory for another.
     HRESULT Next(ULONG count, AM_MEDIA_TYPE** types, ULONG* fetched) override;
     HRESULT Skip(ULONG count) override;
@@ -27,5 +28,5 @@ private:
     int m_position = 0;
     const RefPtr<CBasePin> m_pin;
     LONG m_version;
-    std::atomic<uint32_t> m_refCount = 1;
+    ReferenceCount m_references{1};
 };

@@ -3,7 +3,6 @@
 #include <new>
 
 #include "AudioCodec/graph/filter/CBasePin.h"
-#include "AudioCodec/shell/templates/BaseImpl.h"
 
 CEnumPins::CEnumPins(CBaseFilter* filter) : m_filter(RefPtr<CBaseFilter>::Retain(filter)) { TakeStock(); }
 
@@ -11,14 +10,6 @@ HRESULT CEnumPins::QueryInterface(const GUID& iid, void** object) {
     if (!object) return E_POINTER;
     *object = nullptr;
     return iid == IID_IEnumPins || iid == IID_IUnknown ? GetInterface(this, object) : E_NOINTERFACE;
-}
-
-uint32_t CEnumPins::AddRef() { return m_refCount.fetch_add(1, std::memory_order_relaxed) + 1; }
-
-uint32_t CEnumPins::Release() {
-    const uint32_t count = m_refCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
-    if (count == 0 && kCountsAreFollowed) delete this;
-    return count;
 }
 
 HRESULT CEnumPins::Next(ULONG count, IPin** pins, ULONG* fetched) {

@@ -2,10 +2,9 @@
 // reset. One thread at a time, but references from any.
 #pragma once
 
-#include <atomic>
-
 #include "AudioCodec/graph/filter/CBaseFilter.h"
 #include "AudioCodec/graph/filter/CPointerList.h"
+#include "platform/com/ReferenceCount.h"
 
 class CEnumPins final : public IEnumPins {
 public:
@@ -13,8 +12,10 @@ public:
     explicit CEnumPins(CBaseFilter* filter);
 
     HRESULT QueryInterface(const GUID& iid, void** object) override;
-    uint32_t AddRef() override;
-    uint32_t Release() override;
+    uint32_t AddRef() override { return m_references.Add(); }
+    uint32_t Release() override {
+        return m_references.Drop([this] { delete this; });
+    }
     // A failure hands out nothing.
     HRESULT Next(ULONG count, IPin** pins, ULONG* fetched) override;
     HRESULT Skip(ULONG count) override;
@@ -31,6 +32,6 @@ private:
     int m_pinCount = 0;
     const RefPtr<CBaseFilter> m_filter;
     LONG m_version = 0;
-    std::atomic<uint32_t> m_refCount = 1;
+    ReferenceCount m_references{1};
     CPointerList<CBasePin> m_handedOut;  // not counted: they live as long as the filter
 };

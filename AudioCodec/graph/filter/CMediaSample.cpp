@@ -38,18 +38,14 @@ HRESULT CMediaSample::QueryInterface(const GUID& iid, void** object) {
     return E_NOINTERFACE;
 }
 
-uint32_t CMediaSample::AddRef() { return m_refCount.fetch_add(1, std::memory_order_relaxed) + 1; }
-
 uint32_t CMediaSample::Release() {
-    const uint32_t count = m_refCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
-    if (count == 0) {
+    return m_references.Drop([this] {
         SetMediaType(nullptr);
         m_flags = 0;
         m_typeSpecificFlags = 0;
         m_streamId = 0;
-        m_allocator->ReleaseBuffer(this);  // the sample may be gone behind it
-    }
-    return count;
+        m_allocator->ReleaseBuffer(this);  // the sample may be gone after it
+    });
 }
 
 HRESULT CMediaSample::GetPointer(BYTE** buffer) {

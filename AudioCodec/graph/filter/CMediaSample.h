@@ -3,9 +3,8 @@
 // from any.
 #pragma once
 
-#include <atomic>
-
 #include "AudioCodec/graph/filter/CMediaTypeValue.h"
+#include "platform/com/ReferenceCount.h"
 #include "platform/media/TransportInterfaces.h"
 
 class CBaseAllocator;
@@ -18,7 +17,7 @@ public:
     CMediaSample& operator=(const CMediaSample&) = delete;
 
     HRESULT QueryInterface(const GUID& iid, void** object) override;
-    uint32_t AddRef() override;
+    uint32_t AddRef() override { return m_references.Add(); }
     uint32_t Release() override;
 
     HRESULT GetPointer(BYTE** buffer) override;
@@ -66,5 +65,5 @@ private:
     LONG m_mediaLength = 0;
     AM_MEDIA_TYPE* m_type = nullptr;  // owned
     DWORD m_streamId = 0;
-    std::atomic<uint32_t> m_refCount = 0;
+    ReferenceCount m_references{0};
 };

@@ -3,8 +3,7 @@
 // outer object, or else itself), and the non-delegating ones are its own. References from any thread.
 #pragma once
 
-#include <atomic>
-
+#include "platform/com/ReferenceCount.h"
 #include "platform/com/Unknown.h"
 
 struct INonDelegatingUnknown {
@@ -59,7 +58,7 @@ private:
 
     Self m_self{*this};
     IUnknown* const m_owner;
-    std::atomic<uint32_t> m_refCount = 0;
+    ReferenceCount m_references{0};
 };
 
 // Hands out one face of an object with one reference: 0, or E_POINTER for a null receiver.

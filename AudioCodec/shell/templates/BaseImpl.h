@@ -6,21 +6,13 @@
 // else one thread at a time calls an object.
 #pragma once
 
-#include <atomic>
 #include <cstdlib>
 #include <memory>
 #include <new>
 
 #include "AudioCodec/attributes/CAttributeContainerV2.h"
 #include "AudioCodec/shell/object/InterfaceTable.h"
-
-// clang's analyzer can't follow an atomic count: it takes every Release for the last one, and would call
-// every later use of an object a use of freed memory.
-#ifdef __clang_analyzer__
-inline constexpr bool kCountsAreFollowed = false;
-#else
-inline constexpr bool kCountsAreFollowed = true;
-#endif
+#include "platform/com/ReferenceCount.h"
 
 // Counts references; the object is born with none, and the Release that takes away the last one deletes it.
 // The order of the three new virtual operations is part of the binary border.
@@ -34,12 +26,9 @@ public:
     Result QueryInterface(const GUID* iid, void** object) override {
         return InternalQueryInterface(iid, object);
     }
-    uint32_t AddRef() override { return m_refCount.fetch_add(1, std::memory_order_relaxed) + 1; }
+    uint32_t AddRef() override { return m_references.Add(); }
     uint32_t Release() override {
-        // All that other threads did to the object before they dropped theirs must be seen by who deletes it.
-        const uint32_t count = m_refCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
-        if (count == 0 && kCountsAreFollowed) delete this;
-        return count;  // not read again: the object may be gone
+        return m_references.Drop([this] { delete this; });
     }
 
     virtual ~CBaseImpl() = default;
@@ -49,7 +38,7 @@ public:
     virtual const char16_t* GetClassName() = 0;
 
 private:
-    std::atomic<uint32_t> m_refCount = 0;
+    ReferenceCount m_references{0};
 };
 
 // The allocator. All objects and stores share the one heap, so a block may go back through any of them.
