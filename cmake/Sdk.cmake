@@ -18,6 +18,7 @@ set(VL_SDK_HEADERS
   AudioCodec/wave/IAC3Reader.h
   AudioCodec/wave/IAC3StreamReader.h
   AudioCodec/wave/IAC3Writer.h
+  riff/TagIds.h
   platform/base/Guid.h
   platform/com/RefPtr.h
   platform/com/Stream.h

@@ -138,7 +138,7 @@ bool CTagSave::MakeOlderListsFiller() {
 
 bool CTagSave::MakeFiller(uint64_t place) { return place == m_place || WriteNumber(place, ChunkId::kJunk); }
 
-bool CTagSave::MakeFiller(Places::const_iterator list, Places::const_iterator end) {
+bool CTagSave::MakeFiller(Places::const_iterator list, const Places::const_iterator& end) {
     const uint64_t start = *list;
     std::string block(*(end - 1) + sizeof(uint32_t) - start, '\0');
     if (!m_file.Read(start, block.data(), block.size())) return false;

@@ -52,7 +52,7 @@ private:
     bool WriteRiffSize(uint64_t end);
     bool MakeOlderListsFiller();
     bool MakeFiller(uint64_t place);
-    bool MakeFiller(Places::const_iterator list, Places::const_iterator end);
+    bool MakeFiller(Places::const_iterator list, const Places::const_iterator& end);
 
     HANDLE m_handle;
     CFileEdit m_file;
