@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <mutex>
 #include <set>
 #include <thread>
@@ -17,6 +16,7 @@
 #include "host/ExitCodes.h"
 #include "host/Failure.h"
 #include "host/Report.h"
+#include "platform/file/TempFolder.h"
 
 namespace TemporaryCleanup {
 namespace {
@@ -67,12 +67,7 @@ void WatchSignals() {
     }).detach();
 }
 
-std::string NewPath() {
-    std::error_code error;
-    const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
-    if (error) FailWriting();
-    return folder / "vlwav-XXXXXX";
-}
+std::string NewPath() { return TempFolderPath() + "vlwav-XXXXXX"; }
 
 void FailWriting() {
     throw Failure("The folder for temporary files can't be written; set TMPDIR to another one.");

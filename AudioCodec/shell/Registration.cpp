@@ -1,26 +1,20 @@
 #include "AudioCodec/shell/Registration.h"
 
-#include <cstdio>
 #include <cstring>
 #include <string>
 
+#include "platform/base/GuidText.h"
 #include "platform/registry/UniqueKey.h"
 
 namespace {
 
 constexpr const char* kEnumKey = R"(Software\Velto\TARNO\AudioCodec\Enum)";
 
-std::string ClassPathKey(const GUID& clsid) {
-    char braced[Registration::kBracedSize];
-    Registration::FormatGuidBraced(clsid, braced);
-    return std::string("TARNOCLSID\\") + braced;
-}
+std::string ClassPathKey(const GUID& clsid) { return "TARNOCLSID\\" + BracedText(clsid); }
 
 // The digits of the braced form alone.
 std::string FormatGuidPlain(const GUID& guid) {
-    char braced[Registration::kBracedSize];
-    Registration::FormatGuidBraced(guid, braced);
-    std::string plain(braced);
+    std::string plain = BracedText(guid);
     std::erase_if(plain, [](char c) { return std::strchr("{-}", c) != nullptr; });
     return plain;
 }
@@ -33,12 +27,6 @@ UniqueKey CreateKey(HKEY root, const std::string& path) {
 }
 
 }  // namespace
-
-void Registration::FormatGuidBraced(const GUID& guid, char* buffer) {
-    const uint8_t* const d = guid.Data4;
-    std::snprintf(buffer, kBracedSize, "{%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X}", guid.Data1,
-                  guid.Data2, guid.Data3, d[0], d[1], d[2], d[3], d[4], d[5], d[6], d[7]);
-}
 
 bool Registration::RegisterClassPath(const GUID& clsid, const char* path, bool inProcess) {
     if (!*path) return false;

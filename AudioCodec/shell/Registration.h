@@ -11,11 +11,6 @@
 
 namespace Registration {
 
-inline constexpr size_t kBracedSize = 39;  // bytes, with the terminator
-
-// {16B5817D-48BF-4498-8D32-5EC4F75B0A3A}, into kBracedSize bytes.
-void FormatGuidBraced(const GUID& guid, char* buffer);
-
 // The key under HKEY_CLASSES_ROOT. True if the path was written, or the key deleted; an empty path touches
 // nothing.
 bool RegisterClassPath(const GUID& clsid, const char* path, bool inProcess);

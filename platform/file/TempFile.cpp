@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
@@ -10,6 +9,7 @@
 #include "platform/base/LastError.h"
 #include "platform/base/Utf.h"
 #include "platform/file/ErrorTable.h"
+#include "platform/file/TempFolder.h"
 #include "platform/file/posix/PosixFile.h"
 
 namespace {
@@ -26,18 +26,13 @@ BOOL Answered(Work work) {
     });
 }
 
-std::string TempFolder() {
-    const char* folder = std::getenv("TMPDIR");
-    return folder && *folder ? folder : "/tmp";
-}
-
 }  // namespace
 
 BOOL VlCreateTempFile(const WCHAR* prefix, const WCHAR* extension, WCHAR* path, DWORD room) {
     if (!prefix || !extension || !path) return FailWith(ERROR_INVALID_PARAMETER);
     return Answered([&] {
         const std::string suffix = Utf::ToUtf8(extension);
-        std::string name = TempFolder() + "/" + Utf::ToUtf8(prefix) + "-" + std::string(kMarks) + suffix;
+        std::string name = TempFolderPath() + Utf::ToUtf8(prefix) + "-" + std::string(kMarks) + suffix;
         const std::u16string wide = Utf::FromUtf8(name);
         if (wide.size() >= room) return ENOBUFS;
         path[wide.copy(path, room - 1)] = 0;

@@ -3,7 +3,7 @@
 
 #include "platform/base/Types.h"
 
-// Makes an empty file of its own name, PREFIX-xxxxxx.EXT, in the temporary folder ($TMPDIR, else /tmp): made
+// Makes an empty file of its own name, PREFIX-xxxxxx.EXT, in the temporary folder (TempFolder.h): made
 // exclusively, and for its owner's eyes alone. Writes the path with its terminator into `path`, of `room`
 // characters. FALSE with a last error if it can't be made, 122 where there is too little room; there is no
 // file then.

@@ -1,12 +1,13 @@
 #include "platform/file/TempFolder.h"
 
 #include <cstdlib>
-#include <string>
+#include <filesystem>
 
 DWORD GetTempPathA(DWORD size, char* buffer) {
     const char* const named = std::getenv("TMPDIR");
-    std::string folder = named && *named == '/' ? named : "/tmp";
-    if (folder.back() != '/') folder += '/';
+    std::error_code error;
+    std::string folder = std::filesystem::absolute(named && *named ? named : "/tmp", error).string();
+    if (folder.empty() || folder.back() != '/') folder += '/';
     const auto length = static_cast<DWORD>(folder.size());
     if (!buffer || size <= length) return length + 1;
     buffer[folder.copy(buffer, length)] = 0;

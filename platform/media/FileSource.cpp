@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/file/File.h"
+#include "platform/file/FilePointer.h"
 #include "platform/media/MediaText.h"
 
 namespace {
@@ -51,12 +51,8 @@ HRESULT FileSource::ReadAt(LONGLONG position, LONG length, BYTE* buffer, DWORD& 
     done = 0;
     if (position < 0 || length < 0) return E_INVALIDARG;
     const std::lock_guard lock(m_fileLock);
-    auto high = static_cast<LONG>(position >> 32);
-    SetLastError(ERROR_SUCCESS);
-    const DWORD low =
-        SetFilePointer(m_file.get(), static_cast<LONG>(position & 0xFFFFFFFF), &high, FILE_BEGIN);
-    if (low == INVALID_SET_FILE_POINTER && GetLastError() != ERROR_SUCCESS) return FailWithLastError();
-    if (!ReadFile(m_file.get(), buffer, static_cast<DWORD>(length), &done, nullptr))
+    if (!MoveFilePointer(m_file.get(), position, FILE_BEGIN) ||
+        !ReadFile(m_file.get(), buffer, static_cast<DWORD>(length), &done, nullptr))
         return FailWithLastError();
     return done == static_cast<DWORD>(length) ? S_OK : S_FALSE;
 }
