@@ -1,5 +1,5 @@
 #include "platform/base/Process.h"
 
-#include <unistd.h>
+#include "platform/base/posix/PosixProcess.h"
 
-DWORD GetCurrentProcessId() { return static_cast<DWORD>(getpid()); }
+DWORD GetCurrentProcessId() { return PosixProcessId(); }

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "platform/base/LastError.h"
+#include "platform/base/posix/PosixMemory.h"
 
 namespace {
 // Not the system's own: what code finds out about alignments must not change with the machine.
@@ -14,15 +15,11 @@ constexpr DWORD kGranularity = 65536;
 void GetSystemInfo(SYSTEM_INFO* info) { *info = {kPageSize, kGranularity}; }
 
 void* VirtualAlloc(void* address, size_t size, DWORD type, DWORD protection) {
-    void* block = nullptr;
-    if (address || size == 0 || type != MEM_COMMIT || protection != PAGE_READWRITE) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-    } else if (posix_memalign(&block, kGranularity, size) != 0) {
-        block = nullptr;
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-    } else {
-        std::memset(block, 0, size);
-    }
+    if (address || size == 0 || type != MEM_COMMIT || protection != PAGE_READWRITE)
+        return SetLastError(ERROR_INVALID_PARAMETER), nullptr;
+    void* const block = AllocateAligned(kGranularity, size);
+    if (!block) return SetLastError(ERROR_NOT_ENOUGH_MEMORY), nullptr;
+    std::memset(block, 0, size);
     return block;
 }
 

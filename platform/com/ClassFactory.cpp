@@ -1,48 +1,33 @@
 #include "platform/com/ClassFactory.h"
 
 #include <bit>
-#include <filesystem>
+#include <optional>
+#include <string>
 
 #include "platform/base/Border.h"
+#include "platform/com/ClassResults.h"
+#include "platform/com/OwnClasses.h"
 #include "platform/com/RefPtr.h"
 #include "platform/com/RegisteredClass.h"
-#include "platform/loader/posix/LoadedModule.h"
-#include "platform/media/MediaResults.h"
-#include "platform/media/MediaTypes.h"
-#include "platform/media/streamreader/IStreamReaderControl.h"
+#include "platform/loader/UniqueLibrary.h"
 
 namespace {
 
-// Classes that need no registry, and their modules in the folder of this library.
-struct OwnClass {
-    const GUID& id;
-    const char* module;
-};
-constexpr OwnClass kOwnClasses[] = {
-    {CLSID_FilterGraph, "libvlmedia.so"},
-    {CLSID_AsyncReader, "libvlmedia.so"},
-    {CLSID_WaveParser, "libvlmedia.so"},
-    {CLSID_ACMWrapper, "libvlmedia.so"},
-    {CLSID_StreamReader, "Filters/VlDSAudioStreamReader.ax"},
-};
-
-std::optional<std::string> FindModule(const GUID& classId) {
-    for (const OwnClass& row : kOwnClasses) {
-        if (!(row.id == classId)) continue;
-        const auto here = FindLoadedModule(std::bit_cast<const void*>(&CoCreateInstance)).path;
-        return (std::filesystem::path(here).parent_path() / row.module).string();
-    }
-    return FindRegisteredModule(classId);
+// Nothing if nobody knows the class; holds no library where its own can't be loaded.
+std::optional<UniqueLibrary> LoadLibraryOf(const GUID& classId) {
+    for (const OwnClass& row : kOwnClasses)
+        if (row.id == classId) return UniqueLibrary::LoadSibling(row.library);
+    const std::optional<std::string> path = FindRegisteredModule(classId);
+    return path ? std::optional(UniqueLibrary::Load(*path)) : std::nullopt;
 }
 
 HRESULT GetFactory(const GUID& classId, IClassFactory** factory) {
-    const std::optional<std::string> path = FindModule(classId);
-    if (!path) return REGDB_E_CLASSNOTREG;
-    const HMODULE module = LoadModule(path->c_str());
-    void* const entry = module ? FindOwnSymbol(module, "DllGetClassObject") : nullptr;
+    std::optional<UniqueLibrary> library = LoadLibraryOf(classId);
+    if (!library) return REGDB_E_CLASSNOTREG;
+    const auto entry = library->Find<DllGetClassObjectFunction>("DllGetClassObject");
+    library->Keep();  // nobody counts the objects of its classes
     if (!entry) return CO_E_DLLNOTFOUND;
-    return std::bit_cast<DllGetClassObjectFunction>(entry)(classId, IID_IClassFactory,
-                                                           std::bit_cast<void**>(factory));
+    return entry(classId, IID_IClassFactory, std::bit_cast<void**>(factory));
 }
 
 }  // namespace

@@ -1,14 +1,12 @@
 #include "platform/image/ImageLibrary.h"
 
-#include <dlfcn.h>
-
 #include <cstdint>
-#include <exception>
-#include <filesystem>
 #include <mutex>
+#include <utility>
 
+#include "platform/base/Border.h"
 #include "platform/image/ImageFunctions.h"
-#include "platform/loader/posix/LoadedModule.h"
+#include "platform/loader/UniqueLibrary.h"
 
 namespace ImageLibrary {
 namespace {
@@ -17,27 +15,18 @@ constexpr const char* kLibraryName = "libvlimage.so";
 
 // All three are guarded by the lock.
 std::mutex g_lock;
-uint64_t g_images = 0;      // image objects that live
-void* g_library = nullptr;  // null: not started
-const ImageFunctions* g_functions = nullptr;
+uint64_t g_images = 0;  // image objects that live
+UniqueLibrary g_library;
+const ImageFunctions* g_functions = nullptr;  // null: not started
 
 void Start() {
-    const auto own = std::filesystem::path(FindLoadedModule(reinterpret_cast<const void*>(&Use)).path);
-    void* const library = dlopen((own.parent_path() / kLibraryName).c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (!library) return;
-    const auto getFunctions = reinterpret_cast<GetImageFunctions>(dlsym(library, kImageFunctionsName));
-    if (!getFunctions) {
-        dlclose(library);
-        return;
-    }
-    g_library = library;
+    // Without memory for the path there is no library.
+    UniqueLibrary library = AtBorder([](bool) { return UniqueLibrary(); },
+                                     [] { return UniqueLibrary::LoadSibling(kLibraryName); });
+    const auto getFunctions = library.Find<GetImageFunctions>(kImageFunctionsName);
+    if (!getFunctions) return;
+    g_library = std::move(library);
     g_functions = getFunctions();
-}
-
-void Stop() {
-    dlclose(g_library);
-    g_library = nullptr;
-    g_functions = nullptr;
 }
 
 }  // namespace
@@ -49,16 +38,14 @@ void CountImage() {
 
 void DropImage() {
     const std::lock_guard lock(g_lock);
-    if (--g_images == 0 && g_library) Stop();
+    if (--g_images != 0) return;
+    g_functions = nullptr;
+    g_library.Reset();
 }
 
 const ImageFunctions* Use() {
     const std::lock_guard lock(g_lock);
-    try {
-        if (!g_library) Start();
-    } catch (const std::exception&) {  // no memory for the path
-        return nullptr;
-    }
+    if (!g_functions) Start();
     return g_functions;
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/base/Types.h"
+#include "platform/com/ClassResults.h"
 
 namespace detail {
 constexpr HRESULT ResultOf(uint32_t code) { return static_cast<HRESULT>(code); }
@@ -15,10 +16,6 @@ inline constexpr HRESULT VFW_S_STATE_INTERMEDIATE   = detail::ResultOf(0x0004023
 inline constexpr HRESULT VFW_S_NO_STOP_TIME         = detail::ResultOf(0x00040270);  // the sample has a start only
 
 inline constexpr HRESULT E_UNEXPECTED               = detail::ResultOf(0x8000FFFF);  // called out of order
-inline constexpr HRESULT CLASS_E_NOAGGREGATION      = detail::ResultOf(0x80040110);  // no part of another object
-inline constexpr HRESULT CLASS_E_CLASSNOTAVAILABLE  = detail::ResultOf(0x80040111);  // the module has no such class
-inline constexpr HRESULT REGDB_E_CLASSNOTREG        = detail::ResultOf(0x80040154);  // no module is known for it
-inline constexpr HRESULT CO_E_DLLNOTFOUND           = detail::ResultOf(0x800401F8);  // its module can't be loaded
 
 inline constexpr HRESULT VFW_E_ENUM_OUT_OF_SYNC     = detail::ResultOf(0x80040203);  // enumerated things changed
 inline constexpr HRESULT VFW_E_ALREADY_CONNECTED    = detail::ResultOf(0x80040204);  // the pin has a connection

@@ -3,6 +3,7 @@
 
 #include "platform/base/Guid.h"
 #include "platform/base/Types.h"
+#include "platform/com/OwnClasses.h"
 
 struct IUnknown;
 struct IBaseFilter;
@@ -130,8 +131,3 @@ inline constexpr GUID MEDIATYPE_Audio = MakeGuid("73647561-0000-0010-8000-00AA00
 inline constexpr GUID MEDIASUBTYPE_PCM = MakeGuid("00000001-0000-0010-8000-00AA00389B71");
 inline constexpr GUID FORMAT_WaveFormatEx = MakeGuid("05589F81-C356-11CE-BF01-00AA0055595A");
 inline constexpr GUID TIME_FORMAT_MEDIA_TIME = MakeGuid("7B785574-8C82-11CF-BC0C-00AA00AC74F6");
-
-inline constexpr GUID CLSID_FilterGraph = MakeGuid("E436EBB3-524F-11CE-9F53-0020AF0BA770");
-inline constexpr GUID CLSID_AsyncReader = MakeGuid("E436EBB5-524F-11CE-9F53-0020AF0BA770");
-inline constexpr GUID CLSID_WaveParser = MakeGuid("D51BD5A1-7548-11CF-A520-0080C77EF58A");
-inline constexpr GUID CLSID_ACMWrapper = MakeGuid("6A08CF80-0E18-11CF-A24D-0020AFD79767");

@@ -5,7 +5,7 @@
 
 #include "platform/base/LastError.h"
 #include "platform/file/ErrorTable.h"
-#include "platform/loader/posix/LoadedModule.h"
+#include "platform/loader/UniqueLibrary.h"
 
 namespace {
 
@@ -44,35 +44,13 @@ DWORD Prepare(const fs::path& file, bool forWriting) {
     return error ? ErrorFromErrno(error.value()) : ERROR_SUCCESS;
 }
 
-// libvlregistry.so, which lies beside this library, for as long as this one stands.
-class RegistryLibrary {
-public:
-    RegistryLibrary() {
-        static const char here = 0;
-        const fs::path own = FindLoadedModule(&here).path;
-        m_module = LoadModule((own.parent_path() / "libvlregistry.so").c_str());
-        if (m_module)
-            m_open =
-                reinterpret_cast<OpenRegistryStoreFunction>(FindOwnSymbol(m_module, "VlOpenRegistryStore"));
-    }
-    RegistryLibrary(const RegistryLibrary&) = delete;
-    RegistryLibrary& operator=(const RegistryLibrary&) = delete;
-    ~RegistryLibrary() {
-        if (m_module) UnloadModule(m_module);
-    }
-
-    OpenRegistryStoreFunction Open() const { return m_open; }  // null if it can't be loaded
-
-private:
-    HMODULE m_module = nullptr;
-    OpenRegistryStoreFunction m_open = nullptr;
-};
-
 }  // namespace
 
 DWORD OpenRegistry(bool forWriting, std::unique_ptr<RegistryStore>& store) {
     const fs::path file = FindFile();
     if (const DWORD error = Prepare(file, forWriting)) return error;
-    static const RegistryLibrary library;
-    return library.Open() ? library.Open()(file.string(), forWriting, store) : ERROR_MOD_NOT_FOUND;
+    // For as long as this library stands.
+    static const UniqueLibrary library = UniqueLibrary::LoadSibling("libvlregistry.so");
+    static const auto open = library.Find<OpenRegistryStoreFunction>("VlOpenRegistryStore");
+    return open ? open(file.string(), forWriting, store) : ERROR_MOD_NOT_FOUND;
 }

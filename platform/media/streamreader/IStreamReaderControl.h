@@ -2,6 +2,7 @@
 // operations is the binary border between the filter's module and those who load it.
 #pragma once
 
+#include "platform/com/OwnClasses.h"
 #include "platform/com/Unknown.h"
 
 struct IStreamReaderControl : IUnknown {
@@ -22,4 +23,3 @@ protected:
 };
 
 inline constexpr GUID IID_IStreamReaderControl = MakeGuid("467B9998-8251-429F-B655-53D47B3917EA");
-inline constexpr GUID CLSID_StreamReader = MakeGuid("CE997B7A-36C8-467A-BEE8-14FEF2EEDCF3");

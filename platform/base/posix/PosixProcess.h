@@ -1,0 +1,6 @@
+// What the system knows of the process.
+#pragma once
+
+#include <cstdint>
+
+uint32_t PosixProcessId();

@@ -1,0 +1,19 @@
+#include "platform/loader/UniqueLibrary.h"
+
+#include <filesystem>
+
+#include "platform/loader/posix/LoadedModule.h"
+
+UniqueLibrary UniqueLibrary::Load(const std::string& path) { return UniqueLibrary(LoadModule(path.c_str())); }
+
+UniqueLibrary UniqueLibrary::LoadSibling(const char* file) {
+    static const char here = 0;
+    const std::filesystem::path own = FindLoadedModule(&here).path;
+    return Load((own.parent_path() / file).string());
+}
+
+void* UniqueLibrary::FindSymbol(const char* name) const {
+    return m_module ? FindOwnSymbol(m_module.get(), name) : nullptr;
+}
+
+void UniqueLibrary::Unload::operator()(HMODULE module) const noexcept { UnloadModule(module); }
