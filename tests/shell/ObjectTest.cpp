@@ -89,9 +89,11 @@ TEST(CreateObject, NoMemoryGivesTwoAtEveryAllocation) {
 }
 
 TEST(Border, AnyExceptionBecomesTheNamedCode) {
+    const auto onThrow = [](bool noMemory) { return noMemory ? RESULT_NO_MEMORY : RESULT_FAILED; };
     EXPECT_EQ(AtBorder(RESULT_CANNOT_OPEN, [] { return RESULT_OK; }), RESULT_OK);
-    EXPECT_EQ(AtBorder(RESULT_CANNOT_OPEN, []() -> Result { throw 1UL; }), RESULT_CANNOT_OPEN);
     EXPECT_EQ(AtBorder(RESULT_CANNOT_OPEN, []() -> Result { throw std::bad_alloc(); }), RESULT_CANNOT_OPEN);
+    EXPECT_EQ(AtBorder(onThrow, []() -> Result { throw std::bad_alloc(); }), RESULT_NO_MEMORY);
+    EXPECT_EQ(AtBorder(onThrow, []() -> Result { throw 1UL; }), RESULT_FAILED);
 }
 
 }  // namespace
