@@ -3,7 +3,6 @@
 
 #include <vector>
 
-#include "platform/com/TaskMemory.h"
 #include "platform/media/ComObject.h"
 #include "platform/media/GraphInterfaces.h"
 #include "platform/media/MediaType.h"
@@ -26,10 +25,9 @@ struct TypeThings {
     using Given = AM_MEDIA_TYPE*;
     static const GUID& Iid() { return IID_IEnumMediaTypes; }
     static Given Give(const Kept& kept) {
-        MediaType copy(kept);
-        void* const block = CoTaskMemAlloc(sizeof(AM_MEDIA_TYPE));
+        const Given block = NewMediaTypeBlock(kept.Get());
         if (!block) throw std::bad_alloc();
-        return new (block) AM_MEDIA_TYPE(copy.Detach());
+        return block;
     }
 };
 

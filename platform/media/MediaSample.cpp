@@ -7,9 +7,7 @@ BYTE* MediaSample::Resize(size_t size) {
     std::fill_n(m_own.begin() + static_cast<std::ptrdiff_t>(size), kPadding, BYTE{0});
     m_memory = m_own.data();
     m_size = m_length = static_cast<LONG>(size);
-    m_start.reset();
-    m_stop.reset();
-    m_discontinuity = false;
+    m_said = {};
     return m_memory;
 }
 
@@ -23,20 +21,6 @@ HRESULT MediaSample::GetPointer(BYTE** buffer) {
     return S_OK;
 }
 
-HRESULT MediaSample::GetTime(REFERENCE_TIME* start, REFERENCE_TIME* stop) {
-    if (!start || !stop) return E_POINTER;
-    if (!m_start) return VFW_E_SAMPLE_TIME_NOT_SET;
-    *start = *m_start;
-    *stop = m_stop.value_or(*m_start + 1);
-    return m_stop ? S_OK : VFW_S_NO_STOP_TIME;
-}
-
-HRESULT MediaSample::SetTime(REFERENCE_TIME* start, REFERENCE_TIME* stop) {
-    m_start = start ? std::optional(*start) : std::nullopt;
-    m_stop = start && stop ? std::optional(*stop) : std::nullopt;
-    return S_OK;
-}
-
 HRESULT MediaSample::SetActualDataLength(LONG length) {
     if (length < 0 || length > m_size) return VFW_E_BUFFER_OVERFLOW;
     m_length = length;
@@ -47,9 +31,4 @@ HRESULT MediaSample::GetMediaType(AM_MEDIA_TYPE** type) {
     if (!type) return E_POINTER;
     *type = nullptr;
     return S_FALSE;
-}
-
-HRESULT MediaSample::SetDiscontinuity(BOOL isDiscontinuity) {
-    m_discontinuity = isDiscontinuity != FALSE;
-    return S_OK;
 }

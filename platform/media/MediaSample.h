@@ -3,10 +3,10 @@
 // layer's filters don't change. One thread at a time, as the sample is passed on.
 #pragma once
 
-#include <optional>
 #include <vector>
 
 #include "platform/media/ComObject.h"
+#include "platform/media/SampleProperties.h"
 #include "platform/media/TransportInterfaces.h"
 
 class MediaSample final : public ComObject<IMediaSample> {
@@ -23,8 +23,12 @@ public:
     HRESULT QueryInterface(const GUID& iid, void** object) override;
     HRESULT GetPointer(BYTE** buffer) override;
     LONG GetSize() override { return m_size; }
-    HRESULT GetTime(REFERENCE_TIME* start, REFERENCE_TIME* stop) override;
-    HRESULT SetTime(REFERENCE_TIME* start, REFERENCE_TIME* stop) override;
+    HRESULT GetTime(REFERENCE_TIME* start, REFERENCE_TIME* stop) override {
+        return m_said.GetTime(start, stop);
+    }
+    HRESULT SetTime(REFERENCE_TIME* start, REFERENCE_TIME* stop) override {
+        return m_said.SetTime(start, stop);
+    }
     HRESULT IsSyncPoint() override { return S_OK; }
     HRESULT SetSyncPoint(BOOL) override { return S_OK; }
     HRESULT IsPreroll() override { return S_FALSE; }
@@ -33,8 +37,8 @@ public:
     HRESULT SetActualDataLength(LONG length) override;
     HRESULT GetMediaType(AM_MEDIA_TYPE** type) override;
     HRESULT SetMediaType(AM_MEDIA_TYPE* type) override { return type ? E_NOTIMPL : S_OK; }
-    HRESULT IsDiscontinuity() override { return m_discontinuity ? S_OK : S_FALSE; }
-    HRESULT SetDiscontinuity(BOOL isDiscontinuity) override;
+    HRESULT IsDiscontinuity() override { return m_said.IsSet(AM_SAMPLE_DATADISCONTINUITY); }
+    HRESULT SetDiscontinuity(BOOL is) override { return m_said.Mark(AM_SAMPLE_DATADISCONTINUITY, is); }
     HRESULT GetMediaTime(LONGLONG*, LONGLONG*) override { return VFW_E_MEDIA_TIME_NOT_SET; }
     HRESULT SetMediaTime(LONGLONG* start, LONGLONG*) override { return start ? E_NOTIMPL : S_OK; }
 
@@ -43,7 +47,5 @@ private:
     BYTE* m_memory = nullptr;
     LONG m_size = 0;
     LONG m_length = 0;
-    std::optional<REFERENCE_TIME> m_start;
-    std::optional<REFERENCE_TIME> m_stop;
-    bool m_discontinuity = false;
+    SampleProperties m_said;
 };

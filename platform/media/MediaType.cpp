@@ -7,18 +7,28 @@
 #include "platform/com/TaskMemory.h"
 #include "platform/com/Unknown.h"
 
+namespace {
+
+// Major type, subtype and format type, each where the wish names it.
+bool MatchesIds(const AM_MEDIA_TYPE& type, const AM_MEDIA_TYPE& wish) {
+    const auto fits = [](const GUID& wanted, const GUID& own) {
+        return wanted == GUID_NULL || wanted == own;
+    };
+    return fits(wish.majortype, type.majortype) && fits(wish.subtype, type.subtype) &&
+           fits(wish.formattype, type.formattype);
+}
+
+}  // namespace
+
 MediaType::MediaType(const GUID& major, const GUID& subtype) {
     m_type.majortype = major;
     m_type.subtype = subtype;
 }
 
-MediaType::MediaType(const AM_MEDIA_TYPE& type) : m_type(type) {
-    m_type.pUnk = nullptr;
-    m_type.cbFormat = 0;
-    m_type.pbFormat = nullptr;
-    SetFormat(type.formattype, {type.pbFormat, type.pbFormat ? type.cbFormat : 0});
-    m_type.pUnk = type.pUnk;
-    if (m_type.pUnk) m_type.pUnk->AddRef();
+MediaType::MediaType(const AM_MEDIA_TYPE& type) {
+    AM_MEDIA_TYPE source = type;
+    if (!source.pbFormat) source.cbFormat = 0;
+    if (FAILED(CopyMediaType(m_type, source))) throw std::bad_alloc();
 }
 
 MediaType::MediaType(MediaType&& other) noexcept : m_type(other.Detach()) {}
@@ -28,9 +38,17 @@ MediaType& MediaType::operator=(MediaType other) noexcept {
     return *this;
 }
 
-MediaType::~MediaType() {
-    CoTaskMemFree(m_type.pbFormat);
-    if (m_type.pUnk) m_type.pUnk->Release();
+HRESULT MediaType::Assign(const AM_MEDIA_TYPE& type) {
+    AM_MEDIA_TYPE copy = {};  // made first: `type` may be this very type
+    const HRESULT result = CopyMediaType(copy, type);
+    Clear();
+    if (SUCCEEDED(result)) m_type = copy;
+    return result;
+}
+
+void MediaType::Clear() {
+    ClearMediaType(m_type);
+    m_type = {};
 }
 
 void MediaType::SetFormat(const GUID& formatType, std::span<const BYTE> block) {
@@ -46,10 +64,52 @@ void MediaType::SetFormat(const GUID& formatType, std::span<const BYTE> block) {
     m_type.formattype = formatType;
 }
 
-bool MediaType::Matches(const AM_MEDIA_TYPE& partial) const {
-    const auto fits = [](const GUID& mine, const GUID& asked) { return asked == GUID_NULL || asked == mine; };
-    return fits(m_type.majortype, partial.majortype) && fits(m_type.subtype, partial.subtype) &&
-           fits(m_type.formattype, partial.formattype);
-}
+bool MediaType::Matches(const AM_MEDIA_TYPE& partial) const { return MatchesIds(m_type, partial); }
 
 AM_MEDIA_TYPE MediaType::Detach() { return std::exchange(m_type, AM_MEDIA_TYPE{}); }
+
+bool IsPartiallySpecified(const AM_MEDIA_TYPE& wish) {
+    return wish.majortype == GUID_NULL || wish.formattype == GUID_NULL;
+}
+
+bool MatchesPartial(const AM_MEDIA_TYPE& type, const AM_MEDIA_TYPE& wish) {
+    if (!MatchesIds(type, wish)) return false;
+    if (wish.formattype == GUID_NULL) return true;
+    return wish.cbFormat == type.cbFormat &&
+           (wish.cbFormat == 0 || std::memcmp(wish.pbFormat, type.pbFormat, wish.cbFormat) == 0);
+}
+
+HRESULT CopyMediaType(AM_MEDIA_TYPE& target, const AM_MEDIA_TYPE& source) {
+    target = source;
+    target.pUnk = nullptr;
+    target.pbFormat = nullptr;
+    target.cbFormat = 0;
+    if (source.cbFormat != 0) {
+        if (!source.pbFormat) return E_POINTER;
+        auto* format = static_cast<BYTE*>(CoTaskMemAlloc(source.cbFormat));
+        if (!format) return E_OUTOFMEMORY;
+        std::memcpy(format, source.pbFormat, source.cbFormat);
+        target.pbFormat = format;
+        target.cbFormat = source.cbFormat;
+    }
+    if (source.pUnk) source.pUnk->AddRef();
+    target.pUnk = source.pUnk;
+    return S_OK;
+}
+
+void ClearMediaType(AM_MEDIA_TYPE& type) {
+    CoTaskMemFree(std::exchange(type.pbFormat, nullptr));
+    type.cbFormat = 0;
+    if (IUnknown* object = std::exchange(type.pUnk, nullptr)) object->Release();
+}
+
+AM_MEDIA_TYPE* NewMediaTypeBlock(const AM_MEDIA_TYPE& source) {
+    auto* block = static_cast<AM_MEDIA_TYPE*>(CoTaskMemAlloc(sizeof(AM_MEDIA_TYPE)));
+    if (block && FAILED(CopyMediaType(*block, source))) CoTaskMemFree(std::exchange(block, nullptr));
+    return block;
+}
+
+void FreeMediaTypeBlock(AM_MEDIA_TYPE* block) {
+    if (block) ClearMediaType(*block);
+    CoTaskMemFree(block);
+}

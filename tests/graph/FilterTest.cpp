@@ -182,7 +182,7 @@ TEST(MediaType, MatchesAWishWhereTheWishSaysSomethingAndCopiesWhatItOwns) {
 
     auto filter = NewTestFilter(PINDIR_INPUT);
     type.pUnk = static_cast<IBaseFilter*>(filter.Get());
-    CMediaTypeValue value;
+    MediaType value;
     ASSERT_EQ(value.Assign(type), S_OK);
     EXPECT_NE(value.Get().pbFormat, &one);
     ASSERT_EQ(value.Assign(value.Get()), S_OK);  // of itself

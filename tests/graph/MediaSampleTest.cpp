@@ -28,7 +28,7 @@ protected:
         return properties;
     }
 
-    AM_MEDIA_TYPE type = CMediaTypeValue().Detach();
+    AM_MEDIA_TYPE type = {};
     RefPtr<IMemAllocator> allocator = NewTestAllocator();
     RefPtr<IMediaSample2> sample;
 };

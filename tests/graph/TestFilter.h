@@ -45,7 +45,7 @@ public:
         return Note('C');
     }
     HRESULT CheckMediaType(const AM_MEDIA_TYPE& type) override { return check(type.subtype.Data1); }
-    HRESULT GetMediaType(int index, CMediaTypeValue* type) override {
+    HRESULT GetMediaType(int index, MediaType* type) override {
         BYTE format = 1;
         if (index >= static_cast<int>(types.size())) return VFW_S_NO_MORE_ITEMS;
         return type->Assign(TypeNumber(types[static_cast<size_t>(index)], &format));

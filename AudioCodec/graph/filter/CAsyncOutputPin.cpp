@@ -74,7 +74,7 @@ HRESULT CAsyncOutputPin::Connect(IPin* receiver, const AM_MEDIA_TYPE* type) {
 
 HRESULT CAsyncOutputPin::CheckMediaType(const AM_MEDIA_TYPE& type) {
     const CritSecGuard guard(*m_lock);
-    const AM_MEDIA_TYPE& own = m_reader->MediaType();
+    const AM_MEDIA_TYPE& own = m_reader->SourceType();
     const bool fits =
         own.majortype == type.majortype && (own.subtype == GUID_NULL || own.subtype == type.subtype);
     return fits ? S_OK : S_FALSE;
@@ -94,12 +94,12 @@ HRESULT CAsyncOutputPin::CompleteConnect(IPin* /*receiver*/) {
     return m_queriedForAsyncReader ? S_OK : VFW_E_NO_TRANSPORT;
 }
 
-HRESULT CAsyncOutputPin::GetMediaType(int index, CMediaTypeValue* type) {
+HRESULT CAsyncOutputPin::GetMediaType(int index, MediaType* type) {
     if (index < 0) return E_INVALIDARG;
     if (index > 0) return VFW_S_NO_MORE_ITEMS;
     if (!type) return E_POINTER;
     if (!m_reader) return E_UNEXPECTED;
-    return type->Assign(m_reader->MediaType());
+    return type->Assign(m_reader->SourceType());
 }
 
 // What the sample asks for, cut to the end of the source.

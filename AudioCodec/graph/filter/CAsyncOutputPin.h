@@ -41,7 +41,7 @@ public:
     HRESULT CheckConnect(IPin* peer) override;
     HRESULT BreakConnect() override;
     HRESULT CompleteConnect(IPin* receiver) override;
-    HRESULT GetMediaType(int index, CMediaTypeValue* type) override;
+    HRESULT GetMediaType(int index, MediaType* type) override;
 
 private:
     HRESULT PrepareRead(IMediaSample& sample, CAsyncReadRequest::Wish& wish);

@@ -15,7 +15,7 @@ public:
     // What the output pin does when it is to be connected.
     virtual HRESULT Connect(IPin* receiver, const AM_MEDIA_TYPE* type);
 
-    const AM_MEDIA_TYPE& MediaType() const { return m_type.Get(); }  // of the bytes; fixed
+    const AM_MEDIA_TYPE& SourceType() const { return m_type.Get(); }  // of the bytes; fixed
 
 protected:
     // Name and outer object may be null. The source isn't owned. A failure to copy the type goes into
@@ -27,5 +27,5 @@ private:
     CCritSec m_filterLock;
     CAsyncRequestQueue m_queue;
     CAsyncOutputPin m_pin;
-    CMediaTypeValue m_type;
+    MediaType m_type;
 };

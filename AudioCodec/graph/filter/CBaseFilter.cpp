@@ -4,8 +4,8 @@
 
 #include "AudioCodec/graph/filter/CBasePin.h"
 #include "AudioCodec/graph/filter/CEnumPins.h"
-#include "AudioCodec/graph/filter/NameCopies.h"
 #include "platform/media/GraphInterfaces.h"
+#include "platform/media/MediaText.h"
 
 CBaseFilter::CBaseFilter(const WCHAR* name, IUnknown* outer, CCritSec* lock, const GUID& classId)
     : CUnknown(outer), m_lock(lock), m_classId(classId), m_name(name ? name : u"") {}
@@ -106,7 +106,7 @@ HRESULT CBaseFilter::FindPin(const WCHAR* id, IPin** pin) {
 HRESULT CBaseFilter::QueryFilterInfo(FILTER_INFO* info) {
     if (!info) return E_POINTER;
     const CritSecGuard guard(*m_lock);
-    CopyCut(info->achName, m_name);
+    CopyName(m_name, info->achName);
     info->pGraph = m_graph;
     if (m_graph) m_graph->AddRef();
     return S_OK;

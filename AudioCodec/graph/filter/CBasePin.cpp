@@ -4,9 +4,20 @@
 
 #include "AudioCodec/graph/filter/CBaseFilter.h"
 #include "AudioCodec/graph/filter/CEnumMediaTypes.h"
-#include "AudioCodec/graph/filter/NameCopies.h"
+#include "platform/media/MediaText.h"
 
 namespace {
+// What a pin without a connection tells: nothing, in samples of a fixed size, 1 byte.
+constexpr AM_MEDIA_TYPE kNoType = {.majortype = {},
+                                   .subtype = {},
+                                   .bFixedSizeSamples = TRUE,
+                                   .bTemporalCompression = FALSE,
+                                   .lSampleSize = 1,
+                                   .formattype = {},
+                                   .pUnk = nullptr,
+                                   .cbFormat = 0,
+                                   .pbFormat = nullptr};
+
 // Whether a refusal says more than that the type doesn't fit.
 bool IsSpecific(HRESULT result) {
     return FAILED(result) && result != E_FAIL && result != E_INVALIDARG && result != VFW_E_TYPE_NOT_ACCEPTED;
@@ -63,7 +74,7 @@ HRESULT CBasePin::ConnectionMediaType(AM_MEDIA_TYPE* type) {
     if (!type) return E_POINTER;
     const CritSecGuard guard(*m_lock);
     if (m_connected) return CopyMediaType(*type, m_type.Get());
-    *type = CMediaTypeValue().Detach();
+    *type = kNoType;
     return VFW_E_NOT_CONNECTED;
 }
 
@@ -72,7 +83,7 @@ HRESULT CBasePin::QueryPinInfo(PIN_INFO* info) {
     info->pFilter = m_filter;
     m_filter->AddRef();
     info->dir = m_direction;
-    CopyCut(info->achName, m_name);
+    CopyName(m_name, info->achName);
     return S_OK;
 }
 
@@ -84,8 +95,7 @@ HRESULT CBasePin::QueryDirection(PIN_DIRECTION* direction) {
 
 HRESULT CBasePin::QueryId(WCHAR** id) {
     if (!id) return E_POINTER;
-    *id = NewTaskCopy(m_name);
-    return *id ? S_OK : E_OUTOFMEMORY;
+    return GiveText(m_name, id);
 }
 
 HRESULT CBasePin::QueryAccept(const AM_MEDIA_TYPE* type) {

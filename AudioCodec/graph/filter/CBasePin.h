@@ -10,10 +10,10 @@
 #include <string>
 
 #include "AudioCodec/graph/filter/CCritSec.h"
-#include "AudioCodec/graph/filter/CMediaTypeValue.h"
 #include "AudioCodec/graph/filter/CUnknown.h"
 #include "platform/com/RefPtr.h"
 #include "platform/media/FilterInterfaces.h"
+#include "platform/media/MediaType.h"
 
 class CBaseFilter;
 
@@ -62,7 +62,7 @@ public:
     // The type is agreed on; a failure takes the connection back.
     virtual HRESULT CompleteConnect(IPin* /*receiver*/) { return S_OK; }
     // The pin's own types from index 0 on; anything but 0 ends them.
-    virtual HRESULT GetMediaType(int index /*in*/, CMediaTypeValue* type /*out*/) = 0;
+    virtual HRESULT GetMediaType(int index /*in*/, MediaType* type /*out*/) = 0;
 
     const std::u16string& Name() const { return m_name; }
     bool IsConnected();
@@ -93,7 +93,7 @@ private:
     const std::u16string m_name;
     const PIN_DIRECTION m_direction;
     RefPtr<IPin> m_connected VL_GUARDED_BY(m_lock);
-    CMediaTypeValue m_type VL_GUARDED_BY(m_lock);             // of the connection
+    MediaType m_type VL_GUARDED_BY(m_lock);                   // of the connection
     IQualityControl* m_sink VL_GUARDED_BY(m_lock) = nullptr;  // not counted
     Segment m_segment VL_GUARDED_BY(m_lock);
     std::atomic<LONG> m_typeVersion = 1;

@@ -37,7 +37,7 @@ HRESULT CEnumMediaTypes::Skip(ULONG count) {
     const int64_t target = int64_t{m_position} + count;
     if (target > std::numeric_limits<int>::max()) return S_FALSE;
     m_position = static_cast<int>(target);
-    CMediaTypeValue last;
+    MediaType last;
     return m_pin->GetMediaType(m_position - 1, &last) == S_OK ? S_OK : S_FALSE;
 }
 
@@ -61,7 +61,7 @@ HRESULT CEnumMediaTypes::Clone(IEnumMediaTypes** copy) {
 
 // Null if there is no such type, or no memory for it.
 AM_MEDIA_TYPE* CEnumMediaTypes::NewTypeBlockAt(int position) {
-    CMediaTypeValue type;
+    MediaType type;
     if (m_pin->GetMediaType(position, &type) != S_OK) return nullptr;
     void* block = CoTaskMemAlloc(sizeof(AM_MEDIA_TYPE));
     return block ? new (block) AM_MEDIA_TYPE(type.Detach()) : nullptr;

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "AudioCodec/graph/filter/CBaseAllocator.h"
+#include "platform/media/MediaType.h"
 
 namespace {
 // How many bytes of the properties it takes to know a field.
@@ -41,7 +42,7 @@ HRESULT CMediaSample::QueryInterface(const GUID& iid, void** object) {
 uint32_t CMediaSample::Release() {
     return m_references.Drop([this] {
         SetMediaType(nullptr);
-        m_flags = 0;
+        m_said.flags = 0;
         m_typeSpecificFlags = 0;
         m_streamId = 0;
         m_allocator->ReleaseBuffer(this);  // the sample may be gone after it
@@ -51,23 +52,6 @@ uint32_t CMediaSample::Release() {
 HRESULT CMediaSample::GetPointer(BYTE** buffer) {
     if (!buffer) return E_POINTER;
     *buffer = m_buffer;
-    return S_OK;
-}
-
-HRESULT CMediaSample::GetTime(REFERENCE_TIME* start, REFERENCE_TIME* stop) {
-    if (!start || !stop) return E_POINTER;
-    if ((m_flags & (AM_SAMPLE_TIMEVALID | AM_SAMPLE_STOPVALID)) == 0) return VFW_E_SAMPLE_TIME_NOT_SET;
-    *start = m_start;
-    const bool hasStop = (m_flags & AM_SAMPLE_STOPVALID) != 0;
-    *stop = hasStop ? m_stop : m_start + 1;
-    return hasStop ? S_OK : VFW_S_NO_STOP_TIME;
-}
-
-HRESULT CMediaSample::SetTime(REFERENCE_TIME* start, REFERENCE_TIME* stop) {
-    Mark(AM_SAMPLE_TIMEVALID, start != nullptr);
-    Mark(AM_SAMPLE_STOPVALID, start && stop);
-    if (start) m_start = *start;
-    if (start && stop) m_stop = *stop;
     return S_OK;
 }
 
@@ -89,12 +73,12 @@ HRESULT CMediaSample::SetMediaType(AM_MEDIA_TYPE* type) {
     AM_MEDIA_TYPE* copy = type ? NewMediaTypeBlock(*type) : nullptr;
     if (type && !copy) return E_OUTOFMEMORY;
     FreeMediaTypeBlock(std::exchange(m_type, copy));
-    return Mark(AM_SAMPLE_TYPECHANGED, copy != nullptr);
+    return m_said.Mark(AM_SAMPLE_TYPECHANGED, copy != nullptr);
 }
 
 HRESULT CMediaSample::GetMediaTime(LONGLONG* start, LONGLONG* end) {
     if (!start || !end) return E_POINTER;
-    if ((m_flags & kMediaTimeValid) == 0) return VFW_E_MEDIA_TIME_NOT_SET;
+    if ((m_said.flags & kMediaTimeValid) == 0) return VFW_E_MEDIA_TIME_NOT_SET;
     *start = m_mediaStart;
     *end = m_mediaStart + m_mediaLength;
     return S_OK;
@@ -106,7 +90,7 @@ HRESULT CMediaSample::SetMediaTime(LONGLONG* start, LONGLONG* end) {
         m_mediaStart = *start;
         m_mediaLength = static_cast<LONG>(*end - *start);  // 32 bits are kept
     }
-    return Mark(kMediaTimeValid, start != nullptr);
+    return m_said.Mark(kMediaTimeValid, start != nullptr);
 }
 
 HRESULT CMediaSample::GetProperties(DWORD size, BYTE* properties) {
@@ -115,10 +99,10 @@ HRESULT CMediaSample::GetProperties(DWORD size, BYTE* properties) {
     size = std::min(size, DWORD{sizeof(AM_SAMPLE2_PROPERTIES)});
     const AM_SAMPLE2_PROPERTIES all = {.cbData = size,
                                        .dwTypeSpecificFlags = m_typeSpecificFlags,
-                                       .dwSampleFlags = m_flags & ~kMediaTimeValid,
+                                       .dwSampleFlags = m_said.flags & ~kMediaTimeValid,
                                        .lActual = m_actual,
-                                       .tStart = m_start,
-                                       .tStop = m_stop,
+                                       .tStart = m_said.start,
+                                       .tStop = m_said.stop,
                                        .dwStreamId = m_streamId,
                                        .pMediaType = m_type,
                                        .pbBuffer = m_buffer,
@@ -143,28 +127,23 @@ HRESULT CMediaSample::SetProperties(DWORD size, const BYTE* properties) {
     if (size >= kTypeSpecificFlags) m_typeSpecificFlags = all.dwTypeSpecificFlags;
     if (size >= kSampleFlags) {
         constexpr DWORD kOwn = kMediaTimeValid | AM_SAMPLE_TYPECHANGED;  // of these the flags can't decide
-        m_flags = (m_flags & kOwn) | (all.dwSampleFlags & ~kOwn);
+        m_said.flags = (m_said.flags & kOwn) | (all.dwSampleFlags & ~kOwn);
     }
     if (size >= kActual) m_actual = all.lActual;
-    if (size >= kStart) m_start = all.tStart;
-    if (size >= kStop) m_stop = all.tStop;
+    if (size >= kStart) m_said.start = all.tStart;
+    if (size >= kStop) m_said.stop = all.tStop;
     if (size >= kStreamId) m_streamId = all.dwStreamId;
     return S_OK;
 }
 
 HRESULT CMediaSample::CheckProperties(DWORD size, const AM_SAMPLE2_PROPERTIES& properties) const {
     if (size >= kSampleFlags) {
-        const DWORD added = properties.dwSampleFlags & ~m_flags;
+        const DWORD added = properties.dwSampleFlags & ~m_said.flags;
         if ((properties.dwSampleFlags & ~kSettableFlags) != 0) return E_INVALIDARG;
         if ((added & AM_SAMPLE_TIMEVALID) != 0 && size < kStop) return E_INVALIDARG;
     }
     if (size >= kActual && properties.lActual > m_size) return E_INVALIDARG;
     if (size >= kBuffer && properties.pbBuffer != m_buffer) return E_INVALIDARG;
     if (size >= kBufferSize && properties.cbBuffer != m_size) return E_INVALIDARG;
-    return S_OK;
-}
-
-HRESULT CMediaSample::Mark(DWORD flag, BOOL on) {
-    m_flags = on ? m_flags | flag : m_flags & ~flag;
     return S_OK;
 }

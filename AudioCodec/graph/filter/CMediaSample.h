@@ -3,8 +3,8 @@
 // from any.
 #pragma once
 
-#include "AudioCodec/graph/filter/CMediaTypeValue.h"
 #include "platform/com/ReferenceCount.h"
+#include "platform/media/SampleProperties.h"
 #include "platform/media/TransportInterfaces.h"
 
 class CBaseAllocator;
@@ -22,18 +22,24 @@ public:
 
     HRESULT GetPointer(BYTE** buffer) override;
     LONG GetSize() override { return m_size; }
-    HRESULT GetTime(REFERENCE_TIME* start, REFERENCE_TIME* stop) override;
-    HRESULT SetTime(REFERENCE_TIME* start, REFERENCE_TIME* stop) override;
-    HRESULT IsSyncPoint() override { return IsSet(AM_SAMPLE_SPLICEPOINT); }
-    HRESULT SetSyncPoint(BOOL isSyncPoint) override { return Mark(AM_SAMPLE_SPLICEPOINT, isSyncPoint); }
-    HRESULT IsPreroll() override { return IsSet(AM_SAMPLE_PREROLL); }
-    HRESULT SetPreroll(BOOL isPreroll) override { return Mark(AM_SAMPLE_PREROLL, isPreroll); }
+    HRESULT GetTime(REFERENCE_TIME* start, REFERENCE_TIME* stop) override {
+        return m_said.GetTime(start, stop);
+    }
+    HRESULT SetTime(REFERENCE_TIME* start, REFERENCE_TIME* stop) override {
+        return m_said.SetTime(start, stop);
+    }
+    HRESULT IsSyncPoint() override { return m_said.IsSet(AM_SAMPLE_SPLICEPOINT); }
+    HRESULT SetSyncPoint(BOOL isSyncPoint) override {
+        return m_said.Mark(AM_SAMPLE_SPLICEPOINT, isSyncPoint);
+    }
+    HRESULT IsPreroll() override { return m_said.IsSet(AM_SAMPLE_PREROLL); }
+    HRESULT SetPreroll(BOOL isPreroll) override { return m_said.Mark(AM_SAMPLE_PREROLL, isPreroll); }
     LONG GetActualDataLength() override { return m_actual; }
     HRESULT SetActualDataLength(LONG length) override;
     HRESULT GetMediaType(AM_MEDIA_TYPE** type) override;
     HRESULT SetMediaType(AM_MEDIA_TYPE* type) override;
-    HRESULT IsDiscontinuity() override { return IsSet(AM_SAMPLE_DATADISCONTINUITY); }
-    HRESULT SetDiscontinuity(BOOL is) override { return Mark(AM_SAMPLE_DATADISCONTINUITY, is); }
+    HRESULT IsDiscontinuity() override { return m_said.IsSet(AM_SAMPLE_DATADISCONTINUITY); }
+    HRESULT SetDiscontinuity(BOOL is) override { return m_said.Mark(AM_SAMPLE_DATADISCONTINUITY, is); }
     HRESULT GetMediaTime(LONGLONG* start, LONGLONG* end) override;
     HRESULT SetMediaTime(LONGLONG* start, LONGLONG* end) override;
     HRESULT GetProperties(DWORD size, BYTE* properties) override;
@@ -48,19 +54,15 @@ private:
     // Not among AM_SAMPLE_PROPERTY_FLAGS: it is known to the sample alone.
     static constexpr DWORD kMediaTimeValid = 0x20;
 
-    HRESULT IsSet(DWORD flag) const { return (m_flags & flag) != 0 ? S_OK : S_FALSE; }
-    HRESULT Mark(DWORD flag, BOOL on);
     HRESULT CheckProperties(DWORD size, const AM_SAMPLE2_PROPERTIES& properties) const;
 
-    DWORD m_flags = 0;  // AM_SAMPLE_TYPECHANGED exactly while there is a type
+    SampleProperties m_said;  // AM_SAMPLE_TYPECHANGED exactly while there is a type
     DWORD m_typeSpecificFlags = 0;
     BYTE* const m_buffer;
     LONG m_actual;  // bytes in use
     const LONG m_size;
     CBaseAllocator* const m_allocator;
     CMediaSample* m_next = nullptr;  // in the allocator's free list
-    REFERENCE_TIME m_start = 0;
-    REFERENCE_TIME m_stop = 0;
     LONGLONG m_mediaStart = 0;
     LONG m_mediaLength = 0;
     AM_MEDIA_TYPE* m_type = nullptr;  // owned
