@@ -2,7 +2,7 @@
 add_library(vl_warnings INTERFACE)
 target_compile_options(vl_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
 if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
-  target_compile_options(vl_warnings INTERFACE -Wthread-safety)  # what AudioCodec/shell/object/ThreadSafety.h says
+  target_compile_options(vl_warnings INTERFACE -Wthread-safety)  # what platform/sync/ThreadSafety.h says
 elseif(CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # g++ 12 sees copies overlap in the library's own string concatenation (its bug 105651).
   target_compile_options(vl_warnings INTERFACE -Wno-restrict)

@@ -3,13 +3,13 @@
 #include <limits>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <new>
 
 #include "platform/base/Border.h"
 #include "platform/file/ErrorTable.h"
 #include "platform/file/File.h"
 #include "platform/file/FileObject.h"
+#include "platform/sync/Mutex.h"
 #include "platform/sync/NamedObjects.h"
 
 namespace {
@@ -24,8 +24,8 @@ public:
 };
 
 struct Views {
-    std::mutex lock;
-    std::map<const void*, size_t> sizes;  // bytes; under lock
+    Mutex lock;
+    std::map<const void*, size_t> sizes VL_GUARDED_BY(lock);  // bytes
 
     // Built by the first view and gone behind the last module that maps.
     static Views& Instance() {
@@ -79,7 +79,7 @@ void* MapViewOfFile(HANDLE mapping, DWORD access, DWORD offsetHigh, DWORD offset
     if (const int error = object->m_file.Map(object->m_size, view)) return NoneWith(ErrorFromErrno(error));
     try {
         Views& views = Views::Instance();
-        const std::lock_guard lock(views.lock);
+        const MutexLock lock(views.lock);
         views.sizes[view] = object->m_size;
         return view;
     } catch (const std::bad_alloc&) {
@@ -90,7 +90,7 @@ void* MapViewOfFile(HANDLE mapping, DWORD access, DWORD offsetHigh, DWORD offset
 
 BOOL UnmapViewOfFile(const void* view) {
     Views& views = Views::Instance();
-    const std::lock_guard lock(views.lock);
+    const MutexLock lock(views.lock);
     const auto found = views.sizes.find(view);
     if (found == views.sizes.end()) return FailWith(ERROR_INVALID_PARAMETER);
     PosixFile::Unmap(const_cast<void*>(view), found->second);

@@ -1,25 +1,24 @@
 #include "platform/image/ImageLibrary.h"
 
 #include <cstdint>
-#include <mutex>
 #include <utility>
 
 #include "platform/base/Border.h"
 #include "platform/image/ImageFunctions.h"
 #include "platform/loader/UniqueLibrary.h"
+#include "platform/sync/Mutex.h"
 
 namespace ImageLibrary {
 namespace {
 
 constexpr const char* kLibraryName = "libvlimage.so";
 
-// All three are guarded by the lock.
-std::mutex g_lock;
-uint64_t g_images = 0;  // image objects that live
-UniqueLibrary g_library;
-const ImageFunctions* g_functions = nullptr;  // null: not started
+Mutex g_lock;
+uint64_t g_images VL_GUARDED_BY(g_lock) = 0;  // image objects that live
+UniqueLibrary g_library VL_GUARDED_BY(g_lock);
+const ImageFunctions* g_functions VL_GUARDED_BY(g_lock) = nullptr;  // null: not started
 
-void Start() {
+void Start() VL_REQUIRES(g_lock) {
     // Without memory for the path there is no library.
     UniqueLibrary library = AtBorder([](bool) { return UniqueLibrary(); },
                                      [] { return UniqueLibrary::LoadSibling(kLibraryName); });
@@ -32,19 +31,19 @@ void Start() {
 }  // namespace
 
 void CountImage() {
-    const std::lock_guard lock(g_lock);
+    const MutexLock lock(g_lock);
     ++g_images;
 }
 
 void DropImage() {
-    const std::lock_guard lock(g_lock);
+    const MutexLock lock(g_lock);
     if (--g_images != 0) return;
     g_functions = nullptr;
     g_library.Reset();
 }
 
 const ImageFunctions* Use() {
-    const std::lock_guard lock(g_lock);
+    const MutexLock lock(g_lock);
     if (!g_functions) Start();
     return g_functions;
 }

@@ -6,17 +6,17 @@ ModuleTable& ModuleTable::Instance() {
 }
 
 void ModuleTable::Add(HMODULE module, const std::string& path) {
-    const std::lock_guard lock(m_lock);
+    const MutexLock lock(m_lock);
     m_paths[module] = path;
 }
 
 void ModuleTable::Remove(HMODULE module) {
-    const std::lock_guard lock(m_lock);
+    const MutexLock lock(m_lock);
     m_paths.erase(module);
 }
 
 std::optional<std::string> ModuleTable::PathOf(HMODULE module) const {
-    const std::lock_guard lock(m_lock);
+    const MutexLock lock(m_lock);
     const auto found = m_paths.find(module);
     if (found == m_paths.end()) return std::nullopt;
     return found->second;

@@ -2,11 +2,11 @@
 #pragma once
 
 #include <map>
-#include <mutex>
 #include <optional>
 #include <string>
 
 #include "platform/base/Types.h"
+#include "platform/sync/Mutex.h"
 
 class ModuleTable {
 public:
@@ -18,6 +18,6 @@ public:
     std::optional<std::string> PathOf(HMODULE module) const;
 
 private:
-    mutable std::mutex m_lock;
-    std::map<HMODULE, std::string> m_paths;  // under m_lock; the system's bytes
+    mutable Mutex m_lock;
+    std::map<HMODULE, std::string> m_paths VL_GUARDED_BY(m_lock);  // the system's bytes
 };

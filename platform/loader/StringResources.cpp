@@ -1,18 +1,18 @@
 #include "platform/loader/StringResources.h"
 
 #include <map>
-#include <mutex>
 
 #include "platform/base/LastError.h"
 #include "platform/loader/posix/LoadedModule.h"
+#include "platform/sync/Mutex.h"
 
 namespace {
 
 using Blocks = std::span<const StringBlock>;
 
 struct BlockTables {
-    std::mutex lock;
-    std::map<HMODULE, Blocks> tables;  // under lock
+    Mutex lock;
+    std::map<HMODULE, Blocks> tables VL_GUARDED_BY(lock);
 
     // Built by the first module that has resources, and gone behind the last.
     static BlockTables& Instance() {
@@ -23,7 +23,7 @@ struct BlockTables {
 
 Blocks BlocksOf(HMODULE module) {
     BlockTables& all = BlockTables::Instance();
-    const std::lock_guard lock(all.lock);
+    const MutexLock held(all.lock);
     const auto found = all.tables.find(module);
     return found == all.tables.end() ? Blocks() : found->second;
 }
@@ -38,14 +38,14 @@ std::nullptr_t NotFound(DWORD error) {
 HMODULE VlAddStringBlocks(const StringBlock* blocks, size_t count) {
     const HMODULE module = FindLoadedModule(blocks).handle;
     BlockTables& all = BlockTables::Instance();
-    const std::lock_guard lock(all.lock);
+    const MutexLock held(all.lock);
     all.tables[module] = Blocks(blocks, count);
     return module;
 }
 
 void VlRemoveStringBlocks(HMODULE module) {
     BlockTables& all = BlockTables::Instance();
-    const std::lock_guard lock(all.lock);
+    const MutexLock held(all.lock);
     all.tables.erase(module);
 }
 

@@ -1,13 +1,13 @@
 #include "platform/sync/EventObject.h"
 
 void EventObject::Set() {
-    const std::lock_guard lock(m_lock);
+    const MutexLock lock(m_lock);
     m_set = true;
     WakeWaiters();
 }
 
 void EventObject::Reset() {
-    const std::lock_guard lock(m_lock);
+    const MutexLock lock(m_lock);
     m_set = false;
 }
 

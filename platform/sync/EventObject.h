@@ -12,8 +12,8 @@ public:
     void Reset();
 
 private:
-    bool TryTake() override;
+    bool TryTake() override VL_REQUIRES(m_lock);
 
     const bool m_manualReset;
-    bool m_set;  // under m_lock
+    bool m_set VL_GUARDED_BY(m_lock);
 };

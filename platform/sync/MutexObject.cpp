@@ -23,7 +23,7 @@ bool MutexObject::TryTake() {
 }
 
 bool MutexObject::Release() {
-    const std::lock_guard lock(m_lock);
+    const MutexLock lock(m_lock);
     if (m_takings == 0 || m_owner != std::this_thread::get_id()) return false;
     if (--m_takings == 0) {
         OwnedMutexes::Instance().Count(-1);
@@ -33,7 +33,7 @@ bool MutexObject::Release() {
 }
 
 void MutexObject::AbandonBy(std::thread::id owner) {
-    const std::lock_guard lock(m_lock);
+    const MutexLock lock(m_lock);
     if (m_takings == 0 || m_owner != owner) return;
     m_takings = 0;
     m_abandoned = true;

@@ -18,14 +18,14 @@ public:
 
 private:
     friend class OwnedMutexes;
-    bool TryTake() override;
-    bool TakeAbandonment() override { return std::exchange(m_abandoned, false); }
+    bool TryTake() override VL_REQUIRES(m_lock);
+    bool TakeAbandonment() override VL_REQUIRES(m_lock) { return std::exchange(m_abandoned, false); }
     // The thread ends: what it still owns is free.
     void AbandonBy(std::thread::id owner);
 
-    std::thread::id m_owner;            // under m_lock; has a meaning while m_takings isn't 0
-    size_t m_takings = 0;               // under m_lock
-    bool m_abandoned = false;           // under m_lock
+    std::thread::id m_owner VL_GUARDED_BY(m_lock);  // has a meaning while m_takings isn't 0
+    size_t m_takings VL_GUARDED_BY(m_lock) = 0;
+    bool m_abandoned VL_GUARDED_BY(m_lock) = false;
     MutexObject* m_previous = nullptr;  // in the list of OwnedMutexes, under its lock
     MutexObject* m_next = nullptr;      // likewise
 };

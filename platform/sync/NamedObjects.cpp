@@ -2,16 +2,16 @@
 
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string_view>
 
 #include "platform/base/Border.h"
+#include "platform/sync/Mutex.h"
 
 struct NamedObjects::Table {
-    std::mutex lock;
-    std::map<std::string, NamedObject*, std::less<>> objects;  // under lock
+    Mutex lock;
+    std::map<std::string, NamedObject*, std::less<>> objects VL_GUARDED_BY(lock);
 
-    HANDLE OpenLocked(std::string_view name, uint32_t kind) {
+    HANDLE OpenLocked(std::string_view name, uint32_t kind) VL_REQUIRES(lock) {
         const auto found = objects.find(name);
         if (found == objects.end()) return SetLastError(ERROR_FILE_NOT_FOUND), nullptr;
         if (!found->second->Is(kind)) return SetLastError(ERROR_INVALID_HANDLE), nullptr;
@@ -35,7 +35,7 @@ HANDLE NamedObjects::CreateOrOpen(const char* name, uint32_t kind,
     Table& table = Instance();
     const auto onThrow = [](bool) -> HANDLE { return SetLastError(ERROR_NOT_ENOUGH_MEMORY), nullptr; };
     return AtBorder(onThrow, [&]() -> HANDLE {
-        const std::lock_guard lock(table.lock);
+        const MutexLock lock(table.lock);
         if (table.objects.contains(name)) {
             const HANDLE handle = table.OpenLocked(name, kind);
             if (handle) SetLastError(ERROR_ALREADY_EXISTS);
@@ -52,13 +52,13 @@ HANDLE NamedObjects::CreateOrOpen(const char* name, uint32_t kind,
 
 HANDLE NamedObjects::Open(const char* name, uint32_t kind) {
     Table& table = Instance();
-    const std::lock_guard lock(table.lock);
+    const MutexLock lock(table.lock);
     return table.OpenLocked(name ? name : "", kind);
 }
 
 bool NamedObjects::GiveUp(NamedObject& object) {
     Table& table = Instance();
-    const std::lock_guard lock(table.lock);
+    const MutexLock lock(table.lock);
     if (--object.m_handles != 0) return false;
     table.objects.erase(object.m_name);
     return true;

@@ -3,8 +3,6 @@
 // looks through all that there are.
 #pragma once
 
-#include <mutex>
-
 #include "platform/sync/MutexObject.h"
 #include "platform/sync/posix/ThreadEndCount.h"
 
@@ -26,8 +24,8 @@ private:
     OwnedMutexes() = default;
     static void AtThreadEnd(void* count);
 
-    std::mutex m_lock;               // taken before the lock of any mutex
-    MutexObject* m_first = nullptr;  // under m_lock
+    Mutex m_lock;  // taken before the lock of any mutex
+    MutexObject* m_first VL_GUARDED_BY(m_lock) = nullptr;
     // Without counts a mutex stays with a thread that ended. The last: no thread's end comes in after it.
     const ThreadEndCount m_counts{&AtThreadEnd};
 };

@@ -1,7 +1,7 @@
 #include "platform/sync/SemaphoreObject.h"
 
 bool SemaphoreObject::Release(LONG added, LONG* before) {
-    const std::lock_guard lock(m_lock);
+    const MutexLock lock(m_lock);
     if (added > m_most - m_count) return false;
     if (before) *before = m_count;
     m_count += added;

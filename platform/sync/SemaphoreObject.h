@@ -12,8 +12,8 @@ public:
     bool Release(LONG added, LONG* before);
 
 private:
-    bool TryTake() override;
+    bool TryTake() override VL_REQUIRES(m_lock);
 
-    LONG m_count;  // under m_lock
+    LONG m_count VL_GUARDED_BY(m_lock);
     const LONG m_most;
 };

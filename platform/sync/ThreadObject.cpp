@@ -12,7 +12,7 @@ ThreadObject::ThreadObject(std::function<void()> work) : WaitableObject(kKind) {
 
 ThreadObject::~ThreadObject() {
     const bool ended = [this] {
-        const std::lock_guard lock(m_link->lock);
+        const MutexLock lock(m_link->lock);
         m_link->object = nullptr;
         return m_link->ended;
     }();
@@ -24,10 +24,10 @@ ThreadObject::~ThreadObject() {
 }
 
 void ThreadObject::End(Link& link) {
-    const std::lock_guard linkLock(link.lock);
+    const MutexLock linkLock(link.lock);
     link.ended = true;
     if (!link.object) return;
-    const std::lock_guard lock(link.object->m_lock);
+    const MutexLock lock(link.object->m_lock);
     link.object->m_ended = true;
     link.object->WakeWaiters();
 }

@@ -19,15 +19,15 @@ public:
 private:
     // What the thread knows of its object, which may go first.
     struct Link {
-        std::mutex lock;
-        ThreadObject* object = nullptr;  // under lock; null once the handle is closed
-        bool ended = false;              // under lock
+        Mutex lock;
+        ThreadObject* object VL_GUARDED_BY(lock) = nullptr;  // null once the handle is closed
+        bool ended VL_GUARDED_BY(lock) = false;
     };
 
-    bool TryTake() override { return m_ended; }
+    bool TryTake() override VL_REQUIRES(m_lock) { return m_ended; }
     static void End(Link& link);
 
-    bool m_ended = false;  // under m_lock
+    bool m_ended VL_GUARDED_BY(m_lock) = false;
     std::shared_ptr<Link> m_link = std::make_shared<Link>();
     std::thread m_thread;  // the last: started when all else stands
 };

@@ -83,18 +83,18 @@ void WaitableObject::WakeWaiters() {
 }
 
 DWORD WaitableObject::TakeNow() {
-    const std::lock_guard lock(m_lock);
+    const MutexLock lock(m_lock);
     if (!TryTake()) return WAIT_TIMEOUT;
     return TakeAbandonment() ? WAIT_ABANDONED_0 : WAIT_OBJECT_0;
 }
 
 void WaitableObject::Enlist(Place& place) {
-    const std::lock_guard lock(m_lock);
+    const MutexLock lock(m_lock);
     place.next = std::exchange(m_places, &place);
 }
 
 void WaitableObject::Withdraw(Place& place) {
-    const std::lock_guard lock(m_lock);
+    const MutexLock lock(m_lock);
     Place** link = &m_places;
     while (*link != &place) link = &(*link)->next;
     *link = place.next;

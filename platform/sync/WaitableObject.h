@@ -2,9 +2,9 @@
 // "to be had" means is the kind's.
 #pragma once
 
-#include <mutex>
 #include <span>
 
+#include "platform/sync/Mutex.h"
 #include "platform/sync/NamedObjects.h"
 
 class Waiter;
@@ -22,16 +22,16 @@ public:
     static DWORD WaitForAny(std::span<WaitableObject* const> objects, DWORD milliseconds);
 
 protected:
-    // Takes the object for the calling thread if it is to be had. Called with m_lock held.
-    virtual bool TryTake() = 0;
-    // Whether what has just been taken was left by an owner that is no more. Called with m_lock held.
-    virtual bool TakeAbandonment() { return false; }
+    // Takes the object for the calling thread if it is to be had.
+    virtual bool TryTake() VL_REQUIRES(m_lock) = 0;
+    // Whether what has just been taken was left by an owner that is no more.
+    virtual bool TakeAbandonment() VL_REQUIRES(m_lock) { return false; }
 
-    // Says that the object may have become to be had. With m_lock held: who takes it next may close the
+    // Says that the object may have become to be had. Under the lock, since who takes it next may close the
     // handle.
-    void WakeWaiters();
+    void WakeWaiters() VL_REQUIRES(m_lock);
 
-    std::mutex m_lock;  // guards the state of the kind; held for moments only
+    Mutex m_lock;  // guards the state of the kind; held for moments only
 
 private:
     friend class WaiterPlaces;
@@ -46,5 +46,5 @@ private:
     void Enlist(Place& place);
     void Withdraw(Place& place);
 
-    Place* m_places = nullptr;  // under m_lock
+    Place* m_places VL_GUARDED_BY(m_lock) = nullptr;
 };

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "AudioCodec/shell/object/RecursiveLock.h"
-#include "AudioCodec/shell/object/ThreadSafety.h"
+#include "platform/sync/ThreadSafety.h"
 
 class VL_CAPABILITY("lock") CCritSec {
 public:

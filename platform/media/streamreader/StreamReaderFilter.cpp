@@ -30,13 +30,13 @@ HRESULT StreamReaderFilter::QueryInterface(const GUID& iid, void** object) {
 bool StreamReaderFilter::Input::Takes(const AM_MEDIA_TYPE& type) { return PcmFormat(type).nBlockAlign != 0; }
 
 HRESULT StreamReaderFilter::Input::Connected(IPin&, const AM_MEDIA_TYPE& type) {
-    const std::lock_guard lock(m_reader.m_formatLock);
+    const MutexLock lock(m_reader.m_formatLock);
     m_reader.m_format = PcmFormat(type);
     return S_OK;
 }
 
 void StreamReaderFilter::Input::Disconnected() {
-    const std::lock_guard lock(m_reader.m_formatLock);
+    const MutexLock lock(m_reader.m_formatLock);
     m_reader.m_format = {};
 }
 
@@ -72,14 +72,14 @@ HRESULT StreamReaderFilter::Activate() {
 }
 
 HRESULT StreamReaderFilter::Initialize() {
-    const std::lock_guard lock(m_formatLock);
+    const MutexLock lock(m_formatLock);
     return m_format.nBlockAlign ? S_OK : E_FAIL;
 }
 
 HRESULT StreamReaderFilter::GetAudioFormat(uint32_t* channels, uint32_t* sampleRate,
                                            uint32_t* bitsPerSample) {
     if (!channels || !sampleRate || !bitsPerSample) return E_POINTER;
-    const std::lock_guard lock(m_formatLock);
+    const MutexLock lock(m_formatLock);
     if (!m_format.nBlockAlign) return VFW_E_NOT_CONNECTED;
     *channels = m_format.nChannels;
     *sampleRate = m_format.nSamplesPerSec;
@@ -104,7 +104,7 @@ HRESULT StreamReaderFilter::Shutdown() {
 }
 
 REFERENCE_TIME StreamReaderFilter::Position() {
-    const std::lock_guard lock(m_formatLock);
+    const MutexLock lock(m_formatLock);
     if (!m_format.nBlockAlign) return 0;
     const auto frames = static_cast<int64_t>(m_ring.Taken() / m_format.nBlockAlign);
     return m_segmentStart + FramesToTime(frames, m_format.nSamplesPerSec);

@@ -7,6 +7,7 @@
 #include "platform/media/Seeking.h"
 #include "platform/media/streamreader/IStreamReaderControl.h"
 #include "platform/media/streamreader/Ring.h"
+#include "platform/sync/Mutex.h"
 
 class StreamReaderFilter final : public FilterBase, public IStreamReaderControl, public SeekingForwarder {
 public:
@@ -54,7 +55,7 @@ private:
 
     Input m_input;
     Ring m_ring{kRingSize};
-    std::mutex m_formatLock;                     // short; nothing is called under it
-    WAVEFORMATEX m_format = {};                  // under m_formatLock; all zeros without a connection
-    std::atomic<REFERENCE_TIME> m_segmentStart;  // of what is in the ring
+    Mutex m_formatLock;                                      // short; nothing is called under it
+    WAVEFORMATEX m_format VL_GUARDED_BY(m_formatLock) = {};  // all zeros without a connection
+    std::atomic<REFERENCE_TIME> m_segmentStart;              // of what is in the ring
 };
