@@ -153,6 +153,7 @@ int64_t Conversion::RequireWhole(const std::string& path, const TagSet& expected
 
 Converted Convert(const ConversionRules& rules, const std::string& input, const std::string& output) {
     RefuseOwnInput(input, output);
+    RefuseHugeTags(input);
     Conversion conversion(rules, input);
     return conversion.Run(OpenOutput(output, rules.overwrite));
 }

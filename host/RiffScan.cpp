@@ -76,7 +76,7 @@ void Scanner::TakeList(ChunkWalk& walk) {
         m_scan.foreign.Add("list " + ChunkName(LoadLE32(type)));
         return;
     }
-    if (std::min(size, m_file.Size()) > kTagBytesMost)
+    if (std::min(size, m_file.Size() - std::min(m_file.Size(), m_file.Place())) > kTagBytesMost)
         throw Failure("The file's tags take more than 64 MiB; that is more than is handled here.");
     m_scan.olderLists = std::exchange(m_listSeen, true);
     if (m_lists == Lists::Read) ReadInfoList(walk, m_list);

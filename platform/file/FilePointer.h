@@ -1,4 +1,4 @@
-// The place of a file's handle in one number of 64 bits, over the halves that SetFilePointer takes and gives.
+// The place and the size of a file in one number of 64 bits, over the halves that the calls take and give.
 #pragma once
 
 #include "platform/base/LastError.h"
@@ -24,4 +24,11 @@ inline int64_t TellFilePointer(HANDLE file) {
     LONG high = 0;
     const DWORD low = SetFilePointer(file, 0, &high, FILE_CURRENT);
     return static_cast<int64_t>(uint64_t{static_cast<DWORD>(high)} << 32 | low);
+}
+
+// The size of an open file in bytes.
+inline uint64_t SizeOfFile(HANDLE file) {
+    DWORD high = 0;
+    const DWORD low = GetFileSize(file, &high);
+    return uint64_t{high} << 32 | low;
 }

@@ -109,4 +109,21 @@ TEST_F(HostTag, ASaveThatDoesNotReachTheDiskIsAFailure) {
     EXPECT_TRUE(Bytes("a.wav") == before);
 }
 
+TEST_F(HostTag, TagsAbove64MiBAreRefusedBeforeAnythingIsMade) {
+    constexpr uint32_t kHuge = 65 << 20;
+    WriteImage("a.wav", WavImage()
+                            .Fmt(1, 1, 8000, 8)
+                            .Data({1})
+                            .Header("LIST", kHuge)
+                            .Bytes("INFO")
+                            .Header("INAM", kHuge - 12));
+    ASSERT_EQ(Run("truncate -s 66M a.wav").exitCode, 0);
+    for (const char* command : {"tag a.wav", "tag a.wav --set title=x", "convert a.wav -o b.wav"}) {
+        const RunResult run = Vlwav(command);
+        EXPECT_EQ(run.exitCode, 1) << command;
+        EXPECT_NE(run.err.find("more than 64 MiB"), std::string::npos) << run.err;
+        EXPECT_NE(Run("test -e b.wav").exitCode, 0) << command;
+    }
+}
+
 }  // namespace

@@ -2,20 +2,9 @@
 
 #include <algorithm>
 
-#include "platform/base/LastError.h"
-#include "platform/file/File.h"
+#include "platform/file/FilePointer.h"
 
-namespace {
-
-uint64_t SizeOf(HANDLE file) {
-    DWORD high = 0;
-    const DWORD low = GetFileSize(file, &high);
-    return uint64_t{high} << 32 | low;
-}
-
-}  // namespace
-
-CFileEdit::CFileEdit(HANDLE file) : m_file(file), m_size(SizeOf(file)), m_firstSize(m_size) {}
+CFileEdit::CFileEdit(HANDLE file) : m_file(file), m_size(SizeOfFile(file)), m_firstSize(m_size) {}
 
 CFileEdit::~CFileEdit() {
     while (!m_changes.empty() && TakeBack(m_changes.back())) m_changes.pop_back();
@@ -33,10 +22,7 @@ void CFileEdit::Keep() {
 }
 
 bool CFileEdit::MoveTo(uint64_t place) const {
-    auto high = static_cast<LONG>(place >> 32);
-    SetLastError(ERROR_SUCCESS);
-    SetFilePointer(m_file, static_cast<LONG>(place), &high, FILE_BEGIN);
-    return GetLastError() == ERROR_SUCCESS;
+    return MoveFilePointer(m_file, static_cast<int64_t>(place), FILE_BEGIN);
 }
 
 bool CFileEdit::Read(uint64_t place, void* buffer, size_t count) const {

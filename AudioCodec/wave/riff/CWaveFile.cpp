@@ -8,8 +8,7 @@
 #include "AudioCodec/wave/riff/CTagSave.h"
 #include "AudioCodec/wave/riff/HandleSource.h"
 #include "AudioCodec/wave/riff/StreamSource.h"
-#include "platform/base/LastError.h"
-#include "platform/file/File.h"
+#include "platform/file/FilePointer.h"
 #include "riff/ChunkWalk.h"
 #include "riff/InfoList.h"
 
@@ -22,10 +21,6 @@ constexpr uint64_t kLargestFile = 0xFFFFFFFF;
 constexpr uint32_t kFromStart = 0;
 constexpr uint32_t kFromHere = 1;
 constexpr uint32_t kFromEnd = 2;
-
-int64_t JoinPosition(DWORD low, LONG high) {
-    return static_cast<int64_t>(uint64_t{static_cast<DWORD>(high)} << 32 | low);
-}
 
 Result OpenFailure() {
     return GetLastError() == ERROR_SHARING_VIOLATION ? RESULT_FILE_IN_USE : RESULT_CANNOT_OPEN;
@@ -150,19 +145,10 @@ bool CWaveFile::ParseFact(ChunkWalk& walk) {
 }
 
 bool CWaveFile::Move(int64_t distance, uint32_t origin, int64_t* position) const {
-    int64_t reached = 0;
-    if (m_file) {
-        auto high = static_cast<LONG>(distance >> 32);
-        SetLastError(ERROR_SUCCESS);
-        const DWORD low = SetFilePointer(m_file.get(), static_cast<LONG>(distance), &high, origin);
-        if (GetLastError() != ERROR_SUCCESS) return false;
-        reached = JoinPosition(low, high);
-    } else if (m_stream) {
-        uint64_t place = 0;
-        if (!StreamSource(*m_stream).Move(distance, origin, &place)) return false;
-        reached = static_cast<int64_t>(place);
-    }
-    if (position) *position = reached;
+    if (m_file) return MoveFilePointer(m_file.get(), distance, origin, position);
+    uint64_t place = 0;
+    if (m_stream && !StreamSource(*m_stream).Move(distance, origin, &place)) return false;
+    if (position) *position = static_cast<int64_t>(place);
     return true;
 }
 
@@ -170,10 +156,7 @@ bool CWaveFile::MoveTo(int64_t position) const { return Move(position, kFromStar
 
 bool CWaveFile::Tell(int64_t& position) const {
     if (!m_file) return Move(0, kFromHere, &position);
-    LONG high = 0;  // a query can't fail on an open file; asked in front of every read, it does without the
-                    // last error
-    const DWORD low = SetFilePointer(m_file.get(), 0, &high, FILE_CURRENT);
-    position = JoinPosition(low, high);
+    position = TellFilePointer(m_file.get());
     return true;
 }
 
