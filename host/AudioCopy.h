@@ -10,7 +10,7 @@
 // Takes interleaved frames of the source's output format; throws to end the copy.
 using FrameTaker = std::function<void(const int16_t* samples, uint32_t frames)>;
 
-// Gives the frames copied. `channels` is the source's output channel count.
+// Returns the frames copied. `channels` is the source's output channel count.
 int64_t CopyAudio(Source& source, uint32_t channels, const FrameTaker& taker);
 
 // Warns on standard error where clearly fewer frames came at `rate` than the file's header promised.

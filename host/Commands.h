@@ -52,7 +52,7 @@ struct PictureOptions {
     std::string output;  // a path, "-" is standard output
 };
 
-// Tells each file's format and length on standard output; goes on behind a file that fails.
+// Tells each file's format and length on standard output; goes on after a file that fails.
 ExitCode RunInfo(const Module& module, const InfoOptions& options);
 // Enter the module into the registry, or take out the one that is there. Throw Failure where that can't be
 // written.
@@ -64,10 +64,10 @@ ExitCode RunWhere(const Module& module);
 ExitCode RunDecode(const Module& module, const DecodeOptions& options);
 // Lists the formats that can be written.
 ExitCode RunFormats(const Module& module, const FormatsOptions& options);
-// Makes WAV files of stock formats, several at once; a line on standard output for each. Goes on behind a
+// Makes WAV files of stock formats, several at once; a line on standard output for each. Goes on after a
 // file that fails.
 ExitCode RunConvert(const Module& module, const ConvertOptions& options);
-// Changes tags where changes are given, and shows them. Goes on behind a file that fails.
+// Changes tags where changes are given, and shows them. Goes on after a file that fails.
 ExitCode RunTag(const Module& module, const TagOptions& options);
 // Takes an image file through a metadata object and writes the bytes that a host gets from it.
 ExitCode RunPicture(const Module& module, const PictureOptions& options);

@@ -131,7 +131,7 @@ void Conversion::Copy(IAC3Writer& writer, const std::string& outputName) {
     });
 }
 
-// The writer's Close reports no failed write, so the closed file has to prove itself. Gives its frames.
+// The writer's Close reports no failed write, so the closed file has to prove itself. Returns its frames.
 int64_t Conversion::RequireWhole(const std::string& path, const TagSet& expectedTags) const {
     const auto require = [](bool good) {
         if (!good) throw Failure("The written file was not whole; check the room on the disk and try again.");

@@ -42,7 +42,7 @@ mode_t ModeFor(const struct stat* replaced) {
     throw OutputFailure(fmt::format("{} is there already; choose another name or use --overwrite.", name));
 }
 
-// Behind symbolic links, so that a link stays one.
+// After symbolic links, so that a link stays one.
 std::string ResolveTarget(const std::string& path) {
     std::error_code error;
     const auto resolved = std::filesystem::weakly_canonical(path, error);

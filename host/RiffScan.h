@@ -1,6 +1,6 @@
 // What a RIFF WAVE file holds beside its audio, as the host finds it by itself: enough to tell a user what an
 // operation of the module can't keep, and whether a file is whole. Decodes nothing and judges nothing; a file
-// that is no RIFF WAVE gives an empty result, a broken one what stands before the damage.
+// that is no RIFF WAVE returns an empty result, a broken one what stands before the damage.
 #pragma once
 
 #include <cstdint>

@@ -35,7 +35,7 @@ public:
     int64_t Length() const;
     // The exact length. What is decoded is read to its end for it.
     int64_t CountFrames();
-    // Fills at most the buffer; gives the frames read. Only 0 is the end.
+    // Fills at most the buffer; returns the frames read. Only 0 is the end.
     uint32_t Read(std::vector<int16_t>& buffer);
 
 private:

@@ -27,7 +27,7 @@ struct FormatWish {
 
 class StockFormats {
 public:
-    // Texts in a platform language id; 0 and a language that the module lacks give English. Throws Failure.
+    // Texts in a platform language id; 0 and a language that the module lacks return English. Throws Failure.
     StockFormats(const Module& module, uint32_t language);
 
     const std::vector<StockFormat>& Rows() const { return m_rows; }

@@ -14,7 +14,7 @@ void WatchSignals();
 std::string NewPath();
 // Throws the Failure that tells of that folder.
 [[noreturn]] void FailWriting();
-// Creates a new file; `path` ends in six X that it replaces. Gives a descriptor, or -1 with errno.
+// Creates a new file; `path` ends in six X that it replaces. Returns a descriptor, or -1 with errno.
 int Create(std::string& path);
 // Gives the file its final name. Without `replace` a file that has this name already is left as it is, and
 // errno is EEXIST. False with errno; the temporary is left then.

@@ -118,7 +118,7 @@ ExitCode Run(int argc, char** argv) {
     CLI::App app("Reads, writes and tags WAV files through the codec module VlACWav3.", "vlwav");
     app.set_version_flag("--version", "vlwav " VLWAV_VERSION);
     app.require_subcommand(1);
-    app.fallthrough();  // the common options may stand behind the command as well
+    app.fallthrough();  // the common options may stand after the command as well
     CommonOptions common;
     app.add_option("--module", common.module,
                    "The module's file, instead of the registered one or that beside this program");

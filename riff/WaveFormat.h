@@ -12,7 +12,7 @@ struct WaveFormat {
     uint32_t avgBytesPerSec = 0;
     uint16_t blockAlign = 1;  // bytes in a frame
     uint16_t bitsPerSample = 0;
-    std::vector<uint8_t> extra;  // what stands behind the fixed part; 65535 bytes at the most
+    std::vector<uint8_t> extra;  // what stands after the fixed part; 65535 bytes at the most
 
     // Integer PCM of 8 or 16 bits, the only audio that the module reads and writes by itself.
     bool IsDirectPcm() const;

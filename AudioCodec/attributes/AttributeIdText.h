@@ -3,6 +3,6 @@
 
 #include <cstdint>
 
-// Gives the one buffer of the process, which the next call overwrites. Calls may come from any thread; what
+// Returns the one buffer of the process, which the next call overwrites. Calls may come from any thread; what
 // one reads while another calls is not fixed.
 const char* AttributeIdText(uint32_t id);

@@ -10,7 +10,7 @@
 // clang-format off
 
 // What a codec is.
-inline constexpr uint32_t ATTR_CODEC_CAPABILITY_1   = 0x30000001;  // BOOL, like the four behind it
+inline constexpr uint32_t ATTR_CODEC_CAPABILITY_1   = 0x30000001;  // BOOL, like the four after it
 inline constexpr uint32_t ATTR_CODEC_CAPABILITY_2   = 0x30000002;
 inline constexpr uint32_t ATTR_CODEC_CAPABILITY_3   = 0x30000003;
 inline constexpr uint32_t ATTR_CODEC_CAPABILITY_4   = 0x30000004;

@@ -1,5 +1,5 @@
 // The record of one attribute: its id, what it holds and how often it was stored to. A getter of another type
-// gives 0 or null, never an error. No lock: the store's covers it.
+// returns 0 or null, never an error. No lock: the store's covers it.
 #pragma once
 
 #include <bit>
@@ -29,7 +29,7 @@ public:
     uint32_t GetId() const { return m_id; }
     uint32_t GetType() const { return m_type; }
     uint32_t GetChangeCount() const { return m_changeCount; }
-    uint32_t SetChangeCount(uint32_t count);  // gives the old one
+    uint32_t SetChangeCount(uint32_t count);  // returns the old one
 
     uint32_t GetLong() const { return static_cast<uint32_t>(NumberIf(STORE_LONG)); }
     bool GetBool() const { return NumberIf(STORE_BOOL) != 0; }

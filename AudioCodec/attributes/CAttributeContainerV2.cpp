@@ -33,7 +33,7 @@ uint32_t CAttributeContainerV2::Release() {
         const Guard guard(m_lock);
         count = --m_refCount;
     }
-    // Behind the lock, not under it: a lock that is held must not be destroyed. Who dropped the last
+    // After the lock, not under it: a lock that is held must not be destroyed. Who dropped the last
     // reference is alone here.
     if (count == 0) delete this;
     return count;

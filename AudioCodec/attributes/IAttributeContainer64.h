@@ -2,7 +2,7 @@
 // references. Any thread may call any operation. The order of the operations is the binary border: nothing
 // moves, nothing is added.
 //
-// Getters of arrays and blocks write nothing for a missing attribute and give 0, so a caller presets its
+// Getters of arrays and blocks write nothing for a missing attribute and return 0, so a caller presets its
 // pointer and count. What they hand out is the caller's and goes back through Free.
 #pragma once
 
@@ -43,7 +43,7 @@ struct IAttributeContainer64 : IMemory {
     virtual Result GetPointerArray(uint32_t id, void*** values, uint32_t* count) = 0;
     virtual void Clear() = 0;  // attributes and interfaces
     virtual Result RemoveInterface(const GUID* iid, IBase* object /*in: null for all of the identifier*/) = 0;
-    // Copies by the id's type nibble; gives the bytes copied as that type counts them.
+    // Copies by the id's type nibble; returns the bytes copied as that type counts them.
     virtual uint32_t CopyAttribute(uint32_t id, IAttributeContainer64* source) = 0;
 
 protected:

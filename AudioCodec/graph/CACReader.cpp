@@ -51,7 +51,7 @@ std::u16string FolderOfModule() {
     return std::u16string(whole.substr(0, whole.rfind(u'/')));
 }
 
-// For the steps of Close: an exception in one doesn't stop those behind it.
+// For the steps of Close: an exception in one doesn't stop those after it.
 template <class Work>
 void Regardless(Work&& work) noexcept {
     AtBorder(RESULT_FAILED, [&] {

@@ -3,9 +3,9 @@
 // the filters are connected is a subclass's. Lengths and seeks are in whole seconds. One thread at a time;
 // data moves on the threads of the filters.
 //
-// Chosen where it was open. An Open on an open reader closes it first. Seek without a graph gives 1. A source
-// whose frames have no size gives 1001 from Read, and so does one that isn't 16 bits wide where it would have
-// to be converted. An output rate of 0 gives length and positions of 0.
+// Decisions: An Open on an open reader closes it first. Seek without a graph returns 1. A source
+// whose frames have no size returns 1001 from Read, and so does one that isn't 16 bits wide where it would
+// have to be converted. An output rate of 0 returns length and positions of 0.
 #pragma once
 
 #include <memory>
@@ -41,7 +41,7 @@ protected:
     Result InternalQueryInterface(const GUID* iid, void** object) override = 0;
     const char16_t* GetClassName() override = 0;
     // Puts what is needed between source and stream reader into the graph. 0, or anything else to fail the
-    // open. Stands behind the operations of the interface.
+    // open. Stands after the operations of the interface.
     virtual Result ConnectGraph(IBaseFilter* source, IBaseFilter* streamReader) = 0;
 
     HRESULT AddToGraph(const GUID& clsid, IBaseFilter** filter, const char16_t* name);

@@ -8,7 +8,7 @@
 
 #include "platform/media/MediaInterfaces.h"
 
-// E_FAIL for a null pointer, else what the platform gives.
+// E_FAIL for a null pointer, else what the platform returns.
 HRESULT CreateFilterGraph(IGraphBuilder** graph, IMediaControl** control, IMediaSeeking** seeking);
 
 // Adds a filter of a class that the platform knows.

@@ -1,9 +1,9 @@
 // Changes the metadata of an existing WAV file of 8 or 16-bit PCM. The audio is neither read nor written. One
 // thread at a time.
 //
-// Chosen where it was open: how a file is saved, whatever its layout, without losing audio or foreign chunks
+// Decisions: how a file is saved, whatever its layout, without losing audio or foreign chunks
 // is CWaveFile's; a failed Open leaves no handle behind, so that a Save after it reaches nothing. A Save that
-// finds no memory gives 2 and leaves the file as it was. A null path makes Open give 1000.
+// finds no memory returns 2 and leaves the file as it was. A null path makes Open return 1000.
 #pragma once
 
 #include <string>

@@ -70,7 +70,7 @@ HRESULT CMemoryStream::Write(const void* buffer, uint32_t size, uint32_t* done) 
 HRESULT CMemoryStream::Seek(LARGE_INTEGER move, uint32_t origin, ULARGE_INTEGER* position) {
     const uint32_t origins[] = {0, m_position, m_size};  // STREAM_SEEK_SET, _CUR, _END
     if (origin >= std::size(origins)) return E_INVALIDARG;
-    // Unsigned, so that a place before the start is one far behind the end.
+    // Unsigned, so that a place before the start is one far past the end.
     const uint64_t target = origins[origin] + static_cast<uint64_t>(move.QuadPart);
     if (target > kMaxSize) return E_INVALIDARG;
     m_position = static_cast<uint32_t>(target);

@@ -30,7 +30,7 @@ public:
     HRESULT Read(void* buffer, uint32_t size, uint32_t* done) override;
     // Grows the stream where it must; what lies between its end and the position becomes 0.
     HRESULT Write(const void* buffer, uint32_t size, uint32_t* done) override;
-    // Also to places behind the end. E_INVALIDARG beyond 32 bits.
+    // Also to places after the end. E_INVALIDARG beyond 32 bits.
     HRESULT Seek(LARGE_INTEGER move, uint32_t origin, ULARGE_INTEGER* position) override;
     // A smaller size only lowers the number; a larger one always takes a new block. E_INVALIDARG beyond 32
     // bits, E_OUTOFMEMORY, and nothing has changed.
@@ -52,7 +52,7 @@ private:
     ReferenceCount m_references{1};
     uint8_t* m_data;
     uint32_t m_size;          // bytes
-    uint32_t m_position = 0;  // may lie behind the end
+    uint32_t m_position = 0;  // may lie after the end
     uint32_t m_mode;
     FILETIME m_created = {};
     std::unique_ptr<char16_t[]> m_name;  // or null

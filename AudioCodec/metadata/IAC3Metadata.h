@@ -22,11 +22,11 @@ struct IAC3Metadata : IAttributeContainer64 {
     virtual Result SetPictureFromImage(CImage* image /*in*/, int32_t id /*in*/, void* further /*in*/) = 0;
     // Decodes a picture. 0, also where it can't be decoded: the image is empty then; 1 where there is no such
     // picture, 2, 4 for a null receiver. Nothing is written for an object without pictures; otherwise 1 and 2
-    // give a null image.
+    // return a null image.
     virtual Result GetPictureImage(CImage** image /*out: deleted by the caller*/, int32_t& id /*in*/,
                                    char16_t** text /*out: empty, owned by the caller, may be null*/) = 0;
-    // 0, or 1 where there is no picture at all, and nothing is written; an id that isn't there gives null and
-    // 0 bytes. 2 without memory for the text, 4 for a null receiver of the data or size.
+    // 0, or 1 where there is no picture at all, and nothing is written; an id that isn't there returns null
+    // and 0 bytes. 2 without memory for the text, 4 for a null receiver of the data or size.
     virtual Result GetPictureData(const uint8_t** data /*out: borrowed, valid while the picture stays*/,
                                   uint32_t* size /*out: bytes*/,
                                   char16_t** text /*out: file extension, owned by the caller, may be null*/,

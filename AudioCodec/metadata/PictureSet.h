@@ -1,7 +1,7 @@
 // The pictures of a metadata object: encoded image bytes, each under a number. Not for two threads at once.
 //
-// Chosen where it was open: a record of which any part finds no memory isn't stored, and StorePicture then
-// gives 2 with the set as it was; a merge of a set into itself changes nothing.
+// Decisions: a record of which any part finds no memory isn't stored, and StorePicture then
+// returns 2 with the set as it was; a merge of a set into itself changes nothing.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// The codec main object, a host's way to everything else. DllVlGetClassObject gives one for CLSID_VlACWav3.
+// The codec main object, a host's way to everything else. DllVlGetClassObject returns one for CLSID_VlACWav3.
 #pragma once
 
 #include "AudioCodec/attributes/IAttributeContainer64.h"

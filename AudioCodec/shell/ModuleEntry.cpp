@@ -1,4 +1,4 @@
-// The module's entry. The build links this file last into the module, so that the attach comes behind all
+// The module's entry. The build links this file last into the module, so that the attach comes after all
 // static constructors and the detach before all static destructors. Thread notifications don't exist here.
 #include "platform/loader/ModuleEntry.h"
 

@@ -2,7 +2,7 @@
 // cleared and its static objects still stand.
 //
 // The module's table of the process is one of them: it attaches when the library is initialised, in front of
-// the entry's attach, and lets go when the library ends, behind the entry's detach.
+// the entry's attach, and lets go when the library ends, after the entry's detach.
 #pragma once
 
 #include <cstdint>

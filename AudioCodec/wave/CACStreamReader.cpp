@@ -259,7 +259,7 @@ Result CACStreamReader::SeekConverted(uint32_t origin, int64_t offset) {
     return result;
 }
 
-// Brings converter and source to m_position. A source that can't move gives its code at the next Read.
+// Brings converter and source to m_position. A source that can't move returns its code at the next Read.
 void CACStreamReader::StandAtPosition() {
     const int64_t frame = m_converter.ResetToOutputPosition(m_position);
     m_wave.SeekData(Saturating::Mul(m_sourceFormat.blockAlign, frame), kFromStart);

@@ -2,13 +2,13 @@
 // channel count. PCM of 8 and 16 bits it reads by itself; everything else it hands to an inner reader and
 // then only forwards. One thread at a time.
 //
-// Chosen where it was open. A frame size of 0, or one in a stream that contradicts channels and bits, gives
-// 1003 from the operations that would divide or read by it. Read without a direct source gives 1, or 1001
-// behind a stream of another kind. Negative positions count as 0. An origin above 2 gives 4 and moves
+// Decisions: A frame size of 0, or one in a stream that contradicts channels and bits, returns
+// 1003 from the operations that would divide or read by it. Read without a direct source returns 1, or 1001
+// after a stream of another kind. Negative positions count as 0. An origin above 2 returns 4 and moves
 // nothing, with conversion too. Every Open drops an inner reader of an earlier one. With conversion a source
-// shorter than 16 frames, or a Seek into the last 16, gives no frames. A position query (origin 1, offset 0)
-// drops the staged block: with conversion, ask where no frame may be missed only behind a Read that used its
-// block up, or count what was read.
+// shorter than 16 frames, or a Seek into the last 16, returns no frames. A position query (origin 1, offset
+// 0) drops the staged block: with conversion, ask where no frame may be missed only after a Read that used
+// its block up, or count what was read.
 #pragma once
 
 #include <memory>

@@ -23,7 +23,7 @@ constexpr uint32_t kFromEnd = 2;
 constexpr uint32_t kBlockSamples = 2048;  // converted samples on their way into the file
 constexpr uint32_t kByteBlock = 65536;    // 8-bit audio is written in blocks of this size at the most
 
-// What the converter must get at once behind a reset to fill its history: with less it begins late, and with
+// What the converter must get at once after a reset to fill its history: with less it begins late, and with
 // up to its reach it doesn't begin at all.
 constexpr uint32_t kFirstBlockFrames = 48;
 constexpr uint32_t kFilterReach = 16;
@@ -168,7 +168,7 @@ Result CACWriter::Write(const void* buffer, uint32_t frames, uint32_t* framesAcc
     if (!m_formatSelected) return RESULT_NOT_OPEN;
     if (!m_wave.HasSource()) {
         *framesAccepted = 0;
-        return m_wave.WriteData(buffer, 0);  // 1 before any Open, 1004 behind one that failed
+        return m_wave.WriteData(buffer, 0);  // 1 before any Open, 1004 after one that failed
     }
     const auto* const input = static_cast<const int16_t*>(buffer);
     return AtBorder(RESULT_NO_MEMORY, [&] {
@@ -252,7 +252,7 @@ void CACWriter::FlushGathered() {
         m_gathered.resize(size_t{kFirstBlockFrames} * m_converter.SourceChannels());
         const int64_t share = Saturating::MulDiv(frames, m_converter.PhaseCount(), m_converter.InputStep());
         ConvertGathered(static_cast<uint64_t>(std::max<int64_t>(share, 1)));
-        m_converter.ResetToInputPosition(m_position);  // the silence behind them has no tail
+        m_converter.ResetToInputPosition(m_position);  // the silence after them has no tail
     }
     ExpectFirstBlock();
 }

@@ -8,6 +8,6 @@
 // Stores the number of extensions, if the pointer isn't null. Always 0.
 Result CountReadExtensions(uint32_t* count);
 
-// Gives an extension without its dot, allocated by `memory` and owned by the caller. 8 for a null pointer or
-// an unknown index, which gets an empty text; 2 without memory.
+// Returns an extension without its dot, allocated by `memory` and owned by the caller. 8 for a null pointer
+// or an unknown index, which gets an empty text; 2 without memory.
 Result GiveReadExtension(IMemory& memory, uint32_t index, char16_t** extension);

@@ -24,7 +24,7 @@ constexpr int kRate = 44100;
 constexpr uint32_t kBlockFrames = 4096;
 constexpr const char* kCodecs[] = {"adpcm_ima_wav", "adpcm_ms"};
 
-// Demuxes and decodes the whole file with libavformat and libavcodec; gives the frames.
+// Demuxes and decodes the whole file with libavformat and libavcodec; returns the frames.
 int64_t DecodeByLibrary(const ScopedFile& file) {
     AVFormatContext* format = nullptr;
     if (avformat_open_input(&format, file.Path().c_str(), nullptr, nullptr) < 0) return 0;
@@ -50,7 +50,7 @@ int64_t DecodeByLibrary(const ScopedFile& file) {
     return frames;
 }
 
-// Opens the file at its own rate and reads at most that many frames; gives the frames that came.
+// Opens the file at its own rate and reads at most that many frames; returns the frames that came.
 int64_t ReadByModule(const ScopedFile& file, int64_t most) {
     const auto reader = RefPtr<CACStreamReader>::Retain(new CACStreamReader);
     if (reader->Open(file.Wide().c_str(), OPEN_READ_ONLY) != RESULT_OK) return 0;

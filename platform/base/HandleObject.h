@@ -4,7 +4,7 @@
 
 #include "platform/base/LastError.h"
 
-// The value that CreateFileW gives for "no file". Elsewhere "none" is null.
+// The value that CreateFileW returns for "no file". Elsewhere "none" is null.
 // NOLINTNEXTLINE(performance-no-int-to-ptr): it is no address
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(static_cast<intptr_t>(-1));
 
@@ -35,14 +35,14 @@ public:
     template <class T>
     static T* From(HANDLE handle);
 
-    // Any object; null and the invalid value give null with last error 6.
+    // Any object; null and the invalid value return null with last error 6.
     static HandleObject* FromAny(HANDLE handle);
 
 private:
     const uint32_t m_kinds;
 };
 
-// Releases what the handle stands for. Gives 0 with last error 6 for null and the invalid value.
+// Releases what the handle stands for. Returns 0 with last error 6 for null and the invalid value.
 VL_PLATFORM_API BOOL CloseHandle(HANDLE handle);
 
 template <class T>

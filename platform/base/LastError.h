@@ -44,7 +44,7 @@ inline constexpr DWORD ERROR_RESOURCE_LANG_NOT_FOUND = 1815;
 VL_PLATFORM_API DWORD GetLastError();
 VL_PLATFORM_API void SetLastError(DWORD error);
 
-// Sets the last error and gives the value of a failed call: `return FailWith(ERROR_INVALID_HANDLE);`
+// Sets the last error and returns the value of a failed call: `return FailWith(ERROR_INVALID_HANDLE);`
 inline BOOL FailWith(DWORD error) {
     SetLastError(error);
     return FALSE;

@@ -14,7 +14,7 @@ using UINT = uint32_t;
 using WCHAR = char16_t;  // one UTF-16 unit
 using HRESULT = int32_t;
 using HANDLE = void*;   // a kernel object, opaque; closed by CloseHandle
-using HMODULE = void*;  // a module in memory: the very value that dlopen gives for it
+using HMODULE = void*;  // a module in memory: the very value that dlopen returns for it
 
 inline constexpr BOOL FALSE = 0;
 inline constexpr BOOL TRUE = 1;

@@ -14,7 +14,7 @@ struct SYSTEM_INFO {
 VL_PLATFORM_API void GetSystemInfo(SYSTEM_INFO* info);
 
 // A new block of `size` bytes; null with last error 8 if there is no memory. Only new blocks (a null address)
-// that are committed at once for reading and writing are supported: all else, and a size of 0, gives 87.
+// that are committed at once for reading and writing are supported: all else, and a size of 0, returns 87.
 VL_PLATFORM_API void* VirtualAlloc(void* address, size_t size, DWORD type, DWORD protection);
 // Frees a whole block: the size must be 0 and the type MEM_RELEASE, otherwise 0 with last error 87.
 VL_PLATFORM_API BOOL VirtualFree(void* address, size_t size, DWORD type);

@@ -19,7 +19,7 @@ using DllGetClassObjectFunction = HRESULT (*)(const GUID& classId, const GUID& i
 inline constexpr DWORD CLSCTX_INPROC_SERVER = 1;
 inline constexpr DWORD CLSCTX_INPROC_HANDLER = 2;
 
-// Makes an object of a class and gives one reference on its interface `iid`. Knows the classes of the media
+// Makes an object of a class and returns one reference on its interface `iid`. Knows the classes of the media
 // layer, whose library it loads when the first one is asked for, and those that are registered. Fails with
 // REGDB_E_CLASSNOTREG for a class that nobody has, CO_E_DLLNOTFOUND where the class's module can't be loaded
 // (the media layer's, without the decoder's libraries), or the class's own code. `outer` must be null. Loaded

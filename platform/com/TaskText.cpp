@@ -6,7 +6,7 @@
 #include <string>
 
 namespace {
-constexpr size_t kPrefixSize = 8;  // the length fills the last 4 bytes; the text lies aligned behind it
+constexpr size_t kPrefixSize = 8;  // the length fills the last 4 bytes; the text lies aligned after it
 }
 
 WCHAR* SysAllocString(const WCHAR* text) {

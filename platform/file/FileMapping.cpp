@@ -27,7 +27,7 @@ struct Views {
     Mutex lock;
     std::map<const void*, size_t> sizes VL_GUARDED_BY(lock);  // bytes
 
-    // Built by the first view and gone behind the last module that maps.
+    // Built by the first view and gone after the last module that maps.
     static Views& Instance() {
         static Views views;
         return views;

@@ -18,7 +18,7 @@ VL_PLATFORM_API HANDLE CreateFileMappingA(HANDLE file, SECURITY_ATTRIBUTES* secu
 // Another handle to the process's mapping of that name; null with last error 2 if there is none.
 VL_PLATFORM_API HANDLE OpenFileMappingA(DWORD access, BOOL inherit, const char* name);
 
-// The bytes of a mapping in memory, until UnmapViewOfFile, also behind the end of the handle. `size` 0 means
+// The bytes of a mapping in memory, until UnmapViewOfFile, also after the end of the handle. `size` 0 means
 // the whole. Null with a last error.
 VL_PLATFORM_API void* MapViewOfFile(HANDLE mapping, DWORD access, DWORD offsetHigh, DWORD offsetLow,
                                     size_t size);

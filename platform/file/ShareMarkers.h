@@ -1,4 +1,4 @@
-// The share mode of an open file, as locks on four marker bytes far behind any data. They hold between
+// The share mode of an open file, as locks on four marker bytes far past any data. They hold between
 // handles, threads and processes, and end with the file, also when its process is killed.
 //
 //   for each of reading and writing:   | someone has the access | someone denies it |

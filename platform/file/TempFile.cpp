@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::string_view kMarks = "XXXXXX";  // what the system replaces, in plain letters
 
-// Runs `work`, which gives an errno.
+// Runs `work`, which returns an errno.
 template <class Work>
 BOOL Answered(Work work) {
     const auto onThrow = [](bool) { return FailWith(ERROR_NOT_ENOUGH_MEMORY); };

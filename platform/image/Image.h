@@ -6,7 +6,7 @@
 //
 // Images may be made and deleted on any thread; one thread at a time uses an image.
 //
-// Chosen where it was open: rows run from the top down, and the pitch is positive; a side has at most 32767
+// Decisions: rows run from the top down, and the pitch is positive; a side has at most 32767
 // pixels and an image at most 512 MiB; colours are 0xAARRGGBB with 255 for opaque, in palettes too, so that
 // an indexed picture keeps its transparency; a failed Load leaves the image as it was.
 #pragma once

@@ -15,7 +15,7 @@ constexpr uint32_t kInfoHeaderSize = 40;
 constexpr uint32_t kV4HeaderSize = 108;
 constexpr uint32_t kHeaderSizes[] = {kCoreHeaderSize, kInfoHeaderSize, 52, 56, 64, kV4HeaderSize, 124};
 constexpr uint32_t kMaxHeaderSize = 124;
-constexpr uint32_t kMasksPlace = 40;  // in the header where it has them, else behind it
+constexpr uint32_t kMasksPlace = 40;  // in the header where it has them, else after it
 
 enum Compression : uint32_t { kPlain = 0, kRunLength8 = 1, kRunLength4 = 2, kMasks = 3, kMasksWithAlpha = 6 };
 
@@ -30,7 +30,7 @@ constexpr Masks kMasks8888 = {0xFF0000, 0xFF00, 0xFF, 0xFF000000};
 
 // The file in a form that all headers come to.
 struct BmpHeader {
-    uint32_t size = 0;    // bytes of the header behind the file header
+    uint32_t size = 0;    // bytes of the header after the file header
     uint32_t offset = 0;  // of the pixels, from the start of the file
     int64_t width = 0;
     int64_t height = 0;
@@ -80,7 +80,7 @@ void LoadInfo(const uint8_t* bytes, BmpHeader& header) {
     header.colors = LoadLE32(bytes + 32);
 }
 
-// The masks stand in a header that is large enough, else behind it. From here on they are told by one kind.
+// The masks stand in a header that is large enough, else after it. From here on they are told by one kind.
 bool ReadMasks(ImageSource& source, const uint8_t* bytes, BmpHeader& header) {
     if (header.compression != kMasks && header.compression != kMasksWithAlpha) return true;
     const bool withAlpha = header.compression == kMasksWithAlpha || header.size > 52;
@@ -113,7 +113,7 @@ bool ReadHeader(ImageSource& source, BmpHeader& header) {
            header.height <= kMaxImageSide && ReadMasks(source, bytes, header);
 }
 
-// Behind the header, as far as there is room in front of the pixels.
+// After the header, as far as there is room in front of the pixels.
 bool ReadPalette(ImageSource& source, BmpHeader& header, Raster& raster) {
     const uint32_t entrySize = header.size == kCoreHeaderSize ? 3 : 4;
     const uint32_t most = 1u << header.bits;

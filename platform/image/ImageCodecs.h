@@ -1,5 +1,5 @@
 // The decoders and encoders, each in a file of its own. A decoder reads one whole image of its format and
-// gives E_FAIL for anything else, whatever the bytes are; an encoder writes one. Both may throw
+// returns E_FAIL for anything else, whatever the bytes are; an encoder writes one. Both may throw
 // std::bad_alloc, which ends in ImageCodecs.cpp.
 //
 // libjpeg and libpng leave by longjmp: what they call, and what calls them down to the setjmp, holds no

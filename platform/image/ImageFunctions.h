@@ -15,7 +15,7 @@ struct ImageTarget {
 using ImageEncoder = HRESULT (*)(const Raster& raster, const ImageTarget& target);
 
 struct ImageFunctions {
-    // Decodes into `raster`, which is in no particular state behind a failure.
+    // Decodes into `raster`, which is in no particular state after a failure.
     HRESULT (*decode)(IStream& stream, Raster& raster);
     // The encoder for a format, or where that is null for an extension with its dot; null if there is none.
     ImageEncoder (*findEncoder)(const GUID* format, const WCHAR* extension);

@@ -6,7 +6,7 @@
 
 #include "platform/image/ImageCodecs.h"
 
-// Behind our own headers: these two bring macros of the names TRUE and FALSE.
+// After our own headers: these two bring macros of the names TRUE and FALSE.
 #include <jpeglib.h>
 
 #include <jerror.h>

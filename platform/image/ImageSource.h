@@ -21,7 +21,7 @@ public:
     bool Require(size_t size);
     // Takes the next block in place of what is left; false at the end.
     bool Refill();
-    // Reads so many bytes, gives how many came.
+    // Reads so many bytes, returns how many came.
     size_t Read(uint8_t* bytes, size_t size);
     bool ReadAll(uint8_t* bytes, size_t size) { return Read(bytes, size) == size; }
     bool Skip(uint64_t size);

@@ -46,7 +46,7 @@ struct __attribute__((visibility("default"))) Raster {
     size_t pitch = 0;     // bytes
     std::unique_ptr<uint8_t[], HeapFree> bits;
     uint32_t paletteSize = 0;            // entries that the source named
-    uint32_t palette[kMaxPalette] = {};  // 0xAARRGGBB; opaque black behind the size
+    uint32_t palette[kMaxPalette] = {};  // 0xAARRGGBB; opaque black after the size
 
 private:
     uint32_t NearestIndex(uint32_t color) const;

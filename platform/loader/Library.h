@@ -8,7 +8,7 @@ inline constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 8;  // how modules are se
 // Any function; the caller knows the real type.
 using FARPROC = void (*)();
 
-// Loads the module at a path in the system's bytes, or counts one loading more, and gives its handle: one
+// Loads the module at a path in the system's bytes, or counts one loading more, and returns its handle: one
 // value for one module, the same that its entry gets. A path without "/" is looked for where the system keeps
 // libraries. Null with last error 126 if it can't be loaded, 87 for a `file` or another flag.
 VL_PLATFORM_API HMODULE LoadLibraryExA(const char* path, HANDLE file, DWORD flags);

@@ -5,7 +5,7 @@
 //   static const ModuleEntryNotifier s_entry(&ModuleEntry);
 //
 // stands in the file that is linked last into the module. Its static objects are then built last: the attach
-// comes behind all static constructors, and the detach before all static destructors, at unload and at
+// comes after all static constructors, and the detach before all static destructors, at unload and at
 // process exit alike. A static object inside a function that first runs later is gone before the detach.
 #pragma once
 
@@ -18,7 +18,7 @@ inline constexpr DWORD DLL_PROCESS_ATTACH = 1;
 using ModuleEntryFunction = BOOL (*)(HMODULE instance, DWORD reason, void* reserved);
 
 // For ModuleEntryNotifier. Notes the module that holds `address`, with its whole path while a relative one
-// can still be followed, and gives its handle.
+// can still be followed, and returns its handle.
 VL_PLATFORM_API HMODULE VlModuleAttached(const void* address);
 VL_PLATFORM_API void VlModuleDetached(HMODULE instance);
 

@@ -3,7 +3,7 @@
 
 #include "platform/base/Types.h"
 
-// The whole path of a module that has been attached (ModuleEntry.h), terminated; `size` is in units. Gives
+// The whole path of a module that has been attached (ModuleEntry.h), terminated; `size` is in units. Returns
 // its length, or 0 with last error 6 for another module. One too long is cut: the result is then `size`, with
 // last error 122.
 VL_PLATFORM_API DWORD GetModuleFileNameW(HMODULE module, WCHAR* buffer, DWORD size);

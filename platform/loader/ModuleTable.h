@@ -10,7 +10,7 @@
 
 class ModuleTable {
 public:
-    // One for the process, built by the first module and gone behind the last.
+    // One for the process, built by the first module and gone after the last.
     static ModuleTable& Instance();
 
     void Add(HMODULE module, const std::string& path);

@@ -14,7 +14,7 @@ struct BlockTables {
     Mutex lock;
     std::map<HMODULE, Blocks> tables VL_GUARDED_BY(lock);
 
-    // Built by the first module that has resources, and gone behind the last.
+    // Built by the first module that has resources, and gone after the last.
     static BlockTables& Instance() {
         static BlockTables instance;
         return instance;

@@ -15,8 +15,8 @@ public:
     int Channels() const { return m_channels; }
     int SampleRate() const { return m_sampleRate; }  // Hz
 
-    // Takes a packet in, behind which kPadding zero bytes stand; an empty one ends the stream. Then Receive
-    // is to be called until it gives null.
+    // Takes a packet in, after which kPadding zero bytes stand; an empty one ends the stream. Then Receive
+    // is to be called until it returns null.
     void Send(std::span<BYTE> packet);
     // The next frame, of the format above and a form that can be converted; valid until the next call.
     const AVFrame* Receive();

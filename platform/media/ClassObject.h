@@ -6,7 +6,7 @@
 
 using MakeObject = HRESULT (*)(const GUID& iid, void** object);
 
-// Makes a T and gives its face.
+// Makes a T and returns its face.
 template <class T>
 HRESULT MakeInstance(const GUID& iid, void** object) {
     return AtBorder(ResultOfThrow, [&] { return Make<T>()->QueryInterface(iid, object); });

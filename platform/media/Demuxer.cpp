@@ -29,7 +29,7 @@ constexpr FormatRow kFormats[] = {
     {"BW64", "WAVE", "wav"}, {"FORM", "AIFF", "aiff"}, {"FORM", "AIFC", "aiff"},
 };
 
-// The demuxer for what the stream starts with, or null. The stream goes on behind those bytes.
+// The demuxer for what the stream starts with, or null. The stream goes on after those bytes.
 const AVInputFormat* FindFormat(std::string_view head) {
     for (const FormatRow& row : kFormats) {
         if (head.substr(0, 4) == row.id && head.substr(8, 4) == row.type)

@@ -15,13 +15,13 @@ public:
     // Reads up to the first packet, from the start. VFW_E_INVALID_FILE_FORMAT for what can't be read.
     HRESULT Open();
 
-    // Of the stream, behind an Open that succeeded.
+    // Of the stream, after an Open that succeeded.
     const AVCodecParameters& Codec() const { return *Stream().codecpar; }
     // In units of 100 ns; a failure where the file doesn't tell.
     HRESULT Duration(REFERENCE_TIME& duration) const;
 
     // Makes Next go on from a place from which decoding gives frame `frame` as it is in a straight read.
-    // Gives that place in frames, 0 or `frame`.
+    // Returns that place in frames, 0 or `frame`.
     HRESULT MoveTo(int64_t frame, int64_t& place);
 
     // The next packet, or S_FALSE at the end, which damage also is.
@@ -38,9 +38,9 @@ private:
     const bool m_honoursPositions;
     const std::atomic<bool>& m_stop;
     std::unique_ptr<ReaderIo> m_io;
-    UniqueFormatContext m_format;  // null behind a failed Open; goes in front of m_io
+    UniqueFormatContext m_format;  // null after a failed Open; goes in front of m_io
     size_t m_stream = 0;
-    UniquePacket m_first;      // read by Open, not yet given; empty behind that
+    UniquePacket m_first;      // read by Open, not yet given; empty after that
     int64_t m_dataStart = -1;  // where the first packet's bytes lie in the file, if known
     bool m_atStart = false;    // nothing was given since Open
 };

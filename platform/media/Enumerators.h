@@ -1,4 +1,4 @@
-// Enumerators over a list as it was when they were made; what changes behind that they don't see.
+// Enumerators over a list as it was when they were made; what changes after that they don't see.
 #pragma once
 
 #include <vector>

@@ -129,7 +129,7 @@ void FilterGraph::VisitBehind(IBaseFilter* filter, std::vector<IBaseFilter*>& se
     order.push_back(Filter::Retain(filter));
 }
 
-// All filters are asked, also behind one that refuses or takes its time. The first failure is the result,
+// All filters are asked, also after one that refuses or takes its time. The first failure is the result,
 // else S_FALSE if one isn't there yet.
 template <class Change>
 HRESULT FilterGraph::ChangeState(FILTER_STATE state, Change change) {

@@ -1,7 +1,7 @@
 // The filter graph manager: it holds filters, connects their pins, with the parser between them where that is
 // needed, changes the state of all of them in the right order, and passes questions on positions to the
 // filter that reads last. It stops and takes apart what is left when it goes. Names need not be unique; no
-// clock, no events, and no filters looked up for a file: those operations give E_NOTIMPL. Any thread.
+// clock, no events, and no filters looked up for a file: those operations return E_NOTIMPL. Any thread.
 #pragma once
 
 #include <mutex>

@@ -94,7 +94,7 @@ protected:
 };
 inline constexpr GUID IID_IQualityControl = MakeGuid("56A868A5-0AD4-11CE-B03A-0020AF0BA770");
 
-// Enumerators: Next gives S_OK when `count` things came, else S_FALSE. `fetched` may be null for a count
+// Enumerators: Next returns S_OK when `count` things came, else S_FALSE. `fetched` may be null for a count
 // of 1.
 struct IEnumPins : IUnknown {
     virtual HRESULT Next(ULONG count /*in*/, IPin** pins /*out*/, ULONG* fetched /*out*/) = 0;

@@ -73,7 +73,7 @@ struct IMediaControl : IDispatch {
     virtual HRESULT Run() = 0;
     virtual HRESULT Pause() = 0;
     virtual HRESULT Stop() = 0;
-    // VFW_S_STATE_INTERMEDIATE while a change is still under way behind the timeout.
+    // VFW_S_STATE_INTERMEDIATE while a change is still under way after the timeout.
     virtual HRESULT GetState(LONG milliseconds /*in*/, OAFilterState* state /*out*/) = 0;
     virtual HRESULT RenderFile(BSTR file /*in*/) = 0;
     virtual HRESULT AddSourceFilter(BSTR file /*in*/, IDispatch** filter /*out*/) = 0;

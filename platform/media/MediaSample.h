@@ -11,7 +11,7 @@
 
 class MediaSample final : public ComObject<IMediaSample> {
 public:
-    // Zero bytes that stand behind the data, for decoders that read ahead.
+    // Zero bytes that stand after the data, for decoders that read ahead.
     static constexpr size_t kPadding = 64;
 
     MediaSample() = default;

@@ -2,7 +2,7 @@
 // other. It moves the data of its graph, on a thread of its own that lives from Pause to Stop. It reads the
 // head of the file when it is connected. A seek makes the thread start again: at the place itself, where the
 // source is a file and frames stand for themselves, else at the start; the first packet's time, counted from
-// the place, then says how much is to be dropped behind the decoder.
+// the place, then says how much is to be dropped after the decoder.
 #pragma once
 
 #include <thread>

@@ -51,7 +51,7 @@ protected:
     virtual bool Takes(const AM_MEDIA_TYPE&) { return false; }
     // The last step of a connection, under the filter's lock; a failure undoes it.
     virtual HRESULT Connected(IPin& peer, const AM_MEDIA_TYPE& type) = 0;
-    // Also behind a failed Connected.
+    // Also after a failed Connected.
     virtual void Disconnected() {}
 
 private:

@@ -1,4 +1,4 @@
-// The pins of a filter that may be anyone's, as its enumerator gives them.
+// The pins of a filter that may be anyone's, as its enumerator returns them.
 #pragma once
 
 #include <vector>

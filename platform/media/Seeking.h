@@ -35,7 +35,7 @@ protected:
     virtual HRESULT Duration(REFERENCE_TIME& duration) = 0;
     // Where the stream was last told to start from.
     virtual REFERENCE_TIME StartPosition() = 0;
-    // Makes the stream go on from `position`, which isn't negative; one behind the end ends it.
+    // Makes the stream go on from `position`, which isn't negative; one after the end ends it.
     virtual HRESULT SeekTo(REFERENCE_TIME position) = 0;
 };
 

@@ -27,14 +27,14 @@ private:
         void operator()(sqlite3* database) const noexcept { sqlite3_close(database); }
     };
 
-    // Runs `work` as a whole: what it did stays if it gives 0.
+    // Runs `work` as a whole: what it did stays if it returns 0.
     template <class Work>
     DWORD Transact(Work work);
     DWORD Run(const char* statements);
     DWORD Walk(Key from, std::string_view path, Key& key);
     DWORD FindChild(Key parent, std::string_view name, Key& key);
     DWORD AddChild(Key parent, std::string_view name, Key& key);
-    DWORD Failure() const;  // behind a call of the database that failed: the platform's code
+    DWORD Failure() const;  // after a call of the database that failed: the platform's code
 
     std::mutex m_lock;  // the connection, between the start and the end of an operation
     std::unique_ptr<sqlite3, Closer> m_database;

@@ -20,7 +20,7 @@ struct NamedObjects::Table {
     }
 };
 
-// One for the process, built by the first named object and gone behind the last module that uses one.
+// One for the process, built by the first named object and gone after the last module that uses one.
 NamedObjects::Table& NamedObjects::Instance() {
     static Table table;
     return table;

@@ -1,5 +1,5 @@
 // A thread behind a handle: to be had once its function has returned. A handle that is closed earlier leaves
-// the thread running; one that is closed later waits for the last steps of the thread, so that behind it no
+// the thread running; one that is closed later waits for the last steps of the thread, so that after it no
 // code of the thread runs any more.
 #pragma once
 

@@ -1,10 +1,10 @@
 // Objects that a thread can wait for, behind handles that CloseHandle closes. An object must not be closed
 // while a thread waits for it.
 //
-// Whatever creates one gives null with a last error when it can't: 8 where there is no memory, 87 for
-// security other than null. With a name, which may be null, it gives another handle to the object that has
+// Whatever creates one returns null with a last error when it can't: 8 where there is no memory, 87 for
+// security other than null. With a name, which may be null, it returns another handle to the object that has
 // this name in the process, whose state stays as it is, with last error 183, else a new object with last
-// error 0; a name that another kind of object has gives null with last error 6.
+// error 0; a name that another kind of object has returns null with last error 6.
 #pragma once
 
 #include "platform/base/Types.h"
@@ -33,7 +33,7 @@ VL_PLATFORM_API BOOL SetEvent(HANDLE event);
 VL_PLATFORM_API BOOL ResetEvent(HANDLE event);
 
 // A semaphore, which is to be had while its count is above 0; each wait takes 1. A count below 0 or above the
-// maximum, or a maximum below 1, gives 87.
+// maximum, or a maximum below 1, returns 87.
 VL_PLATFORM_API HANDLE CreateSemaphoreA(SECURITY_ATTRIBUTES* security, LONG count, LONG maximum,
                                         const char* name);
 // Adds to the count; `before` (null if it isn't wanted) gets what it was. 0 with last error 87 for less than

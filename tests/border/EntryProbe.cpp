@@ -23,7 +23,7 @@ struct Probe {
     ~Probe() { RecordWithState("destroyed"); }
 };
 
-// Before all static objects of the module and behind them.
+// Before all static objects of the module and after them.
 __attribute__((init_priority(1000))) const Probe s_probe;
 
 }  // namespace

@@ -32,7 +32,7 @@ protected:
         unsetenv("TMPDIR");
     }
 
-    // Runs `work` in a process of its own and gives how that ended; 0 is well, by exit.
+    // Runs `work` in a process of its own and returns how that ended; 0 is well, by exit.
     static int InProcess(const std::function<bool()>& work) {
         const pid_t child = fork();
         if (child == 0) std::exit(work() ? 0 : 2);
@@ -102,7 +102,7 @@ TEST_F(ModuleTable, AModuleThatGoesAsksThoseThatAreListedAndFollowsTheirChanges)
 TEST_F(ModuleTable, AnExitAndAThreadThatLoadsAModuleDoNotWaitForEachOther) {
     const int status = InProcess([] {
         alarm(60);
-        // With what the layer keeps built before it, the thread is joined behind the module and before that.
+        // With what the layer keeps built before it, the thread is joined after the module and before that.
         if (!FreeLibrary(Load(VL_PROBE_MODULE))) return false;
         static std::jthread loader;
         const HMODULE first = Load(VL_FIRST_MODULE);
@@ -124,7 +124,7 @@ TEST_F(ModuleTable, ACountThatIsTooLargeEndsWithTheTable) {
     const int status = InProcess([] {
         const HMODULE first = Load(VL_FIRST_MODULE);
         const HMODULE module = Load(VL_MODULE);
-        // What lies behind the table has no business there, and behind that there is no memory.
+        // What lies after the table has no business there, and after that there is no memory.
         if (!module || !Enter(first, kWords - 1) || !Enter(first, kWords)) return false;
         Words()[0] = ~uint64_t{0};
         return FreeLibrary(module) != FALSE;

@@ -62,7 +62,7 @@ TEST(AllocatorThreads, ASampleThatComesBackEndsTheDecommitAndTheAllocator) {
     BYTE* buffer = nullptr;
     EXPECT_EQ(sample->GetPointer(&buffer), S_OK);
     buffer[9] = 1;   // the memory is there as long as the sample is out
-    sample.Reset();  // a leak or a use behind the end is the sanitizer's to find
+    sample.Reset();  // a leak or a use after the end is the sanitizer's to find
 }
 
 TEST(AllocatorThreads, WaitersGetWhatComesBackAndFailWithTheDecommit) {

@@ -51,7 +51,7 @@ TEST(BasePin, AgreesOnTheFirstTypeThatFitsOrGivesTheReason) {
         uint32_t wish;                            // 0: none
         std::vector<HRESULT> answers;             // the receiver's, to the types 0, 1, …
         HRESULT result;
-        uint32_t agreed;  // behind a success
+        uint32_t agreed;  // after a success
     };
     const Row rows[] = {{"receiver's first", {1}, {2}, 0, {0, 0, 0}, S_OK, 2},
                         {"then its own", {1}, {2}, 0, {0, 0, kNo}, S_OK, 1},
@@ -88,7 +88,7 @@ TEST(BasePin, AConnectionThatCantBeCompletedIsTakenBackAtBothEnds) {
         EXPECT_EQ(std::exchange(pair.Out().calls, {}), outCalls);
         EXPECT_EQ(std::exchange(pair.In().calls, {}), inCalls);
     };
-    pair.Out().answers['C'] = VFW_E_NO_TRANSPORT;  // behind the receiver's yes
+    pair.Out().answers['C'] = VFW_E_NO_TRANSPORT;  // after the receiver's yes
     expectRefusal(VFW_E_NO_TRANSPORT, "CBB", "CB");
     pair.In().answers['C'] = E_UNEXPECTED;
     expectRefusal(E_UNEXPECTED, "BB", "CB");

@@ -84,7 +84,7 @@ TEST_F(MediaSample, PropertiesAreTakenAsFarAsTheyReachAndWhatIsWrongChangesNothi
     wanted.cbData = kToStop;
     EXPECT_EQ(SetProperties(wanted), S_OK);
     EXPECT_EQ(Properties().tStop, 77);
-    EXPECT_EQ(Properties().dwStreamId, 0U);                             // behind cbData
+    EXPECT_EQ(Properties().dwStreamId, 0U);                             // after cbData
     EXPECT_EQ(Properties().dwSampleFlags & AM_SAMPLE_TYPECHANGED, 0U);  // a flag alone makes no type
     wanted.cbData = kAll;
     EXPECT_EQ(SetProperties(wanted), S_OK);

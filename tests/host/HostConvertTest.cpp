@@ -127,7 +127,7 @@ TEST_F(HostConvert, AnExistingOutputAndTheInputItselfStayAsTheyAre) {
 }
 
 TEST_F(HostConvert, ADiskThatFillsUpAnywhereLeavesNothingBehind) {
-    // 1024 bytes (two blocks of the shell) fill up in the audio, with the tags that Close writes, or behind
+    // 1024 bytes (two blocks of the shell) fill up in the audio, with the tags that Close writes, or after
     // all (which is enough).
     WriteWav("audio.wav", 2, 44100, 16, 1000);
     WriteWav("tags.wav", 2, 44100, 16, 240);

@@ -5,9 +5,9 @@ namespace {
 class HostTag : public VlwavTest {
 protected:
     // One second, and an "INFO" list of one chunk in front of what follows.
-    void WriteTagged(const std::string& id, std::string_view content, std::string_view behind = "") const {
+    void WriteTagged(const std::string& id, std::string_view content, std::string_view after = "") const {
         WavImage image = WavImage().Fmt(1, 1, 8000, 8).Chunk("data", std::string(8000, 'x'));
-        WriteImage("a.wav", image.Info(WavImage(WavImage::Empty{}).Chunk(id, content)).Bytes(behind));
+        WriteImage("a.wav", image.Info(WavImage(WavImage::Empty{}).Chunk(id, content)).Bytes(after));
     }
 };
 

@@ -67,7 +67,7 @@ protected:
             .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     }
     void WriteImage(const std::string& name, const WavImage& image) const { WriteBytes(name, image.Text()); }
-    // A PCM file of a saw wave with `frames` frames; gives its audio bytes.
+    // A PCM file of a saw wave with `frames` frames; returns its audio bytes.
     std::string WriteWav(const std::string& name, uint16_t channels, uint32_t rate, uint16_t bits,
                          uint32_t frames) const {
         std::string audio;

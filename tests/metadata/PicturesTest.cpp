@@ -171,7 +171,7 @@ TEST_F(PicturesThroughFiles, AnImageComesBackAsItLookedAndItsBytesAreNotCopied) 
     Bytes bytes(record.data.get(), record.data.get() + record.size);
     EXPECT_GT(bytes.size(), 4096U);  // more than one block of the decoder's source
     const size_t ballast = 8 << 20;
-    bytes.resize(bytes.size() + ballast);  // behind the image's end
+    bytes.resize(bytes.size() + ballast);  // after the image's end
     EXPECT_EQ(set.StorePicture(bytes.data(), bytes.size(), u"", u"", 0), RESULT_OK);
     const size_t before = AllocatedSoFar().bytes;
     const ImagePtr back = GetImage(*metadata, 0);
@@ -266,7 +266,7 @@ TEST(MemoryStream, WritesAndGrowsWithoutTouchingWhatItBorrowed) {
     EXPECT_EQ(Rest(*stream, 0), (Bytes{1, 2, 3, 4, 0, 0, 0, 0, 0, 0, 'x', 'y'}));
     EXPECT_EQ(bytes, (Bytes{1, 2, 3, 4}));
     EXPECT_EQ(Rest(*stream, 20), Bytes{});
-    // Less only lowers the number; what comes back behind it is new.
+    // Less only lowers the number; what comes back after it is new.
     for (const uint64_t size : {2U, 4U}) EXPECT_EQ(stream->SetSize(Size(size)), S_OK);
     EXPECT_EQ(Rest(*stream, 0), (Bytes{1, 2, 0, 0}));
     EXPECT_EQ(stream->SetSize(Size(uint64_t{1} << 32)), E_INVALIDARG);

@@ -54,7 +54,7 @@ TEST(Tags, TheTagChunkIsWrittenToTheByte) {
 
 TEST(Tags, ADamagedTagChunkGivesTheWholeEntriesInFront) {
     const TagPairs all{{u"a", u"1"}, {u"", u"x=y"}, {u"c", u""}};
-    const size_t ends[] = {8, 19, 25};  // behind which each is whole
+    const size_t ends[] = {8, 19, 25};  // after which each is whole
     const Chunks stored = Stored(all);
     const std::string_view whole = stored.Find(FourCC("vltg")).value();
     for (size_t length = 0; length <= whole.size(); ++length) {

@@ -13,7 +13,7 @@ class ByteStream final : public IStream {
 public:
     explicit ByteStream(std::vector<uint8_t> bytes) : m_bytes(std::move(bytes)) {}
 
-    // Calls of Read and Seek are counted from 0; the one of this number and all behind it fail.
+    // Calls of Read and Seek are counted from 0; the one of this number and all after it fail.
     uint64_t failFromCall = std::numeric_limits<uint64_t>::max();
     // The call of this number reads one byte less than it could.
     uint64_t shortCall = std::numeric_limits<uint64_t>::max();

@@ -1,4 +1,4 @@
-// Makes the heap run out: while one stands, `operator new` of this thread fails behind `allocations`
+// Makes the heap run out: while one stands, `operator new` of this thread fails after `allocations`
 // successes, and goes on failing unless it is to fail once. Only in programs that link FailingAllocator.cpp.
 #pragma once
 
@@ -21,8 +21,8 @@ struct Allocated {
 };
 Allocated AllocatedSoFar();
 
-// Runs `work` with ever more memory until it no longer gives `failure`, and gives what it gave then. `check`
-// runs behind every failure.
+// Runs `work` with ever more memory until it no longer returns `failure`, and returns what it gave then.
+// `check` runs after every failure.
 template <class Result, class Work, class Check>
 Result RunWithMoreMemory(Result failure, Work work, Check check) {
     for (int allocations = 0;; ++allocations) {

@@ -21,9 +21,9 @@ const Tags kFresh[] = {
     {{FourCC("INAM"), std::string(90, 'n')}},
 };
 
-// Runs `disturb(file, fresh, n)`, a save that is disturbed at its n-th place, until it gives false: there are
-// no more. Behind each the file is sound, and the next save brings it into order. With a stride, only every
-// so many pairs of layout and tags.
+// Runs `disturb(file, fresh, n)`, a save that is disturbed at its n-th place, until it returns false: there
+// are no more. After each the file is sound, and the next save brings it into order. With a stride, only
+// every so many pairs of layout and tags.
 template <class Disturb>
 void EveryDisturbance(Disturb disturb, size_t stride = 1) {
     const std::vector<Layout> layouts = Layouts();

@@ -59,7 +59,7 @@ inline std::vector<Layout> Layouts() {
         {"list between", listed(plain).Chunk("cue ", "\0\0\0\0"s).Sized()},
         {"foreign chunks around",
          listed(sound(foreign).Chunk("LIST", "adtlnote").Chunk("smpl", "12345")).Sized()},
-        {"foreign chunks behind", sound(foreign).Chunk("id3 ", "ID3\4").Sized(), kAudio, {}},
+        {"foreign chunks after", sound(foreign).Chunk("id3 ", "ID3\4").Sized(), kAudio, {}},
         {"long record",
          listed(sound(WavImage(longRecord).Bytes(std::string(22, 'g')).Chunk("JUNK", "abc"))).Sized()},
         {"record of 18 bytes", listed(sound(record18)).Sized()},
@@ -136,7 +136,7 @@ inline void ExpectSound(const ScopedFile& file, const Layout& layout, const Tags
     EXPECT_TRUE(wave.Chunks() == layout.old || wave.Chunks() == fresh);
 }
 
-// What holds behind a save that nothing disturbed.
+// What holds after a save that nothing disturbed.
 inline void ExpectSaved(const ScopedFile& file, const Layout& layout, const Tags& fresh) {
     ExpectSound(file, layout, fresh);
     const std::string before = layout.image.Text();

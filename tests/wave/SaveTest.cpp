@@ -55,7 +55,7 @@ TEST(Save, LeavesAloneWhatItCannotRewrite) {
     EXPECT_TRUE(Bytes(file) == before);
 }
 
-// A file with holes: `head`, and `rest` at a place far behind.
+// A file with holes: `head`, and `rest` at a place far past.
 void WriteSparse(const ScopedFile& file, const WavImage& head, uint64_t place, const WavImage& rest) {
     file.Write(head.Image());
     std::fstream stream(file.Path(), std::ios::binary | std::ios::in | std::ios::out);
@@ -70,7 +70,7 @@ TEST(Save, FilesOfMoreThan4GiB) {
                 None().Fmt(1, 1, 8000, 16).Chunk("data", kAudio));
     const WithFaults count({});
     Save(file, kOld);
-    EXPECT_EQ(count.BytesWritten(), 0u) << "audio behind 4 GiB";
+    EXPECT_EQ(count.BytesWritten(), 0u) << "audio after 4 GiB";
 
     const WavImage head = Pcm().Chunk("data", kAudio).Header("bext", 0xFFFFFFF0);
     WriteSparse(file, head, head.Image().size() + uint64_t{0xFFFFFFF0}, None().Chunk("bext", ""));

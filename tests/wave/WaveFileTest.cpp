@@ -89,7 +89,7 @@ TEST(WaveFileWalk, EntriesThatLieAreCutAtTheEndOfTheirList) {
             WavImage().Fmt(1, 1, 8000, 8).Header("LIST", list).Bytes("INFO").Header("INAM", entry);
         CWaveFile wave;
         ASSERT_EQ(OpenImage(image.Bytes(bytes).Chunk("data", std::string(64, 'x')), wave), RESULT_OK);
-        EXPECT_EQ(wave.DataSize(), 64u) << list;  // what stands behind the list is found
+        EXPECT_EQ(wave.DataSize(), 64u) << list;  // what stands after the list is found
         EXPECT_EQ(wave.Chunks().Find(FourCC("INAM")), value);
     }
     CWaveFile wave;

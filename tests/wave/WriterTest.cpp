@@ -99,7 +99,7 @@ TEST(Writer, FewFramesArriveThroughTheConverterToo) {
     }
     EXPECT_EQ(Written({1, 44100}, kMono16At48000, {}, {1}).size(), kHeader);
     EXPECT_EQ(Written({1, 44100}, kMono16At8000, {12000}, {1}).size(), kHeader + 2);
-    // Every number of frames ends, and gives the same in one block and in many.
+    // Every number of frames ends, and is the same in one block and in many.
     for (uint32_t frames = 17; frames < 48; ++frames) {
         const Samples noise = Noise(frames);
         EXPECT_EQ(Written({1, 44100}, kMono16At48000, noise, {frames}),

@@ -26,7 +26,7 @@ public:
     HRESULT RequestAllocator(IMemAllocator* preferred, ALLOCATOR_PROPERTIES* properties,
                              IMemAllocator** actual) override;
     // Beside what the contract tells: E_INVALIDARG for a sample whose times lie in front of the source,
-    // behind it, or the wrong way round, VFW_E_BUFFER_OVERFLOW for one that asks for more than its buffer
+    // after it, or the wrong way round, VFW_E_BUFFER_OVERFLOW for one that asks for more than its buffer
     // holds.
     HRESULT Request(IMediaSample* sample, DWORD_PTR user) override;
     HRESULT WaitForNext(DWORD milliseconds, IMediaSample** sample, DWORD_PTR* user) override;
@@ -46,7 +46,7 @@ public:
 private:
     HRESULT PrepareRead(IMediaSample& sample, CAsyncReadRequest::Wish& wish);
     HRESULT NewAllocator(ALLOCATOR_PROPERTIES* properties, IMemAllocator** actual);
-    // 0 if the allocator takes the properties and gives an alignment that fits.
+    // 0 if the allocator takes the properties and returns an alignment that fits.
     HRESULT Settle(IMemAllocator& allocator, ALLOCATOR_PROPERTIES* properties);
 
     CAsyncReader* const m_reader;

@@ -24,7 +24,7 @@ public:
     // aren't applied, but for 0, which rewinds the source: the bytes are the next ones.
     HRESULT Execute();
     // The outcome for one who waited for it: fewer bytes are no failure at the end of the source, and E_FAIL
-    // before it. A request that never ran gives VFW_E_TIMEOUT.
+    // before it. A request that never ran returns VFW_E_TIMEOUT.
     HRESULT Outcome() const;
 
     LONG Length() const { return m_length; }

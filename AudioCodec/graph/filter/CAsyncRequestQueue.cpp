@@ -162,7 +162,7 @@ std::unique_ptr<CAsyncReadRequest> CAsyncRequestQueue::TakeDone(bool& none) {
     const CritSecGuard guard(m_listsLock);
     std::unique_ptr<CAsyncReadRequest> request(m_done.RemoveHead());
     const bool flushed = m_flushing && !m_waiting;
-    // Behind a flush the event stays set, so that no collector can block.
+    // After a flush the event stays set, so that no collector can block.
     if (m_done.IsEmpty() && !flushed) m_doneEvent.Reset();
     none = !request && flushed;
     return request;

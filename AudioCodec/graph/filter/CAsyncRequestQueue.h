@@ -30,8 +30,8 @@ public:
     // Queues a read. VFW_E_BADALIGN for one that says it is aligned and isn't, E_OUTOFMEMORY,
     // VFW_E_WRONG_STATE while flushing, or why there can be no thread.
     HRESULT SubmitRequest(const Wish& wish);
-    // Waits up to `milliseconds` for a request to be done and gives its outcome, context, user value and
-    // bytes delivered. A cancelled one gives VFW_E_TIMEOUT with its context; VFW_E_TIMEOUT with a null
+    // Waits up to `milliseconds` for a request to be done and returns its outcome, context, user value and
+    // bytes delivered. A cancelled one returns VFW_E_TIMEOUT with its context; VFW_E_TIMEOUT with a null
     // context means that none was done in time, VFW_E_WRONG_STATE that a flush has left none.
     HRESULT CollectRequest(DWORD milliseconds, void** context /*out*/, DWORD_PTR* user /*out*/,
                            LONG* delivered /*out: bytes*/);
@@ -55,7 +55,7 @@ public:
 private:
     static DWORD RunWorker(void* queue);
     void Work();
-    void RunAll(CPointerList<CAsyncReadRequest>& running /*empty before and behind*/);
+    void RunAll(CPointerList<CAsyncReadRequest>& running /*empty before and after*/);
     HRESULT StartThread() VL_REQUIRES(m_listsLock);
     // The next request to collect, or null. `none` tells whether there will be none before the flush ends.
     std::unique_ptr<CAsyncReadRequest> TakeDone(bool& none);

@@ -1,5 +1,5 @@
 // A source of bytes that the request queue reads from: one place in it, moved by reading. Lock keeps a seek
-// and the read behind it together; all else is any thread's.
+// and the read after it together; all else is any thread's.
 #pragma once
 
 #include "platform/base/Types.h"

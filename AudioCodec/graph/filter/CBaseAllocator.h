@@ -37,7 +37,7 @@ public:
     HRESULT GetFreeCount(LONG* free) override;
 
 protected:
-    // All samples are back behind a decommit.
+    // All samples are back after a decommit.
     virtual void Free() VL_REQUIRES(this) = 0;
     // Makes the memory and the samples, and adds them to the free ones.
     virtual HRESULT Alloc() VL_REQUIRES(this) = 0;

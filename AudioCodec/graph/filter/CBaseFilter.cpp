@@ -70,7 +70,7 @@ HRESULT CBaseFilter::GetState(DWORD /*milliseconds*/, FILTER_STATE* state) {
 }
 
 HRESULT CBaseFilter::SetSyncSource(IReferenceClock* clock) {
-    auto old = RefPtr<IReferenceClock>::Retain(clock);  // dropped behind the lock
+    auto old = RefPtr<IReferenceClock>::Retain(clock);  // dropped after the lock
     const CritSecGuard guard(*m_lock);
     std::swap(m_clock, old);
     return S_OK;

@@ -28,7 +28,7 @@ public:
     HRESULT NonDelegatingQueryInterface(const GUID& iid, void** object) override;
 
     HRESULT GetClassID(GUID* classId) override;
-    // Stopped behind it in every case; gives the first failure of a pin.
+    // Stopped after it in every case; returns the first failure of a pin.
     HRESULT Stop() override;
     HRESULT Pause() override;
     HRESULT Run(REFERENCE_TIME start) override;
@@ -49,7 +49,7 @@ public:
     // Changes whenever there are other pins than before.
     virtual LONG GetPinVersion() { return m_pinVersion; }
     virtual int GetPinCount() = 0;
-    virtual CBasePin* GetPin(int index) = 0;  // null behind the last
+    virtual CBasePin* GetPin(int index) = 0;  // null after the last
     // What Register would write; null if there is nothing.
     virtual const AMOVIESETUP_FILTER* GetSetupData() { return nullptr; }
 

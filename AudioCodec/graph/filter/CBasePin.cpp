@@ -206,7 +206,7 @@ HRESULT CBasePin::CheckPeerAndType(IPin* peer, const AM_MEDIA_TYPE& type) {
     return Undo(IsSpecific(result) ? result : VFW_E_TYPE_NOT_ACCEPTED);
 }
 
-// Takes back a connection, or the beginning of one, and gives the result it was handed.
+// Takes back a connection, or the beginning of one, and returns the result it was handed.
 HRESULT CBasePin::Undo(HRESULT result) {
     BreakConnect();
     m_connected.Reset();

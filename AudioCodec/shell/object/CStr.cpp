@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr uint32_t kWideSlack = 32;  // characters allocated behind a wide text and its terminator
+constexpr uint32_t kWideSlack = 32;  // characters allocated after a wide text and its terminator
 
 template <class T>
 T* AllocateText(size_t count) {

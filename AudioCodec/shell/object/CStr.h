@@ -1,8 +1,8 @@
 // A text in wide form, in narrow form of the ANSI code page, or in both, that converts on demand and at most
 // once in each direction. Wraps a literal without a copy. Not for two threads at once: reading converts.
 //
-// Chosen where it was open: where the heap gives no memory, the text that was to be made stays absent, so
-// that Wide() or Narrow() gives null and a copy is empty.
+// Decisions: where the heap gives no memory, the text that was to be made stays absent, so
+// that Wide() or Narrow() returns null and a copy is empty.
 #pragma once
 
 #include <cstdint>
@@ -34,7 +34,7 @@ public:
     uint32_t WideLength();   // in characters; 0 without a text
 
     // Exact comparison: wide texts if both have one, else narrow if both have one, else wide by conversion. A
-    // text is above none. Gives -1, 0 or 1.
+    // text is above none. Returns -1, 0 or 1.
     int Compare(CStr& other);
 
 private:
@@ -51,5 +51,5 @@ private:
     std::unique_ptr<char, HeapFree> m_ownedNarrow;    // likewise for m_narrow
     uint32_t m_wideLength = 0;                        // 0: not known
     uint32_t m_narrowLength = 0;                      // 0: not known
-    uint32_t m_wideCapacity = 0;                      // characters behind m_ownedWide
+    uint32_t m_wideCapacity = 0;                      // characters after m_ownedWide
 };

@@ -6,7 +6,7 @@
 #include "platform/base/Guid.h"
 
 struct IBase {
-    // Gives a counted reference to the object's interface `iid`, or a failure with *object null.
+    // Returns a counted reference to the object's interface `iid`, or a failure with *object null.
     virtual Result QueryInterface(const GUID* iid /*in*/, void** object /*out: one reference*/) = 0;
     virtual uint32_t AddRef() = 0;   // the new count
     virtual uint32_t Release() = 0;  // the new count; at 0 the object is gone

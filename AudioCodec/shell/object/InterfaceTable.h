@@ -11,7 +11,7 @@ struct InterfaceTableEntry {
     intptr_t offset;  // bytes from the object to that interface; 0 wherever the interfaces are one chain
 };
 
-// Gives the object's interface `iid` with one reference and 0. IID_IBase needs no row: it is answered by the
-// first one. E_POINTER for a null receiver or identifier, E_NOINTERFACE for an interface without a row; the
-// receiver, if there is one, is then null.
+// Returns the object's interface `iid` with one reference and 0. IID_IBase needs no row: it is answered by
+// the first one. E_POINTER for a null receiver or identifier, E_NOINTERFACE for an interface without a row;
+// the receiver, if there is one, is then null.
 Result FindInterfaceEntry(IBase* object, const InterfaceTableEntry* table, const GUID* iid, void** receiver);

@@ -4,5 +4,5 @@
 
 #include "platform/base/Types.h"
 
-HMODULE GetModuleInstance();  // null before the attach and behind the detach
+HMODULE GetModuleInstance();  // null before the attach and after the detach
 void SetModuleInstance(HMODULE instance);

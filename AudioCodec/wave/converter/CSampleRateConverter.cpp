@@ -5,7 +5,7 @@
 //   The filter's slot 0 meets m_readPos, its centre, slot 16, meets m_readPos + 16.
 //
 // (1) take in a batch, (2) end the warm-up, (3) produce while there is room, (4) slide the row down by what
-// was used. Only 32 values move: what lies behind them will be offered again and lands at value 32 anew.
+// was used. Only 32 values move: what lies after them will be offered again and lands at value 32 anew.
 #include "AudioCodec/wave/converter/CSampleRateConverter.h"
 
 #include <algorithm>
@@ -167,8 +167,8 @@ void CSampleRateConverter::TakeIn(const int16_t*& input, int64_t frames) {
     }
 }
 
-// Gives the input frames that the warm-up has used up for good. Until it is over it uses up none: its frames
-// stay in the history, but will be offered again.
+// Returns the input frames that the warm-up has used up for good. Until it is over it uses up none: its
+// frames stay in the history, but will be offered again.
 int64_t CSampleRateConverter::EndWarmup(int64_t& batch, int64_t& offered) {
     if (m_warmup <= batch) {
         const int64_t used = m_warmup;

@@ -1,11 +1,11 @@
 // 16-bit PCM of one rate and channel count into another: a polyphase filter of L rows of 32 taps
 // (Hann-windowed sinc, 16 input frames to each side), stepping M input frames in L output frames. Bit-exact
-// on every run. Knows no file and no 8-bit samples; its owners widen before it, narrow behind it, and skip it
+// on every run. Knows no file and no 8-bit samples; its owners widen before it, narrow after it, and skip it
 // when nothing changes. Channel counts that are neither equal nor one on a side give frames without samples:
 // its owners refuse them where they must. One thread at a time. Configure, one reset, then any number of
 // Process calls.
 //
-// Chosen where it was open: an offer shorter than the warm-up is not taken and changes nothing, so that the
+// Decisions: an offer shorter than the warm-up is not taken and changes nothing, so that the
 // warm-up never exceeds 32 and nothing lands outside its row; negative positions count as 0; rates that give
 // no ratio (0, negative) leave L = M = 1.
 #pragma once
@@ -34,10 +34,10 @@ public:
     // feeds the zeros of the tail instead, and `input` may be null. Allocates nothing.
     void Process(const int16_t* input, uint32_t* inFrames, int16_t* output, uint32_t* outFrames);
 
-    // For a reader: the next output frame will be `position`. Gives the input frame to read from.
+    // For a reader: the next output frame will be `position`. Returns the input frame to read from.
     int64_t ResetToOutputPosition(int64_t position);
 
-    // For a writer: the next input frame will be `position`. Gives the output frame that belongs to it.
+    // For a writer: the next input frame will be `position`. Returns the output frame that belongs to it.
     int64_t ResetToInputPosition(int64_t position);
 
     // Nothing changes from input to output: the owner goes round the converter.
@@ -66,7 +66,7 @@ private:
     int32_t m_inputStep = 0;
     int32_t m_phaseCount = 0;
     std::vector<double> m_taps;     // L rows of 32
-    std::vector<int32_t> m_steps;   // L: how far the read place moves behind each output frame
+    std::vector<int32_t> m_steps;   // L: how far the read place moves after each output frame
     std::vector<double> m_history;  // a row of 64 for each input channel
     int32_t m_phase = 0;            // row of m_taps for the next output frame
     int64_t m_readPos = 0;          // read place in the history

@@ -11,8 +11,8 @@ class CStagedFrames {
 public:
     void Drop() { m_frames = m_used = 0; }
 
-    // Takes a block of what `read(buffer, frames, framesRead)` gives, in place of what is there. Gives its
-    // result; nothing is staged behind a failure.
+    // Takes a block of what `read(buffer, frames, framesRead)` returns, in place of what is there. Returns
+    // its result; nothing is staged after a failure.
     template <class Read>
     Result Refill(uint32_t channels, Read read) {
         Drop();

@@ -2,7 +2,7 @@
 // begun and not kept is undone by the destructor, the last change first. Knows nothing of chunks. One thread
 // at a time; the handle is the caller's, and nobody else writes through it meanwhile.
 //
-// Chosen where it was open. A change that can't be taken back ends the undoing, so that no older one is taken
+// Decisions: A change that can't be taken back ends the undoing, so that no older one is taken
 // back under a newer one that stays.
 #pragma once
 
@@ -26,7 +26,7 @@ public:
     // False also for fewer bytes than asked.
     bool Read(uint64_t place, void* buffer, size_t count) const;
 
-    // Writes fewer than 4 GiB; behind the end too, zeros fill the gap. Before Keep, bytes that stand there
+    // Writes fewer than 4 GiB; after the end too, zeros fill the gap. Before Keep, bytes that stand there
     // already are not written again. May throw bad_alloc before Keep, with nothing written.
     bool Write(uint64_t place, const void* bytes, size_t count);
 
@@ -53,7 +53,7 @@ private:
 
     HANDLE m_file;
     uint64_t m_size;
-    uint64_t m_firstSize;  // what lies behind it is taken back by a cut
+    uint64_t m_firstSize;  // what lies after it is taken back by a cut
     bool m_kept = false;
     std::vector<Change> m_changes;
 };

@@ -13,7 +13,7 @@ constexpr uint64_t kCrowdedBytes = 65536;  // with so many older lists in them t
 constexpr std::ptrdiff_t kCrowd = 64;
 constexpr uint64_t kFormatPlace = 20;  // of the record, in the writer's layout
 
-// The first place for the copy that leaves no gap, or one that a chunk fills, behind both ends.
+// The first place for the copy that leaves no gap, or one that a chunk fills, after both ends.
 uint64_t FindCopyPlace(uint64_t oldEnd, uint64_t newEnd) {
     const uint64_t larger = std::max(oldEnd, newEnd);
     const uint64_t gap = larger - std::min(oldEnd, newEnd);
@@ -56,7 +56,7 @@ bool CTagSave::DropUnfinishedList() {
     return m_file.Cut(m_end);
 }
 
-// Before anything is put behind the chunk: the walk must get there.
+// Before anything is put after the chunk: the walk must get there.
 bool CTagSave::SetSizeRight() {
     const WaveChunk& last = m_layout.Last();
     if (!WriteNumber(last.offset + 4, static_cast<uint32_t>(last.size))) return false;

@@ -179,7 +179,7 @@ Result CWaveFile::WriteData(const void* bytes, uint32_t count) {
         if (m_file) m_dataSize = size - std::min(size, m_dataOffset);  // a full disk may lack even the header
         return RESULT_WRITE_FAILED;
     }
-    // As the file's size would tell: a write in the middle, behind a seek, adds nothing.
+    // As the file's size would tell: a write in the middle, after a seek, adds nothing.
     m_dataSize = std::max(m_dataSize, static_cast<uint32_t>(end));
     m_modified = true;
     return RESULT_OK;

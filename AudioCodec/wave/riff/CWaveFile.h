@@ -4,7 +4,7 @@
 //
 // Decisions: sizes are checked against the file (or by touching a stream's last byte) before
 // memory is taken. A format record that claims more extra bytes than its chunk has gets those that are there.
-// A list of fewer than 4 bytes is passed over like an unknown chunk. A sub-chunk that reaches behind its list
+// A list of fewer than 4 bytes is passed over like an unknown chunk. A sub-chunk that reaches past its list
 // is cut there, one that reaches behind the file fails the parse. A failed open leaves no handle behind. A
 // file that was there before is changed by CTagSave, so that its audio and its other chunks stay. A stream
 // that refuses a move fails the parse.
@@ -28,11 +28,11 @@ public:
     CWaveFile& operator=(const CWaveFile&) = delete;
     ~CWaveFile();  // closes the file as CloseFile does
 
-    // Opens and walks a file, for reading alone or for editing. Gives 0, 1000, 1003 or 1007. May throw
+    // Opens and walks a file, for reading alone or for editing. Returns 0, 1000, 1003 or 1007. May throw
     // bad_alloc.
     Result OpenForReading(const char16_t* path, bool readOnly);
 
-    // Creates a file for BeginAudio. Gives 0, 1000, 1005 or 1007.
+    // Creates a file for BeginAudio. Returns 0, 1000, 1005 or 1007.
     Result OpenForWriting(const char16_t* path, bool overwrite);
 
     // Leaves the file for a stream that the caller keeps alive; the image begins at its current place.
@@ -44,10 +44,10 @@ public:
     // Puts an empty WAV of this format into the file created last and stands at its audio.
     void BeginAudio(const WaveFormat& format);
 
-    // Writes audio at the current place. Gives 0; 1 before BeginAudio; 1004 if the file took less.
+    // Writes audio at the current place. Returns 0; 1 before BeginAudio; 1004 if the file took less.
     Result WriteData(const void* bytes, uint32_t count);
 
-    // Header in front, and with `final` the list behind the audio, where the file then ends. Failures of the
+    // Header in front, and with `final` the list after the audio, where the file then ends. Failures of the
     // writes are not reported.
     void WriteHeader(bool final) noexcept;
 
@@ -57,18 +57,18 @@ public:
 
     int64_t TellData() const;  // place in bytes from the start of the audio; 0 without file or stream
 
-    // Reads audio at the current place, on a file up to the declared end. Gives 0, 1 without file or stream,
-    // 1003.
+    // Reads audio at the current place, on a file up to the declared end. Returns 0, 1 without file or
+    // stream, 1003.
     Result ReadData(uint32_t count, void* buffer, uint32_t* done);
 
     // Moves to a frame of the audio: bytes, rounded down to a frame, held between start and end. Origins: 1
-    // from the current place, 2 from the end, others from the start. Gives 0 or 1003.
+    // from the current place, 2 from the end, others from the start. Returns 0 or 1003.
     Result SeekData(int64_t offset, uint32_t origin);
 
     // There is a file or a stream to work on.
     bool HasSource() const { return m_file || m_stream; }
 
-    // These answer from the last walk, also behind CloseFile.
+    // These answer from the last walk, also after CloseFile.
     const WaveFormat& Format() const { return m_format; }
     uint32_t DataSize() const { return m_dataSize; }
     InfoChunks& Chunks() { return m_chunks; }

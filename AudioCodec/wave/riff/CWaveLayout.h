@@ -3,7 +3,7 @@
 // Reads no audio and changes nothing. Values of one moment; one thread at a time.
 //
 // Decisions: a last header that declares more than the file holds is a chunk cut short, unless
-// something speaks against it: no printable id, a place behind the end that the RIFF header tells, a missing
+// something speaks against it: no printable id, a place after the end that the RIFF header tells, a missing
 // pad byte in front, or the form of a "TAG" trailer. What is no chunk is the tail. A "data" chunk of size 0
 // has all that follows for its audio, unless that is chunks with printable ids, up to one that a reader takes
 // or to the end of the file, or unless no format stands in front.
@@ -37,7 +37,7 @@ public:
     // The file is laid out as the writer does it: format, audio, and at the most one "INFO" list.
     bool IsWritersOwn(const WaveFormat& format) const;
 
-    // The last chunk is an "INFO" list, and nothing stands behind it.
+    // The last chunk is an "INFO" list, and nothing stands after it.
     bool EndsWithList() const { return m_count != 0 && m_last.IsList() && m_tail == 0; }
 
     uint64_t RiffEnd() const { return m_riffEnd; }                 // as the RIFF header tells it
@@ -45,7 +45,7 @@ public:
     const WaveChunk& Last() const { return m_last; }               // the only one whose two sizes can differ
     const std::deque<uint64_t>& Lists() const { return m_lists; }  // places of all "INFO" lists
 
-    // Behind the last chunk and its pad byte, which the file may lack. An unfinished list counts as not
+    // After the last chunk and its pad byte, which the file may lack. An unfinished list counts as not
     // there.
     uint64_t End() const { return m_end; }
     uint64_t Tail() const { return m_tail; }  // bytes from there to the end of the file that are no chunk

@@ -52,7 +52,7 @@ struct flock ByteLock(int type, int64_t byte) {
     return lock;
 }
 
-// `call` moves the bytes behind the first `done` ones.
+// `call` moves the bytes after the first `done` ones.
 template <class Call>
 int MoveAll(size_t size, size_t& done, int onNothing, Call call) {
     done = 0;

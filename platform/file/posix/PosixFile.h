@@ -25,9 +25,9 @@ public:
     PosixFile& operator=(PosixFile&&) = delete;
     ~PosixFile();
 
-    // Opens a regular file or a character device, and nothing else: a folder gives EISDIR, pipes, sockets and
+    // Opens a regular file or a character device, and nothing else: EISDIR for a folder, pipes, sockets and
     // block devices EOPNOTSUPP, without waiting for anyone. A file that has no write permission bit and is
-    // not new gives EACCES for writing, whoever asks. Never empties a file. Once for an object.
+    // not new returns EACCES for writing, whoever asks. Never empties a file. Once for an object.
     int Open(const std::string& path, const OpenMode& mode);
 
     // Reads up to `size` bytes; fewer in `done` mean the end of the file. After an error `done` is what came.

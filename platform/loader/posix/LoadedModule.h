@@ -6,7 +6,7 @@
 #include "platform/base/Types.h"
 
 struct LoadedModule {
-    HMODULE handle = nullptr;  // the value that dlopen gives for the module
+    HMODULE handle = nullptr;  // the value that dlopen returns for the module
     std::string path;          // absolute: the real folder, and the name that the module was loaded by
 };
 

@@ -6,13 +6,13 @@
 #include "platform/com/Unknown.h"
 
 struct IStreamReaderControl : IUnknown {
-    // Once, behind the connection of the filter and in front of the rest. E_FAIL without a connection.
+    // Once, after the connection of the filter and in front of the rest. E_FAIL without a connection.
     virtual HRESULT Initialize() = 0;
-    // The format of what ReadAudio gives. Writes nothing where there is no connection.
+    // The format of what ReadAudio returns. Writes nothing where there is no connection.
     virtual HRESULT GetAudioFormat(uint32_t* channels /*out*/, uint32_t* sampleRate /*out: Hz*/,
                                    uint32_t* bitsPerSample /*out*/) = 0;
     // Waits until `size` bytes are there or the stream has ended; at its end fewer come, with the flag set.
-    // Bytes of a running graph only: fails in a stopped one and behind Shutdown.
+    // Bytes of a running graph only: fails in a stopped one and after Shutdown.
     virtual HRESULT ReadAudio(void* buffer /*out*/, uint32_t size /*in: bytes*/,
                               uint32_t* done /*out: bytes*/, uint8_t* endOfStream /*out: may be null*/) = 0;
     // Ends all reading, also one that waits on another thread.

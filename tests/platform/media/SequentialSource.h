@@ -17,8 +17,8 @@ public:
         : FilterBase(GUID_NULL), m_bytes(std::move(bytes)), m_output(*this) {}
 
     static constexpr size_t kNever = std::numeric_limits<size_t>::max();
-    std::atomic<size_t> failFrom{kNever};   // reads at this byte or behind it fail
-    std::atomic<size_t> blockFrom{kNever};  // reads at this byte or behind it wait until this changes
+    std::atomic<size_t> failFrom{kNever};   // reads at this byte or after it fail
+    std::atomic<size_t> blockFrom{kNever};  // reads at this byte or after it wait until this changes
     size_t atMost = kNever;                 // bytes in one read
 
 private:
