@@ -1,9 +1,13 @@
 #!/usr/bin/env bash
-# What a change must pass before its tests are looked at: format, no warning of either compiler, clang-tidy.
+# What a change must pass before its tests are looked at: the floors that includes keep to,
+# format, no warning of either compiler, clang-tidy.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 need "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" "${BENCH_PACKAGES[@]}" "${PEER_PACKAGES[@]}" "${CLANG_PACKAGES[@]}"
+
+say "floors"
+scripts/check-includes.sh
 
 say "format"
 find AudioCodec platform host riff tests bench fuzz docs \( -name '*.h' -o -name '*.cpp' \) -print0 |
