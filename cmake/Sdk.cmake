@@ -6,23 +6,29 @@ set(VL_SDK_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR}/VlACWav3)
 set(VL_SDK_PACKAGEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/VlACWav3)
 set(VL_SDK_HEADERS
   AudioCodec/shell/ClassIds.h
+  AudioCodec/shell/Exports.h
+  AudioCodec/shell/IPrivateCodecMain3.h
   AudioCodec/shell/object/IBase.h
   AudioCodec/shell/object/IMemory.h
-  AudioCodec/shell/IPrivateCodecMain3.h
   AudioCodec/shell/object/ResultCodes.h
+  AudioCodec/shell/object/ResultTexts.h
   AudioCodec/attributes/AttributeIds.h
   AudioCodec/attributes/IAttributeContainer64.h
+  AudioCodec/attributes/StoreTypes.h
   AudioCodec/metadata/IAC3Metadata.h
   AudioCodec/metadata/IAC3MetadataEditor.h
   AudioCodec/wave/riff/AudioFormatInfo.h
+  AudioCodec/wave/riff/Origin.h
   AudioCodec/wave/IAC3Reader.h
   AudioCodec/wave/IAC3StreamReader.h
   AudioCodec/wave/IAC3Writer.h
   riff/TagIds.h
+  platform/base/GlobalNames.h
   platform/base/Guid.h
+  platform/base/PlatformResults.h
+  platform/base/Records.h
   platform/com/RefPtr.h
   platform/com/Stream.h
-  platform/base/Types.h
   platform/com/Unknown.h
   platform/image/Image.h)
 

@@ -6,7 +6,8 @@
 #include "host/Failure.h"
 #include "host/Output.h"
 #include "host/Report.h"
-#include "host/ResultTexts.h"
+#include "host/ResultSentence.h"
+#include "platform/base/Types.h"
 #include "platform/base/Utf.h"
 #include "platform/file/TempFile.h"
 #include "platform/image/Image.h"
@@ -25,7 +26,7 @@ RefPtr<IAC3Metadata> NewMetadata(const Module& module) {
     RefPtr<IAC3Metadata> metadata;
     Result result = module.CreateCodec()->CreateWriter(writer.Put());
     if (result == RESULT_OK) result = writer->GetMetadata(metadata.Put());
-    Require(result, ResultText(result));
+    Require(result, SentenceOf(result));
     return metadata;
 }
 
@@ -39,7 +40,7 @@ std::unique_ptr<CImage> Decode(IAC3Metadata& metadata) {
     int32_t id = PICTURE_ID_NONE;
     const Result result = metadata.GetPictureImage(&image, id, nullptr);
     std::unique_ptr<CImage> owned(image);
-    Require(result, ResultText(result));
+    Require(result, SentenceOf(result));
     if (owned->IsNull())
         throw Failure(
             "This is no whole JPEG, PNG, GIF or BMP picture, or libvlimage.so is missing beside the module; "
@@ -73,7 +74,7 @@ void WriteBest(IAC3Metadata& metadata, const PictureOptions& options) {
     uint32_t size = 0;
     int32_t id = PICTURE_ID_NONE;
     const Result result = metadata.GetPictureData(&data, &size, nullptr, id);
-    Require(result, ResultText(result));
+    Require(result, SentenceOf(result));
     Output output = options.output == "-" ? Output::Standard() : Output::File(options.output);
     if (output.IsSameFile(options.file))
         throw OutputFailure("The output is the input itself; choose another name for -o.");

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "host/Failure.h"
-#include "host/ResultTexts.h"
+#include "host/ResultSentence.h"
 
 inline void Require(Result result) {
-    if (result != RESULT_OK) throw Failure(ResultText(result), result);
+    if (result != RESULT_OK) throw Failure(SentenceOf(result), result);
 }

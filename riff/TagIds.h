@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+namespace vlacwav3 {
+
 // clang-format off
 inline constexpr uint32_t ATTR_GENRE              = 0x04000006;  // read and written
 inline constexpr uint32_t ATTR_TITLE              = 0x04000008;  // read and written
@@ -40,3 +42,5 @@ inline constexpr uint32_t ATTR_METADATA_EXTRA     = 0x14900020;
 inline constexpr uint32_t ATTR_METADATA_LONG_1    = 0x32000005;
 inline constexpr uint32_t ATTR_METADATA_LONG_2    = 0x32000006;
 // clang-format on
+
+}  // namespace vlacwav3

@@ -9,6 +9,8 @@
 
 namespace TagRows {
 
+using namespace vlacwav3;  // the ids
+
 inline constexpr uint8_t kCarried = TAG_COPIED;
 inline constexpr uint8_t kRead = TAG_READ;
 inline constexpr uint8_t kIn = TAG_COPIED | TAG_READ;

@@ -6,7 +6,7 @@
 #include <mutex>
 #include <type_traits>
 
-#include "AudioCodec/attributes/StoreTypes.h"
+#include "AudioCodec/attributes/StoreTypeTable.h"
 
 namespace {
 

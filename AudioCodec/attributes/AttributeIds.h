@@ -5,7 +5,10 @@
 // audio layer, 3 codecs), bits 24 to 27 say what the id is meant to hold (StoreTypes.h).
 #pragma once
 
+#include "platform/base/GlobalNames.h"
 #include "riff/TagIds.h"
+
+namespace vlacwav3 {
 
 // clang-format off
 
@@ -26,3 +29,5 @@ inline constexpr uint32_t ATTR_FILTER_FOLDER        = 0x34050006;  // STRING: pu
 inline constexpr uint32_t ATTR_NO_REGISTERED_FILTER = 0x30050002;  // BOOL: true keeps filters of the system out
 inline constexpr uint32_t ATTR_TEXT_LANGUAGE        = 0x12900007;  // LONG: language of display texts
 // clang-format on
+
+}  // namespace vlacwav3

@@ -8,7 +8,7 @@
 #include <memory>
 
 #include "AudioCodec/attributes/CRawData.h"
-#include "AudioCodec/attributes/StoreTypes.h"
+#include "AudioCodec/attributes/StoreTypeTable.h"
 
 class AttributeValue {
 public:

@@ -16,9 +16,6 @@
 
 namespace {
 
-constexpr uint32_t kFromStart = 0;
-constexpr uint32_t kFromHere = 1;
-
 constexpr uint32_t kOutputBytesPerSample = 2;
 constexpr uint32_t kStagedBits = 16;
 constexpr char16_t kFilterFile[] = u"VlDSAudioStreamReader.ax";
@@ -262,11 +259,11 @@ Result CACReader::Seek(uint32_t origin, int64_t offset, int64_t* position) {
     if (!m_seeking) return RESULT_FAILED;
     int64_t target =
         Saturating::Mul(WholeSeconds(offset, static_cast<float>(m_outRate)), kTimeUnitsPerSecond);
-    if (origin == kFromHere) {
+    if (origin == ORIGIN_CURRENT) {
         int64_t here = 0;
         m_seeking->GetPositions(&here, nullptr);
         target = Saturating::Add(target, here);
-    } else if (origin != kFromStart) {
+    } else if (origin != ORIGIN_START) {
         target = Saturating::Add(target, m_duration);
     }
     const HRESULT moved =

@@ -5,6 +5,7 @@
 
 #include <memory>
 
+#include "platform/base/Types.h"
 #include "platform/com/ReferenceCount.h"
 #include "platform/com/Stream.h"
 

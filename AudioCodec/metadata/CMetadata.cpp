@@ -5,6 +5,7 @@
 #include "AudioCodec/metadata/TemporaryFile.h"
 #include "AudioCodec/shell/object/Border.h"
 #include "AudioCodec/shell/object/HandedOut.h"
+#include "platform/base/Types.h"
 #include "platform/base/UniqueHandle.h"
 #include "platform/file/File.h"
 #include "platform/image/Image.h"

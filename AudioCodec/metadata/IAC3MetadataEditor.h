@@ -6,18 +6,26 @@
 #include "AudioCodec/attributes/IAttributeContainer64.h"
 #include "AudioCodec/wave/riff/AudioFormatInfo.h"
 
+namespace vlacwav3 {
+
 struct IAC3Metadata;
 
 struct IAC3MetadataEditor : IAttributeContainer64 {
-    // Opens the path that CreateMetadataEditor got, for reading and writing. 0, 1000, 1001, 1003 or 1007.
+    // Opens the path that CreateMetadataEditor got, for reading and writing. RESULT_OK; otherwise nothing is
+    // open: RESULT_CANNOT_OPEN, RESULT_NOT_PCM, RESULT_NOT_WAVE, RESULT_FILE_IN_USE.
     virtual Result Open() = 0;
-    // Writes what SetMetadata said and closes the file. Always 0; the file holds the old tags or the new
-    // ones.
+    // Writes what SetMetadata said and closes the file, which then holds the old tags or the new ones, never
+    // a mixture. RESULT_OK, also where the file couldn't be written or none is open: read it again where that
+    // matters. RESULT_NO_MEMORY: the tags are the old ones.
     virtual Result Save() = 0;
-    virtual Result Close() = 0;  // saves nothing; always 0
+    virtual Result Close() = 0;  // saves nothing; always RESULT_OK
+    // The file's own format, all 0 before an Open. RESULT_OK, RESULT_BAD_ARGUMENT for null.
     virtual Result GetSourceFormat(AudioFormatInfo* format /*out*/) = 0;
-    // Kept as a copy until Save; several calls merge. Without it Save keeps the file's own tags. 0, 2 or 4.
+    // Kept as a copy until Save; several calls merge. Without it Save keeps the file's own tags. RESULT_OK,
+    // RESULT_BAD_ARGUMENT for null, RESULT_NO_MEMORY.
     virtual Result SetMetadata(IAC3Metadata* source /*in*/) = 0;
+    // The tags of the file. RESULT_OK; otherwise *metadata is null: RESULT_BAD_ARGUMENT for a null receiver,
+    // RESULT_NO_MEMORY.
     virtual Result GetMetadata(IAC3Metadata** metadata /*out: one reference, a new object each time*/) = 0;
 
 protected:
@@ -25,3 +33,5 @@ protected:
 };
 
 inline constexpr GUID IID_IAC3MetadataEditor = MakeGuid("03195485-368E-43F9-9C5A-E0F5BEFB14EA");
+
+}  // namespace vlacwav3

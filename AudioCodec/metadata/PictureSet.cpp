@@ -6,6 +6,7 @@
 #include "AudioCodec/metadata/CMemoryStream.h"
 #include "AudioCodec/metadata/IAC3Metadata.h"
 #include "AudioCodec/shell/object/Border.h"
+#include "platform/base/Types.h"
 #include "platform/com/RefPtr.h"
 #include "platform/image/Image.h"
 

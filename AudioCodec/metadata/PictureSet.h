@@ -12,7 +12,9 @@
 
 #include "AudioCodec/shell/object/ResultCodes.h"
 
+namespace vlacwav3 {
 class CImage;
+}
 
 struct PictureRecord {
     std::u16string caption;    // free text
@@ -35,6 +37,9 @@ struct PictureReleaser {
 };
 using PicturePtr = std::unique_ptr<PictureRecord, PictureReleaser>;
 
+namespace vlacwav3 {
+
+// Public by its name alone: a host hands it on as a pointer.
 struct PictureSet {
     using Records = std::map<int32_t, PicturePtr>;
 
@@ -62,3 +67,5 @@ struct PictureSet {
     bool m_changed = false;                        // a picture was stored, or see the next
     bool m_cleared = false;                        // an image was set that was none
 };
+
+}  // namespace vlacwav3

@@ -3,4 +3,8 @@
 
 #include "platform/base/Guid.h"
 
+namespace vlacwav3 {
+
 inline constexpr GUID CLSID_VlACWav3 = MakeGuid("16B5817D-48BF-4498-8D32-5EC4F75B0A3A");
+
+}  // namespace vlacwav3

@@ -9,7 +9,7 @@
 #include "AudioCodec/shell/object/ModuleInstance.h"
 #include "platform/loader/ModulePath.h"
 
-Result DllVlGetClassObject(const GUID* clsid, const GUID* iid, void** object) {
+Result vlacwav3::DllVlGetClassObject(const GUID* clsid, const GUID* iid, void** object) {
     if (!object) return RESULT_BAD_ARGUMENT;
     *object = nullptr;
     if (!clsid || !(*clsid == CLSID_VlACWav3)) return RESULT_NOT_FOUND;
@@ -27,7 +27,7 @@ constexpr int32_t kServerDone = 1;  // of both server exports, whatever came of 
 
 }  // namespace
 
-int32_t DllRegisterServer() {
+int32_t vlacwav3::DllRegisterServer() {
     return AtBorder(kServerDone, [] {
         char path[1024] = "";
         GetModuleFileNameA(GetModuleInstance(), path, sizeof(path));
@@ -36,14 +36,14 @@ int32_t DllRegisterServer() {
     });
 }
 
-int32_t DllUnregisterServer() {
+int32_t vlacwav3::DllUnregisterServer() {
     return AtBorder(kServerDone, [] {
         Registration::UnregisterCodec(CLSID_VlACWav3);
         return kServerDone;
     });
 }
 
-Result GetCodecGUID(GUID* clsid) {
+Result vlacwav3::GetCodecGUID(GUID* clsid) {
     if (!clsid) return RESULT_BAD_ARGUMENT;
     *clsid = CLSID_VlACWav3;
     return RESULT_OK;

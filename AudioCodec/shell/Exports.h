@@ -1,4 +1,5 @@
-// What the module exports, as a host finds it by name.
+// What the module exports. A host that loads the module by path finds each function by its name with dlsym,
+// and has its type from here: reinterpret_cast<decltype(&DllVlGetClassObject)>(symbol). Any thread.
 #pragma once
 
 #include "AudioCodec/shell/object/ResultCodes.h"
@@ -6,14 +7,19 @@
 
 #define VL_MODULE_EXPORT extern "C" __attribute__((visibility("default")))
 
-// A new codec main object for CLSID_VlACWav3, through its interface `iid`, with one reference. 4 for a null
-// receiver, 3 for another class, 2 if there is no memory, or what QueryInterface returns, such as
-// E_NOINTERFACE for an interface that it doesn't have; *object is then null.
-VL_MODULE_EXPORT Result DllVlGetClassObject(const GUID* clsid /*in*/, const GUID* iid /*in*/,
+namespace vlacwav3 {
+
+// Makes a codec main object. RESULT_OK; otherwise *object is null: RESULT_BAD_ARGUMENT for a null receiver,
+// RESULT_NOT_FOUND for another class, RESULT_NO_MEMORY, or what QueryInterface returns, such as
+// PLATFORM_NO_INTERFACE.
+VL_MODULE_EXPORT Result DllVlGetClassObject(const GUID* clsid /*in: CLSID_VlACWav3*/,
+                                            const GUID* iid /*in: such as IID_IPrivateCodecMain3*/,
                                             void** object /*out: one reference*/);
 // Enter the module into the registry, and take it out. Always 1: whether the registry took it is told to
 // nobody.
 VL_MODULE_EXPORT int32_t DllRegisterServer();
 VL_MODULE_EXPORT int32_t DllUnregisterServer();
-// CLSID_VlACWav3; 4 for a null pointer.
+// Tells CLSID_VlACWav3. RESULT_OK, RESULT_BAD_ARGUMENT for null.
 VL_MODULE_EXPORT Result GetCodecGUID(GUID* clsid /*out*/);
+
+}  // namespace vlacwav3

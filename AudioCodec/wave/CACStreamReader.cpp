@@ -17,10 +17,6 @@
 
 namespace {
 
-constexpr uint32_t kFromStart = 0;
-constexpr uint32_t kFromHere = 1;
-constexpr uint32_t kFromEnd = 2;
-
 constexpr uint32_t kOutputBytesPerSample = 2;
 constexpr uint32_t kByteBlock = 65536;  // raw 8-bit audio is taken in blocks of this size at the most
 
@@ -219,11 +215,11 @@ Result CACStreamReader::ReadWidened(int16_t* buffer, uint64_t bytes, uint64_t* d
 }
 
 Result CACStreamReader::SeekSourceFrames(uint32_t origin, int64_t offset, int64_t* frame) {
-    if (origin > kFromEnd) return RESULT_BAD_ARGUMENT;
+    if (origin > ORIGIN_END) return RESULT_BAD_ARGUMENT;
     const int64_t blockAlign = m_sourceFormat.blockAlign;
     if (blockAlign == 0) return RESULT_NOT_WAVE;
     Result result = RESULT_OK;
-    if (origin != kFromHere || offset != 0)
+    if (origin != ORIGIN_CURRENT || offset != 0)
         result = m_wave.SeekData(Saturating::Mul(blockAlign, offset), origin);
     if (frame) *frame = m_wave.TellData() / blockAlign;
     return result;
@@ -236,9 +232,9 @@ Result CACStreamReader::Seek(uint32_t origin, int64_t offset, int64_t* position)
     if (m_converter.IsConversionFree()) {
         result = SeekSourceFrames(origin, offset, &m_position);
         if (result != RESULT_OK) return result;
-    } else if (origin > kFromEnd) {
+    } else if (origin > ORIGIN_END) {
         return RESULT_BAD_ARGUMENT;
-    } else if (origin != kFromHere || offset != 0) {
+    } else if (origin != ORIGIN_CURRENT || offset != 0) {
         result = SeekConverted(origin, offset);
     }
     if (position) *position = m_position;
@@ -247,12 +243,12 @@ Result CACStreamReader::Seek(uint32_t origin, int64_t offset, int64_t* position)
 
 Result CACStreamReader::SeekConverted(uint32_t origin, int64_t offset) {
     Result result = RESULT_OK;
-    if (origin == kFromEnd) {
+    if (origin == ORIGIN_END) {
         int64_t source = Saturating::MulDiv(offset, m_converter.InputStep(), m_converter.PhaseCount());
         result = SeekSourceFrames(origin, source, &source);
         m_position = Saturating::MulDiv(source, m_converter.PhaseCount(), m_converter.InputStep());
     } else {
-        m_position = origin == kFromStart ? offset : Saturating::Add(m_position, offset);
+        m_position = origin == ORIGIN_START ? offset : Saturating::Add(m_position, offset);
     }
     m_position = std::max<int64_t>(m_position, 0);
     StandAtPosition();
@@ -262,7 +258,7 @@ Result CACStreamReader::SeekConverted(uint32_t origin, int64_t offset) {
 // Brings converter and source to m_position. A source that can't move returns its code at the next Read.
 void CACStreamReader::StandAtPosition() {
     const int64_t frame = m_converter.ResetToOutputPosition(m_position);
-    m_wave.SeekData(Saturating::Mul(m_sourceFormat.blockAlign, frame), kFromStart);
+    m_wave.SeekData(Saturating::Mul(m_sourceFormat.blockAlign, frame), ORIGIN_START);
 }
 
 Result CACStreamReader::GetLength(int64_t* frames) {

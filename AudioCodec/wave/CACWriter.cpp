@@ -16,10 +16,6 @@
 
 namespace {
 
-constexpr uint32_t kFromStart = 0;
-constexpr uint32_t kFromHere = 1;
-constexpr uint32_t kFromEnd = 2;
-
 constexpr uint32_t kBlockSamples = 2048;  // converted samples on their way into the file
 constexpr uint32_t kByteBlock = 65536;    // 8-bit audio is written in blocks of this size at the most
 
@@ -293,7 +289,7 @@ Result CACWriter::WriteNarrowed(const int16_t* samples, uint32_t count) {
 Result CACWriter::SeekFileFrames(uint32_t origin, int64_t offset, int64_t* frame) {
     const int64_t blockAlign = m_wave.Format().blockAlign;
     Result result = RESULT_OK;
-    if (origin != kFromHere || offset != 0)
+    if (origin != ORIGIN_CURRENT || offset != 0)
         result = m_wave.SeekData(Saturating::Mul(blockAlign, offset), origin);
     *frame = m_wave.TellData() / blockAlign;
     return result;
@@ -302,11 +298,11 @@ Result CACWriter::SeekFileFrames(uint32_t origin, int64_t offset, int64_t* frame
 Result CACWriter::Seek(uint32_t origin, int64_t offset, int64_t* position) {
     if (!position) return RESULT_BAD_ARGUMENT;
     if (!m_formatSelected) return RESULT_NOT_OPEN;
-    if (origin > kFromEnd) return RESULT_BAD_ARGUMENT;
+    if (origin > ORIGIN_END) return RESULT_BAD_ARGUMENT;
     Result result = RESULT_OK;
     if (m_converter.IsConversionFree())
         result = SeekFileFrames(origin, offset, &m_position);
-    else if (origin != kFromHere || offset != 0)
+    else if (origin != ORIGIN_CURRENT || offset != 0)
         result = AtBorder(RESULT_NO_MEMORY, [&] { return SeekConverted(origin, offset); });
     *position = m_position;
     return result;
@@ -314,15 +310,15 @@ Result CACWriter::Seek(uint32_t origin, int64_t offset, int64_t* position) {
 
 Result CACWriter::SeekConverted(uint32_t origin, int64_t offset) {
     FlushGathered();
-    if (origin == kFromEnd) {
+    if (origin == ORIGIN_END) {
         int64_t frame = Saturating::MulDiv(offset, m_converter.PhaseCount(), m_converter.InputStep());
         SeekFileFrames(origin, frame, &frame);
         m_position = Saturating::MulDiv(frame, m_converter.InputStep(), m_converter.PhaseCount());
     } else {
-        m_position = origin == kFromStart ? offset : Saturating::Add(m_position, offset);
+        m_position = origin == ORIGIN_START ? offset : Saturating::Add(m_position, offset);
     }
     m_position = std::max<int64_t>(m_position, 0);
     const int64_t frame = m_converter.ResetToInputPosition(m_position);
     ExpectFirstBlock();
-    return m_wave.SeekData(Saturating::Mul(m_wave.Format().blockAlign, frame), kFromStart);
+    return m_wave.SeekData(Saturating::Mul(m_wave.Format().blockAlign, frame), ORIGIN_START);
 }

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-struct IMemory;
+#include "AudioCodec/shell/object/IMemory.h"
 
 // Gives the text `id` in a copy from `memory`, terminated; who asked gives it back with Free. `language` is a
 // language id of the platform: the text is in the usual form of that language, whatever its region, else in

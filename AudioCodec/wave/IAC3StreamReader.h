@@ -3,15 +3,21 @@
 
 #include "AudioCodec/wave/IAC3Reader.h"
 
+namespace vlacwav3 {
+
 struct IStream;
 
 struct IAC3StreamReader : IAC3Reader {
-    // The stream is borrowed: the caller keeps it alive while it uses the reader. The image begins at the
-    // stream's current place.
-    virtual Result OpenStream(IStream* stream /*in*/, uint32_t flags /*in*/) = 0;
+    // Opens the image that begins at the stream's current place, in place of an earlier source. The stream is
+    // borrowed: the caller keeps it alive while it uses the reader. RESULT_OK; RESULT_NOT_WAVE for an image
+    // that isn't whole or no WAV, for null, and for a stream that fails; RESULT_NOT_PCM for all but PCM of 8
+    // and 16 bits; RESULT_FAILED without memory.
+    virtual Result OpenStream(IStream* stream /*in*/, uint32_t flags /*in: 0 or OPEN_READ_ONLY*/) = 0;
 
 protected:
     ~IAC3StreamReader() = default;
 };
 
 inline constexpr GUID IID_IAC3StreamReader = MakeGuid("C0160088-9F05-471A-89A4-1B6B3FD56BC1");
+
+}  // namespace vlacwav3

@@ -1,8 +1,12 @@
-// Scalar names of the platform, as the module's code spells them. Text is UTF-16.
+// Scalar names of the platform, as the module's code spells them. Text is UTF-16. A host doesn't meet them:
+// the public headers spell the types out.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+
+#include "platform/base/PlatformResults.h"
+#include "platform/base/Records.h"
 
 using BOOL = int32_t;  // 0 is failure or false
 using BYTE = uint8_t;
@@ -19,38 +23,17 @@ using HMODULE = void*;  // a module in memory: the very value that dlopen return
 inline constexpr BOOL FALSE = 0;
 inline constexpr BOOL TRUE = 1;
 
-inline constexpr HRESULT S_OK = 0;
-inline constexpr HRESULT S_FALSE = 1;
-inline constexpr HRESULT E_NOTIMPL = static_cast<HRESULT>(0x80004001);
-inline constexpr HRESULT E_NOINTERFACE = static_cast<HRESULT>(0x80004002);
-inline constexpr HRESULT E_POINTER = static_cast<HRESULT>(0x80004003);
-inline constexpr HRESULT E_FAIL = static_cast<HRESULT>(0x80004005);
-inline constexpr HRESULT E_OUTOFMEMORY = static_cast<HRESULT>(0x8007000E);
-inline constexpr HRESULT E_INVALIDARG = static_cast<HRESULT>(0x80070057);
+inline constexpr HRESULT S_OK = PLATFORM_OK;
+inline constexpr HRESULT S_FALSE = PLATFORM_LESS;
+inline constexpr HRESULT E_NOTIMPL = PLATFORM_NOT_IMPLEMENTED;
+inline constexpr HRESULT E_NOINTERFACE = PLATFORM_NO_INTERFACE;
+inline constexpr HRESULT E_POINTER = PLATFORM_NULL_POINTER;
+inline constexpr HRESULT E_FAIL = PLATFORM_FAILED;
+inline constexpr HRESULT E_OUTOFMEMORY = PLATFORM_NO_MEMORY;
+inline constexpr HRESULT E_INVALIDARG = PLATFORM_BAD_ARGUMENT;
 
 constexpr bool SUCCEEDED(HRESULT result) { return result >= 0; }
 constexpr bool FAILED(HRESULT result) { return result < 0; }
-
-union LARGE_INTEGER {
-    struct {
-        DWORD LowPart;
-        LONG HighPart;
-    } u;
-    int64_t QuadPart;
-};
-
-union ULARGE_INTEGER {
-    struct {
-        DWORD LowPart;
-        DWORD HighPart;
-    } u;
-    uint64_t QuadPart;
-};
-
-struct FILETIME {
-    DWORD dwLowDateTime;
-    DWORD dwHighDateTime;
-};
 
 // The layer's functions have C linkage, so that any module of the process can call them by name.
 #define VL_PLATFORM_API extern "C" __attribute__((visibility("default")))

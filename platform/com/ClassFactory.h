@@ -1,6 +1,7 @@
 // How a module hands out the objects of its classes, and how they are had without knowing the module.
 #pragma once
 
+#include "platform/base/Types.h"
 #include "platform/com/Unknown.h"
 
 struct IClassFactory : IUnknown {

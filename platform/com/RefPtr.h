@@ -4,6 +4,10 @@
 
 #include <utility>
 
+#include "platform/base/GlobalNames.h"
+
+namespace vlacwav3 {
+
 template <class T>
 class RefPtr {
 public:
@@ -43,3 +47,5 @@ private:
 
     T* m_object = nullptr;
 };
+
+}  // namespace vlacwav3

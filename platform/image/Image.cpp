@@ -1,4 +1,5 @@
 #include "platform/image/Image.h"
+#include "platform/base/Types.h"
 
 #include <algorithm>
 #include <utility>
@@ -117,6 +118,6 @@ BOOL CImage::SetPalette(int32_t first, int32_t count, const uint32_t* colors) {
     return TRUE;
 }
 
-CImage* VlCreateImage() {
+CImage* vlacwav3::VlCreateImage() {
     return AtBorder(nullptr, [] { return new CImage; });
 }

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "platform/base/Border.h"
+#include "platform/base/Types.h"
 #include "platform/file/Paths.h"
 #include "platform/image/Image.h"
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/base/Guid.h"
+#include "platform/base/Types.h"
 #include "platform/com/Stream.h"
 #include "platform/image/Raster.h"
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/base/Types.h"
+
 bool ImageSource::TakeMore() {
     uint32_t done = 0;
     const auto room = static_cast<uint32_t>(sizeof(m_buffer) - m_end);

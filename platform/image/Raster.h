@@ -18,6 +18,9 @@ constexpr uint32_t PackColor(uint32_t red, uint32_t green, uint32_t blue, uint32
     return alpha << 24 | red << 16 | green << 8 | blue;
 }
 
+namespace vlacwav3 {
+
+// Named in a public header, and known there by its name alone.
 struct __attribute__((visibility("default"))) Raster {
     // Takes memory for a black image. E_FAIL for a size out of bounds, before any memory is taken;
     // E_OUTOFMEMORY.
@@ -51,3 +54,5 @@ struct __attribute__((visibility("default"))) Raster {
 private:
     uint32_t NearestIndex(uint32_t color) const;
 };
+
+}  // namespace vlacwav3

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/base/Border.h"
+#include "platform/base/Types.h"
 #include "platform/com/RefPtr.h"
 #include "platform/com/ReferenceCount.h"
 #include "platform/com/Unknown.h"

@@ -2,6 +2,7 @@
 // platform's. Out-pointers to interfaces receive one reference each.
 #pragma once
 
+#include "platform/base/Types.h"
 #include "platform/com/Unknown.h"
 #include "platform/media/MediaResults.h"
 #include "platform/media/MediaTypes.h"

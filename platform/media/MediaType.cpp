@@ -4,6 +4,7 @@
 #include <new>
 #include <utility>
 
+#include "platform/base/Types.h"
 #include "platform/com/TaskMemory.h"
 #include "platform/com/Unknown.h"
 

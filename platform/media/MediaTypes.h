@@ -4,8 +4,8 @@
 #include "platform/base/Guid.h"
 #include "platform/base/Types.h"
 #include "platform/com/OwnClasses.h"
+#include "platform/com/Unknown.h"
 
-struct IUnknown;
 struct IBaseFilter;
 struct IFilterGraph;
 

@@ -2,6 +2,7 @@
 // and sources that are read from. The order of the operations is the platform's.
 #pragma once
 
+#include "platform/base/Types.h"
 #include "platform/com/Unknown.h"
 #include "platform/media/MediaResults.h"
 #include "platform/media/MediaTypes.h"

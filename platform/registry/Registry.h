@@ -33,7 +33,6 @@ inline constexpr DWORD REG_CREATED_NEW_KEY = 1;
 inline constexpr DWORD REG_OPENED_EXISTING_KEY = 2;
 
 struct SECURITY_ATTRIBUTES;  // null alone is supported
-struct FILETIME;
 
 // Opens a key, and creates those of the path that don't exist. `classText` is null, `options` 0.
 // `disposition`, may be null, tells whether the last key is new.

@@ -1,4 +1,5 @@
 // Decoders against another decoder's pixels, encoders against the decoders, and bytes that are no pictures.
+#include "platform/base/Types.h"
 #include "platform/image/Image.h"
 
 #include <gtest/gtest.h>

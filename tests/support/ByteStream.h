@@ -7,6 +7,7 @@
 #include <limits>
 #include <vector>
 
+#include "platform/base/Types.h"
 #include "platform/com/Stream.h"
 
 class ByteStream final : public IStream {

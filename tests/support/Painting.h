@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "platform/base/Types.h"
 #include "platform/image/Image.h"
 
 // Soft shapes and a little noise, as a photograph has, in any format that Create knows.

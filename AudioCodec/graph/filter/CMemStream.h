@@ -7,6 +7,7 @@
 
 #include "AudioCodec/graph/filter/CAsyncStream.h"
 #include "AudioCodec/graph/filter/CCritSec.h"
+#include "platform/base/Types.h"
 #include "platform/com/Stream.h"
 
 class CMemStream final : public CAsyncStream {

@@ -3,6 +3,7 @@
 // outer object, or else itself), and the non-delegating ones are its own. References from any thread.
 #pragma once
 
+#include "platform/base/Types.h"
 #include "platform/com/ReferenceCount.h"
 #include "platform/com/Unknown.h"
 

@@ -4,6 +4,10 @@
 
 #include <cstdint>
 
+#include "platform/base/GlobalNames.h"
+
+namespace vlacwav3 {
+
 using Result = int32_t;
 
 // clang-format off
@@ -25,3 +29,5 @@ inline constexpr Result RESULT_SOURCE_NOT_LOADED = 1200;  // the source could no
 inline constexpr Result RESULT_FILTER_MISSING    = 1300;  // a filter or its private interface is missing
 inline constexpr Result RESULT_CANNOT_RUN        = 1302;  // the graph refused to run
 // clang-format on
+
+}  // namespace vlacwav3

@@ -4,6 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/base/GlobalNames.h"
+
+namespace vlacwav3 {
+
 struct AudioFormatInfo {
     uint32_t version;  // 3
     uint32_t size;     // 28
@@ -17,3 +21,5 @@ struct AudioFormatInfo {
 };
 static_assert(sizeof(AudioFormatInfo) == 28 && offsetof(AudioFormatInfo, samplesPerSec) == 12 &&
               offsetof(AudioFormatInfo, blockAlign) == 20 && offsetof(AudioFormatInfo, reserved) == 24);
+
+}  // namespace vlacwav3

@@ -7,6 +7,7 @@
 #include "AudioCodec/wave/converter/Saturating.h"
 #include "AudioCodec/wave/riff/CTagSave.h"
 #include "AudioCodec/wave/riff/HandleSource.h"
+#include "AudioCodec/wave/riff/Origin.h"
 #include "AudioCodec/wave/riff/StreamSource.h"
 #include "platform/file/FilePointer.h"
 #include "riff/ChunkWalk.h"
@@ -18,9 +19,6 @@ namespace {
 constexpr uint64_t kLargestFile = 0xFFFFFFFF;
 
 // Both the file calls and the stream number their origins so.
-constexpr uint32_t kFromStart = 0;
-constexpr uint32_t kFromHere = 1;
-constexpr uint32_t kFromEnd = 2;
 
 Result OpenFailure() {
     return GetLastError() == ERROR_SHARING_VIOLATION ? RESULT_FILE_IN_USE : RESULT_CANNOT_OPEN;
@@ -152,10 +150,10 @@ bool CWaveFile::Move(int64_t distance, uint32_t origin, int64_t* position) const
     return true;
 }
 
-bool CWaveFile::MoveTo(int64_t position) const { return Move(position, kFromStart); }
+bool CWaveFile::MoveTo(int64_t position) const { return Move(position, ORIGIN_START); }
 
 bool CWaveFile::Tell(int64_t& position) const {
-    if (!m_file) return Move(0, kFromHere, &position);
+    if (!m_file) return Move(0, ORIGIN_CURRENT, &position);
     position = TellFilePointer(m_file.get());
     return true;
 }
@@ -267,11 +265,11 @@ Result CWaveFile::ReadData(uint32_t count, void* buffer, uint32_t* done) {
 Result CWaveFile::SeekData(int64_t offset, uint32_t origin) {
     if (!m_file && !m_stream) return RESULT_OK;
     int64_t target = offset;
-    if (origin == kFromHere) {
+    if (origin == ORIGIN_CURRENT) {
         int64_t here = 0;
         if (!Tell(here)) return RESULT_NOT_WAVE;
         target = Saturating::Add(offset, here - m_dataOffset);
-    } else if (origin == kFromEnd) {
+    } else if (origin == ORIGIN_END) {
         target = Saturating::Add(offset, m_dataSize);
     }
     target = std::max<int64_t>(target, 0);

@@ -19,7 +19,9 @@
 
 class ByteSource;
 class ChunkWalk;
+namespace vlacwav3 {
 struct IStream;
+}
 
 class CWaveFile {
 public:

@@ -1,5 +1,7 @@
 #include "AudioCodec/wave/riff/StreamSource.h"
 
+#include "platform/base/Types.h"
+
 namespace {
 
 // What may be asked of a stream without looking first whether it holds as much.

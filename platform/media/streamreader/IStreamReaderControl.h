@@ -2,6 +2,7 @@
 // operations is the binary border between the filter's module and those who load it.
 #pragma once
 
+#include "platform/base/Types.h"
 #include "platform/com/OwnClasses.h"
 #include "platform/com/Unknown.h"
 

@@ -6,4 +6,4 @@
 #include "AudioCodec/shell/object/ResultCodes.h"
 
 // One sentence for any code; a code that the module doesn't define is told by its number.
-std::string ResultText(Result code);
+std::string SentenceOf(Result code);

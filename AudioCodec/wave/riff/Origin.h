@@ -1,0 +1,14 @@
+// Where the offset of a Seek counts from.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/base/GlobalNames.h"
+
+namespace vlacwav3 {
+
+inline constexpr uint32_t ORIGIN_START = 0;
+inline constexpr uint32_t ORIGIN_CURRENT = 1;
+inline constexpr uint32_t ORIGIN_END = 2;
+
+}  // namespace vlacwav3
