@@ -1,11 +1,10 @@
 // Memory in whole blocks from the system, filled with zeros and aligned to the allocation granularity.
 #pragma once
 
-#include "platform/base/Types.h"
+#include "platform/base/PageAccess.h"
 
 inline constexpr DWORD MEM_COMMIT = 0x1000;
 inline constexpr DWORD MEM_RELEASE = 0x8000;
-inline constexpr DWORD PAGE_READWRITE = 4;
 
 struct SYSTEM_INFO {
     DWORD dwPageSize;               // bytes

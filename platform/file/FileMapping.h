@@ -2,11 +2,10 @@
 // for reading and writing, and from a file: all else is refused with last error 50. Any thread.
 #pragma once
 
-#include "platform/base/Types.h"
+#include "platform/base/PageAccess.h"
 
 struct SECURITY_ATTRIBUTES;  // null alone is supported
 
-inline constexpr DWORD PAGE_READWRITE = 4;
 inline constexpr DWORD FILE_MAP_ALL_ACCESS = 0xF001F;
 
 // A mapping of the first so many bytes of a file that is open for reading and writing; a shorter file grows.
