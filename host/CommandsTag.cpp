@@ -28,8 +28,9 @@ RefPtr<IAC3MetadataEditor> OpenEditor(const Module& module, const std::string& f
     return editor;
 }
 
-// Stores the file's own tags with the changes; says before what gets lost. Throws Failure.
-void Change(const Module& module, const std::string& file, const std::vector<TagChange>& changes) {
+// Stores the file's own tags with the changes; says before what gets lost. Returns what the file holds then.
+// Throws Failure.
+TagSet Change(const Module& module, const std::string& file, const std::vector<TagChange>& changes) {
     const RiffScan before = ScanRiff(file);
     RefPtr<IAC3Metadata> metadata;
     RefPtr<IAC3MetadataEditor> editor = OpenEditor(module, file, metadata);
@@ -46,8 +47,10 @@ void Change(const Module& module, const std::string& file, const std::vector<Tag
     Require(editor->Save());
     editor.Reset();
     // Save reports no failed write, so the file has to show what it holds now.
-    if (Tags::Read(*Source(module, file).Metadata()) != foreseen)
+    TagSet held = Tags::Read(*Source(module, file).Metadata());
+    if (held != foreseen)
         throw Failure("The file doesn't give back the tags that were saved; check the room on the disk.");
+    return held;
 }
 
 TagSet Shown(const Module& module, const std::string& file) {
@@ -87,8 +90,7 @@ ExitCode RunTag(const Module& module, const TagOptions& options) {
     ExitCode exitCode = EXIT_DONE;
     for (const std::string& file : options.files) {
         try {
-            if (!changes.empty()) Change(module, file, changes);
-            const TagSet tags = Shown(module, file);
+            const TagSet tags = changes.empty() ? Shown(module, file) : Change(module, file, changes);
             if (options.json)
                 array.push_back(Json(file, tags));
             else

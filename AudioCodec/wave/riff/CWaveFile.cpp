@@ -18,8 +18,6 @@ namespace {
 // What the sizes in the headers can tell.
 constexpr uint64_t kLargestFile = 0xFFFFFFFF;
 
-// Both the file calls and the stream number their origins so.
-
 Result OpenFailure() {
     return GetLastError() == ERROR_SHARING_VIOLATION ? RESULT_FILE_IN_USE : RESULT_CANNOT_OPEN;
 }
