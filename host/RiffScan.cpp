@@ -89,8 +89,9 @@ const TagRow* FindEntry(const std::string& name) {
 }
 
 void NameEntries(std::string_view bytes, NameSample& names) {
+    std::string name;
     for (TagEntryReader entries(bytes); entries.Next();) {
-        std::string name(entries.Name());
+        name = entries.Name();
         std::transform(name.begin(), name.end(), name.begin(),
                        [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c; });
         if (!FindEntry(name)) names.Add(name);

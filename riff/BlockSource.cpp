@@ -11,6 +11,14 @@ constexpr size_t kLargestBlock = 65536;
 }  // namespace
 
 bool BlockSource::Read(void* buffer, size_t count) {
+    // Nearly every read is of a few bytes that the block holds. A place in front of the block counts as far
+    // past it.
+    const uint64_t from = m_place - m_blockAt;
+    if (from < m_blockBytes && count <= m_blockBytes - from) {
+        std::memcpy(buffer, m_block.get() + from, count);
+        m_place += count;
+        return true;
+    }
     // What is larger than a block goes past it, straight to where it is wanted.
     const size_t done = count < kLargestBlock ? Peek(buffer, count) : ReadAt(m_place, buffer, count);
     m_place += done;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <new>
-#include <tuple>
 
 InfoChunks::InfoChunks(std::initializer_list<Entry> entries) {
     for (const auto& [id, bytes] : entries) Set(id, bytes);
@@ -63,8 +62,9 @@ void InfoChunks::clear() { *this = {}; }
 void InfoChunks::Seal() {
     // By place within an id, so that the first that came in stands first, without memory for a stable sort.
     // Where two share a place, the first of them is empty.
-    const auto precedes = [](const Slot& a, const Slot& b) {
-        return std::tie(a.id, a.start, a.size) < std::tie(b.id, b.start, b.size);
+    const auto placeOf = [](const Slot& slot) { return uint64_t{slot.id} << 32 | slot.start; };
+    const auto precedes = [&](const Slot& a, const Slot& b) {
+        return placeOf(a) != placeOf(b) ? placeOf(a) < placeOf(b) : a.size < b.size;
     };
     if (!std::is_sorted(m_slots.begin(), m_slots.end(), precedes))
         std::sort(m_slots.begin(), m_slots.end(), precedes);

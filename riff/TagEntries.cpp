@@ -27,10 +27,11 @@ bool TagEntryReader::Next() {
 }
 
 void TagEntryReader::Value(std::u16string& value) const {
-    value.clear();
-    for (size_t at = 0; at < m_units.size(); at += kUnit) {
-        const auto* bytes = reinterpret_cast<const uint8_t*>(m_units.data()) + at;
-        value += static_cast<char16_t>(m_bigEndian ? LoadBE16(bytes) : LoadLE16(bytes));
+    const auto* bytes = reinterpret_cast<const uint8_t*>(m_units.data());
+    value.resize(m_units.size() / kUnit);
+    for (char16_t& unit : value) {
+        unit = static_cast<char16_t>(m_bigEndian ? LoadBE16(bytes) : LoadLE16(bytes));
+        bytes += kUnit;
     }
 }
 

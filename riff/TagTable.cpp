@@ -38,7 +38,12 @@ const TagRow* FindTagByKeyword(std::string_view keyword) {
 }
 
 const TagRow* FindTagByName(std::string_view name) {
-    return Find([name](const TagRow& row) { return (row.uses & TAG_READ) && row.keyword == name; });
+    if (name.empty()) return nullptr;
+    // Asked for each entry of a file: size and last letter tell nearly all rows apart.
+    return Find([name](const TagRow& row) {
+        return row.keyword.size() == name.size() && row.keyword.back() == name.back() &&
+               (row.uses & TAG_READ) && row.keyword == name;
+    });
 }
 
 const TagRow* FindTagShownAt(uint32_t place) {

@@ -25,7 +25,7 @@ AudioCodec/shell/object: platform/com platform/sync platform/base
 AudioCodec/attributes: AudioCodec/shell/object platform/base riff
 AudioCodec/shell/templates: AudioCodec/attributes AudioCodec/shell/object platform/com
 AudioCodec/wave/converter: AudioCodec/shell/object
-AudioCodec/wave/riff: AudioCodec/wave/converter AudioCodec/shell/object platform/com platform/file platform/base riff
+AudioCodec/wave/riff: AudioCodec/shell/object platform/com platform/file platform/base riff
 AudioCodec/metadata: AudioCodec/wave/riff AudioCodec/shell/templates AudioCodec/attributes AudioCodec/shell/object platform/image platform/com platform/file platform/base riff
 AudioCodec/wave: AudioCodec/metadata AudioCodec/wave/riff AudioCodec/wave/converter AudioCodec/shell/templates AudioCodec/attributes AudioCodec/shell/object platform/com platform/loader platform/file riff
 AudioCodec/graph/filter: AudioCodec/shell/object platform/media platform/com platform/sync platform/base

@@ -11,7 +11,7 @@
 #include "AudioCodec/shell/object/Border.h"
 #include "AudioCodec/shell/object/HandedOut.h"
 #include "AudioCodec/shell/object/ModuleInstance.h"
-#include "AudioCodec/wave/converter/Saturating.h"
+#include "AudioCodec/shell/object/Saturating.h"
 #include "platform/loader/ModulePath.h"
 
 namespace {

@@ -8,10 +8,10 @@
 #include "AudioCodec/metadata/MetadataHandOver.h"
 #include "AudioCodec/metadata/MetadataTransfer.h"
 #include "AudioCodec/metadata/TagMapping.h"
+#include "AudioCodec/shell/object/Saturating.h"
 #include "AudioCodec/wave/FormatText.h"
 #include "AudioCodec/wave/StockFormatTexts.h"
 #include "AudioCodec/wave/StockFormats.h"
-#include "AudioCodec/wave/converter/Saturating.h"
 #include "AudioCodec/wave/riff/FormatInfo.h"
 
 namespace {

@@ -34,6 +34,16 @@ inline constexpr ResultText kResultTexts[] = {
 };
 // clang-format on
 
+constexpr bool AreResultTextsAscending() {
+    const ResultText* before = nullptr;
+    for (const ResultText& row : kResultTexts) {
+        if (before && before->code >= row.code) return false;
+        before = &row;
+    }
+    return true;
+}
+static_assert(AreResultTextsAscending(), "each result has one row");
+
 // The row of a result; null for one that the module doesn't define, such as a negative one of the platform.
 constexpr const ResultText* FindResultText(Result code) {
     for (const ResultText& row : kResultTexts) {

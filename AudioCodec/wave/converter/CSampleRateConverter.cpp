@@ -12,8 +12,8 @@
 #include <cmath>
 #include <limits>
 
+#include "AudioCodec/shell/object/Saturating.h"
 #include "AudioCodec/wave/converter/ConverterKernels.h"
-#include "AudioCodec/wave/converter/Saturating.h"
 
 namespace {
 

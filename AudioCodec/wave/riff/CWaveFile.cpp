@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "AudioCodec/shell/object/Border.h"
-#include "AudioCodec/wave/converter/Saturating.h"
+#include "AudioCodec/shell/object/Saturating.h"
 #include "AudioCodec/wave/riff/CTagSave.h"
 #include "AudioCodec/wave/riff/HandleSource.h"
 #include "AudioCodec/wave/riff/Origin.h"

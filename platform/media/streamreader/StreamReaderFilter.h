@@ -55,7 +55,7 @@ private:
 
     Input m_input;
     Ring m_ring{kRingSize};
-    Mutex m_formatLock;                                      // short; nothing is called under it
+    Mutex m_formatLock;                                      // short; only the ring's is taken under it
     WAVEFORMATEX m_format VL_GUARDED_BY(m_formatLock) = {};  // all zeros without a connection
     std::atomic<REFERENCE_TIME> m_segmentStart;              // of what is in the ring
 };
