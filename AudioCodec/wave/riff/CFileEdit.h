@@ -21,7 +21,7 @@ public:
 
     uint64_t Size() const { return m_size; }  // of the file, in bytes
 
-    // All of these give false for a failure of the system.
+    // All of these return false for a failure of the system.
 
     // False also for fewer bytes than asked.
     bool Read(uint64_t place, void* buffer, size_t count) const;
