@@ -1,3 +1,11 @@
+// An open, step by step: (1) an empty graph, (2) the source into it, for a path or for a stream, (3) the
+// stream reader filter, (4) what the subclass puts between the two, (5) format and duration, as the connected
+// filters tell them.
+//
+//   Closed --Open--> Opened --first Read--> Running --Close--> Closed
+//
+// Nothing moves before the first Read, so an open that only looks costs no thread. A step that fails leaves
+// the ones before it as they are: the next Open, Close or the end takes them down.
 #include "AudioCodec/graph/CACReader.h"
 
 #include <algorithm>
@@ -85,6 +93,7 @@ Result CACReader::OpenPath(const char16_t* path) {
     return loaded == RESULT_OK ? CompleteGraph(source.Get()) : loaded;
 }
 
+// (2) For a path.
 Result CACReader::LoadFile(const char16_t* path, RefPtr<IBaseFilter>& source) {
     if (FAILED(AddToGraph(CLSID_AsyncReader, source.Put(), u"File Source"))) return RESULT_FILTER_MISSING;
     RefPtr<IFileSourceFilter> file;
@@ -101,6 +110,7 @@ Result CACReader::OpenImage(IStream* stream) {
     return added == RESULT_OK ? CompleteGraph(m_memReader.Get()) : added;
 }
 
+// (2) For a stream. The filter borrows the adapter, which lives here and not in the graph.
 Result CACReader::AddStreamSource(IStream* stream) {
     try {
         m_memStream = std::make_unique<CMemStream>(stream);
@@ -126,11 +136,15 @@ Result CACReader::CompleteGraph(IBaseFilter* source) {
     if (!streamReader || FAILED(streamReader->QueryInterface(IID_IStreamReaderControl,
                                                              reinterpret_cast<void**>(m_streamReader.Put()))))
         return RESULT_FILTER_MISSING;
+    // (4) The parser reads the head of the file while it is connected, so this is where a file of
+    // no use shows.
     if (ConnectGraph(source, streamReader.Get()) != RESULT_OK) return RESULT_SOURCE_NOT_LOADED;
 
+    // (5) Only a connected filter knows what it will deliver.
     m_streamReader->Initialize();
     ReadSourceFormat();
     ReadDuration();
+    // Frames of an earlier source, and a converter made for its format, must not reach into this one.
     m_staged.Drop();
     Configure(m_outChannels, m_outRate);
     m_converter.ResetToOutputPosition(0);
@@ -180,6 +194,8 @@ void CACReader::ReadSourceFormat() {
 
 void CACReader::ReadDuration() {
     if (!m_seeking) return;
+    // A duration comes in the unit that is set. It is set for the question, and put back where
+    // it was another.
     GUID before{};
     if (m_seeking->IsFormatSupported(&TIME_FORMAT_MEDIA_TIME) != S_OK ||
         m_seeking->GetTimeFormat(&before) != S_OK ||
@@ -200,6 +216,7 @@ void CACReader::Configure(uint32_t outChannels, uint32_t outRate) {
 // From the first read on. 1302 if the graph refuses, which ends this open.
 Result CACReader::StartGraph() {
     const HRESULT run = m_control->Run();
+    // S_FALSE: some filter isn't there yet, which is no reason to give up.
     if (run != S_OK && run != S_FALSE) {
         m_control->Stop();
         m_state = State::Closed;
@@ -223,6 +240,7 @@ Result CACReader::ReadFrames(void* buffer, uint32_t frames, uint32_t* framesRead
         if (endOfStream) *endOfStream = 1;
         return started;
     }
+    // Whole frames alone are asked for, or the next read would begin inside one.
     const uint32_t frameBytes = uint32_t{m_sourceFormat.channels} * m_sourceFormat.bitsPerSample / 8;
     if (frameBytes == 0) return RESULT_NOT_PCM;
     const auto bytes = static_cast<uint32_t>(std::min<uint64_t>(uint64_t{frameBytes} * frames, UINT32_MAX));
@@ -250,6 +268,7 @@ Result CACReader::ReadConverted(int16_t* output, uint32_t frames, uint32_t* fram
 Result CACReader::RefillStaging(uint8_t* endOfStream) {
     const uint32_t channels = m_sourceFormat.channels;
     return m_staged.Refill(channels, [&](int16_t* buffer, uint32_t frames, uint32_t* framesRead) {
+        // The block has room for samples of 16 bits, and the converter understands no others.
         if (m_state != State::Closed && (m_sourceFormat.bitsPerSample != kStagedBits || channels == 0))
             return RESULT_NOT_PCM;
         return ReadFrames(buffer, frames, framesRead, endOfStream);
@@ -260,6 +279,7 @@ Result CACReader::Seek(uint32_t origin, int64_t offset, int64_t* position) {
     m_staged.Drop();
     if (position) *position = 0;
     if (!m_seeking) return RESULT_FAILED;
+    // Media time, in units of 100 ns; the offset of a host counts output frames.
     int64_t target =
         Saturating::Mul(WholeSeconds(offset, static_cast<float>(m_outRate)), kTimeUnitsPerSecond);
     if (origin == kFromHere) {
@@ -313,12 +333,15 @@ Result CACReader::GetExtensionCount(uint32_t* /*count*/) { return RESULT_NOT_SUP
 Result CACReader::GetExtension(uint32_t /*index*/, char16_t** /*extension*/) { return RESULT_NOT_SUPPORTED; }
 
 Result CACReader::Close() {
+    // First the thread that moves data, then whoever waits for it: neither may meet an object that is gone.
     Regardless([&] {
         if (m_state == State::Running && m_control) m_control->Stop();
     });
     Regardless([&] {
         if (m_streamReader) m_streamReader->Shutdown();
     });
+    // The graph still holds the source filter when its stream goes. After the stop no request is on its way
+    // any more, and the end of a filter touches no stream.
     Regardless([&] { m_memReader.Reset(); });
     Regardless([&] { m_memStream.reset(); });
     m_state = State::Closed;
