@@ -20,7 +20,7 @@ inline constexpr uint32_t STORE_POINTER_ARRAY = 9;
 enum class OnOtherType {
     Ignore,     // nothing, and reports success
     CountOnly,  // raises the change count, and reports success
-    Refuse,     // nothing, and reports 1
+    Refuse,     // nothing, and reports RESULT_FAILED
 };
 
 enum class PayloadKind {

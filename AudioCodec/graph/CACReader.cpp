@@ -213,7 +213,7 @@ void CACReader::Configure(uint32_t outChannels, uint32_t outRate) {
                           outChannels, static_cast<int32_t>(outRate));
 }
 
-// From the first read on. 1302 if the graph refuses, which ends this open.
+// From the first read on. RESULT_CANNOT_RUN if the graph refuses, which ends this open.
 Result CACReader::StartGraph() {
     const HRESULT run = m_control->Run();
     // S_FALSE: some filter isn't there yet, which is no reason to give up.

@@ -18,7 +18,7 @@ public:
     uint32_t AddRef() override { return FilterBase::AddRef(); }
     uint32_t Release() override { return FilterBase::Release(); }
 
-    // Once. A failure is the file's: last error 2 comes as 0x80070002.
+    // Once. A failure is the file's: ERROR_FILE_NOT_FOUND comes as 0x80070002.
     HRESULT Load(const WCHAR* path, const AM_MEDIA_TYPE* type) override;
     HRESULT GetCurFile(WCHAR** path, AM_MEDIA_TYPE* type) override;
 

@@ -46,7 +46,7 @@ public:
 private:
     HRESULT PrepareRead(IMediaSample& sample, CAsyncReadRequest::Wish& wish);
     HRESULT NewAllocator(ALLOCATOR_PROPERTIES* properties, IMemAllocator** actual);
-    // 0 if the allocator takes the properties and returns an alignment that fits.
+    // S_OK if the allocator takes the properties and returns an alignment that fits.
     HRESULT Settle(IMemAllocator& allocator, ALLOCATOR_PROPERTIES* properties);
 
     CAsyncReader* const m_reader;
