@@ -15,8 +15,8 @@ public:
     // Reads so many bytes and moves past them. False for fewer; what `buffer` holds is open then.
     virtual bool Read(void* buffer, size_t count) = 0;
 
-    // Moves on over so many bytes, also past the end, where every read comes short. False where the source
-    // refuses.
+    // Moves on over so many bytes, also past the end, where every read comes short. False where
+    // the source refuses.
     virtual bool Skip(uint64_t count) = 0;
 
     // Whether so many bytes follow, asked before memory is taken for them.

@@ -71,8 +71,8 @@ public:
     Result CopyTo(CAttributeContainerV2* target) const;
     // Empty for an attribute without text. Throws std::bad_alloc.
     void GetStringInto(uint32_t id, std::u16string& text);
-    // Resizes `data` to the attribute's block and fills it; returns the bytes, 0 if there are none or no
-    // memory.
+    // Resizes `data` to the attribute's block and fills it; returns the bytes, 0 if there are none
+    // or no memory.
     uint32_t GetDataInto(uint32_t id, CRawData& data);
     // Nothing happens for a source without a text; otherwise the result of SetString.
     Result CopyStringFrom(uint32_t id, IAttributeContainer64* source);

@@ -86,9 +86,9 @@ uint64_t ProcessModuleTable::WordAt(uint64_t place) const {
 
 void ProcessModuleTable::NotifyModules(uint8_t flag) {
     if (!m_lock || !m_view) return;
-    // The count is read afresh each time: a clean-up may change the table. Nothing is looked up under the
-    // lock: the loader has one of its own, which a thread that loads a module holds while that waits for
-    // ours.
+    // The count is read afresh each time: a clean-up may change the table. Nothing is looked up under
+    // the lock: the loader has one of its own, which a thread that loads a module holds while that
+    // waits for ours.
     for (uint64_t i = 1; i <= WordAt(0) && i < kWords; ++i) {
         const uint64_t word = WordAt(i);
         const auto module = std::bit_cast<HMODULE>(word);

@@ -1,5 +1,5 @@
-// The ANSI code page of the platform, which is Windows-1252 here, against UTF-16. All 256 bytes map and map
-// back.
+// The ANSI code page of the platform, which is Windows-1252 here, against UTF-16. All 256 bytes map
+// and map back.
 #pragma once
 
 #include "platform/base/Types.h"

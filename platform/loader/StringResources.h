@@ -45,8 +45,8 @@ VL_PLATFORM_API HGLOBAL LoadResource(HMODULE module, HRSRC resource);
 VL_PLATFORM_API const void* LockResource(HGLOBAL data);
 VL_PLATFORM_API DWORD SizeofResource(HMODULE module, HRSRC resource);  // in bytes
 
-// For StringResources. Notes the table for the module that holds it, whose handle it returns; a module has
-// one.
+// For StringResources. Notes the table for the module that holds it, whose handle it returns; a
+// module has one.
 VL_PLATFORM_API HMODULE VlAddStringBlocks(const StringBlock* blocks, size_t count);
 VL_PLATFORM_API void VlRemoveStringBlocks(HMODULE module);
 

@@ -1,7 +1,7 @@
-// A filter that reads a file: one output pin, a stream of bytes that others read at any place through
-// IAsyncReader, on their own threads. Only reads that wait are offered: Request and its like return
-// E_NOTIMPL. The file is open from Load until the filter goes, and others may read it and write to it
-// meanwhile.
+// A filter that reads a file: one output pin, a stream of bytes that others read at any place
+// through IAsyncReader, on their own threads. Only reads that wait are offered: Request and its like
+// return E_NOTIMPL. The file is open from Load until the filter goes, and others may read it and
+// write to it meanwhile.
 #pragma once
 
 #include <string>

@@ -1,7 +1,7 @@
-// The registry: keys with values below two roots, kept in one file that all processes of the user share. The
-// file is $VELTO_REGISTRY if that is set, else "velto/registry.db" in $XDG_DATA_HOME or ~/.local/share; it
-// and its folder are made by the first that writes. Each call is whole or has not been, whatever ends the
-// process.
+// The registry: keys with values below two roots, kept in one file that all processes of the user share.
+// The file is $VELTO_REGISTRY if that is set, else "velto/registry.db" in $XDG_DATA_HOME or
+// ~/.local/share; it and its folder are made by the first that writes. Each call is whole or has not been,
+// whatever ends the process.
 //
 // Names are bytes; the case of ASCII letters in them doesn't count. A path of keys has "\" between its names.
 // All functions return ERROR_SUCCESS or the platform's code: ERROR_FILE_NOT_FOUND where there is no such key

@@ -27,8 +27,8 @@ protected:
     // Whether what has just been taken was left by an owner that is no more.
     virtual bool TakeAbandonment() VL_REQUIRES(m_lock) { return false; }
 
-    // Says that the object may have become to be had. Under the lock, since who takes it next may close the
-    // handle.
+    // Says that the object may have become to be had. Under the lock, since who takes it next may
+    // close the handle.
     void WakeWaiters() VL_REQUIRES(m_lock);
 
     Mutex m_lock;  // guards the state of the kind; held for moments only

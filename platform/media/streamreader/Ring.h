@@ -21,8 +21,8 @@ public:
     // Nor ever again.
     void Shut();
 
-    // Drops what is in it and takes no more until the end; a Read that waits starts again with what comes
-    // then.
+    // Drops what is in it and takes no more until the end; a Read that waits starts again with
+    // what comes then.
     void BeginFlush();
     void EndFlush();
 
