@@ -73,7 +73,7 @@ Output OpenOutput(const std::string& path, bool overwrite) {
 
 class Conversion {
 public:
-    // Opens the input and settles what is to be made of it.
+    // (1) Opens the input and settles what is to be made of it.
     Conversion(const ConversionRules& rules, const std::string& input)
         : m_module(rules.module),
           m_input(input),
@@ -107,13 +107,13 @@ private:
 Converted Conversion::Run(Output output) {
     // (2) Before the file is written: what comes back in another form is warned of, and expected so in (4).
     const TagSet expectedTags = TagLimits::Foresee(m_input, m_tags, {});
-    const RefPtr<IAC3Writer> writer = OpenWriter(output.Temporary());
+    const RefPtr<IAC3Writer> writer = OpenWriter(output.Temporary());  // (3)
     StoreTags(*writer, m_tags);
     Copy(*writer, output.Name());
     // (3) ends here: header and tags are written by the Close.
     Require(writer->Close());
     const int64_t frames = RequireWhole(output.Temporary(), expectedTags);
-    output.Commit();
+    output.Commit();  // (5)
 
     // (6) Only now: what is told of an output that never came would mislead.
     WarnIfShort(m_input, m_source.Format(), m_passage.rate, m_promised, m_taken);

@@ -1,5 +1,5 @@
-// Where a walk over chunks takes its bytes from: in order, with moves forward. Who owns a file or a stream
-// adapts it; bytes in memory have SpanSource, files BlockSource. One thread at a time.
+// Where a walk over chunks takes its bytes from: in order, with moves forward. The owner of a file or a
+// stream adapts it; bytes in memory have SpanSource, files BlockSource. One thread at a time.
 #pragma once
 
 #include <cstddef>

@@ -41,7 +41,7 @@ constexpr std::chrono::milliseconds kStateQueryPause{100};
 
 constexpr float kMostSeconds = 0x1p62F;  // more than any time, and within 64 bits
 
-// Whole seconds of a time or a count, divided in single precision, as hosts of old know the lengths.
+// Whole seconds of a time or a count, divided in single precision: the lengths that older hosts expect.
 int64_t WholeSeconds(int64_t units, float unitsPerSecond) {
     if (unitsPerSecond == 0.0F) return 0;
     return static_cast<int64_t>(std::min(static_cast<float>(units) / unitsPerSecond, kMostSeconds));
@@ -86,7 +86,7 @@ Result CACReader::OpenStream(IStream* stream, uint32_t /*flags*/) {
 Result CACReader::OpenPath(const char16_t* path) {
     m_length = 0;
     m_duration = 0;
-    const Result created = CreateFilterGraph(m_graph.Put(), m_control.Put(), m_seeking.Put());
+    const Result created = CreateFilterGraph(m_graph.Put(), m_control.Put(), m_seeking.Put());  // (1)
     if (created != RESULT_OK) return created;
     RefPtr<IBaseFilter> source;
     const Result loaded = LoadFile(path, source);
@@ -104,7 +104,7 @@ Result CACReader::LoadFile(const char16_t* path, RefPtr<IBaseFilter>& source) {
 
 Result CACReader::OpenImage(IStream* stream) {
     m_length = 0;
-    const Result created = CreateFilterGraph(m_graph.Put(), m_control.Put(), m_seeking.Put());
+    const Result created = CreateFilterGraph(m_graph.Put(), m_control.Put(), m_seeking.Put());  // (1)
     if (created != RESULT_OK) return created;
     const Result added = AddStreamSource(stream);
     return added == RESULT_OK ? CompleteGraph(m_memReader.Get()) : added;
@@ -131,7 +131,7 @@ Result CACReader::AddStreamSource(IStream* stream) {
 // From the source on, the same for a path and a stream. The graph keeps the filters alive.
 Result CACReader::CompleteGraph(IBaseFilter* source) {
     RefPtr<IBaseFilter> streamReader;
-    if (FAILED(AddFilterFromSearch(CLSID_StreamReader, kFilterFile, streamReader, kFilterName)))
+    if (FAILED(AddFilterFromSearch(CLSID_StreamReader, kFilterFile, streamReader, kFilterName)))  // (3)
         return RESULT_FILTER_MISSING;
     if (!streamReader || FAILED(streamReader->QueryInterface(IID_IStreamReaderControl,
                                                              reinterpret_cast<void**>(m_streamReader.Put()))))

@@ -1,7 +1,7 @@
 // A reader that decodes through a media graph of the platform: source, decoder, and at the end the suite's
-// stream reader filter, out of which the frames are pulled as 16-bit PCM. A path or a caller's stream; how
-// the filters are connected is a subclass's. Lengths and seeks are in whole seconds. One thread at a time;
-// data moves on the threads of the filters.
+// stream reader filter, out of which the frames are pulled as 16-bit PCM. Takes a path or a caller's stream;
+// how the filters are connected is left to a subclass. Lengths and seeks are in whole seconds. One thread at
+// a time; data moves on the threads of the filters.
 //
 // Decisions: An Open on an open reader closes it first. Seek without a graph returns RESULT_FAILED. A source
 // whose frames have no size returns RESULT_NOT_PCM from Read, and so does one that isn't 16 bits wide where

@@ -13,7 +13,7 @@ namespace {
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
-// What of a chunk's bytes is the text of its tag; false if the chunk gives none.
+// Finds the text of its tag in a chunk's bytes; false if there is none.
 using TextOfChunk = bool (*)(std::string_view chunk, std::string_view& text);
 // The bytes of the new chunk from the tag's narrow text, with what the file's chunk held before.
 using ChunkOfText = std::string (*)(std::string_view text, std::string_view old);

@@ -76,10 +76,10 @@ bool MeansNoLocks(int error) {
 int TakeWithRetries(const Markers& markers) {
     constexpr int kTries = 20;
     for (int i = 0; i < kTries; ++i) {
-        if (const int error = markers.FindOpponent()) return error;  // one that is there to stay: at once
+        if (const int error = markers.FindOpponent()) return error;  // (1) one that stays: at once
         // (2) A lock that can't be had is held by an opener that may only write: its locks aren't shared.
         int error = markers.Take();
-        if (error == 0) error = markers.FindOpponent();
+        if (error == 0) error = markers.FindOpponent();  // (3)
         if (error == 0) return 0;
         markers.Drop();
         if (error != kContradicted) return error;

@@ -63,8 +63,8 @@ HRESULT Decoder::Input::EndOfStream() {
 }
 
 HRESULT Decoder::Input::BeginFlush() {
-    m_decoder.m_flushing = true;
-    return m_decoder.m_output.DeliverBeginFlush();  // makes Receive come back
+    m_decoder.m_flushing = true;                    // (1)
+    return m_decoder.m_output.DeliverBeginFlush();  // (2) makes Receive come back
 }
 
 HRESULT Decoder::Input::EndFlush() {

@@ -96,7 +96,7 @@ HRESULT FilterGraph::Connect(IPin* output, IPin* input) {
     return AtBorder(ResultOfThrow, [&] {
         const std::lock_guard lock(m_lock);
         if (PeerOf(*output) || PeerOf(*input)) return VFW_E_ALREADY_CONNECTED;
-        // Directly where the two agree; the parser is for a source that gives bytes alone.
+        // Directly where the two agree; the parser is for a source of mere bytes.
         if (SUCCEEDED(output->Connect(input, nullptr))) return S_OK;
         return ConnectThroughParser(*output, *input);
     });
@@ -118,8 +118,8 @@ HRESULT FilterGraph::ConnectThroughParser(IPin& output, IPin& input) {
     return VFW_E_CANNOT_CONNECT;
 }
 
-// Those that receive stand in front of those that send to them: so nobody sends to a filter that is stopped,
-// and nobody is waited for who waits for another.
+// Receivers come before those that send to them: so nobody sends to a stopped filter, and no filter is waited
+// for that itself waits for another.
 std::vector<FilterGraph::Filter> FilterGraph::FromTheLast() const {
     std::vector<IBaseFilter*> seen;
     std::vector<Filter> order;

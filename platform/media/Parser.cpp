@@ -79,8 +79,8 @@ HRESULT Parser::SeekTo(REFERENCE_TIME position) {
     if (active) StopWorker();
     // (5) A stopped graph is told too: positions are asked for before it runs.
     m_output.DeliverNewSegment(position, kEndOfTime);
-    const HRESULT result = active ? StartWorker() : S_OK;
-    if (FAILED(result)) m_output.DeliverEndOfStream();  // nobody shall wait for what doesn't come
+    const HRESULT result = active ? StartWorker() : S_OK;  // (6)
+    if (FAILED(result)) m_output.DeliverEndOfStream();     // nobody shall wait for what doesn't come
     return result;
 }
 
@@ -98,12 +98,12 @@ void Parser::StopWorker() {
     if (!m_worker.joinable()) return;
     // (1) First, or the worker that the flush lets go would report the end of the stream.
     m_stop = true;
-    m_output.DeliverBeginFlush();
+    m_output.DeliverBeginFlush();  // (2)
     m_reader->BeginFlush();
     // (3) Only then may samples be taken again, (4).
     m_worker.join();
     m_reader->EndFlush();
-    m_output.DeliverEndFlush();
+    m_output.DeliverEndFlush();  // (4)
     m_stop = false;
 }
 

@@ -76,12 +76,12 @@ DWORD WaitableObject::WaitForAny(std::span<WaitableObject* const> objects, DWORD
     // draws out a wait.
     const auto end = Waiter::Clock::now() + std::chrono::milliseconds(milliseconds);
     Waiter waiter;
-    const WaiterPlaces places(objects, waiter);
+    const WaiterPlaces places(objects, waiter);  // (2)
     for (bool inTime = true;;) {
         // (3) What was set between the look above and the places in the queues is seen here. And once more
         // after the time is up: an object that was set in the last moment is taken.
         if (const DWORD taken = take(); taken != WAIT_TIMEOUT || !inTime) return taken;
-        if (milliseconds == INFINITE) {
+        if (milliseconds == INFINITE) {  // (4)
             waiter.WaitForWake();
         } else {
             inTime = waiter.WaitForWake(end);

@@ -43,7 +43,7 @@ HRESULT CBaseAllocator::Commit() {
     if (std::exchange(m_committed, true)) return S_OK;
     // (5) The memory of a decommit that is under way is still there, and so is its reference.
     if (std::exchange(m_decommitting, false)) return S_OK;
-    if (const HRESULT result = Alloc(); FAILED(result)) {
+    if (const HRESULT result = Alloc(); FAILED(result)) {  // (1)
         m_committed = false;
         return result;
     }
@@ -60,7 +60,7 @@ HRESULT CBaseAllocator::Decommit() {
         m_decommitting = m_freeCount < m_allocated;
         WakeWaiters();  // to fail
         if (m_decommitting) return S_OK;
-        Free();
+        Free();  // (2)
     }
     // Outside the lock: this may be the last reference, and the lock goes with the object.
     Release();
@@ -78,8 +78,8 @@ HRESULT CBaseAllocator::GetBuffer(IMediaSample** sample, REFERENCE_TIME* /*start
             const CritSecGuard guard(*this);
             if (!m_committed) return VFW_E_NOT_COMMITTED;
             taken = TakeFree();
-            // Counted under the lock that the sample was looked for under, so no one who gives one back in
-            // between can miss this waiter.
+            // Counted under the same lock as the look for a sample, so that whoever returns one in between
+            // can't miss this waiter.
             if (!taken && waits) ++m_waiting;
         }
         if (taken) {
@@ -102,14 +102,14 @@ HRESULT CBaseAllocator::ReleaseBuffer(IMediaSample* sample) {
         const CritSecGuard guard(*this);
         AddFree(static_cast<CMediaSample*>(sample));
         WakeWaiters();
-        if (m_decommitting && m_freeCount == m_allocated) {
+        if (m_decommitting && m_freeCount == m_allocated) {  // (4)
             Free();
             m_decommitting = false;
             wasLast = true;
         }
         notify = m_notify;
     }
-    // Callbacks without the lock: they may well ask for a sample.
+    // Called without the lock, since the callback may ask for a sample.
     if (notify) notify->NotifyRelease();
     if (wasLast) Release();
     return S_OK;

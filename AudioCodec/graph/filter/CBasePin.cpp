@@ -51,7 +51,7 @@ uint32_t CBasePin::NonDelegatingRelease() { return m_filter->Release(); }
 HRESULT CBasePin::Connect(IPin* receiver, const AM_MEDIA_TYPE* type) {
     if (!receiver) return E_POINTER;
     const CritSecGuard guard(*m_lock);
-    if (const HRESULT result = CheckFree(); FAILED(result)) return result;
+    if (const HRESULT result = CheckFree(); FAILED(result)) return result;  // (1)
     const HRESULT result = AgreeOnType(receiver, type);
     if (FAILED(result)) return Undo(result);
     return S_OK;
@@ -60,12 +60,12 @@ HRESULT CBasePin::Connect(IPin* receiver, const AM_MEDIA_TYPE* type) {
 HRESULT CBasePin::ReceiveConnection(IPin* connector, const AM_MEDIA_TYPE* type) {
     if (!connector || !type) return E_POINTER;
     const CritSecGuard guard(*m_lock);
-    if (const HRESULT result = CheckFree(); FAILED(result)) return result;
+    if (const HRESULT result = CheckFree(); FAILED(result)) return result;  // (1)
     if (const HRESULT result = CheckPeerAndType(connector, *type); FAILED(result)) return result;
     // Set before the class is asked: it may want to know whom it is being connected with.
     m_connected = RefPtr<IPin>::Retain(connector);
     HRESULT result = SetMediaType(*type);
-    if (SUCCEEDED(result)) result = CompleteConnect(connector);
+    if (SUCCEEDED(result)) result = CompleteConnect(connector);  // (5) of the other end
     return FAILED(result) ? Undo(result) : S_OK;
 }
 
@@ -202,13 +202,13 @@ HRESULT CBasePin::TryTypes(IPin* receiver, const AM_MEDIA_TYPE* wish, IEnumMedia
 }
 
 HRESULT CBasePin::AttemptConnection(IPin* receiver, const AM_MEDIA_TYPE& type) {
-    if (const HRESULT result = CheckPeerAndType(receiver, type); FAILED(result)) return result;
+    if (const HRESULT result = CheckPeerAndType(receiver, type); FAILED(result)) return result;  // (3)
     m_connected = RefPtr<IPin>::Retain(receiver);
     HRESULT result = SetMediaType(type);
     // (4) After this end holds peer and type: the other end may ask for either.
     if (SUCCEEDED(result)) result = receiver->ReceiveConnection(this, &type);
     if (FAILED(result)) return Undo(result);
-    result = CompleteConnect(receiver);
+    result = CompleteConnect(receiver);  // (5)
     if (SUCCEEDED(result)) return S_OK;
     // The other end has taken the connection up already; this end alone would leave it with half of one.
     receiver->Disconnect();

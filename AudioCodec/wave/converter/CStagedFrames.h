@@ -41,8 +41,10 @@ public:
             uint32_t given = frames - made;
             converter.Process(m_samples + size_t{m_used} * converter.SourceChannels(), &taken, output,
                               &given);
-            // Neither input nor tail made a frame: the end. It also ends a source too short for the warm-up,
-            // which would be offered over and over.
+            // Nothing came of what was offered: the tail is used up, or the source is too short for the
+            // warm-up and would be offered over and over. A last block that doesn't reach the next output
+            // frame ends the call too. m_used stays then, even where input was consumed: the next call offers
+            // the block again.
             if (given == 0) break;
             m_used = std::min(m_used + taken, m_frames);
             output += size_t{given} * converter.OutputChannels();

@@ -2,8 +2,8 @@
 // begun and not kept is undone by the destructor, the last change first. Knows nothing of chunks. One thread
 // at a time; the handle is the caller's, and nobody else writes through it meanwhile.
 //
-// Decisions: A change that can't be taken back ends the undoing, so that no older one is taken
-// back under a newer one that stays.
+// Decisions: A change that can't be taken back ends the undoing, so that no older one is taken back under a
+// newer one that stays.
 #pragma once
 
 #include <cstddef>

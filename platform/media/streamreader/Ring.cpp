@@ -47,7 +47,7 @@ void Ring::BeginFlush() {
     const std::lock_guard lock(m_lock);
     m_flushing = true;
     Clear();
-    // Who writes comes back with S_FALSE. Who reads is not woken: what it waits for comes after the flush.
+    // The writer comes back with S_FALSE. The reader is not woken: what it waits for comes after the flush.
     m_roomMade.notify_all();
 }
 
@@ -91,8 +91,9 @@ size_t Ring::Take(uint8_t* buffer, size_t size) {
     return count;
 }
 
-// Waking a thread costs as much as decoding a few frames. So who waits says how many bytes it takes to go on,
-// half of the ring at most, and isn't woken for fewer. The two halves can't wait for each other.
+// Waking a thread costs as much as decoding a few frames. So a waiting thread says how many bytes it needs to
+// go on, half of the ring at most, and isn't woken for fewer. At least half of it is always free or always
+// filled, so writer and reader never wait for each other.
 HRESULT Ring::Write(std::span<const uint8_t> bytes) {
     std::unique_lock lock(m_lock);
     while (!bytes.empty()) {
@@ -101,7 +102,7 @@ HRESULT Ring::Write(std::span<const uint8_t> bytes) {
         m_roomAwaited = std::min(bytes.size(), m_capacity / 2);
         m_roomMade.wait(lock, [&] { return IsClosed() || unwanted() || Room() >= m_roomAwaited; });
         m_roomAwaited = 0;
-        // A shut or flushed ring is no failure of who writes: S_FALSE ends the stream quietly.
+        // A shut or flushed ring is no failure of the writer: S_FALSE ends the stream quietly.
         if (m_shut || (m_open && unwanted())) return S_FALSE;
         if (!m_open) return VFW_E_WRONG_STATE;
         bytes = bytes.subspan(Put(bytes));
