@@ -54,8 +54,8 @@ struct PictureOptions {
 
 // Tells each file's format and length on standard output; goes on after a file that fails.
 ExitCode RunInfo(const Module& module, const InfoOptions& options);
-// Enter the module into the registry, or take out the one that is there. Throw Failure where that can't be
-// written.
+// Enter the module into the registry, or take out the one that is there. Throw Failure where that
+// can't be written.
 ExitCode RunRegister(const Module& module);
 ExitCode RunUnregister(const Module& module);
 // Tells which module the other commands take.

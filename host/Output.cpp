@@ -1,3 +1,6 @@
+// A regular file comes about in these steps: (1) refuse what can't be replaced, (2) a temporary beside the
+// target, (3) the bytes, (4) mode and flush, (5) close, (6) the name. Each may fail, and up to (6) the target
+// is as it was.
 #include "host/Output.h"
 
 #include <fcntl.h>
@@ -62,14 +65,18 @@ Output Output::File(const std::string& path, Existing existing) {
         if (output.m_descriptor < 0) output.Fail(errno);
         return output;
     }
+    // (1) To rename over a file takes no right on the file itself, so a write-protected one has to be
+    // asked for it.
     if (exists && access(path.c_str(), W_OK) != 0) FailWriting(path, errno);
 
     Output output(-1, path);
     output.m_target = ResolveTarget(path);
+    // (2) In the folder of the target: a rename works within one file system alone.
     std::string temporary = std::filesystem::path(output.m_target).parent_path() / ".vlwav-XXXXXX";
     output.m_descriptor = TemporaryCleanup::Create(temporary);
     if (output.m_descriptor < 0) output.Fail(errno);
     output.m_temporary = temporary;
+    // For (4). Until then only the user can read it.
     output.m_mode = ModeFor(exists ? &status : nullptr);
     output.m_existing = existing;
     return output;
@@ -92,6 +99,7 @@ Output::Output(Output&& other) noexcept
       m_existing(other.m_existing) {}
 
 Output::~Output() {
+    // Standard output stays open: it is the process's, not this object's.
     if (m_descriptor > STDERR_FILENO) close(m_descriptor);
     DropTemporary();
 }
@@ -99,6 +107,7 @@ Output::~Output() {
 void Output::Write(const void* data, size_t size) {
     const char* at = static_cast<const char*>(data);
     while (size > 0) {
+        // (3) A pipe takes what fits; the rest is written in the next turn.
         const ssize_t done = write(m_descriptor, at, size);
         if (done < 0 && errno == EINTR) continue;
         if (done < 0) Fail(errno);
@@ -114,15 +123,19 @@ void Output::Commit() {
         if (copy < 0 || close(copy) != 0) Fail(errno);
         return;
     }
+    // (4) Flushed before it gets its name, or a crash could leave the name on a file without its bytes.
     const bool whole = m_temporary.empty() || (fchmod(m_descriptor, m_mode) == 0 && fsync(m_descriptor) == 0);
     if (!whole) Fail(errno);
+    // (5) Some file systems report a failed write only here. The descriptor is gone either way.
     if (close(std::exchange(m_descriptor, -1)) != 0) Fail(errno);
     if (m_temporary.empty()) return;
+    // (6) The file may have come since (1), so the rename itself has to refuse.
     const bool replace = m_existing == Existing::Replaced;
     if (!TemporaryCleanup::Rename(m_temporary, m_target, replace)) {
         if (errno == EEXIST && !replace) FailExisting(m_name);
         Fail(errno);
     }
+    // It isn't there any more under that name; the destructor must not look for it.
     m_temporary.clear();
 }
 
@@ -130,6 +143,7 @@ bool Output::IsSameFile(const std::string& path) const {
     struct stat input {};
     struct stat mine {};
     if (stat(path.c_str(), &input) != 0) return false;
+    // What is being written is a new file; what it will replace is the target.
     const int failed = m_temporary.empty() ? fstat(m_descriptor, &mine) : stat(m_target.c_str(), &mine);
     return failed == 0 && input.st_dev == mine.st_dev && input.st_ino == mine.st_ino;
 }

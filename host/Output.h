@@ -32,8 +32,8 @@ public:
     // Writes all of it or throws.
     void Write(const void* data, size_t size /*bytes*/);
     void Write(std::string_view text) { Write(text.data(), text.size()); }
-    // Flushes and closes the output and gives the file its name; throws where the system only now reports a
-    // failure.
+    // Flushes and closes the output and gives the file its name; throws where the system only now
+    // reports a failure.
     void Commit();
     // As it was given, for messages.
     const std::string& Name() const { return m_name; }

@@ -9,6 +9,6 @@
 #include "host/Source.h"
 #include "host/Tags.h"
 
-// `path` is the source's own. None where the file is of a kind whose tags the module doesn't know. Throws
-// Failure.
+// `path` is the source's own. None where the file is of a kind whose tags the module doesn't
+// know. Throws Failure.
 std::optional<TagSet> ReadTags(const Module& module, const Source& source, const std::string& path);

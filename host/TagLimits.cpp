@@ -1,3 +1,5 @@
+// The host's own account of what the module makes of a tag, one function for each form of chunk. What was
+// written is compared with it, so an error on either side shows as a difference.
 #include "host/TagLimits.h"
 
 #include <fmt/format.h>
@@ -27,6 +29,7 @@ std::optional<std::string> ChunkOf(const RiffScan& scan, TagForm form) {
 
 // The number that a text begins with, as a reader takes it; empty for 0.
 std::u16string LeadingNumber(const std::string& text) {
+    // The attribute has 32 bits; what doesn't fit into them is cut.
     const long long number = std::strtoll(text.c_str(), nullptr, 10);
     return number == 0 ? u"" : Utf::FromUtf8(std::to_string(static_cast<int32_t>(number)));
 }
@@ -42,12 +45,14 @@ Stored ForeseeText(const std::u16string& value, const RiffScan&) {
 
 Stored ForeseeTrack(const std::u16string& value, const RiffScan& before) {
     const std::optional<std::string> track = ChunkOf(before, TagForm::Track);
+    // The place is free, or what is there is a track that gives way to the new one.
     if (!track || HoldsTrack(*track)) return {value, ""};
     return {!track->empty() && IsDigit((*track)[0]) ? LeadingNumber(*track) : u"",
             "the file's \"IARL\" holds more than a track of one or two digits and stays as it is"};
 }
 
 Stored ForeseeDate(const std::u16string& value, const RiffScan& before) {
+    // The editor stores a year that isn't set as 0, in front of the old month and day.
     std::string date = value.empty() ? "0" : Utf::ToUtf8(value);
     const std::optional<std::string> oldDate = ChunkOf(before, TagForm::Date);
     if (oldDate && oldDate->size() > kYearDigits) date += oldDate->substr(kYearDigits);
@@ -79,6 +84,7 @@ std::string Quoted(const std::u16string& value) {
 void AddDroppedChunks(const RiffScan& before, std::vector<std::string>& parts) {
     before.foreign.AppendTo(parts, [](const std::string& name) { return name; });
     const std::string date = ChunkOf(before, TagForm::Date).value_or("");
+    // Of a date only the year is a tag; month and day would be lost in a new file.
     const std::string text = date.substr(0, date.find('\0'));
     if (text.size() > kYearDigits)
         parts.push_back(fmt::format("\"{}\" of the date", Report::Printable(text.substr(kYearDigits))));
@@ -94,6 +100,7 @@ TagSet Foresee(const std::string& file, const TagSet& tags, const RiffScan& befo
     TagSet foreseen;
     for (const uint32_t id : Tags::ShownIds()) {
         if (!Tags::IsKept(id)) continue;
+        // A tag that isn't set is foreseen as well: the file's own bytes may still give it a value.
         const auto tag = tags.find(id);
         const std::u16string value = tag == tags.end() ? u"" : tag->second;
         Stored stored = ForeseeTag(*FindTagById(id), value, before);
@@ -108,6 +115,8 @@ TagSet Foresee(const std::string& file, const TagSet& tags, const RiffScan& befo
 
 std::string Dropped(const RiffScan& before, bool inPlace) {
     std::vector<std::string> parts;
+    // The rest goes in any case: a reader has never seen older lists, and the entries are made
+    // anew from tags.
     if (!inPlace) AddDroppedChunks(before, parts);
     if (before.olderLists) parts.emplace_back("what stands in older lists \"INFO\"");
     before.entries.AppendTo(parts, [](const std::string& name) {

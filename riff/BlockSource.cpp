@@ -30,9 +30,12 @@ size_t BlockSource::Peek(void* buffer, size_t count) {
     size_t done = 0;
     const uint64_t start = m_place;
     while (done < count) {
+        // Invariant: the block holds m_blockBytes bytes of the file from m_blockAt on. A place outside of it
+        // makes the next block begin there, so a skip over audio reads none of it.
         if (m_place < m_blockAt || m_place - m_blockAt >= m_blockBytes) Fill();
         const auto from = static_cast<size_t>(m_place - m_blockAt);
         const size_t taken = std::min(count - done, m_blockBytes - from);
+        // The new block is empty: the end, or a place that can't be read.
         if (taken == 0) break;
         std::memcpy(to + done, m_block.get() + from, taken);
         done += taken;
@@ -43,6 +46,7 @@ size_t BlockSource::Peek(void* buffer, size_t count) {
 }
 
 void BlockSource::Fill() {
+    // A walk that goes on is likely to go far: each block is twice the one before it, up to the largest.
     if (m_room < kLargestBlock) {
         const size_t room = std::max(kFirstBlock, m_room * 2);
         m_block = std::make_unique_for_overwrite<uint8_t[]>(room);
@@ -53,6 +57,8 @@ void BlockSource::Fill() {
 }
 
 bool BlockSource::Skip(uint64_t count) {
+    // Also past the end, where every read comes short; but never past 64 bits, which would lead to
+    // the start again.
     m_place += std::min(count, UINT64_MAX - m_place);
     return true;
 }

@@ -16,8 +16,8 @@ public:
     bool Holds(uint64_t count) override { return m_place <= m_size && count <= m_size - m_place; }
     bool Tell(uint64_t& place) override;
 
-    // Reads at most so many bytes without moving on, fewer where the file ends or can't be read. May throw
-    // bad_alloc.
+    // Reads at most so many bytes without moving on, fewer where the file ends or can't be read.
+    // May throw bad_alloc.
     size_t Peek(void* buffer, size_t count);
 
     void MoveTo(uint64_t place) { m_place = place; }

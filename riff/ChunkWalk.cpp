@@ -4,6 +4,7 @@ bool ChunkWalk::Next() {
     // The rest is reckoned from what was read, so a source that can't tell its place is walked like a file.
     const uint64_t end = m_started ? m_chunk.End() : m_place;
     m_started = true;
+    // A caller that read past the chunk, or set a smaller size, isn't taken back: sources only move on.
     if (end > m_place) {
         m_refused = !m_source.Skip(end - m_place);
         if (m_refused) return false;
@@ -13,6 +14,7 @@ bool ChunkWalk::Next() {
 }
 
 bool ChunkWalk::Read(void* buffer, size_t count) {
+    // Counted before it is known to succeed: after a short read the walk is at its end anyway.
     m_place += count;
     return m_source.Read(buffer, count);
 }

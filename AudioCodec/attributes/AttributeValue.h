@@ -20,9 +20,9 @@ public:
     ~AttributeValue() = default;
 
     // Stores what `source` points at, also for a plain number: `count` elements for arrays, bytes for a
-    // block, no meaning for the rest. A null source leaves an array or text empty; a block needs one where it
-    // has bytes. Throws std::bad_alloc, the record then being what it was. A type that is none empties the
-    // record.
+    // block, no meaning for the rest. A null source leaves an array or text empty; a block needs one
+    // where it has bytes. Throws std::bad_alloc, the record then being what it was. A type that is none
+    // empties the record.
     void Assign(uint32_t id, uint32_t type, const void* source, uint32_t count);
     void ReleasePayload();
 

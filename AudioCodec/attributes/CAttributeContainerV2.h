@@ -26,7 +26,7 @@ public:
     CAttributeContainerV2(const CAttributeContainerV2&) = delete;
     CAttributeContainerV2& operator=(const CAttributeContainerV2&) = delete;
 
-    Result QueryInterface(const GUID* iid, void** object) override;  // an unknown identifier returns 3
+    Result QueryInterface(const GUID* iid, void** object) override;  // RESULT_NOT_FOUND for an unknown one
     uint32_t AddRef() override;
     uint32_t Release() override;
     void* Alloc(uint32_t size) override;
@@ -65,20 +65,21 @@ public:
 
     // For code that holds the class itself.
 
-    // Copies everything into an empty store: 4 for one that isn't, or null; 2 without memory, what was copied
-    // by then staying there. A holder whose object refuses is left out. Otherwise returns the status of the
-    // last holder. Takes no lock: the caller keeps both stores still.
+    // Copies everything into an empty store: RESULT_BAD_ARGUMENT for one that isn't, or null;
+    // RESULT_NO_MEMORY, where what was copied by then stays there. A holder whose object refuses is left out.
+    // Otherwise returns the status of the last holder. Takes no lock: the caller keeps both stores still.
     Result CopyTo(CAttributeContainerV2* target) const;
     // Empty for an attribute without text. Throws std::bad_alloc.
     void GetStringInto(uint32_t id, std::u16string& text);
-    // Resizes `data` to the attribute's block and fills it; returns the bytes, 0 if there are none or no
-    // memory.
+    // Resizes `data` to the attribute's block and fills it; returns the bytes, 0 if there are none
+    // or no memory.
     uint32_t GetDataInto(uint32_t id, CRawData& data);
     // Nothing happens for a source without a text; otherwise the result of SetString.
     Result CopyStringFrom(uint32_t id, IAttributeContainer64* source);
     // Nothing happens for a source without bytes. Returns the size, in bytes.
     uint32_t CopyDataFrom(uint32_t id, IAttributeContainer64* source);
-    // Whether the index-th holder of the identifier holds a reference. 1 if there is no such holder.
+    // Whether the index-th holder of the identifier holds a reference. RESULT_FAILED if there is
+    // no such holder.
     Result GetInterfaceFlag(const GUID* iid, uint32_t index, uint8_t* addRef);
     uint32_t GetChangeCount(uint32_t id);                  // stores since the attribute's creation
     uint32_t SetChangeCount(uint32_t id, uint32_t count);  // returns the old one

@@ -17,7 +17,7 @@ public:
     virtual ~CRawData() = default;
 
     // Makes the block `size` bytes of zeros; its contents are lost. The same size again keeps the memory, and
-    // then `pageAligned` is not looked at. 2 without memory: the block is then empty.
+    // then `pageAligned` is not looked at. RESULT_NO_MEMORY leaves the block empty.
     Result Allocate(uint32_t size /*bytes*/, bool pageAligned);
     // The byte at `offset`, or the last one where the block ends before it. Null for an empty block.
     uint8_t* GetDataAt(uint32_t offset) const;

@@ -34,7 +34,7 @@ Result CAttributeContainerV2::GetPointer(uint32_t id, void** value) {
     return RESULT_OK;
 }
 
-// Under the lock. 2 without memory, also for more bytes than Alloc can be asked for; nothing is written then.
+// Under the lock. RESULT_NO_MEMORY also for more bytes than Alloc can be asked for; nothing is written then.
 template <class T>
 Result CAttributeContainerV2::HandOut(const T* source, uint64_t bytes, T** copy) {
     if (bytes > std::numeric_limits<uint32_t>::max()) return RESULT_NO_MEMORY;

@@ -60,9 +60,9 @@ Result CAttributeContainerV2::AddInterface(const GUID* iid, IBase* object, uint8
 
 Result CAttributeContainerV2::RemoveInterface(const GUID* iid, IBase* object) {
     const Guard guard(m_lock);
-    // Looked for anew each time, and only as often as there were matches: an object that goes may call back
-    // into this store and even hang up a new one. The holder is out of the list before it drops its
-    // reference.
+    // Looked for anew each time, and only as often as there were matches: an object that goes may
+    // call back into this store and even hang up a new one. The holder is out of the list before it
+    // drops its reference.
     const auto matches = std::count_if(m_interfaces.begin(), m_interfaces.end(),
                                        [&](const auto& holder) { return holder->Matches(iid, object); });
     Result result = RESULT_NOT_FOUND;

@@ -9,7 +9,7 @@
 enum class OnOtherType {
     Ignore,     // nothing, and reports success
     CountOnly,  // raises the change count, and reports success
-    Refuse,     // nothing, and reports 1
+    Refuse,     // nothing, and reports RESULT_FAILED
 };
 
 enum class PayloadKind {

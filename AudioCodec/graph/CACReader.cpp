@@ -1,3 +1,11 @@
+// An open, step by step: (1) an empty graph, (2) the source into it, for a path or for a stream, (3) the
+// stream reader filter, (4) what the subclass puts between the two, (5) format and duration, as the connected
+// filters tell them.
+//
+//   Closed --Open--> Opened --first Read--> Running --Close--> Closed
+//
+// Nothing moves before the first Read, so an open that only looks costs no thread. A step that fails leaves
+// the ones before it as they are: the next Open, Close or the end takes them down.
 #include "AudioCodec/graph/CACReader.h"
 
 #include <algorithm>
@@ -30,7 +38,7 @@ constexpr std::chrono::milliseconds kStateQueryPause{100};
 
 constexpr float kMostSeconds = 0x1p62F;  // more than any time, and within 64 bits
 
-// Whole seconds of a time or a count, divided in single precision, as hosts of old know the lengths.
+// Whole seconds of a time or a count, divided in single precision: the lengths that older hosts expect.
 int64_t WholeSeconds(int64_t units, float unitsPerSecond) {
     if (unitsPerSecond == 0.0F) return 0;
     return static_cast<int64_t>(std::min(static_cast<float>(units) / unitsPerSecond, kMostSeconds));
@@ -75,13 +83,14 @@ Result CACReader::OpenStream(IStream* stream, uint32_t /*flags*/) {
 Result CACReader::OpenPath(const char16_t* path) {
     m_length = 0;
     m_duration = 0;
-    const Result created = CreateFilterGraph(m_graph.Put(), m_control.Put(), m_seeking.Put());
+    const Result created = CreateFilterGraph(m_graph.Put(), m_control.Put(), m_seeking.Put());  // (1)
     if (created != RESULT_OK) return created;
     RefPtr<IBaseFilter> source;
     const Result loaded = LoadFile(path, source);
     return loaded == RESULT_OK ? CompleteGraph(source.Get()) : loaded;
 }
 
+// (2) For a path.
 Result CACReader::LoadFile(const char16_t* path, RefPtr<IBaseFilter>& source) {
     if (FAILED(AddToGraph(CLSID_AsyncReader, source.Put(), u"File Source"))) return RESULT_FILTER_MISSING;
     RefPtr<IFileSourceFilter> file;
@@ -92,12 +101,13 @@ Result CACReader::LoadFile(const char16_t* path, RefPtr<IBaseFilter>& source) {
 
 Result CACReader::OpenImage(IStream* stream) {
     m_length = 0;
-    const Result created = CreateFilterGraph(m_graph.Put(), m_control.Put(), m_seeking.Put());
+    const Result created = CreateFilterGraph(m_graph.Put(), m_control.Put(), m_seeking.Put());  // (1)
     if (created != RESULT_OK) return created;
     const Result added = AddStreamSource(stream);
     return added == RESULT_OK ? CompleteGraph(m_memReader.Get()) : added;
 }
 
+// (2) For a stream. The filter borrows the adapter, which lives here and not in the graph.
 Result CACReader::AddStreamSource(IStream* stream) {
     try {
         m_memStream = std::make_unique<CMemStream>(stream);
@@ -118,16 +128,20 @@ Result CACReader::AddStreamSource(IStream* stream) {
 // From the source on, the same for a path and a stream. The graph keeps the filters alive.
 Result CACReader::CompleteGraph(IBaseFilter* source) {
     RefPtr<IBaseFilter> streamReader;
-    if (FAILED(AddFilterFromSearch(CLSID_StreamReader, kFilterFile, streamReader, kFilterName)))
+    if (FAILED(AddFilterFromSearch(CLSID_StreamReader, kFilterFile, streamReader, kFilterName)))  // (3)
         return RESULT_FILTER_MISSING;
     if (!streamReader || FAILED(streamReader->QueryInterface(IID_IStreamReaderControl,
                                                              reinterpret_cast<void**>(m_streamReader.Put()))))
         return RESULT_FILTER_MISSING;
+    // (4) The parser reads the head of the file while it is connected, so this is where a file of
+    // no use shows.
     if (ConnectGraph(source, streamReader.Get()) != RESULT_OK) return RESULT_SOURCE_NOT_LOADED;
 
+    // (5) Only a connected filter knows what it will deliver.
     m_streamReader->Initialize();
     ReadSourceFormat();
     ReadDuration();
+    // Frames of an earlier source, and a converter made for its format, must not reach into this one.
     m_staged.Drop();
     Configure(m_outChannels, m_outRate);
     m_converter.ResetToOutputPosition(0);
@@ -177,6 +191,8 @@ void CACReader::ReadSourceFormat() {
 
 void CACReader::ReadDuration() {
     if (!m_seeking) return;
+    // A duration comes in the unit that is set. It is set for the question, and put back where
+    // it was another.
     GUID before{};
     if (m_seeking->IsFormatSupported(&TIME_FORMAT_MEDIA_TIME) != S_OK ||
         m_seeking->GetTimeFormat(&before) != S_OK ||
@@ -194,9 +210,10 @@ void CACReader::Configure(uint32_t outChannels, uint32_t outRate) {
                           outChannels, static_cast<int32_t>(outRate));
 }
 
-// From the first read on. 1302 if the graph refuses, which ends this open.
+// From the first read on. RESULT_CANNOT_RUN if the graph refuses, which ends this open.
 Result CACReader::StartGraph() {
     const HRESULT run = m_control->Run();
+    // S_FALSE: some filter isn't there yet, which is no reason to give up.
     if (run != S_OK && run != S_FALSE) {
         m_control->Stop();
         m_state = State::Closed;
@@ -220,6 +237,7 @@ Result CACReader::ReadFrames(void* buffer, uint32_t frames, uint32_t* framesRead
         if (endOfStream) *endOfStream = 1;
         return started;
     }
+    // Whole frames alone are asked for, or the next read would begin inside one.
     const uint32_t frameBytes = uint32_t{m_sourceFormat.channels} * m_sourceFormat.bitsPerSample / 8;
     if (frameBytes == 0) return RESULT_NOT_PCM;
     const auto bytes = static_cast<uint32_t>(std::min<uint64_t>(uint64_t{frameBytes} * frames, UINT32_MAX));
@@ -247,6 +265,7 @@ Result CACReader::ReadConverted(int16_t* output, uint32_t frames, uint32_t* fram
 Result CACReader::RefillStaging(uint8_t* endOfStream) {
     const uint32_t channels = m_sourceFormat.channels;
     return m_staged.Refill(channels, [&](int16_t* buffer, uint32_t frames, uint32_t* framesRead) {
+        // The block has room for samples of 16 bits, and the converter understands no others.
         if (m_state != State::Closed && (m_sourceFormat.bitsPerSample != kStagedBits || channels == 0))
             return RESULT_NOT_PCM;
         return ReadFrames(buffer, frames, framesRead, endOfStream);
@@ -257,6 +276,7 @@ Result CACReader::Seek(uint32_t origin, int64_t offset, int64_t* position) {
     m_staged.Drop();
     if (position) *position = 0;
     if (!m_seeking) return RESULT_FAILED;
+    // Media time, in units of 100 ns; the offset of a host counts output frames.
     int64_t target =
         Saturating::Mul(WholeSeconds(offset, static_cast<float>(m_outRate)), kTimeUnitsPerSecond);
     if (origin == ORIGIN_CURRENT) {
@@ -310,12 +330,15 @@ Result CACReader::GetExtensionCount(uint32_t* /*count*/) { return RESULT_NOT_SUP
 Result CACReader::GetExtension(uint32_t /*index*/, char16_t** /*extension*/) { return RESULT_NOT_SUPPORTED; }
 
 Result CACReader::Close() {
+    // First the thread that moves data, then whoever waits for it: neither may meet an object that is gone.
     Regardless([&] {
         if (m_state == State::Running && m_control) m_control->Stop();
     });
     Regardless([&] {
         if (m_streamReader) m_streamReader->Shutdown();
     });
+    // The graph still holds the source filter when its stream goes. After the stop no request is on its way
+    // any more, and the end of a filter touches no stream.
     Regardless([&] { m_memReader.Reset(); });
     Regardless([&] { m_memStream.reset(); });
     m_state = State::Closed;

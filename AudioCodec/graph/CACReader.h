@@ -1,11 +1,11 @@
 // A reader that decodes through a media graph of the platform: source, decoder, and at the end the suite's
-// stream reader filter, out of which the frames are pulled as 16-bit PCM. A path or a caller's stream; how
-// the filters are connected is a subclass's. Lengths and seeks are in whole seconds. One thread at a time;
-// data moves on the threads of the filters.
+// stream reader filter, out of which the frames are pulled as 16-bit PCM. Takes a path or a caller's stream;
+// how the filters are connected is left to a subclass. Lengths and seeks are in whole seconds. One thread at
+// a time; data moves on the threads of the filters.
 //
-// Decisions: An Open on an open reader closes it first. Seek without a graph returns 1. A source
-// whose frames have no size returns 1001 from Read, and so does one that isn't 16 bits wide where it would
-// have to be converted. An output rate of 0 returns length and positions of 0.
+// Decisions: An Open on an open reader closes it first. Seek without a graph returns RESULT_FAILED. A source
+// whose frames have no size returns RESULT_NOT_PCM from Read, and so does one that isn't 16 bits wide where
+// it would have to be converted. An output rate of 0 returns length and positions of 0.
 #pragma once
 
 #include <memory>
@@ -22,7 +22,8 @@ class CACReader : public CAttributeContainerImpl<IAC3StreamReader> {
 public:
     ~CACReader() override;
 
-    // 0, 1, 1200, 1300, or a failure of the platform where no graph can be created.
+    // RESULT_OK, RESULT_FAILED, RESULT_SOURCE_NOT_LOADED, RESULT_FILTER_MISSING, or a failure of the platform
+    // where no graph can be created.
     Result Open(const char16_t* path, uint32_t flags) override;
     Result Seek(uint32_t origin, int64_t offset, int64_t* position) override;
     Result Read(void* buffer, uint32_t frames, uint32_t* framesRead, uint8_t* endOfStream) override;
@@ -34,14 +35,14 @@ public:
     Result GetSourceFormat(AudioFormatInfo* format) override;
     Result GetExtensionCount(uint32_t* count) override;
     Result GetExtension(uint32_t index, char16_t** extension) override;
-    // As Open, and 2 without memory, 4 for null. The stream is borrowed until Close.
+    // As Open, and RESULT_NO_MEMORY, RESULT_BAD_ARGUMENT for null. The stream is borrowed until Close.
     Result OpenStream(IStream* stream, uint32_t flags) override;
 
 protected:
     Result InternalQueryInterface(const GUID* iid, void** object) override = 0;
     const char16_t* GetClassName() override = 0;
-    // Puts what is needed between source and stream reader into the graph. 0, or anything else to fail the
-    // open. Stands after the operations of the interface.
+    // Puts what is needed between source and stream reader into the graph. RESULT_OK, or anything else to
+    // fail the open. Stands after the operations of the interface.
     virtual Result ConnectGraph(IBaseFilter* source, IBaseFilter* streamReader) = 0;
 
     HRESULT AddToGraph(const GUID& clsid, IBaseFilter** filter, const char16_t* name);

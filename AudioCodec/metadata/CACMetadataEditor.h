@@ -1,9 +1,9 @@
 // Changes the metadata of an existing WAV file of 8 or 16-bit PCM. The audio is neither read nor written. One
 // thread at a time.
 //
-// Decisions: how a file is saved, whatever its layout, without losing audio or foreign chunks
-// is CWaveFile's; a failed Open leaves no handle behind, so that a Save after it reaches nothing. A Save that
-// finds no memory returns 2 and leaves the file as it was. A null path makes Open return 1000.
+// Decisions: how a file is saved, whatever its layout, without losing audio or foreign chunks is CWaveFile's;
+// a failed Open leaves no handle behind, so that a Save after it reaches nothing. A Save that finds no memory
+// returns RESULT_NO_MEMORY and leaves the file as it was. A null path makes Open return RESULT_CANNOT_OPEN.
 #pragma once
 
 #include <string>

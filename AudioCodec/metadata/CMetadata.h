@@ -1,10 +1,10 @@
 // Metadata as it crosses the border: the attributes that every object has, and a set of pictures. Knows no
 // file and no tags. Picture operations run on one thread at a time.
 //
-// Decisions: a merge that runs out of memory returns 2; a null source of CopyFrom changes
-// nothing; an image for a number that isn't there is null, with 1; a getter without memory for its text
-// returns 2 and nothing else; an image on its way into the set passes through a file of its own, which only
-// its user may read and which is gone afterwards, whatever happened.
+// Decisions: a merge that runs out of memory returns RESULT_NO_MEMORY; a null source of CopyFrom changes
+// nothing; an image for a number that isn't there is null, with RESULT_FAILED; a getter without memory for
+// its text returns RESULT_NO_MEMORY and nothing else; an image on its way into the set passes through a file
+// of its own, which only its user may read and which is gone afterwards, whatever happened.
 #pragma once
 
 #include <string>
@@ -37,5 +37,6 @@ private:
     PictureSet m_pictures;
 };
 
-// Returns a new, empty object with one reference; 4 for a null receiver, 2 if it can't be had.
+// Returns a new, empty object with one reference; RESULT_BAD_ARGUMENT for a null receiver, RESULT_NO_MEMORY
+// if it can't be had.
 Result CreateMetadataObject(IAC3Metadata** metadata);

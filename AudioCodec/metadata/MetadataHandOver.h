@@ -6,11 +6,12 @@
 #include "platform/com/RefPtr.h"
 
 // Merges a caller's object into the copy that its owner keeps, which is made first if there is none. Returns
-// 4 for a null source, or what the copying returns; nothing is kept then.
+// RESULT_BAD_ARGUMENT for a null source, or what the copying returns; nothing is kept then.
 Result KeepMetadata(IAC3Metadata* source, RefPtr<IAC3Metadata>& kept);
 
-// Hands the caller a new object with one reference, as `fill` leaves it. 4 for a null receiver; otherwise
-// what the creation or `fill` returns, 2 for an exception, and the receiver is null then.
+// Hands the caller a new object with one reference, as `fill` leaves it. RESULT_BAD_ARGUMENT for a null
+// receiver; otherwise what the creation or `fill` returns, RESULT_NO_MEMORY for an exception, and the
+// receiver is null then.
 template <class Fill>
 Result GiveMetadata(IAC3Metadata** receiver, Fill&& fill) noexcept {
     if (!receiver) return RESULT_BAD_ARGUMENT;

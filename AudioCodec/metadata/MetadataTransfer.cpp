@@ -12,8 +12,8 @@ namespace {
 
 bool IsSpace(char16_t c) { return c == u' ' || (c >= u'\t' && c <= u'\r'); }
 
-// White space, a sign, digits, as `_wtol` of the platform's runtime reads them; what doesn't fit ends at the
-// limit.
+// White space, a sign, digits, as `_wtol` of the platform's runtime reads them; what doesn't fit ends
+// at the limit.
 int32_t ToNumber(std::u16string_view text) {
     while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
     const bool negative = text.starts_with(u'-');

@@ -25,6 +25,7 @@ constexpr const char16_t* kOtherExtension = u"jpg";
 constexpr int32_t kPreferredIds[] = {3, 0, 4, 8};
 
 const char16_t* ExtensionFor(std::u16string mediaType) {
+    // ASCII alone, whatever the locale: media types have no other letters.
     for (char16_t& unit : mediaType)
         if (unit >= u'A' && unit <= u'Z') unit = static_cast<char16_t>(unit - u'A' + u'a');
     for (const MediaTypePart& row : kMediaTypeParts)
@@ -60,6 +61,7 @@ Result PictureSet::StorePicture(const uint8_t* data, size_t size, const char16_t
                                 const char16_t* caption, int32_t id) {
     return AtBorder(RESULT_NO_MEMORY, [&] {
         PicturePtr picture(new PictureRecord);
+        // The record is complete before the set is touched: without memory the picture that was there stays.
         picture->data = std::make_unique_for_overwrite<uint8_t[]>(size);
         std::copy_n(data, size, picture->data.get());
         picture->size = size;
@@ -75,9 +77,11 @@ Result PictureSet::FindPicture(int32_t id, PictureRecord** record) {
     if (id != PICTURE_ID_NONE) {
         m_cursor = m_records.find(id);
     } else {
+        // Told apart from a number that isn't there: the caller asked for any picture, and there is none.
         if (m_records.empty()) return RESULT_BAD_ARGUMENT;
         for (const int32_t preferred : kPreferredIds)
             if ((m_cursor = m_records.find(preferred)) != m_records.end()) break;
+        // The map is ordered by number, so this is the lowest.
         if (m_cursor == m_records.end()) m_cursor = m_records.begin();
     }
     if (m_cursor == m_records.end()) return RESULT_FAILED;
@@ -88,6 +92,7 @@ Result PictureSet::FindPicture(int32_t id, PictureRecord** record) {
 bool PictureSet::DecodePicture(const PictureRecord& record, CImage** image) {
     *image = nullptr;
     HRESULT result = S_OK;
+    // The stream borrows the record's bytes for the time of the Load.
     const auto stream = RefPtr<CMemoryStream>::Adopt(new CMemoryStream(
         record.fileName.c_str(), record.data.get(), static_cast<uint32_t>(record.size), 0, &result));
     *image = new CImage;
@@ -95,6 +100,7 @@ bool PictureSet::DecodePicture(const PictureRecord& record, CImage** image) {
 }
 
 void PictureSet::MergePictures(const PictureSet& source) {
+    // Records that callers still hold would be replaced under them, by copies of themselves.
     if (&source == this) return;
     for (const auto& [id, picture] : source.m_records) m_records[id] = CopyPicture(*picture);
     m_cursor = m_records.end();

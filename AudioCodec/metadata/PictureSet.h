@@ -1,7 +1,7 @@
 // The pictures of a metadata object: encoded image bytes, each under a number. Not for two threads at once.
 //
-// Decisions: a record of which any part finds no memory isn't stored, and StorePicture then
-// returns 2 with the set as it was; a merge of a set into itself changes nothing.
+// Decisions: a record of which any part finds no memory isn't stored, and StorePicture then returns
+// RESULT_NO_MEMORY with the set as it was; a merge of a set into itself changes nothing.
 #pragma once
 
 #include <cstddef>
@@ -47,12 +47,13 @@ struct PictureSet {
     PictureSet(const PictureSet&) = delete;
     PictureSet& operator=(const PictureSet&) = delete;
 
-    // Stores a copy of the bytes under the number, in place of a picture that is there. 0, or 2.
+    // Stores a copy of the bytes under the number, in place of a picture that is there.
+    // RESULT_OK, or RESULT_NO_MEMORY.
     Result StorePicture(const uint8_t* data, size_t size /*bytes*/, const char16_t* mediaType,
                         const char16_t* caption, int32_t id);
     // Finds a picture; with -1 the best one: that under 3, 0, 4 or 8, else under the lowest number. The
-    // record stays the set's. 0; otherwise the record is null: 1 for a number that isn't there, 4 for -1 on
-    // an empty set.
+    // record stays the set's. RESULT_OK; otherwise the record is null: RESULT_FAILED for a number that isn't
+    // there, RESULT_BAD_ARGUMENT for -1 on an empty set.
     Result FindPicture(int32_t id, PictureRecord** record);
     // Makes an image, which the caller deletes, out of a record without copying its bytes. True if they can't
     // be decoded: the image is empty then. Throws std::bad_alloc, the receiver null.

@@ -12,8 +12,8 @@ struct TagEntry {
     std::u16string_view value;  // without blanks at its ends; a zero unit follows it
 };
 
-// In order of insertion; a name may occur several times. Entries are views into the list, valid until it
-// changes.
+// In order of insertion; a name may occur several times. Entries are views into the list, valid
+// until it changes.
 class TagList {
 public:
     class Iterator {

@@ -13,7 +13,7 @@ namespace {
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
-// What of a chunk's bytes is the text of its tag; false if the chunk gives none.
+// Finds the text of its tag in a chunk's bytes; false if there is none.
 using TextOfChunk = bool (*)(std::string_view chunk, std::string_view& text);
 // The bytes of the new chunk from the tag's narrow text, with what the file's chunk held before.
 using ChunkOfText = std::string (*)(std::string_view text, std::string_view old);
@@ -21,6 +21,7 @@ using ChunkOfText = std::string (*)(std::string_view text, std::string_view old)
 using IsReplaced = bool (*)(std::string_view old);
 
 bool WholeText(std::string_view chunk, std::string_view& text) {
+    // Programs pad the text with zeros, or leave none at all: it ends at the first one, or with the chunk.
     text = chunk.substr(0, chunk.find('\0'));
     return true;
 }
@@ -29,6 +30,7 @@ bool YearOfDate(std::string_view chunk, std::string_view& text) {
     return WholeText(chunk.substr(0, kYearDigits), text);
 }
 
+// A text that begins with no digit is an archival location, which is no tag: it must not come out as track 0.
 bool LeadingNumber(std::string_view chunk, std::string_view& text) {
     const auto* const end = std::find_if_not(chunk.begin(), chunk.end(), IsDigit);
     text = chunk.substr(0, static_cast<size_t>(end - chunk.begin()));
@@ -58,6 +60,7 @@ constexpr Form kForms[] = {
     {TagForm::Track, LeadingNumber, Terminated, HoldsTrack},
 };
 
+// Called for rows that have a chunk of their own, and each of these has one of the forms above.
 const Form& FormOf(const TagRow& row) {
     return *std::find_if(std::begin(kForms), std::end(kForms),
                          [&](const Form& form) { return form.form == row.form; });
@@ -72,6 +75,8 @@ void AddEntries(TagList& tags, std::string_view bytes) {
     }
 }
 
+// Clearing first and writing then is what makes a tag that is gone from the list go from the file too. But
+// some new chunks are made of old ones, so those are kept here until the last is written.
 // The file's chunks of tags, taken out of the map; the new ones are made with what stood in some of them.
 class OldChunks {
 public:
@@ -79,8 +84,10 @@ public:
         for (const TagRow& row : TagTable()) {
             const auto bytes = row.chunk == 0 ? std::nullopt : chunks.Find(row.chunk);
             if (bytes) m_old.Set(row.chunk, *bytes);
+            // Asked of the copy, so the answer is the same when the tag itself comes.
             if (bytes && IsFree(row)) chunks.Erase(row.chunk);
         }
+        // Made anew as a whole: what it held of tags that are wanted is in the list.
         chunks.Erase(kTagChunk);
     }
     // Whether the tag has a place to go to.
@@ -110,6 +117,7 @@ void ChunksToTags(TagList& tags, const InfoChunks& chunks) {
         const TagRow* const row = FindTagByChunk(id);
         std::string_view text;
         if (!row || !FormOf(*row).textOf(bytes, text)) continue;
+        // A conversion without memory leaves null, which would look like an empty tag.
         CStr value(text.data(), static_cast<uint32_t>(text.size()));
         if (!value.Wide()) throw std::bad_alloc();
         AddTag(tags, row->keyword, value.Wide());

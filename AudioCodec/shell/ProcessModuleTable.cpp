@@ -54,8 +54,11 @@ ProcessModuleTable::~ProcessModuleTable() {
 
 bool ProcessModuleTable::OpenMapping() {
     const ObjectName name(kMappingPrefix, m_processId);
+    // Looked for before it is made, under the lock of Attach: of two modules that come at once only
+    // one finds none.
     m_mapping.reset(OpenFileMappingA(FILE_MAP_ALL_ACCESS, FALSE, name.text));
     if (m_mapping) return false;  // another module of the process was the first
+    // The memory needs a file under it. It goes with its last user, also when the process is killed.
     m_file = TakeFile(CreateFileA(m_filePath.c_str(), GENERIC_READ | GENERIC_WRITE,
                                   FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
                                   FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
@@ -70,9 +73,12 @@ void ProcessModuleTable::Attach() {
     const bool isNew = OpenMapping();
     if (!m_mapping) return;
     m_view = static_cast<uint64_t*>(MapViewOfFile(m_mapping.get(), FILE_MAP_ALL_ACCESS, 0, 0, 0));
+    // Empty before the lock is left, since whoever finds the table believes its count. One that is there is
+    // never emptied: it holds the entries of others.
     if (m_view && isNew) std::fill_n(m_view, kWords, 0);
 }
 
+// One word under the lock, for a caller that doesn't hold it: the table may have changed by the next call.
 uint64_t ProcessModuleTable::WordAt(uint64_t place) const {
     const ModuleTableLock::Scope scope(*m_lock);
     return m_view[place];
@@ -80,9 +86,9 @@ uint64_t ProcessModuleTable::WordAt(uint64_t place) const {
 
 void ProcessModuleTable::NotifyModules(uint8_t flag) {
     if (!m_lock || !m_view) return;
-    // The count is read afresh each time: a clean-up may change the table. Nothing is looked up under the
-    // lock: the loader has one of its own, which a thread that loads a module holds while that waits for
-    // ours.
+    // The count is read afresh each time: a clean-up may change the table. Nothing is looked up under
+    // the lock: the loader has one of its own, which a thread that loads a module holds while that
+    // waits for ours.
     for (uint64_t i = 1; i <= WordAt(0) && i < kWords; ++i) {
         const uint64_t word = WordAt(i);
         const auto module = std::bit_cast<HMODULE>(word);
@@ -90,6 +96,7 @@ void ProcessModuleTable::NotifyModules(uint8_t flag) {
             word == 0 ? nullptr : reinterpret_cast<CleanUp>(GetProcAddress(module, kCleanUpExport));
         if (!cleanUp) continue;
         const ModuleTableLock::Scope scope(*m_lock);
+        // The lock was not held meanwhile. A module that has taken its entry out may be unloaded by now.
         if (m_view[i] == word) cleanUp(nullptr, flag);
     }
 }

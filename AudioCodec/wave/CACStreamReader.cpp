@@ -1,3 +1,10 @@
+// The way of the audio, where no inner reader does the work:
+//
+//   m_wave --(1)--> 16-bit frames --------------------------------------> host's buffer   nothing to convert
+//                         '--(2)--> m_staged --(3)--> m_converter -----> host's buffer   else
+//
+// (1) read whole frames and widen 8 bits, (2) stage a block of them, (3) make output frames out of it. What
+// is staged was read already, so whatever moves the source or changes the format drops it first.
 #include "AudioCodec/wave/CACStreamReader.h"
 
 #include <algorithm>
@@ -42,6 +49,7 @@ bool IsAiff(const char16_t* path) {
     return extension && lstrcmpiW(extension, u".aif") == 0;
 }
 
+// 8-bit samples of WAV have their middle at 128, wider ones at 0. 255 becomes 32512, not 32767.
 int16_t Widen(uint8_t byte) { return static_cast<int16_t>((byte - 128) * 256); }
 
 // position * rate / oldRate, in double precision and truncated; 0 where there was no rate.
@@ -74,16 +82,19 @@ Result CACStreamReader::Open(const char16_t* path, uint32_t flags) {
 }
 
 Result CACStreamReader::OpenFile(const char16_t* path, uint32_t flags) {
+    // By its name alone: the walk would refuse an AIFF head, and the inner reader looks at the bytes itself.
     const bool aiff = IsAiff(path);
     if (!aiff) {
         const Result opened = m_wave.OpenForReading(path, (flags & OPEN_READ_ONLY) != 0);
         if (opened != RESULT_OK) return opened;
     }
+    // Without a format the source isn't direct PCM, and so goes to the inner reader below.
     m_sourceFormat = aiff ? WaveFormat{} : m_wave.Format();
     if (!m_sourceFormat.IsDirectPcm()) {
         const Result opened = OpenInner(path, flags);
         if (opened != RESULT_OK) return opened;
     }
+    // Last, when nothing can refuse the file any more: the tags of one that didn't open are not kept.
     ChunksToTags(m_tags, m_wave.Chunks());
     StartAtBeginning();
     return RESULT_OK;
@@ -121,12 +132,14 @@ Result CACStreamReader::OpenImage(IStream* stream, uint32_t flags) {
 
 void CACStreamReader::StartAtBeginning() {
     m_staged.Drop();
+    // Also where nothing will be converted: IsConversionFree answers from the formats it gets here.
     m_converter.Configure(m_sourceFormat.channels, static_cast<int32_t>(m_sourceFormat.samplesPerSec),
                           m_outChannels, static_cast<int32_t>(m_outRate));
     m_position = 0;
     m_converter.ResetToOutputPosition(0);
 }
 
+// Leaves no source: Read refuses, as it does before the first Open.
 void CACStreamReader::ForgetSource() {
     m_wave.CloseFile();
     m_sourceFormat = WaveFormat{};
@@ -147,6 +160,8 @@ Result CACStreamReader::Read(void* buffer, uint32_t frames, uint32_t* framesRead
 
 Result CACStreamReader::ReadConverted(int16_t* output, uint32_t frames, uint32_t* framesRead,
                                       uint8_t* endOfStream) {
+    // (2) and (3). The position counts what was made even when a failure keeps it from the host: the
+    // converter has moved on, and a Seek from here must start where it stands.
     uint32_t made = 0;
     const Result result =
         m_staged.Convert(m_converter, output, frames, made, [&] { return RefillStaging(endOfStream); });
@@ -183,17 +198,20 @@ Result CACStreamReader::ReadSourceFrames(int16_t* buffer, uint32_t frames, uint3
         return state;
     }
     const uint32_t blockAlign = m_sourceFormat.blockAlign;
+    // (1) In 64 bits: the host's number of frames is any number.
     const uint64_t bytes = uint64_t{blockAlign} * frames;
     uint64_t done = 0;
     Result result = RESULT_OK;
     if (m_sourceFormat.bitsPerSample == 8) {
         result = ReadWidened(buffer, bytes, &done);
     } else {
+        // ReadData counts in 32 bits. Cut to whole frames, or the next read would begin inside one.
         const uint32_t most = UINT32_MAX - UINT32_MAX % blockAlign;
         uint32_t read = 0;
         result = m_wave.ReadData(static_cast<uint32_t>(std::min<uint64_t>(bytes, most)), buffer, &read);
         done = read;
     }
+    // The torn frame at the end of a file cut short is not delivered.
     *framesRead = static_cast<uint32_t>(done / blockAlign);
     if (endOfStream) *endOfStream = *framesRead != frames;
     return result;
@@ -204,6 +222,8 @@ Result CACStreamReader::ReadWidened(int16_t* buffer, uint64_t bytes, uint64_t* d
     uint32_t read = 0;
     Result result = RESULT_OK;
     do {
+        // Bytes pass through a buffer of their own: widened in place, the first samples would overwrite bytes
+        // that are still to be read. A block may end inside a frame, since each byte is a sample.
         block = static_cast<uint32_t>(std::min<uint64_t>(bytes - *done, kByteBlock));
         if (m_byteBuffer.size() < block) m_byteBuffer.resize(block);
         result = m_wave.ReadData(block, m_byteBuffer.data(), &read);
@@ -244,18 +264,22 @@ Result CACStreamReader::Seek(uint32_t origin, int64_t offset, int64_t* position)
 Result CACStreamReader::SeekConverted(uint32_t origin, int64_t offset) {
     Result result = RESULT_OK;
     if (origin == ORIGIN_END) {
+        // The end is the source's. So the offset goes there in source frames, and what comes back is where
+        // the source really stands: held at the ends and rounded down to a frame.
         int64_t source = Saturating::MulDiv(offset, m_converter.InputStep(), m_converter.PhaseCount());
         result = SeekSourceFrames(origin, source, &source);
         m_position = Saturating::MulDiv(source, m_converter.PhaseCount(), m_converter.InputStep());
     } else {
         m_position = origin == ORIGIN_START ? offset : Saturating::Add(m_position, offset);
     }
+    // A position past the end stays what was asked for; the source stands at its end and brings no frames.
     m_position = std::max<int64_t>(m_position, 0);
     StandAtPosition();
     return result;
 }
 
-// Brings converter and source to m_position. A source that can't move returns its code at the next Read.
+// Brings converter and source to m_position: the source stands up to 16 frames in front of it, for the
+// filter. A source that can't move returns its code at the next Read.
 void CACStreamReader::StandAtPosition() {
     const int64_t frame = m_converter.ResetToOutputPosition(m_position);
     m_wave.SeekData(Saturating::Mul(m_sourceFormat.blockAlign, frame), ORIGIN_START);
@@ -283,6 +307,8 @@ Result CACStreamReader::SetOutputFormat(uint32_t channels, uint32_t rate, uint32
     if (m_inner) return m_inner->SetOutputFormat(channels, rate, kOutputBytesPerSample);
     const bool hasSource = m_sourceFormat.channels != 0 && m_sourceFormat.samplesPerSec != 0;
     return AtBorder(RESULT_NO_MEMORY, [&] {
+        // The position counts output frames, so at another rate the same moment has another number. Computed
+        // while the converter still knows the old rate.
         const int64_t position = RescalePosition(m_position, rate, m_converter.OutputRate());
         // First what may fail: the caller's buffers follow the format that stands.
         if (hasSource)

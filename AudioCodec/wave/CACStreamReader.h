@@ -3,12 +3,13 @@
 // then only forwards. One thread at a time.
 //
 // Decisions: A frame size of 0, or one in a stream that contradicts channels and bits, returns
-// 1003 from the operations that would divide or read by it. Read without a direct source returns 1, or 1001
-// after a stream of another kind. Negative positions count as 0. An origin above 2 returns 4 and moves
-// nothing, with conversion too. Every Open drops an inner reader of an earlier one. With conversion a source
-// shorter than 16 frames, or a Seek into the last 16, returns no frames. A position query (origin 1, offset
-// 0) drops the staged block: with conversion, ask where no frame may be missed only after a Read that used
-// its block up, or count what was read.
+// RESULT_NOT_WAVE from the operations that would divide or read by it. Read without a direct source returns
+// RESULT_FAILED, or RESULT_NOT_PCM after a stream of another kind. Negative positions count as 0. An origin
+// above 2 returns RESULT_BAD_ARGUMENT and moves nothing, with conversion too. Every Open drops an inner
+// reader of an earlier one. With conversion the first Read of a source shorter than 25 frames, and a Read
+// after a Seek into the last 16, returns no frames. A position query (origin 1, offset 0) drops the staged
+// block: with conversion, ask where no frame may be missed only after a Read that used its block up, or count
+// what was read.
 #pragma once
 
 #include <memory>

@@ -1,3 +1,12 @@
+// The way of the audio:
+//
+//   Write --(1)--> m_gathered --(2)--> m_converter --(3)--> 8 or 16 bits --> m_wave     else
+//         '------------------------------------------(3)----------------^               nothing to convert
+//
+// (1) gather the first block after a reset, (2) convert, 2048 samples at a time, (3) narrow and write. Before
+// the converter is left or reset: (4) what is still gathered goes in, and before the file is closed: (5) the
+// filter's tail. Invariant between two calls that succeed: the converter has taken in all input up to
+// m_position but what is gathered.
 #include "AudioCodec/wave/CACWriter.h"
 
 #include <algorithm>
@@ -19,8 +28,8 @@ namespace {
 constexpr uint32_t kBlockSamples = 2048;  // converted samples on their way into the file
 constexpr uint32_t kByteBlock = 65536;    // 8-bit audio is written in blocks of this size at the most
 
-// What the converter must get at once after a reset to fill its history: with less it begins late, and with
-// up to its reach it doesn't begin at all.
+// What the converter must get at once after a reset to fill its history: with less, other than 32, the audio
+// comes out shifted, and with up to its reach it doesn't begin at all.
 constexpr uint32_t kFirstBlockFrames = 48;
 constexpr uint32_t kFilterReach = 16;
 
@@ -66,6 +75,7 @@ Result CACWriter::SelectFormat(uint32_t index) {
 }
 
 Result CACWriter::SetFormat(uint32_t channels, uint32_t rate, uint32_t bytesPerSample) {
+    // Of the rate the low 16 bits are kept: above 65535 Hz a host has the reader convert, as vlwav does.
     m_inputFormat =
         WaveFormat::Pcm(static_cast<uint16_t>(channels), static_cast<uint16_t>(rate), bytesPerSample * 8);
     return RESULT_OK;
@@ -118,12 +128,14 @@ Result CACWriter::Open(const char16_t* path, uint32_t flags) {
 }
 
 Result CACWriter::OpenFile(const char16_t* path, uint32_t flags) {
+    // Refused before a file is touched: with OPEN_OVERWRITE the open below empties the one that is there.
     if (m_formatSelected) {
         if (!IsInputConvertible()) return RESULT_FAILED;
         m_converter.Configure(m_inputFormat.channels, static_cast<int32_t>(m_inputFormat.samplesPerSec),
                               m_fileFormat.channels, static_cast<int32_t>(m_fileFormat.samplesPerSec));
     }
     const Result opened = m_wave.OpenForWriting(path, (flags & OPEN_OVERWRITE) != 0);
+    // Also after a failed open: from here on Write reports RESULT_WRITE_FAILED instead of RESULT_FAILED.
     m_wave.BeginAudio(m_fileFormat);
     if (!m_formatSelected || opened != RESULT_OK) {
         m_wave.CloseFile();
@@ -148,6 +160,7 @@ Result CACWriter::Close() {
 
 Result CACWriter::CompleteFile() {
     const Result completed = AtBorder(RESULT_NO_MEMORY, [&] {
+        // The audio has to be complete before the list is put after it.
         if (!m_converter.IsConversionFree()) DrainConverter();
         if (m_metadata) MetadataToTags(m_tags, *m_metadata, ZeroNumbers::Drop);
         if (m_tags.empty()) return RESULT_OK;
@@ -155,6 +168,7 @@ Result CACWriter::CompleteFile() {
         m_wave.SetModified(true);
         return RESULT_OK;
     });
+    // Whatever failed above: the sizes in the header are true only after this.
     m_wave.CloseFile();
     return completed;
 }
@@ -164,7 +178,8 @@ Result CACWriter::Write(const void* buffer, uint32_t frames, uint32_t* framesAcc
     if (!m_formatSelected) return RESULT_NOT_OPEN;
     if (!m_wave.HasSource()) {
         *framesAccepted = 0;
-        return m_wave.WriteData(buffer, 0);  // 1 before any Open, 1004 after one that failed
+        // RESULT_FAILED before any Open, RESULT_WRITE_FAILED after one that failed.
+        return m_wave.WriteData(buffer, 0);
     }
     const auto* const input = static_cast<const int16_t*>(buffer);
     return AtBorder(RESULT_NO_MEMORY, [&] {
@@ -185,6 +200,8 @@ Result CACWriter::WriteConverted(const int16_t* frames, uint32_t count, uint32_t
     Result result = RESULT_OK;
     if (m_gathering) result = Gather(frames, remaining);
     if (result == RESULT_OK) result = Convert(frames, remaining, kNoLimit);
+    // Also after a failed write, for the input in front of it: the converter has taken that and can't
+    // give it back.
     m_position = Saturating::Add(m_position, count - remaining);
     if (result != RESULT_OK) return result;
     *accepted = count - remaining;
@@ -197,8 +214,8 @@ void CACWriter::ExpectFirstBlock() {
     m_gathering = true;
 }
 
-// Moves input to what was gathered before, and lets it go once the first block is complete. A first Write
-// that brings it all goes straight through.
+// (1) Moves input to what was gathered before, and lets it go once the first block is complete. A first Write
+// that brings it all goes straight through. So the file doesn't depend on the sizes of the Writes.
 Result CACWriter::Gather(const int16_t*& input, uint32_t& remaining) {
     const uint32_t channels = m_converter.SourceChannels();
     const auto held = static_cast<uint32_t>(m_gathered.size() / channels);
@@ -219,7 +236,7 @@ Result CACWriter::ConvertGathered(uint64_t mostOutput) {
     return Convert(input, frames, mostOutput);
 }
 
-// Takes input as far as the file takes output, and leaves `input` and `remaining` at the rest.
+// (2) Takes input as far as the file takes output, and leaves `input` and `remaining` at the rest.
 Result CACWriter::Convert(const int16_t*& input, uint32_t& remaining, uint64_t mostOutput) {
     int16_t block[kBlockSamples];
     const uint32_t room = kBlockSamples / m_converter.OutputChannels();
@@ -231,6 +248,7 @@ Result CACWriter::Convert(const int16_t*& input, uint32_t& remaining, uint64_t m
             const Result written = WriteFrames(block, made);
             if (written != RESULT_OK) return written;
         }
+        // Only now: what the file didn't take is not reported as accepted.
         input += size_t{taken} * m_converter.SourceChannels();
         remaining -= taken;
         mostOutput -= made;
@@ -238,13 +256,16 @@ Result CACWriter::Convert(const int16_t*& input, uint32_t& remaining, uint64_t m
     return RESULT_OK;
 }
 
-// The converter is about to be left or reset: what is still gathered goes in now, whatever there is of it.
+// (4) The converter is about to be left or reset: what is still gathered goes in now, whatever there is of
+// it. Otherwise a short input, or a Seek soon after the start, would lose it.
 void CACWriter::FlushGathered() {
     const auto frames = static_cast<int64_t>(m_gathered.size() / m_converter.SourceChannels());
     if (!m_gathering || frames == 0) return;
     if (frames > kFilterReach) {
         ConvertGathered(kNoLimit);
     } else {
+        // Too few to start the filter: silence fills up the block, and only the frames' own share of the
+        // output is kept. One frame at least, so that no input vanishes without a trace.
         m_gathered.resize(size_t{kFirstBlockFrames} * m_converter.SourceChannels());
         const int64_t share = Saturating::MulDiv(frames, m_converter.PhaseCount(), m_converter.InputStep());
         ConvertGathered(static_cast<uint64_t>(std::max<int64_t>(share, 1)));
@@ -253,6 +274,7 @@ void CACWriter::FlushGathered() {
     ExpectFirstBlock();
 }
 
+// (5) No input on offer makes the converter feed zeros, until its tail brings no more frames.
 void CACWriter::DrainConverter() {
     FlushGathered();
     int16_t block[kBlockSamples];
@@ -264,7 +286,7 @@ void CACWriter::DrainConverter() {
     } while (made != 0 && WriteFrames(block, made) == RESULT_OK);
 }
 
-// The size of a frame is the open file's own: a later selection doesn't reach it.
+// (3) The size of a frame is the open file's own: a later selection doesn't reach it.
 Result CACWriter::WriteFrames(const int16_t* frames, uint32_t count) {
     const WaveFormat& format = m_wave.Format();
     const uint64_t bytes = uint64_t{format.blockAlign} * count;
@@ -309,14 +331,18 @@ Result CACWriter::Seek(uint32_t origin, int64_t offset, int64_t* position) {
 }
 
 Result CACWriter::SeekConverted(uint32_t origin, int64_t offset) {
+    // Before anything moves: what is gathered belongs to the place that is left.
     FlushGathered();
     if (origin == ORIGIN_END) {
+        // The end is the file's, so the offset goes there in its frames, and what comes back is
+        // where it stands.
         int64_t frame = Saturating::MulDiv(offset, m_converter.PhaseCount(), m_converter.InputStep());
         SeekFileFrames(origin, frame, &frame);
         m_position = Saturating::MulDiv(frame, m_converter.InputStep(), m_converter.PhaseCount());
     } else {
         m_position = origin == ORIGIN_START ? offset : Saturating::Add(m_position, offset);
     }
+    // The file goes to the frame whose phase the converter begins with, so both count on from one place.
     m_position = std::max<int64_t>(m_position, 0);
     const int64_t frame = m_converter.ResetToInputPosition(m_position);
     ExpectFirstBlock();

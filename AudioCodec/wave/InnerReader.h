@@ -1,5 +1,5 @@
-// The way from the stream reader to what it can't read by itself: compressed WAV, PCM of other sample sizes,
-// AIFF.
+// The way from the stream reader to what it can't read by itself: compressed WAV, PCM of other
+// sample sizes, AIFF.
 #pragma once
 
 #include <memory>

@@ -31,18 +31,19 @@ public:
     // Ends one handle, and the object with its last. Where nobody says otherwise there is only one.
     virtual void Close() { delete this; }
     bool Is(uint32_t kind) const { return (m_kinds & kind) != 0; }
-    // The object behind a handle if it is one of class T, otherwise null with last error 6.
+    // The object behind a handle if it is one of class T, otherwise null with ERROR_INVALID_HANDLE.
     template <class T>
     static T* From(HANDLE handle);
 
-    // Any object; null and the invalid value return null with last error 6.
+    // Any object; null and the invalid value return null with ERROR_INVALID_HANDLE.
     static HandleObject* FromAny(HANDLE handle);
 
 private:
     const uint32_t m_kinds;
 };
 
-// Releases what the handle stands for. Returns 0 with last error 6 for null and the invalid value.
+// Releases what the handle stands for. Returns FALSE with ERROR_INVALID_HANDLE for null and
+// the invalid value.
 VL_PLATFORM_API BOOL CloseHandle(HANDLE handle);
 
 template <class T>

@@ -1,5 +1,5 @@
-// A handle that closes itself. "None" has one form here, null: failure values are folded where a handle is
-// born.
+// A handle that closes itself. "None" has one form here, null: failure values are folded where a
+// handle is born.
 #pragma once
 
 #include <memory>

@@ -12,8 +12,10 @@ struct SYSTEM_INFO {
 };
 VL_PLATFORM_API void GetSystemInfo(SYSTEM_INFO* info);
 
-// A new block of `size` bytes; null with last error 8 if there is no memory. Only new blocks (a null address)
-// that are committed at once for reading and writing are supported: all else, and a size of 0, returns 87.
+// A new block of `size` bytes; null with ERROR_NOT_ENOUGH_MEMORY if there is no memory. Only new blocks (a
+// null address) that are committed at once for reading and writing are supported: all else, and a size of
+// 0, is ERROR_INVALID_PARAMETER.
 VL_PLATFORM_API void* VirtualAlloc(void* address, size_t size, DWORD type, DWORD protection);
-// Frees a whole block: the size must be 0 and the type MEM_RELEASE, otherwise 0 with last error 87.
+// Frees a whole block: the size must be 0 and the type MEM_RELEASE, otherwise
+// FALSE with ERROR_INVALID_PARAMETER.
 VL_PLATFORM_API BOOL VirtualFree(void* address, size_t size, DWORD type);

@@ -23,7 +23,8 @@ public:
     // For Release: the new count. Calls `atLast` when it has become 0; the object may be gone after that.
     template <class AtLast>
     uint32_t Drop(AtLast atLast) {
-        // All that other threads did to the object before they dropped theirs must be seen by who ends it.
+        // All that other threads did to the object before they dropped theirs must be seen by the one
+        // that ends it.
         const uint32_t left = m_count.fetch_sub(1, std::memory_order_acq_rel) - 1;
         if (left == 0 && kCountsAreFollowed) atLast();
         return left;  // not read again: the count may be gone with its object

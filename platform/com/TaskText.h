@@ -1,5 +1,5 @@
-// Texts that one module allocates and another frees: in front of the first character stands the length in
-// bytes.
+// Texts that one module allocates and another frees: in front of the first character stands the
+// length in bytes.
 #pragma once
 
 #include "platform/base/Types.h"

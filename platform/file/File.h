@@ -33,11 +33,12 @@ inline constexpr DWORD INVALID_FILE_SIZE = 0xFFFFFFFF;
 struct SECURITY_ATTRIBUTES;  // null alone is supported
 struct OVERLAPPED;           // null alone is supported
 
-// Opens or creates a file. Returns a handle, or INVALID_HANDLE_VALUE with a last error: 32 for a share mode
-// that another handle of any process contradicts, 5 for a file or folder that may not be accessed so, also
-// for writing to a file that has no write permission at all, 87 for an unknown bit, no access, CREATE_ALWAYS
-// without GENERIC_WRITE, or FILE_FLAG_DELETE_ON_CLOSE with OPEN_EXISTING. A file is never emptied before its
-// share mode is held. Devices have no share mode.
+// Opens or creates a file. Returns a handle, or INVALID_HANDLE_VALUE with a last error:
+// ERROR_SHARING_VIOLATION for a share mode that another handle of any process contradicts,
+// ERROR_ACCESS_DENIED for a file or folder that may not be accessed so, also for writing to a file that has
+// no write permission at all, ERROR_INVALID_PARAMETER for an unknown bit, no access, CREATE_ALWAYS without
+// GENERIC_WRITE, or FILE_FLAG_DELETE_ON_CLOSE with OPEN_EXISTING. A file is never emptied before its share
+// mode is held. Devices have no share mode.
 VL_PLATFORM_API HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share,
                                    SECURITY_ATTRIBUTES* security, DWORD disposition, DWORD flagsAndAttributes,
                                    HANDLE templateFile);
@@ -57,9 +58,10 @@ VL_PLATFORM_API BOOL WriteFile(HANDLE file, const void* buffer, DWORD size, DWOR
 
 // Moves the handle's place. `distanceHigh`, may be null: in the high 32 bits of the distance, out those of
 // the new place. Without it the distance is a signed 32-bit number. Returns the low 32 bits of the new place,
-// which may lie after the file's end, or INVALID_SET_FILE_POINTER with a last error, the place unmoved: 131
-// for a place before the start, 87 for one that 64 bits, or 32 without `distanceHigh`, can't tell. Since that
-// value is also a place, a caller with `distanceHigh` clears the last error first; success leaves it alone.
+// which may lie after the file's end, or INVALID_SET_FILE_POINTER with a last error, the place unmoved:
+// ERROR_NEGATIVE_SEEK for a place before the start, ERROR_INVALID_PARAMETER for one that 64 bits, or 32
+// without `distanceHigh`, can't tell. Since that value is also a place, a caller with `distanceHigh` clears
+// the last error first; success leaves it alone.
 VL_PLATFORM_API DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method);
 
 // The file's size in bytes: low half as the result, high half through `high`, may be null.

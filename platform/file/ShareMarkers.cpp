@@ -1,3 +1,7 @@
+// Nothing locks several bytes at once, so a share mode is taken in three steps: (1) look for opponents, (2)
+// take the own markers, (3) look again. Two openers who contradict each other may both pass (1), but
+// whoever comes to (3) later sees the other: at least one of them gives way. So two that contradict each
+// other never both stay.
 #include "platform/file/ShareMarkers.h"
 
 #include <algorithm>
@@ -14,6 +18,8 @@ static_assert((kReads ^ 1) == kDeniesRead && (kWrites ^ 1) == kDeniesWrite, "opp
 
 constexpr int kContradicted = EAGAIN;
 
+// Below the largest place, so that a lock of one byte still ends within 64 bits, and past whatever a
+// file can hold.
 constexpr int64_t ByteOf(unsigned marker) { return std::numeric_limits<int64_t>::max() - 0xFF + marker; }
 
 class Markers {
@@ -26,12 +32,14 @@ public:
         return ForEachWanted([&](unsigned marker) {
             bool locked = false;
             const int error = m_file.IsLockedByOther(ByteOf(marker ^ 1), locked);
+            // Locks of this same open file don't count as another's, so (3) doesn't meet the own markers.
             return locked ? kContradicted : error;
         });
     }
     int Take() const {
         return ForEachWanted([&](unsigned marker) { return m_file.Lock(ByteOf(marker)); });
     }
+    // Also those that Take didn't get to: unlocking a free byte does nothing.
     void Drop() const {
         ForEachWanted([&](unsigned marker) {
             m_file.Unlock(ByteOf(marker));
@@ -68,9 +76,10 @@ bool MeansNoLocks(int error) {
 int TakeWithRetries(const Markers& markers) {
     constexpr int kTries = 20;
     for (int i = 0; i < kTries; ++i) {
-        if (const int error = markers.FindOpponent()) return error;  // one that is there to stay: at once
+        if (const int error = markers.FindOpponent()) return error;  // (1) one that stays: at once
+        // (2) A lock that can't be had is held by an opener that may only write: its locks aren't shared.
         int error = markers.Take();
-        if (error == 0) error = markers.FindOpponent();
+        if (error == 0) error = markers.FindOpponent();  // (3)
         if (error == 0) return 0;
         markers.Drop();
         if (error != kContradicted) return error;

@@ -5,8 +5,8 @@
 
 // Makes an empty file of its own name, PREFIX-xxxxxx.EXT, in the temporary folder (TempFolder.h): made
 // exclusively, and for its owner's eyes alone. Writes the path with its terminator into `path`, of `room`
-// characters. FALSE with a last error if it can't be made, 122 where there is too little room; there is no
-// file then.
+// characters. FALSE with a last error if it can't be made, ERROR_INSUFFICIENT_BUFFER where there is too
+// little room; there is no file then.
 VL_PLATFORM_API BOOL VlCreateTempFile(const WCHAR* prefix, const WCHAR* extension /*with its dot*/,
                                       WCHAR* path, DWORD room);
 

@@ -77,8 +77,8 @@ bool RunReader(const PngReader& reader, ImageSource& source, Raster& raster) {
     if (setjmp(png_jmpbuf(reader.png))) return false;
     png_set_read_fn(reader.png, &source, ReadBytes);
     png_set_user_limits(reader.png, kMaxImageSide, kMaxImageSide);
-    // Texts and profiles aren't even unpacked: what isn't known is left out, and what isn't needed isn't
-    // known.
+    // Texts and profiles aren't even unpacked: what isn't known is left out, and what isn't
+    // needed isn't known.
     png_set_keep_unknown_chunks(reader.png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
     png_read_info(reader.png, reader.info);
 

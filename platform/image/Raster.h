@@ -22,8 +22,8 @@ namespace vlacwav3 {
 
 // Named in a public header, and known there by its name alone.
 struct __attribute__((visibility("default"))) Raster {
-    // Takes memory for a black image. E_FAIL for a size out of bounds, before any memory is taken;
-    // E_OUTOFMEMORY.
+    // Takes memory for a black image. E_FAIL for a size out of bounds, before any memory
+    // is taken; E_OUTOFMEMORY.
     HRESULT Allocate(uint32_t rasterWidth, uint32_t rasterHeight, PixelFormat pixelFormat);
     // Gives an indexed format a palette of `count` greys, from black to white.
     void SetGreyPalette(uint32_t count);

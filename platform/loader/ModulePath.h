@@ -4,8 +4,8 @@
 #include "platform/base/Types.h"
 
 // The whole path of a module that has been attached (ModuleEntry.h), terminated; `size` is in units. Returns
-// its length, or 0 with last error 6 for another module. One too long is cut: the result is then `size`, with
-// last error 122.
+// its length, or 0 with ERROR_INVALID_HANDLE for another module. One too long is cut: the result is then
+// `size`, with ERROR_INSUFFICIENT_BUFFER.
 VL_PLATFORM_API DWORD GetModuleFileNameW(HMODULE module, WCHAR* buffer, DWORD size);
 
 // The same in the system's bytes, so that the file is found by it whatever its name: the code page lacks most

@@ -34,18 +34,19 @@ struct StringBlock {
     DWORD size;  // in bytes
 };
 
-// The resource of exactly this language; no module means the program. Null if there is none, with last error
-// 1812 for a module that has no table, else 1813, 1814 or 1815: no such type, name or language.
+// The resource of exactly this language; no module means the program. Null if there is none, with
+// ERROR_RESOURCE_DATA_NOT_FOUND for a module that has no table, else ERROR_RESOURCE_TYPE_NOT_FOUND,
+// ERROR_RESOURCE_NAME_NOT_FOUND or ERROR_RESOURCE_LANG_NOT_FOUND.
 VL_PLATFORM_API HRSRC FindResourceExW(HMODULE module, const WCHAR* type, const WCHAR* name, WORD language);
 
-// A resource's bytes are loaded and locked as soon as it is found. Null, or a size of 0, for a null resource,
-// with last error 1812.
+// A resource's bytes are loaded and locked as soon as it is found. Null, or a size of 0, for a null
+// resource, with ERROR_RESOURCE_DATA_NOT_FOUND.
 VL_PLATFORM_API HGLOBAL LoadResource(HMODULE module, HRSRC resource);
 VL_PLATFORM_API const void* LockResource(HGLOBAL data);
 VL_PLATFORM_API DWORD SizeofResource(HMODULE module, HRSRC resource);  // in bytes
 
-// For StringResources. Notes the table for the module that holds it, whose handle it returns; a module has
-// one.
+// For StringResources. Notes the table for the module that holds it, whose handle it returns; a
+// module has one.
 VL_PLATFORM_API HMODULE VlAddStringBlocks(const StringBlock* blocks, size_t count);
 VL_PLATFORM_API void VlRemoveStringBlocks(HMODULE module);
 

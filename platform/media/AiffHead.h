@@ -1,6 +1,6 @@
 // Little-endian PCM in AIFC: libavformat takes it to be of 16 bits whatever the file says, or doesn't know
-// its tag. Such a head is made to tell of big-endian PCM, which it knows of every width; who decodes has to
-// take the other order then.
+// its tag. Such a head is made to tell of big-endian PCM, which it knows of every width; the decoder then has
+// to take the other order.
 #pragma once
 
 #include <span>

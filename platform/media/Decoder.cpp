@@ -1,3 +1,7 @@
+// Two threads meet here: the one that sends holds m_streamLock through Receive, down to the last filter, and
+// may wait there; the one that flushes must get past it. So (1) a flush sets m_flushing without the lock and
+// goes on downstream, (2) which makes the waiting Receive come back, (3) so that EndFlush gets the lock, when
+// nothing is on its way.
 #include "platform/media/Decoder.h"
 
 #include <algorithm>
@@ -24,6 +28,7 @@ WAVEFORMATEX Pcm16Format(const AudioDecoder& decoder) {
 bool Decoder::Input::Takes(const AM_MEDIA_TYPE& type) { return DescribedCodec(type).has_value(); }
 
 HRESULT Decoder::Input::Connected(IPin&, const AM_MEDIA_TYPE& type) {
+    // Opened before the lock is taken: a codec that refuses leaves everything as it was.
     auto decoder = std::make_unique<AudioDecoder>();
     const HRESULT result = decoder->Open(*DescribedCodec(type));
     if (FAILED(result)) return result;
@@ -51,19 +56,21 @@ HRESULT Decoder::Input::Receive(IMediaSample* sample) {
 HRESULT Decoder::Input::EndOfStream() {
     const std::lock_guard lock(m_decoder.m_streamLock);
     if (m_decoder.m_flushing || !m_decoder.m_decoder) return S_OK;
+    // Codecs hold frames back; nothing more comes to push them out.
     m_decoder.m_decoder->Send({});
     AtBorder(ResultOfThrow, [&] { return m_decoder.DeliverFrames(); });
     return m_decoder.m_output.DeliverEndOfStream();
 }
 
 HRESULT Decoder::Input::BeginFlush() {
-    m_decoder.m_flushing = true;
-    return m_decoder.m_output.DeliverBeginFlush();  // makes Receive come back
+    m_decoder.m_flushing = true;                    // (1)
+    return m_decoder.m_output.DeliverBeginFlush();  // (2) makes Receive come back
 }
 
 HRESULT Decoder::Input::EndFlush() {
     {
         const std::lock_guard lock(m_decoder.m_streamLock);
+        // (3) What the codec holds back belongs to the old place. It also takes packets again after an end.
         if (m_decoder.m_decoder) m_decoder.m_decoder->Flush();
         m_decoder.m_flushing = false;
     }
@@ -90,11 +97,13 @@ std::vector<MediaType> Decoder::Output::OfferedTypes() {
 
 HRESULT Decoder::Activate() {
     const std::lock_guard lock(m_streamLock);
+    // A stop may have come in the middle of a stream, or after its end.
     if (m_decoder) m_decoder->Flush();
     return S_OK;
 }
 
 HRESULT Decoder::Decode(IMediaSample& sample) {
+    // The first sample of a place tells by a negative time how far in front of the segment decoding begins.
     if (sample.IsDiscontinuity() == S_OK) {
         m_decoder->Flush();
         REFERENCE_TIME start = 0;
@@ -110,6 +119,7 @@ HRESULT Decoder::Decode(IMediaSample& sample) {
 
 HRESULT Decoder::DeliverFrames() {
     while (const AVFrame* frame = m_decoder->Receive()) {
+        // S_FALSE ends it as well: frames that nobody wants are not converted.
         const HRESULT result = DeliverFrame(*frame);
         if (result != S_OK) return result;
     }
@@ -121,6 +131,7 @@ HRESULT Decoder::DeliverFrame(const AVFrame& frame) {
     m_toDrop -= first;
     if (m_flushing) return S_FALSE;  // may be long in coming while nothing but dropping is done
     if (first == frame.nb_samples) return S_OK;
+    // The last one is used again, unless someone downstream has kept it.
     if (m_sample->IsShared()) m_sample = Make<MediaSample>();
     const auto samples =
         static_cast<size_t>(frame.nb_samples - first) * static_cast<size_t>(m_decoder->Channels());

@@ -1,5 +1,5 @@
-// The "MS ACM Wrapper": a filter that takes packets of any audio codec that the libraries know and gives
-// 16-bit PCM, on the thread of who sends. Frames in front of the segment's start are dropped.
+// The "MS ACM Wrapper": a filter that takes packets of any audio codec that the libraries know and delivers
+// 16-bit PCM, on the sender's thread. Frames in front of the segment's start are dropped.
 #pragma once
 
 #include "platform/media/AudioDecoder.h"

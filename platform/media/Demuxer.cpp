@@ -1,3 +1,7 @@
+// Where a read goes on after MoveTo: (1) at the start, if nothing was given since Open; (2) straight at the
+// frame, where positions are honoured and frames stand for themselves; (3) else from a new Open, at the
+// start. From (1) and (3) whoever decodes drops what lies before the frame, so that it comes out as it does
+// in a straight read.
 #include "platform/media/Demuxer.h"
 
 #include <algorithm>
@@ -61,6 +65,8 @@ HRESULT Demuxer::Open() {
     av_packet_unref(m_first.get());
     m_format.reset();
     m_atStart = false;
+    // A source that doesn't honour positions still goes back for a read at 0, so each Open begins with
+    // a new one.
     m_io = std::make_unique<ReaderIo>(m_reader, m_honoursPositions, m_stop);
     HRESULT result = OpenFormat();
     if (SUCCEEDED(result) && !ReadPacket(*m_first)) av_packet_unref(m_first.get());
@@ -69,6 +75,7 @@ HRESULT Demuxer::Open() {
         m_format.reset();
         return result;
     }
+    // Where the demuxer found the audio: it knows the layout of each format, so nothing is parsed here again.
     m_dataStart = m_first->size > 0 ? m_first->pos : -1;
     m_atStart = true;
     return S_OK;
@@ -90,6 +97,7 @@ HRESULT Demuxer::OpenFormat() {
     if (avformat_open_input(&context, "", format, nullptr) < 0)
         return VFW_E_INVALID_FILE_FORMAT;  // freed there
     m_format.reset(context);
+    // After the head was read, which may be of any length: this bounds the packets that are tried.
     context->probesize = kBytesForTheHead;
     if (avformat_find_stream_info(context, nullptr) < 0) return VFW_E_INVALID_FILE_FORMAT;
     const int stream = av_find_best_stream(context, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
@@ -115,6 +123,7 @@ HRESULT Demuxer::OpenFormat() {
 HRESULT Demuxer::Duration(REFERENCE_TIME& duration) const {
     const AVStream& stream = Stream();
     duration = 0;
+    // The stream's own comes first; the file's may be an estimate from its size and bit rate.
     if (stream.duration > 0) {
         duration = av_rescale_q(stream.duration, stream.time_base, AVRational{1, kTimeUnitsPerSecond});
     } else if (m_format->duration > 0) {
@@ -130,9 +139,12 @@ std::optional<int64_t> Demuxer::PlaceOf(int64_t frame) const {
     const AVCodecParameters& codec = Codec();
     const int bits = IsPlainPcm(codec.codec_id) ? av_get_bits_per_sample(codec.codec_id) : 0;
     const int64_t frameSize = int64_t{bits} * codec.ch_layout.nb_channels / 8;
+    // A frame size that the head contradicts would lead into the middle of a frame.
     if (!m_honoursPositions || m_dataStart < 0 || frameSize == 0 || frameSize != codec.block_align) return {};
     const AVStream& stream = Stream();
     const int64_t frames = av_rescale_q(stream.duration, stream.time_base, AVRational{1, codec.sample_rate});
+    // The head may promise more than the file has. A place at the end or after it is left to a straight read,
+    // which knows where the stream ends.
     const int64_t whole = (m_io->Size() - m_dataStart) / frameSize;
     if (frame >= std::min(frames, whole)) return {};
     return m_dataStart + frame * frameSize;
@@ -140,15 +152,18 @@ std::optional<int64_t> Demuxer::PlaceOf(int64_t frame) const {
 
 HRESULT Demuxer::MoveTo(int64_t frame, int64_t& place) {
     place = 0;
+    // (1) The first packet, read by Open, isn't read again: some sources can't.
     if (frame == 0 && m_atStart) return S_OK;
     const std::optional<int64_t> direct = PlaceOf(frame);
     if (direct && avio_seek(m_format->pb, *direct, SEEK_SET) >= 0) {
         av_packet_unref(m_first.get());
+        // (2) What the demuxer had read ahead belongs to the old place.
         avformat_flush(m_format.get());
         m_atStart = false;
         place = frame;
         return S_OK;
     }
+    // (1) or (3)
     return m_atStart ? S_OK : Open();
 }
 
@@ -162,6 +177,7 @@ HRESULT Demuxer::Next(AVPacket& packet) {
 }
 
 bool Demuxer::ReadPacket(AVPacket& packet) {
+    // Between packets the wish to stop is seen here, inside of one by ReaderIo.
     while (!m_stop && av_read_frame(m_format.get(), &packet) >= 0) {
         if (packet.stream_index == static_cast<int>(m_stream) && packet.size > 0) return true;
         av_packet_unref(&packet);

@@ -1,7 +1,7 @@
-// A filter that reads a file: one output pin, a stream of bytes that others read at any place through
-// IAsyncReader, on their own threads. Only reads that wait are offered: Request and its like return
-// E_NOTIMPL. The file is open from Load until the filter goes, and others may read it and write to it
-// meanwhile.
+// A filter that reads a file: one output pin, a stream of bytes that others read at any place
+// through IAsyncReader, on their own threads. Only reads that wait are offered: Request and its like
+// return E_NOTIMPL. The file is open from Load until the filter goes, and others may read it and
+// write to it meanwhile.
 #pragma once
 
 #include <string>
@@ -18,7 +18,7 @@ public:
     uint32_t AddRef() override { return FilterBase::AddRef(); }
     uint32_t Release() override { return FilterBase::Release(); }
 
-    // Once. A failure is the file's: last error 2 comes as 0x80070002.
+    // Once. A failure is the file's: ERROR_FILE_NOT_FOUND comes as 0x80070002.
     HRESULT Load(const WCHAR* path, const AM_MEDIA_TYPE* type) override;
     HRESULT GetCurFile(WCHAR** path, AM_MEDIA_TYPE* type) override;
 

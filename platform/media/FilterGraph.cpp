@@ -18,6 +18,8 @@ HRESULT FilterGraph::QueryInterface(const GUID& iid, void** object) {
 
 FilterGraph::~FilterGraph() {
     Stop();
+    // A filter may be held by others beyond this graph: it must not go on pointing at it, nor
+    // at its neighbours.
     while (!m_filters.empty()) RemoveFilter(m_filters.back().Get());
 }
 
@@ -25,6 +27,8 @@ HRESULT FilterGraph::AddFilter(IBaseFilter* filter, const WCHAR* name) {
     if (!filter) return E_POINTER;
     return AtBorder(ResultOfThrow, [&] {
         const std::lock_guard lock(m_lock);
+        // First what may throw: a filter that has joined must be in the list, or nobody would tell it when
+        // the graph ends.
         m_filters.push_back(Filter::Retain(filter));
         const HRESULT result = filter->JoinFilterGraph(this, name);
         if (FAILED(result)) m_filters.pop_back();
@@ -38,10 +42,12 @@ HRESULT FilterGraph::RemoveFilter(IBaseFilter* filter) {
         const std::lock_guard lock(m_lock);
         const auto found = std::ranges::find(m_filters, filter, &Filter::Get);
         if (found == m_filters.end()) return VFW_E_NOT_FOUND;
+        // The list may have held the last reference.
         const Filter alive = *found;
         m_filters.erase(found);
         alive->Stop();
         for (const RefPtr<IPin>& pin : PinsOf(*alive)) {
+            // Each end drops its own half; an end left behind could never be connected again.
             if (const auto peer = PeerOf(*pin)) peer->Disconnect();
             pin->Disconnect();
         }
@@ -64,6 +70,7 @@ HRESULT FilterGraph::FindFilterByName(const WCHAR* name, IBaseFilter** filter) {
     for (const Filter& candidate : m_filters) {
         FILTER_INFO info = {};
         if (FAILED(candidate->QueryFilterInfo(&info))) continue;
+        // The answer comes with a reference.
         if (info.pGraph) info.pGraph->Release();
         if (std::u16string_view(info.achName) != name) continue;
         *filter = Filter(candidate).Detach();
@@ -89,6 +96,7 @@ HRESULT FilterGraph::Connect(IPin* output, IPin* input) {
     return AtBorder(ResultOfThrow, [&] {
         const std::lock_guard lock(m_lock);
         if (PeerOf(*output) || PeerOf(*input)) return VFW_E_ALREADY_CONNECTED;
+        // Directly where the two agree; the parser is for a source of mere bytes.
         if (SUCCEEDED(output->Connect(input, nullptr))) return S_OK;
         return ConnectThroughParser(*output, *input);
     });
@@ -96,6 +104,8 @@ HRESULT FilterGraph::Connect(IPin* output, IPin* input) {
 
 HRESULT FilterGraph::ConnectThroughParser(IPin& output, IPin& input) {
     const auto parser = Make<Parser>();
+    // Into the graph before it is connected, as any filter; a failure below takes it out with all it
+    // is connected to.
     HRESULT result = AddFilter(parser.Get(), u"Wave Parser");
     if (FAILED(result)) return result;
     const auto inputs = PinsOf(*parser, PINDIR_INPUT);
@@ -108,8 +118,8 @@ HRESULT FilterGraph::ConnectThroughParser(IPin& output, IPin& input) {
     return VFW_E_CANNOT_CONNECT;
 }
 
-// Those that receive stand in front of those that send to them: so nobody sends to a filter that is stopped,
-// and nobody is waited for who waits for another.
+// Receivers come before those that send to them: so nobody sends to a stopped filter, and no filter is waited
+// for that itself waits for another.
 std::vector<FilterGraph::Filter> FilterGraph::FromTheLast() const {
     std::vector<IBaseFilter*> seen;
     std::vector<Filter> order;
@@ -120,12 +130,14 @@ std::vector<FilterGraph::Filter> FilterGraph::FromTheLast() const {
 void FilterGraph::VisitBehind(IBaseFilter* filter, std::vector<IBaseFilter*>& seen,
                               std::vector<Filter>& order) const {
     const bool isOurs = std::ranges::find(m_filters, filter, &Filter::Get) != m_filters.end();
+    // Filters of another graph are not this one's to command; those seen are left out, so a circle ends too.
     if (!isOurs || std::ranges::find(seen, filter) != seen.end()) return;
     seen.push_back(filter);
     for (const auto& output : PinsOf(*filter, PINDIR_OUTPUT)) {
         const RefPtr<IPin> peer = PeerOf(*output);
         if (peer) VisitBehind(OwnerOf(*peer).Get(), seen, order);
     }
+    // After all that it sends to.
     order.push_back(Filter::Retain(filter));
 }
 
@@ -135,6 +147,8 @@ template <class Change>
 HRESULT FilterGraph::ChangeState(FILTER_STATE state, Change change) {
     return AtBorder(ResultOfThrow, [&] {
         const std::lock_guard lock(m_lock);
+        // What was asked for, also when a filter fails: whether they are there the filters themselves
+        // tell in GetState.
         m_state = state;
         HRESULT result = S_OK;
         for (const Filter& filter : FromTheLast()) {
@@ -148,6 +162,7 @@ HRESULT FilterGraph::ChangeState(FILTER_STATE state, Change change) {
 
 HRESULT FilterGraph::Run() {
     const std::lock_guard lock(m_lock);
+    // Filters go from stopped to running through paused, where they get ready; so does the graph.
     const HRESULT paused = m_state == State_Stopped ? Pause() : S_OK;
     if (FAILED(paused)) return paused;
     const HRESULT running = ChangeState(State_Running, [](IBaseFilter& filter) { return filter.Run(0); });
@@ -172,6 +187,7 @@ HRESULT FilterGraph::GetState(LONG milliseconds, OAFilterState* state) {
         const std::vector<Filter> filters = m_filters;
         lock.unlock();  // another thread may stop the graph meanwhile
         for (const Filter& filter : filters) {
+            // One time for all filters together: each gets what those before it left.
             const auto gone =
                 std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
             const auto left = static_cast<DWORD>(std::max<int64_t>(0, milliseconds - gone));
@@ -183,6 +199,8 @@ HRESULT FilterGraph::GetState(LONG milliseconds, OAFilterState* state) {
     });
 }
 
+// The filter that reads last has the interface itself; those before it have it on their pins, where
+// it asks them.
 RefPtr<IMediaSeeking> FilterGraph::NextSeeking() {
     const std::lock_guard lock(m_lock);
     for (const Filter& filter : m_filters) {

@@ -1,5 +1,5 @@
-// What the filter graph manager offers to those who build and run a graph. The order of the operations is the
-// platform's.
+// What the filter graph manager offers to those who build and run a graph. The order of the operations
+// is the platform's.
 #pragma once
 
 #include "platform/media/FilterInterfaces.h"

@@ -1,4 +1,4 @@
-// What libvlmedia gives to those who load it: the factories of its classes.
+// What libvlmedia offers to those who load it: the factories of its classes.
 #include "platform/media/ClassObject.h"
 #include "platform/media/Decoder.h"
 #include "platform/media/FileSource.h"

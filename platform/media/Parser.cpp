@@ -1,3 +1,6 @@
+// A seek while data moves, step by step: (1) the worker is asked to stop, (2) a flush frees it from whoever
+// it waits for, (3) it is joined, (4) the flush ends, (5) the new segment is announced, (6) a new worker
+// starts. Invariant: no sample of the old place arrives after (4), none of the new one before (5).
 #include "platform/media/Parser.h"
 
 #include <cstring>
@@ -20,11 +23,13 @@ bool HonoursPositions(IPin& output) {
 HRESULT Parser::Open(IPin& source) {
     m_reader = FaceOf<IAsyncReader>(&source, IID_IAsyncReader);
     if (!m_reader) return VFW_E_NO_TRANSPORT;
+    // Kept before it is opened: a failure has the pin drop the connection, and Forget then ends both.
     m_demuxer = std::make_unique<Demuxer>(*m_reader, HonoursPositions(source), m_stop);
     const HRESULT result = m_demuxer->Open();
     if (FAILED(result)) return result;
     m_type = CodecType(m_demuxer->Codec());
     m_sampleRate = m_demuxer->Codec().sample_rate;
+    // Asked now, since the demuxer will be the worker's alone and questions come from any thread.
     if (FAILED(m_demuxer->Duration(m_duration))) m_duration = -1;
     return S_OK;
 }
@@ -69,11 +74,13 @@ HRESULT Parser::SeekTo(REFERENCE_TIME position) {
     const std::lock_guard lock(Lock());
     if (!m_demuxer) return VFW_E_NOT_CONNECTED;
     m_start = position;
+    // The worker takes no lock of the filter, so it can be waited for under it.
     const bool active = State() != State_Stopped;
     if (active) StopWorker();
+    // (5) A stopped graph is told too: positions are asked for before it runs.
     m_output.DeliverNewSegment(position, kEndOfTime);
-    const HRESULT result = active ? StartWorker() : S_OK;
-    if (FAILED(result)) m_output.DeliverEndOfStream();  // nobody shall wait for what doesn't come
+    const HRESULT result = active ? StartWorker() : S_OK;  // (6)
+    if (FAILED(result)) m_output.DeliverEndOfStream();     // nobody shall wait for what doesn't come
     return result;
 }
 
@@ -85,15 +92,18 @@ HRESULT Parser::StartWorker() {
     });
 }
 
-// The flush makes the filters behind let go of the worker, and the source of requests.
+// Leaves no worker, and the filters ready for the next one. The flush makes those that receive let go of the
+// worker, and the source of its requests.
 void Parser::StopWorker() {
     if (!m_worker.joinable()) return;
+    // (1) First, or the worker that the flush lets go would report the end of the stream.
     m_stop = true;
-    m_output.DeliverBeginFlush();
+    m_output.DeliverBeginFlush();  // (2)
     m_reader->BeginFlush();
+    // (3) Only then may samples be taken again, (4).
     m_worker.join();
     m_reader->EndFlush();
-    m_output.DeliverEndFlush();
+    m_output.DeliverEndFlush();  // (4)
     m_stop = false;
 }
 
@@ -103,17 +113,21 @@ void Parser::Work(int64_t startFrame) {
     } catch (...) {
         // Ends the stream early, as damage does.
     }
+    // A worker that was stopped says nothing: who reads would take a seek for the end.
     if (!m_stop) m_output.DeliverEndOfStream();
 }
 
 void Parser::PushPackets(int64_t startFrame) {
     int64_t place = 0;
     if (FAILED(m_demuxer->MoveTo(startFrame, place))) return;
+    // 0, or negative by what lies between the place where decoding can begin and the one that was asked for.
     REFERENCE_TIME time = FramesToTime(place - startFrame, m_sampleRate);
     const UniquePacket packet(av_packet_alloc());
     if (!packet) return;
     auto sample = Make<MediaSample>();
     for (bool first = true; !m_stop && m_demuxer->Next(*packet) == S_OK; first = false) {
+        // One sample does for all packets, unless someone kept the last one: its bytes must not
+        // change under him.
         if (sample->IsShared()) sample = Make<MediaSample>();
         const auto size = static_cast<size_t>(packet->size);
         std::memcpy(sample->Resize(size), packet->data, size);
@@ -122,6 +136,7 @@ void Parser::PushPackets(int64_t startFrame) {
             sample->SetDiscontinuity(TRUE);
             sample->SetTime(&time, nullptr);
         }
+        // S_FALSE too: by a flush or for ever, nobody wants more.
         if (m_output.Deliver(*sample) != S_OK) return;
     }
 }

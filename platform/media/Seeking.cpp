@@ -19,6 +19,7 @@ HRESULT SeekingOrigin::GetCapabilities(DWORD* capabilities) { return Give(kCapab
 
 HRESULT SeekingOrigin::CheckCapabilities(DWORD* capabilities) {
     if (!capabilities) return E_POINTER;
+    // In and out: what is asked for, and what of it there is. S_FALSE tells of a part.
     const DWORD asked = *capabilities;
     *capabilities &= kCapabilities;
     return *capabilities == asked ? S_OK : *capabilities ? S_FALSE : E_FAIL;
@@ -42,12 +43,14 @@ HRESULT SeekingOrigin::SetTimeFormat(const GUID* format) {
 
 HRESULT SeekingOrigin::GetDuration(LONGLONG* duration) { return duration ? Duration(*duration) : E_POINTER; }
 
+// Nothing stops a stream before its end.
 HRESULT SeekingOrigin::GetStopPosition(LONGLONG* stop) { return GetDuration(stop); }
 
 HRESULT SeekingOrigin::GetCurrentPosition(LONGLONG* current) { return Give(StartPosition(), current); }
 
 HRESULT SeekingOrigin::ConvertTimeFormat(LONGLONG* target, const GUID* targetFormat, LONGLONG source,
                                          const GUID* sourceFormat) {
+    // Null stands for the format that is set, and there is only one.
     for (const GUID* format : {targetFormat, sourceFormat}) {
         if (format && !(*format == TIME_FORMAT_MEDIA_TIME)) return E_INVALIDARG;
     }
@@ -55,9 +58,11 @@ HRESULT SeekingOrigin::ConvertTimeFormat(LONGLONG* target, const GUID* targetFor
 }
 
 HRESULT SeekingOrigin::SetPositions(LONGLONG* current, DWORD currentFlags, LONGLONG*, DWORD stopFlags) {
+    // Refused aloud, and before anything moves: a caller who asks for a stop would wait for it.
     if ((stopFlags & AM_SEEKING_PositioningBitsMask) != AM_SEEKING_NoPositioning) return E_NOTIMPL;
     if (currentFlags == AM_SEEKING_NoPositioning) return S_OK;
     if (!current) return E_POINTER;
+    // Compared as a whole: the further bits ask for things that this stream doesn't do.
     if (currentFlags != AM_SEEKING_AbsolutePositioning) return E_NOTIMPL;
     return *current < 0 ? E_INVALIDARG : SeekTo(*current);
 }
@@ -81,6 +86,7 @@ HRESULT SeekingOrigin::GetPreroll(LONGLONG* preroll) { return Give(LONGLONG{0}, 
 template <class... Parameters, class... Arguments>
 HRESULT SeekingForwarder::Forward(HRESULT (IMediaSeeking::*operation)(Parameters...),
                                   Arguments... arguments) {
+    // Held for the time of the call: another thread may take the graph apart meanwhile.
     const RefPtr<IMediaSeeking> next = NextSeeking();
     return next ? ((*next).*operation)(arguments...) : E_NOTIMPL;
 }
@@ -135,6 +141,7 @@ HRESULT SeekingForwarder::GetPreroll(LONGLONG* preroll) {
     return Forward(&IMediaSeeking::GetPreroll, preroll);
 }
 
+// Null without a connection, and then the forwarder answers E_NOTIMPL.
 RefPtr<IMediaSeeking> SeekingBehind(IPin& input) {
     RefPtr<IPin> output;
     if (FAILED(input.ConnectedTo(output.Put()))) return {};

@@ -1,13 +1,14 @@
-// The registry: keys with values below two roots, kept in one file that all processes of the user share. The
-// file is $VELTO_REGISTRY if that is set, else "velto/registry.db" in $XDG_DATA_HOME or ~/.local/share; it
-// and its folder are made by the first that writes. Each call is whole or has not been, whatever ends the
-// process.
+// The registry: keys with values below two roots, kept in one file that all processes of the user share.
+// The file is $VELTO_REGISTRY if that is set, else "velto/registry.db" in $XDG_DATA_HOME or
+// ~/.local/share; it and its folder are made by the first that writes. Each call is whole or has not been,
+// whatever ends the process.
 //
 // Names are bytes; the case of ASCII letters in them doesn't count. A path of keys has "\" between its names.
-// All functions return 0 or the platform's code: 2 where there is no such key or value, 5 without the rights
-// to the file or the key, 87 for what isn't supported, 126 where the database's library isn't installed, 161
-// for a path with an empty name, 170 when others kept the file busy for too long, 1018 for a key that has
-// been deleted. The last error stays as it is. Any thread; a key's handle may be shared.
+// All functions return ERROR_SUCCESS or the platform's code: ERROR_FILE_NOT_FOUND where there is no such key
+// or value, ERROR_ACCESS_DENIED without the rights to the file or the key, ERROR_INVALID_PARAMETER for what
+// isn't supported, ERROR_MOD_NOT_FOUND where the database's library isn't installed, ERROR_BAD_PATHNAME for a
+// path with an empty name, ERROR_BUSY when others kept the file busy for too long, ERROR_KEY_DELETED for a
+// key that has been deleted. The last error stays as it is. Any thread; a key's handle may be shared.
 #pragma once
 
 #include "platform/base/Types.h"
@@ -44,7 +45,7 @@ VL_PLATFORM_API LONG RegCreateKeyExA(HKEY key, const char* path, DWORD reserved,
 // a file that can be written.
 VL_PLATFORM_API LONG RegOpenKeyExA(HKEY key, const char* path, DWORD options, REGSAM rights, HKEY* opened);
 
-// Deletes a key with its values; one that has keys below it returns 5.
+// Deletes a key with its values; one that has keys below it returns ERROR_ACCESS_DENIED.
 VL_PLATFORM_API LONG RegDeleteKeyA(HKEY key, const char* path);
 
 // A value of a key, by a name that may be null like an empty one. The data stay as they are given.
@@ -52,7 +53,7 @@ VL_PLATFORM_API LONG RegSetValueExA(HKEY key, const char* name, DWORD reserved, 
                                     DWORD size /*bytes*/);
 
 // Reads a value. `type` and `data` may be null; `size` is the room for `data`, and then the value's size,
-// both in bytes; 234 if the room is too small. A text has a terminator only if it was given one.
+// both in bytes; ERROR_MORE_DATA if the room is too small. A text has a terminator only if it was given one.
 VL_PLATFORM_API LONG RegQueryValueExA(HKEY key, const char* name, DWORD* reserved, DWORD* type, BYTE* data,
                                       DWORD* size);
 

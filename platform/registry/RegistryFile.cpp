@@ -27,8 +27,8 @@ fs::path FindFile() {
     return folder.empty() ? folder : folder / "velto/registry.db";
 }
 
-// Never opens the file: to close it again would end the locks that the database holds elsewhere in the
-// process.
+// Never opens the file: to close it again would end the locks that the database holds elsewhere
+// in the process.
 DWORD Prepare(const fs::path& file, bool forWriting) {
     std::error_code error;
     if (file.empty()) return ERROR_PATH_NOT_FOUND;

@@ -5,6 +5,7 @@
 
 #include "platform/registry/RegistryStore.h"
 
-// Opens the registry, for writing with its folder made where that is missing. 0 or the platform's code: 2 for
-// reading where there is no file, 5 for writing to a file that has no write permission bit, whoever asks.
+// Opens the registry, for writing with its folder made where that is missing. ERROR_SUCCESS or the platform's
+// code: ERROR_FILE_NOT_FOUND for reading where there is no file, ERROR_ACCESS_DENIED for writing to a file
+// that has no write permission bit, whoever asks.
 DWORD OpenRegistry(bool forWriting, std::unique_ptr<RegistryStore>& store);

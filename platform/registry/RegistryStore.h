@@ -1,6 +1,6 @@
 // Where the registry's keys and values are kept, as its functions see it. The class behind it lies in
 // libvlregistry.so, with the database under it: a process that never asks the registry loads neither. Knows
-// no handles and no rights of keys. Answers the platform's codes, 0 for success. Any thread.
+// no handles and no rights of keys. Answers the platform's codes. Any thread.
 #pragma once
 
 #include <cstdint>

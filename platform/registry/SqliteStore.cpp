@@ -9,6 +9,8 @@ namespace {
 
 constexpr int kPatience = 20000;  // milliseconds
 
+// Names are compared without regard to the case of A to Z. Values go with their key; a key that still has
+// keys below it can't be deleted, since nothing cascades there.
 constexpr const char* kTables =
     "CREATE TABLE IF NOT EXISTS keys("
     " id INTEGER PRIMARY KEY AUTOINCREMENT,"  // so that an open key never becomes another
@@ -46,6 +48,8 @@ constexpr ErrorRow kErrors[] = {
 
 DWORD ErrorFromDatabase(int error) {
     for (const ErrorRow& row : kErrors)
+        // The low byte is the kind of error; what the database may add above it says more than any
+        // code here can.
         if (row.database == (error & 0xFF)) return row.platform;
     return ERROR_GEN_FAILURE;
 }
@@ -74,6 +78,7 @@ public:
         return *this;
     }
     Statement& BindText(std::string_view text) {
+        // Static: the arguments outlive the statement, so the database needs no copy.
         sqlite3_bind_text64(m_statement, ++m_bound, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8);
         return *this;
     }
@@ -107,12 +112,16 @@ DWORD SqliteStore::Open(const std::string& path, bool forWriting) {
     const int flags = SQLITE_OPEN_READWRITE | (forWriting ? SQLITE_OPEN_CREATE : 0);
     sqlite3* database = nullptr;
     const int error = sqlite3_open_v2(path.c_str(), &database, flags, nullptr);
+    // Also after a failure there is a connection, which has to be closed.
     m_database.reset(database);
     if (error != SQLITE_OK) return ErrorFromDatabase(error);
     sqlite3_busy_timeout(database, kPatience);
     if (!forWriting) return ERROR_SUCCESS;
     if (sqlite3_db_readonly(database, "main")) return ERROR_ACCESS_DENIED;
+    // Each connection has to ask for them, and without them a deleted key would leave its values.
     if (const DWORD failed = Run("PRAGMA foreign_keys = ON")) return failed;
+    // The tables are asked for before they are made, so that opening a store in use doesn't wait for a
+    // turn to write.
     const DWORD found = Run("SELECT 1 FROM entries LIMIT 0");
     return found == ERROR_FILE_NOT_FOUND ? Transact([&] { return Run(kTables); }) : found;
 }
@@ -123,6 +132,7 @@ DWORD SqliteStore::Transact(Work work) {
     if (const DWORD error = Run("BEGIN IMMEDIATE")) return error;
     DWORD error = work();
     if (error == ERROR_SUCCESS) error = Run("COMMIT");
+    // After a COMMIT that failed too: the transaction is still open then, and the next one couldn't begin.
     if (error != ERROR_SUCCESS) Run("ROLLBACK");
     return error;
 }
@@ -185,6 +195,7 @@ DWORD SqliteStore::DeleteKey(Key from, std::string_view path) {
 
 DWORD SqliteStore::SetValue(Key key, std::string_view name, DWORD type, std::string_view data) {
     const std::lock_guard lock(m_lock);
+    // One statement is a transaction by itself. It waits for its turn like the others.
     Statement statement(m_database.get(), "INSERT OR REPLACE INTO entries VALUES(?, ?, ?, ?)");
     const int result = statement.Bind(key).BindText(name).Bind(type).BindBytes(data).Step();
     return result == SQLITE_DONE ? ERROR_SUCCESS : Failure();

@@ -27,7 +27,7 @@ private:
         void operator()(sqlite3* database) const noexcept { sqlite3_close(database); }
     };
 
-    // Runs `work` as a whole: what it did stays if it returns 0.
+    // Runs `work` as a whole: what it did stays if it returns ERROR_SUCCESS.
     template <class Work>
     DWORD Transact(Work work);
     DWORD Run(const char* statements);

@@ -1,8 +1,7 @@
 // Objects that have a name in the process, for all of its modules: mutexes, events, semaphores and mappings
 // of files share one table of names. A name lasts as long as handles to its object; case counts. Any thread.
 //
-// Decisions: another handle to an object is the same value once more, and each is closed for
-// itself.
+// Decisions: another handle to an object is the same value once more, and each is closed for itself.
 #pragma once
 
 #include <functional>
@@ -26,11 +25,12 @@ private:
 
 class NamedObjects {
 public:
-    // A handle to the object called `name` if it is of the class whose kKind is `kind`, with last error 183;
-    // null with last error 6 if it isn't. Where there is none, what `make` returns, with last error 0; it may
-    // return null with a last error of its own. Without a name always what `make` returns.
+    // A handle to the object called `name` if it is of the class whose kKind is `kind`, with
+    // ERROR_ALREADY_EXISTS; null with ERROR_INVALID_HANDLE if it isn't. Where there is none, what `make`
+    // returns, with ERROR_SUCCESS; it may return null with a last error of its own. Without a name always
+    // what `make` returns.
     static HANDLE CreateOrOpen(const char* name, uint32_t kind, const std::function<NamedObject*()>& make);
-    // The same, but null with last error 2 where there is none.
+    // The same, but null with ERROR_FILE_NOT_FOUND where there is none.
     static HANDLE Open(const char* name, uint32_t kind);
 
 private:

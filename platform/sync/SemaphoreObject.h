@@ -1,4 +1,4 @@
-// A count that each wait takes 1 from, and that is to be had while it is above 0.
+// A count that each wait takes 1 from, and that can be taken while it is above 0.
 #pragma once
 
 #include "platform/sync/WaitableObject.h"

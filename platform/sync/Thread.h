@@ -6,9 +6,9 @@
 using LPTHREAD_START_ROUTINE = DWORD (*)(void* argument);
 
 // Runs `start` with `argument` on a new thread; what it returns is not kept. Closing the handle leaves a
-// running thread running; closing it behind a wait for the thread leaves nothing of the thread behind. Null
-// with last error 8 if there can be no thread, 87 for a null start or security other than null. Only threads
-// of the default stack size (0) that start at once (no flags) and whose number nobody asks for are supported;
-// all else returns 50.
+// running thread running; closing it after a wait for the thread leaves nothing of the thread. Null with
+// ERROR_NOT_ENOUGH_MEMORY if there can be no thread, ERROR_INVALID_PARAMETER for a null start or security
+// other than null. Only threads of the default stack size (0) that start at once (no flags) and whose number
+// nobody asks for are supported; all else is ERROR_NOT_SUPPORTED.
 VL_PLATFORM_API HANDLE CreateThread(SECURITY_ATTRIBUTES* security, size_t stackSize /*bytes*/,
                                     LPTHREAD_START_ROUTINE start, void* argument, DWORD flags, DWORD* id);

@@ -1,6 +1,6 @@
-// A thread behind a handle: to be had once its function has returned. A handle that is closed earlier leaves
-// the thread running; one that is closed later waits for the last steps of the thread, so that after it no
-// code of the thread runs any more.
+// A thread behind a handle, which a wait can take once its function has returned. A handle that is closed
+// earlier leaves the thread running; one that is closed later waits for the last steps of the thread, so that
+// after it no code of the thread runs any more.
 #pragma once
 
 #include <functional>

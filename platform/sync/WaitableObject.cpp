@@ -1,3 +1,7 @@
+// A wait: (1) try each object, (2) take a place in the queue of each, (3) try again, (4) sleep until one of
+// them wakes this thread, back to (3), (5) leave the queues. No wake is lost: what comes before (2) is seen
+// by (3), what comes after it stays in m_woken until (4). Whoever changes an object wakes all in its queue,
+// and the first that takes it has it; the others go to sleep again.
 #include "platform/sync/WaitableObject.h"
 
 #include <array>
@@ -14,6 +18,8 @@ public:
 
     void Wake() {
         const std::lock_guard lock(m_lock);
+        // Notified under the lock: the waiter lives on the stack of a thread that may leave as soon as
+        // it is free.
         m_woken = true;
         m_changed.notify_one();
     }
@@ -43,6 +49,7 @@ public:
             objects[i]->Enlist(m_places[i]);
         }
     }
+    // (5) On every way out: a place left behind would be on a stack that is gone.
     ~WaiterPlaces() {
         for (size_t i = 0; i < m_objects.size(); ++i) m_objects[i]->Withdraw(m_places[i]);
     }
@@ -62,15 +69,19 @@ DWORD WaitableObject::WaitForAny(std::span<WaitableObject* const> objects, DWORD
         }
         return WAIT_TIMEOUT;
     };
+    // (1) Most waits end here, without a place in any queue.
     if (const DWORD taken = take(); taken != WAIT_TIMEOUT || milliseconds == 0) return taken;
 
+    // One end for all the sleeps together. The clock is steady: a change of the time of day neither cuts nor
+    // draws out a wait.
     const auto end = Waiter::Clock::now() + std::chrono::milliseconds(milliseconds);
     Waiter waiter;
-    const WaiterPlaces places(objects, waiter);
+    const WaiterPlaces places(objects, waiter);  // (2)
     for (bool inTime = true;;) {
-        // What was set between the look above and the places in the queues is seen here.
+        // (3) What was set between the look above and the places in the queues is seen here. And once more
+        // after the time is up: an object that was set in the last moment is taken.
         if (const DWORD taken = take(); taken != WAIT_TIMEOUT || !inTime) return taken;
-        if (milliseconds == INFINITE) {
+        if (milliseconds == INFINITE) {  // (4)
             waiter.WaitForWake();
         } else {
             inTime = waiter.WaitForWake(end);

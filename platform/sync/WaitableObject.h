@@ -1,5 +1,5 @@
-// What a thread can wait for: the wait itself, for every kind of object and for several objects at once. What
-// "to be had" means is the kind's.
+// What a thread can wait for: the wait itself, for every kind of object and for several objects at once. When
+// one "can be taken" is up to the kind.
 #pragma once
 
 #include <span>
@@ -16,19 +16,19 @@ public:
 
     explicit WaitableObject(uint32_t kinds) : NamedObject(kinds | kKind) {}
 
-    // Waits until one of 1 … kMostAtOnce objects is to be had, and takes that one: its index, or
+    // Waits until one of 1 … kMostAtOnce objects can be taken, and takes that one: its index, or
     // WAIT_TIMEOUT. Of several at a time the first is taken. WAIT_ABANDONED_0 plus its index tells of one
     // whose owner ended with it. 0 milliseconds try once, INFINITE never ends.
     static DWORD WaitForAny(std::span<WaitableObject* const> objects, DWORD milliseconds);
 
 protected:
-    // Takes the object for the calling thread if it is to be had.
+    // Takes the object for the calling thread if it can be taken.
     virtual bool TryTake() VL_REQUIRES(m_lock) = 0;
     // Whether what has just been taken was left by an owner that is no more.
     virtual bool TakeAbandonment() VL_REQUIRES(m_lock) { return false; }
 
-    // Says that the object may have become to be had. Under the lock, since who takes it next may close the
-    // handle.
+    // Says that it may be possible to take the object now. Under the lock, since who takes it next may
+    // close the handle.
     void WakeWaiters() VL_REQUIRES(m_lock);
 
     Mutex m_lock;  // guards the state of the kind; held for moments only

@@ -10,6 +10,8 @@ CAsyncOutputPin::CAsyncOutputPin(CAsyncReader* reader, CAsyncRequestQueue* queue
 
 HRESULT CAsyncOutputPin::NonDelegatingQueryInterface(const GUID& iid, void** object) {
     if (iid != IID_IAsyncReader) return CBasePin::NonDelegatingQueryInterface(iid, object);
+    // What CompleteConnect looks at: a receiver that doesn't ask for this would wait for samples
+    // that nobody sends.
     m_queriedForAsyncReader = true;
     return GetInterface(static_cast<IAsyncReader*>(this), object);
 }
@@ -18,9 +20,11 @@ HRESULT CAsyncOutputPin::RequestAllocator(IMemAllocator* preferred, ALLOCATOR_PR
                                           IMemAllocator** actual) {
     if (!properties || !actual) return E_POINTER;
     *actual = nullptr;
+    // Reads go straight into the samples, so their alignment must be one that the source can read into.
     if (properties->cbAlign == 0 || !m_queue->IsAligned(properties->cbAlign)) {
         m_queue->Alignment(&properties->cbAlign);
     }
+    // One that doesn't fit is no failure: the receiver gets another.
     if (preferred && SUCCEEDED(Settle(*preferred, properties))) {
         preferred->AddRef();
         *actual = preferred;
@@ -42,6 +46,7 @@ HRESULT CAsyncOutputPin::WaitForNext(DWORD milliseconds, IMediaSample** sample, 
     LONG delivered = 0;
     const HRESULT result = m_queue->CollectRequest(milliseconds, &context, user, &delivered);
     *sample = static_cast<IMediaSample*>(context);
+    // After a failure the sample comes back all the same, with the length that it had.
     if (SUCCEEDED(result)) (*sample)->SetActualDataLength(delivered);
     return result;
 }
@@ -75,12 +80,14 @@ HRESULT CAsyncOutputPin::Connect(IPin* receiver, const AM_MEDIA_TYPE* type) {
 HRESULT CAsyncOutputPin::CheckMediaType(const AM_MEDIA_TYPE& type) {
     const CritSecGuard guard(*m_lock);
     const AM_MEDIA_TYPE& own = m_reader->SourceType();
+    // A source that doesn't know its subtype fits any.
     const bool fits =
         own.majortype == type.majortype && (own.subtype == GUID_NULL || own.subtype == type.subtype);
     return fits ? S_OK : S_FALSE;
 }
 
 HRESULT CAsyncOutputPin::CheckConnect(IPin* peer) {
+    // An attempt that failed may have left it set, for a receiver that is no longer asked.
     m_queriedForAsyncReader = false;
     return CBasePin::CheckConnect(peer);
 }
@@ -115,13 +122,16 @@ HRESULT CAsyncOutputPin::PrepareRead(IMediaSample& sample, CAsyncReadRequest::Wi
     LONG alignment = 1;
     m_queue->Length(&total, nullptr);
     m_queue->Alignment(&alignment);
+    // A sample may reach up to the next aligned place: the last block of an unbuffered read does.
     const int64_t rounded = (total + alignment - 1) / alignment * alignment;
     if (wish.start + length > rounded) {
         if (wish.start > total) return E_INVALIDARG;
+        // The sample's times are cut with it, so that whoever collects it can tell where its bytes end.
         length = total - wish.start;
         stop = total * kTimeUnitsPerSecond;  // below the sample's own: no overflow
         if (const HRESULT result = sample.SetTime(&start, &stop); FAILED(result)) return result;
     }
+    // Before it is narrowed: a sample's size has 32 bits, so what passes here fits.
     if (length > sample.GetSize()) return VFW_E_BUFFER_OVERFLOW;
     wish.length = static_cast<LONG>(length);
     return sample.GetPointer(&wish.buffer);

@@ -25,9 +25,8 @@ public:
 
     HRESULT RequestAllocator(IMemAllocator* preferred, ALLOCATOR_PROPERTIES* properties,
                              IMemAllocator** actual) override;
-    // Beside what the contract tells: E_INVALIDARG for a sample whose times lie in front of the source,
-    // after it, or the wrong way round, VFW_E_BUFFER_OVERFLOW for one that asks for more than its buffer
-    // holds.
+    // Beside what the contract tells: E_INVALIDARG for a sample whose times lie in front of the source, after
+    // it, or the wrong way round, VFW_E_BUFFER_OVERFLOW for one that asks for more than its buffer holds.
     HRESULT Request(IMediaSample* sample, DWORD_PTR user) override;
     HRESULT WaitForNext(DWORD milliseconds, IMediaSample** sample, DWORD_PTR* user) override;
     HRESULT SyncReadAligned(IMediaSample* sample) override;
@@ -46,7 +45,7 @@ public:
 private:
     HRESULT PrepareRead(IMediaSample& sample, CAsyncReadRequest::Wish& wish);
     HRESULT NewAllocator(ALLOCATOR_PROPERTIES* properties, IMemAllocator** actual);
-    // 0 if the allocator takes the properties and returns an alignment that fits.
+    // S_OK if the allocator takes the properties and returns an alignment that fits.
     HRESULT Settle(IMemAllocator& allocator, ALLOCATOR_PROPERTIES* properties);
 
     CAsyncReader* const m_reader;

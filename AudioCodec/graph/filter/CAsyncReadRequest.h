@@ -20,8 +20,8 @@ public:
     // The source outlives the request.
     CAsyncReadRequest(CAsyncStream* source, const Wish& wish);
 
-    // Reads, and gives the outcome: 0, S_FALSE where fewer bytes came, or the source's failure. Positions
-    // aren't applied, but for 0, which rewinds the source: the bytes are the next ones.
+    // Reads, and returns the outcome: S_OK, S_FALSE where fewer bytes came, or the source's failure.
+    // Positions aren't applied, but for 0, which rewinds the source: the bytes are the next ones.
     HRESULT Execute();
     // The outcome for one who waited for it: fewer bytes are no failure at the end of the source, and E_FAIL
     // before it. A request that never ran returns VFW_E_TIMEOUT.

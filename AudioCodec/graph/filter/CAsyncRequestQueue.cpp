@@ -1,3 +1,6 @@
+// Each request is in one place at a time: (1) m_work, (2) the worker's own list while it runs, counted by
+// m_itemsOut, (3) m_done, (4) the collector. It changes places under m_listsLock, and the events of both
+// lists are set and reset under it too, so an event never tells of a list as it was before.
 #include "AudioCodec/graph/filter/CAsyncRequestQueue.h"
 
 #include <new>
@@ -15,6 +18,7 @@ HRESULT ResultOfError(DWORD error) {
 }  // namespace
 
 CAsyncRequestQueue::~CAsyncRequestQueue() {
+    // Nothing new is taken from here on, and the request that runs ends before the worker is told to.
     BeginFlush();
     m_stopEvent.Set();
     if (m_thread) WaitForSingleObject(m_thread.get(), INFINITE);
@@ -30,7 +34,9 @@ HRESULT CAsyncRequestQueue::SubmitRequest(const Wish& wish) {
     if (!request) return E_OUTOFMEMORY;
     const CritSecGuard guard(m_listsLock);
     if (m_flushing) return VFW_E_WRONG_STATE;
+    // Before the request is queued: what no thread can be had for must not wait in the list.
     if (const HRESULT result = StartThread(); FAILED(result)) return result;
+    // (1) The only step for which a node is made. It goes on with the request from list to list.
     if (!m_work.AddTail(request.get())) return E_OUTOFMEMORY;
     static_cast<void>(request.release());  // the list's
     m_workEvent.Set();
@@ -41,6 +47,7 @@ HRESULT CAsyncRequestQueue::CollectRequest(DWORD milliseconds, void** context, D
                                            LONG* delivered) {
     if (!context || !user || !delivered) return E_POINTER;
     *context = nullptr;
+    // The event is for all collectors: who comes second waits again, for the whole time.
     while (m_doneEvent.Wait(milliseconds)) {
         bool none = false;
         const auto request = TakeDone(none);
@@ -48,6 +55,7 @@ HRESULT CAsyncRequestQueue::CollectRequest(DWORD milliseconds, void** context, D
         if (!request) continue;  // another thread was faster
         *context = request->Context();
         *user = request->User();
+        // (4) Of a request that ran: what came, no longer what was asked for.
         *delivered = request->Length();
         return request->Outcome();
     }
@@ -59,6 +67,7 @@ HRESULT CAsyncRequestQueue::SyncReadAligned(int64_t position, LONG length, BYTE*
     if (!delivered) return E_POINTER;
     if (!IsAligned(position) || !IsAligned(length) || !IsAligned(buffer)) return VFW_E_BADALIGN;
     CAsyncReadRequest request(m_source, {position, length, TRUE, buffer, context, 0});
+    // On this thread; the source's own lock keeps it apart from the request that the worker runs.
     const HRESULT result = request.Execute();
     *delivered = request.Length();
     return result;
@@ -73,8 +82,11 @@ HRESULT CAsyncRequestQueue::BeginFlush() {
     {
         const CritSecGuard guard(m_listsLock);
         m_flushing = true;
+        // From (1) to (3) without running: they come out as VFW_E_TIMEOUT, so whoever sent them gets
+        // each one back.
         while (m_work.MoveHeadTo(m_done)) m_doneEvent.Set();
         m_workEvent.Reset();
+        // While this is set no collector is told that nothing will come: the request that runs will.
         m_waiting = m_itemsOut != 0;
         if (!m_waiting) {
             m_doneEvent.Set();
@@ -82,6 +94,7 @@ HRESULT CAsyncRequestQueue::BeginFlush() {
         }
     }
     for (;;) {
+        // Without the lock, which the worker needs to bring the request to m_done.
         m_allDoneEvent.Wait();
         const CritSecGuard guard(m_listsLock);
         if (m_itemsOut != 0) continue;
@@ -94,6 +107,7 @@ HRESULT CAsyncRequestQueue::BeginFlush() {
 HRESULT CAsyncRequestQueue::EndFlush() {
     const CritSecGuard guard(m_listsLock);
     m_flushing = false;
+    // The flush let collectors pass; from here on they wait for what is there.
     if (m_done.IsEmpty()) {
         m_doneEvent.Reset();
     } else {
@@ -149,8 +163,10 @@ void CAsyncRequestQueue::RunAll(CPointerList<CAsyncReadRequest>& running) {
             if (!request) return;
             ++m_itemsOut;
         }
+        // (2) Without the lock: a slow source must hold up neither those who submit nor those who collect.
         request->Execute();
         const CritSecGuard guard(m_listsLock);
+        // (3) In one go with the count: when BeginFlush returns, the request can be collected.
         running.MoveHeadTo(m_done);
         m_doneEvent.Set();
         --m_itemsOut;

@@ -1,3 +1,11 @@
+// The life of the pool:
+//
+//   idle --(1) Commit--> committed --(2) Decommit, all samples in--> idle
+//                          ^   '-----(3) Decommit, some are out--> decommitting --(4) last one back--> idle
+//                          '---------(5) Commit--------------------'
+//
+// The allocator holds a reference on itself whenever it isn't idle: samples that are out need it to
+// go back to.
 #include "AudioCodec/graph/filter/CBaseAllocator.h"
 
 #include <limits>
@@ -33,9 +41,9 @@ HRESULT CBaseAllocator::GetProperties(ALLOCATOR_PROPERTIES* properties) {
 HRESULT CBaseAllocator::Commit() {
     const CritSecGuard guard(*this);
     if (std::exchange(m_committed, true)) return S_OK;
-    // The memory of a decommit that is under way is still there, and so is its reference.
+    // (5) The memory of a decommit that is under way is still there, and so is its reference.
     if (std::exchange(m_decommitting, false)) return S_OK;
-    if (const HRESULT result = Alloc(); FAILED(result)) {
+    if (const HRESULT result = Alloc(); FAILED(result)) {  // (1)
         m_committed = false;
         return result;
     }
@@ -48,11 +56,13 @@ HRESULT CBaseAllocator::Decommit() {
         const CritSecGuard guard(*this);
         if (!m_committed && !m_decommitting) return S_OK;
         m_committed = false;
+        // (3) Memory that someone still writes into can't go.
         m_decommitting = m_freeCount < m_allocated;
         WakeWaiters();  // to fail
         if (m_decommitting) return S_OK;
-        Free();
+        Free();  // (2)
     }
+    // Outside the lock: this may be the last reference, and the lock goes with the object.
     Release();
     return S_OK;
 }
@@ -68,6 +78,8 @@ HRESULT CBaseAllocator::GetBuffer(IMediaSample** sample, REFERENCE_TIME* /*start
             const CritSecGuard guard(*this);
             if (!m_committed) return VFW_E_NOT_COMMITTED;
             taken = TakeFree();
+            // Counted under the same lock as the look for a sample, so that whoever returns one in between
+            // can't miss this waiter.
             if (!taken && waits) ++m_waiting;
         }
         if (taken) {
@@ -76,6 +88,8 @@ HRESULT CBaseAllocator::GetBuffer(IMediaSample** sample, REFERENCE_TIME* /*start
             return S_OK;
         }
         if (!waits) return VFW_E_TIMEOUT;
+        // Then everything is asked anew: the sample may have gone to another, and the pool
+        // may be decommitted.
         WaitForSingleObject(m_semaphore.get(), INFINITE);
     }
 }
@@ -88,19 +102,21 @@ HRESULT CBaseAllocator::ReleaseBuffer(IMediaSample* sample) {
         const CritSecGuard guard(*this);
         AddFree(static_cast<CMediaSample*>(sample));
         WakeWaiters();
-        if (m_decommitting && m_freeCount == m_allocated) {
+        if (m_decommitting && m_freeCount == m_allocated) {  // (4)
             Free();
             m_decommitting = false;
             wasLast = true;
         }
         notify = m_notify;
     }
+    // Called without the lock, since the callback may ask for a sample.
     if (notify) notify->NotifyRelease();
     if (wasLast) Release();
     return S_OK;
 }
 
 HRESULT CBaseAllocator::SetNotify(IMemAllocatorNotifyCallbackTemp* notify) {
+    // Declared in front of the guard, so the old one is dropped after the lock is left.
     auto old = RefPtr<IMemAllocatorNotifyCallbackTemp>::Retain(notify);
     const CritSecGuard guard(*this);
     std::swap(m_notify, old);
@@ -110,6 +126,7 @@ HRESULT CBaseAllocator::SetNotify(IMemAllocatorNotifyCallbackTemp* notify) {
 HRESULT CBaseAllocator::GetFreeCount(LONG* free) {
     if (!free) return E_POINTER;
     const CritSecGuard guard(*this);
+    // Before Alloc all of the wanted ones count as free.
     *free = m_wanted.cBuffers - m_allocated + m_freeCount;
     return S_OK;
 }
@@ -132,6 +149,8 @@ void CBaseAllocator::DeleteFreeSamples() {
     while (CMediaSample* sample = TakeFree()) delete sample;
 }
 
+// As many as wait, and the count goes to 0 with them: a count left over would let a later waiter
+// through without need.
 void CBaseAllocator::WakeWaiters() {
     if (const LONG waiting = std::exchange(m_waiting, 0); waiting > 0) {
         ReleaseSemaphore(m_semaphore.get(), waiting, nullptr);

@@ -38,7 +38,7 @@ public:
     HRESULT EnumPins(IEnumPins** pins) override;
     HRESULT FindPin(const WCHAR* id, IPin** pin) override;
     HRESULT QueryFilterInfo(FILTER_INFO* info) override;
-    // Always 0; where there is no memory for the name, the filter has none.
+    // Always S_OK; where there is no memory for the name, the filter has none.
     HRESULT JoinFilterGraph(IFilterGraph* graph, const WCHAR* name) override;
     HRESULT QueryVendorInfo(WCHAR** info) override;
     HRESULT Register() override;
@@ -59,7 +59,7 @@ protected:
     void IncrementPinVersion() { ++m_pinVersion; }
 
 private:
-    // Calls an operation of each connected pin until one fails: that failure, or 0.
+    // Calls an operation of each connected pin until one fails: that failure, or S_OK.
     template <class Operation>
     HRESULT UntilOneFails(Operation operation) VL_REQUIRES(m_lock);
 

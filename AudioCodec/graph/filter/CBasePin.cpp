@@ -1,3 +1,14 @@
+// How a connection comes about:
+//
+//   Connect            (1) free, and the filter stopped?
+//     AgreeOnType      (2) the wished type alone, or else those that each end lists
+//       AttemptConnection, for each type
+//                      (3) direction and type, as this end sees them
+//                      (4) ReceiveConnection: (1) and (3) at the other end, which then holds this one
+//                      (5) CompleteConnect: what the class needs beyond a type
+//
+// Invariant outside of these: a pin that holds a peer has agreed with it on m_type. Without a peer
+// m_type means nothing.
 #include "AudioCodec/graph/filter/CBasePin.h"
 
 #include <new>
@@ -40,7 +51,7 @@ uint32_t CBasePin::NonDelegatingRelease() { return m_filter->Release(); }
 HRESULT CBasePin::Connect(IPin* receiver, const AM_MEDIA_TYPE* type) {
     if (!receiver) return E_POINTER;
     const CritSecGuard guard(*m_lock);
-    if (const HRESULT result = CheckFree(); FAILED(result)) return result;
+    if (const HRESULT result = CheckFree(); FAILED(result)) return result;  // (1)
     const HRESULT result = AgreeOnType(receiver, type);
     if (FAILED(result)) return Undo(result);
     return S_OK;
@@ -49,11 +60,12 @@ HRESULT CBasePin::Connect(IPin* receiver, const AM_MEDIA_TYPE* type) {
 HRESULT CBasePin::ReceiveConnection(IPin* connector, const AM_MEDIA_TYPE* type) {
     if (!connector || !type) return E_POINTER;
     const CritSecGuard guard(*m_lock);
-    if (const HRESULT result = CheckFree(); FAILED(result)) return result;
+    if (const HRESULT result = CheckFree(); FAILED(result)) return result;  // (1)
     if (const HRESULT result = CheckPeerAndType(connector, *type); FAILED(result)) return result;
+    // Set before the class is asked: it may want to know whom it is being connected with.
     m_connected = RefPtr<IPin>::Retain(connector);
     HRESULT result = SetMediaType(*type);
-    if (SUCCEEDED(result)) result = CompleteConnect(connector);
+    if (SUCCEEDED(result)) result = CompleteConnect(connector);  // (5) of the other end
     return FAILED(result) ? Undo(result) : S_OK;
 }
 
@@ -159,10 +171,12 @@ HRESULT CBasePin::CheckFree() {
 HRESULT CBasePin::AgreeOnType(IPin* receiver, const AM_MEDIA_TYPE* wish) {
     if (wish && !IsPartiallySpecified(*wish)) return AttemptConnection(receiver, *wish);
 
+    // (2) A specific failure is kept, since it tells more than that no type was left.
     HRESULT failure = VFW_E_NO_ACCEPTABLE_TYPES;
     for (const bool own : {m_tryOwnTypesFirst, !m_tryOwnTypesFirst}) {
         RefPtr<IEnumMediaTypes> types;
         const HRESULT listed = own ? EnumMediaTypes(types.Put()) : receiver->EnumMediaTypes(types.Put());
+        // An end that lists no types leaves the choice to the other.
         if (FAILED(listed) || !types) continue;
         const HRESULT result = TryTypes(receiver, wish, *types);
         if (SUCCEEDED(result)) return S_OK;
@@ -179,6 +193,7 @@ HRESULT CBasePin::TryTypes(IPin* receiver, const AM_MEDIA_TYPE* wish, IEnumMedia
     while (types.Next(1, &type, &fetched) == S_OK) {
         HRESULT result = E_FAIL;
         if (!wish || MatchesPartial(*type, *wish)) result = AttemptConnection(receiver, *type);
+        // The list hands out copies, which are this side's to free.
         FreeMediaTypeBlock(type);
         if (SUCCEEDED(result)) return S_OK;
         if (IsSpecific(result) && !IsSpecific(failure)) failure = result;
@@ -187,19 +202,22 @@ HRESULT CBasePin::TryTypes(IPin* receiver, const AM_MEDIA_TYPE* wish, IEnumMedia
 }
 
 HRESULT CBasePin::AttemptConnection(IPin* receiver, const AM_MEDIA_TYPE& type) {
-    if (const HRESULT result = CheckPeerAndType(receiver, type); FAILED(result)) return result;
+    if (const HRESULT result = CheckPeerAndType(receiver, type); FAILED(result)) return result;  // (3)
     m_connected = RefPtr<IPin>::Retain(receiver);
     HRESULT result = SetMediaType(type);
+    // (4) After this end holds peer and type: the other end may ask for either.
     if (SUCCEEDED(result)) result = receiver->ReceiveConnection(this, &type);
     if (FAILED(result)) return Undo(result);
-    result = CompleteConnect(receiver);
+    result = CompleteConnect(receiver);  // (5)
     if (SUCCEEDED(result)) return S_OK;
+    // The other end has taken the connection up already; this end alone would leave it with half of one.
     receiver->Disconnect();
     return Undo(result);
 }
 
 // What both ends ask before they take a connection up. On a failure everything is as before.
 HRESULT CBasePin::CheckPeerAndType(IPin* peer, const AM_MEDIA_TYPE& type) {
+    // (3) Undone even here: CheckConnect may have begun something that only BreakConnect ends.
     if (const HRESULT result = CheckConnect(peer); FAILED(result)) return Undo(result);
     const HRESULT result = CheckMediaType(type);
     if (result == S_OK) return S_OK;

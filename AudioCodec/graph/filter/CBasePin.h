@@ -47,13 +47,13 @@ public:
     HRESULT Notify(IBaseFilter* self, Quality quality) override;
     HRESULT SetSink(IQualityControl* sink) override;
 
-    // Changes whenever GetMediaType gives other types than before.
+    // Changes whenever GetMediaType returns other types than before.
     virtual LONG GetMediaTypeVersion() { return m_typeVersion; }
     // The filter leaves the stopped state, goes back into it, starts to run; for connected pins only.
     virtual HRESULT Active() { return S_OK; }
     virtual HRESULT Inactive();
     virtual HRESULT Run(REFERENCE_TIME /*start*/) { return S_OK; }
-    // 0 if the type fits, anything else if not.
+    // S_OK if the type fits, anything else if not.
     virtual HRESULT CheckMediaType(const AM_MEDIA_TYPE& type /*in*/) = 0;
     virtual HRESULT SetMediaType(const AM_MEDIA_TYPE& type /*in*/);
     // Whether this pin could be connected with that one; BreakConnect undoes what it prepares.
@@ -61,7 +61,7 @@ public:
     virtual HRESULT BreakConnect() { return S_OK; }
     // The type is agreed on; a failure takes the connection back.
     virtual HRESULT CompleteConnect(IPin* /*receiver*/) { return S_OK; }
-    // The pin's own types from index 0 on; anything but 0 ends them.
+    // The pin's own types from index 0 on; anything but S_OK ends them.
     virtual HRESULT GetMediaType(int index /*in*/, MediaType* type /*out*/) = 0;
 
     const std::u16string& Name() const { return m_name; }

@@ -7,9 +7,9 @@
 
 class CMemReader final : public CAsyncReader {
 public:
-    // Without a reference. The stream isn't owned; it may go before the filter once the graph has stopped.
-    // The type is copied; why it can't be goes into `result`, which stays untouched otherwise. Throws
-    // std::bad_alloc.
+    // Without a reference. The stream isn't owned; it may go before the filter once the graph has
+    // stopped. The type is copied; why it can't be goes into `result`, which stays untouched
+    // otherwise. Throws std::bad_alloc.
     CMemReader(CMemStream* stream, const AM_MEDIA_TYPE& type, HRESULT* result)
         : CAsyncReader(nullptr, nullptr, stream, type, result) {}
 

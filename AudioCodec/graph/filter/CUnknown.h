@@ -62,5 +62,5 @@ private:
     ReferenceCount m_references{0};
 };
 
-// Hands out one face of an object with one reference: 0, or E_POINTER for a null receiver.
+// Hands out one face of an object with one reference: S_OK, or E_POINTER for a null receiver.
 HRESULT GetInterface(IUnknown* face, void** object);

@@ -1,8 +1,8 @@
 // A text in wide form, in narrow form of the ANSI code page, or in both, that converts on demand and at most
 // once in each direction. Wraps a literal without a copy. Not for two threads at once: reading converts.
 //
-// Decisions: where the heap gives no memory, the text that was to be made stays absent, so
-// that Wide() or Narrow() returns null and a copy is empty.
+// Decisions: where the heap gives no memory, the text that was to be made stays absent, so that Wide() or
+// Narrow() returns null and a copy is empty.
 #pragma once
 
 #include <cstdint>

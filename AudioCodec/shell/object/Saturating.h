@@ -1,5 +1,5 @@
-// 64-bit arithmetic on positions that hosts and files name: what doesn't fit ends at the limit, never past
-// it.
+// 64-bit arithmetic on positions that hosts and files name: what doesn't fit ends at the limit,
+// never past it.
 #pragma once
 
 #include <cstdint>

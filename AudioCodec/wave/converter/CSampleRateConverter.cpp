@@ -4,8 +4,14 @@
 //                                     ^ first input frame not yet reported as consumed, once warmed up
 //   The filter's slot 0 meets m_readPos, its centre, slot 16, meets m_readPos + 16.
 //
-// (1) take in a batch, (2) end the warm-up, (3) produce while there is room, (4) slide the row down by what
-// was used. Only 32 values move: what lies after them will be offered again and lands at value 32 anew.
+// For each batch: (1) take it in, (2) end the warm-up, (3) produce while there is room, (4) slide the row
+// down by what was used. Only 32 values move: what lies after them will be offered again and lands at
+// value 32 anew.
+//
+// The filters are made once, by Configure: (a) the ratio L/M, (b) how far each output frame moves the read
+// place, (c) a row of taps for each of the L places that an output frame can have between two input frames.
+// That is the polyphase form of interpolating by L, filtering and keeping each M-th value (Crochiere and
+// Rabiner, "Multirate Digital Signal Processing", 1983), of which only the values that are kept are computed.
 #include "AudioCodec/wave/converter/CSampleRateConverter.h"
 
 #include <algorithm>
@@ -28,7 +34,8 @@ constexpr int32_t kOutputLimit = 32767;
 constexpr double kPi = 3.141592653589793;
 constexpr double kMustBeatBy = 0.9999847412109375;  // 1 - 2^-16: a later ratio wins by more than a rounding
 
-// sin(pi x) / (pi x), with the angle brought below 2 pi first.
+// sin(pi x) / (pi x). The sine repeats every 2, so whole turns are taken off before the factor pi
+// rounds the angle.
 double Sinc(double x) {
     if (x == 0.0) return 1.0;
     const double a = std::fabs(x);
@@ -45,11 +52,13 @@ double HannWindow(double t) {
     return c * c;
 }
 
-// The filter row of phase p, scaled to a sum of 1. `base` is the input frame at or just before output frame
-// p.
+// (c) The filter row of one phase: the Hann-windowed sinc around the output frame, which lies at phase *
+// inputStep / phaseCount. `base` is the input frame at or just before it. The distance t is a quotient of two
+// whole numbers, so the row of a phase is the same in every cycle.
 void BuildPhase(double* row, int64_t phase, int64_t base, int64_t phaseCount, int64_t inputStep,
                 double cutoff) {
     double sum = 0.0;
+    // Slot 0 is 16 input frames or more away from every output frame, where the window has ended.
     row[0] = 0.0;
     for (int64_t j = 1; j < static_cast<int64_t>(kTapsPerRow); ++j) {
         const int64_t n = base + j - kReach;
@@ -58,22 +67,28 @@ void BuildPhase(double* row, int64_t phase, int64_t base, int64_t phaseCount, in
         row[j] = HannWindow(t) * Sinc(t * cutoff);
         sum += row[j];
     }
+    // Without it each phase would have a gain of its own, and a constant input would come out rippled.
     for (size_t j = 0; j < kTapsPerRow; ++j) row[j] /= sum;
 }
 
 int16_t ToSample(double value) {
+    // Truncated towards 0, not rounded: part of the definition. -32768 never comes out.
     const auto sample = static_cast<int32_t>(value * kFullScale);
     return static_cast<int16_t>(std::clamp(sample, -kOutputLimit, kOutputLimit));
 }
 
 }  // namespace
 
+// (a) Every L up to the largest is tried with the M nearest to it. The relative error counts, since it is
+// what an hour of audio comes out too long or too short by. An exact ratio of small numbers is kept: none can
+// beat an error of 0.
 CSampleRateConverter::Ratio CSampleRateConverter::FindRatio(int32_t srcRate, int32_t dstRate) {
     Ratio ratio{1, 1};
+    // An M of 0 has an error of exactly 1, so it is never taken and nothing divides by it later.
     double best = 1.0;
     for (int32_t i = 1; i <= kLargestPhaseCount; ++i) {
         const double x = static_cast<double>(i) * srcRate / dstRate;
-        // Written so that a NaN is no candidate either.
+        // Written so that a NaN is no candidate either: 0/0 when both rates are 0.
         if (!(x > 0.0 && x < std::numeric_limits<int32_t>::max())) continue;
         // NOLINTNEXTLINE(bugprone-incorrect-roundings): the formula adds and truncates
         const auto k = static_cast<int32_t>(x + 0.5);
@@ -92,13 +107,16 @@ void CSampleRateConverter::Configure(uint32_t srcChannels, int32_t srcRate, uint
     const int64_t phaseCount = ratio.phaseCount;
     const int64_t inputStep = ratio.inputStep;
     const double relative = static_cast<double>(dstRate) / srcRate;
-    const double cutoff = relative >= 0.0 && relative < 1.0 ? relative : 1.0;  // 1 also for a rate of 0
+    const double cutoff = relative >= 0.0 && relative < 1.0 ? relative : 1.0;  // 1 for a source rate of 0
 
+    // All memory first, into locals: when there is too little, the old filter stays whole.
     std::vector<double> history(size_t{srcChannels} * kHistoryRow);
     std::vector<int32_t> steps(static_cast<size_t>(phaseCount));
     std::vector<double> taps(static_cast<size_t>(phaseCount) * kTapsPerRow);
     int64_t base = 0;
     for (int64_t p = 0; p < phaseCount; ++p) {
+        // (b) The difference of two floors: L steps add up to exactly M, so nothing drifts however
+        // long it runs.
         const int64_t step = (p + 1) * inputStep / phaseCount - p * inputStep / phaseCount;
         steps[static_cast<size_t>(p)] = static_cast<int32_t>(step);
         BuildPhase(&taps[static_cast<size_t>(p) * kTapsPerRow], p, base, phaseCount, inputStep, cutoff);
@@ -116,7 +134,10 @@ void CSampleRateConverter::Configure(uint32_t srcChannels, int32_t srcRate, uint
     m_inputStep = ratio.inputStep;
     m_phase = 0;
     m_readPos = 0;
+    // The first input frame lands at value 16, under the centre of the first output frame. The values in
+    // front of it are 0: before the start there is silence.
     m_warmup = kReach;
+    // As many zeros bring the last real frame under the filter's centre.
     m_tail = kReach;
 }
 
@@ -128,14 +149,18 @@ void CSampleRateConverter::Process(const int16_t* input, uint32_t* inFrames, int
     *outFrames = 0;
     if (!IsConfigured()) return;
 
+    // Taking less than the warm-up would raise it above 32 below, and its frames would land in front
+    // of the row.
     if (offered < m_warmup) return;
     StretchWarmup(offered);
+    // The source has ended. What is left of the tail stays in m_tail for the next call.
     if (offered == 0) {
         offered = m_tail;
         input = nullptr;
     }
     const bool feedsTail = input == nullptr;
     while (room != 0 && offered != 0) {
+        // No more than fits between value 32 - m_warmup and the end of the row.
         int64_t batch = std::min<int64_t>(offered, m_warmup + kPast);
         TakeIn(input, batch);                                           // (1)
         *inFrames += static_cast<uint32_t>(EndWarmup(batch, offered));  // (2)
@@ -144,6 +169,7 @@ void CSampleRateConverter::Process(const int16_t* input, uint32_t* inFrames, int
         room -= produced;
         const int64_t used = SlideHistory(batch);  // (4)
         offered -= used;
+        // Zeros of the tail are nobody's input: the caller must not be told that they were consumed.
         if (feedsTail)
             m_tail -= static_cast<int32_t>(used);
         else
@@ -151,12 +177,18 @@ void CSampleRateConverter::Process(const int16_t* input, uint32_t* inFrames, int
     }
 }
 
-// A short first offer makes the warm-up longer, so that it ends with the offer.
+// A first offer that doesn't fill what the row has room for moves where its frames land: at value offered -
+// m_warmup instead of 32 - m_warmup. So after Configure the audio comes late for 33 to 47 frames, the first
+// ones are passed over for 24 to 31, and fewer produce nothing in this call; owners who mind offer 48 at
+// first. The new warm-up is at most 32, since the offer isn't shorter than the old one: nothing lands in
+// front of the row.
 void CSampleRateConverter::StretchWarmup(int64_t offered) {
     const int64_t whole = int64_t{m_warmup} + kPast;
     if (m_warmup > 0 && offered < whole) m_warmup = static_cast<int32_t>(whole - offered);
 }
 
+// (1) From value 32 - m_warmup on, so that the last frame of the warm-up stands right in front of value 32.
+// Full scale is held back to 0.999, so the loudest sound that lasts comes out as 32734.
 void CSampleRateConverter::TakeIn(const int16_t*& input, int64_t frames) {
     if (m_history.empty()) return;  // a source without channels
     double* place = m_history.data() + kPast - m_warmup;
@@ -167,8 +199,9 @@ void CSampleRateConverter::TakeIn(const int16_t*& input, int64_t frames) {
     }
 }
 
-// Returns the input frames that the warm-up has used up for good. Until it is over it uses up none: its
-// frames stay in the history, but will be offered again.
+// (2) Returns the input frames that the warm-up has used up for good. Until it is over it uses up none: its
+// frames stay in the history, but will be offered again. Afterwards value 32 is the first frame that isn't
+// reported, which is what the slide keeps true from then on.
 int64_t CSampleRateConverter::EndWarmup(int64_t& batch, int64_t& offered) {
     if (m_warmup <= batch) {
         const int64_t used = m_warmup;
@@ -183,6 +216,8 @@ int64_t CSampleRateConverter::EndWarmup(int64_t& batch, int64_t& offered) {
     return 0;
 }
 
+// (3) As long as the read place lies before the end of the batch, all 32 values that the filter meets are in.
+// Planning apart from computing gives the kernel many frames at a time, over one channel's row.
 uint32_t CSampleRateConverter::Produce(int64_t batch, int16_t*& output, uint32_t room) {
     uint32_t produced = 0;
     while (m_readPos < batch && produced < room) {
@@ -207,6 +242,7 @@ uint32_t CSampleRateConverter::Plan(int64_t batch, uint32_t most, PlannedFrame* 
 }
 
 void CSampleRateConverter::WriteFrames(const PlannedFrame* plan, uint32_t count, int16_t*& output) const {
+    // Other channel counts have no mix: the frames count as made, but nothing is written.
     const bool equal = m_srcChannels == m_dstChannels;
     const bool spread = m_srcChannels == 1 && m_dstChannels >= 2;
     const bool average = m_srcChannels >= 2 && m_dstChannels == 1;
@@ -226,11 +262,14 @@ void CSampleRateConverter::WriteFrames(const PlannedFrame* plan, uint32_t count,
                 frame[c] = ToSample(sums[i]);
         }
     }
+    // The mean is taken before it becomes a sample: one truncation, not one for each channel.
     if (average)
         for (uint32_t i = 0; i < count; ++i) output[i] = ToSample(total[i] / m_srcChannels);
     output += size_t{count} * m_dstChannels;
 }
 
+// (4) A read place past the batch, as steps of more than one frame make it, keeps its surplus for the next
+// one. What was left unread for want of room stays after value 32 and is not counted as used.
 int64_t CSampleRateConverter::SlideHistory(int64_t batch) {
     const int64_t used = std::min(batch, m_readPos);
     m_readPos -= used;
@@ -242,6 +281,8 @@ int64_t CSampleRateConverter::SlideHistory(int64_t batch) {
     return used;
 }
 
+// After a jump the frames in front are not those that were there: silence, until a warm-up puts others in
+// place. What lies from value 32 on is overwritten before it is met.
 void CSampleRateConverter::ClearPast() {
     for (size_t c = 0; c < m_srcChannels && !m_history.empty(); ++c)
         std::fill_n(&m_history[c * kHistoryRow], kPast, 0.0);
@@ -252,10 +293,13 @@ int64_t CSampleRateConverter::ResetToOutputPosition(int64_t position) {
     const int64_t wanted = std::max<int64_t>(position, 0);
     m_readPos = 0;
     m_phase = static_cast<int32_t>(wanted % m_phaseCount);
+    // Whole cycles of M input frames, then the steps inside the last one: a sum of steps, as a straight read
+    // would have made them, so the two meet the same input frame in the same phase.
     int64_t source = Saturating::Mul(m_inputStep, wanted / m_phaseCount);
     for (int32_t p = 0; p < m_phase; ++p) source = Saturating::Add(source, m_steps[static_cast<size_t>(p)]);
     ClearPast();
     m_tail = kReach;
+    // The filter meets 16 frames in front of the target too, as far as there are any: they are read again.
     m_warmup = static_cast<int32_t>(std::min<int64_t>(source, kReach)) + kReach;
     return source - (m_warmup - kReach);
 }
@@ -264,11 +308,15 @@ int64_t CSampleRateConverter::ResetToInputPosition(int64_t position) {
     if (!IsConfigured()) return 0;
     const int64_t wanted = std::max<int64_t>(position, 0);
     const int64_t cycles = wanted / m_inputStep;
+    // The phase whose step contains the input frame. The steps of a cycle add up to M, so this ends inside
+    // the table. Rows with a step of 0 in front of it are passed over, at position 0 too: so it is when the
+    // output has more frames than the input.
     m_phase = 0;
     m_readPos = wanted % m_inputStep;
     while (m_readPos >= m_steps[static_cast<size_t>(m_phase)])
         m_readPos -= m_steps[static_cast<size_t>(m_phase++)];
     ClearPast();
+    // A writer can't read back: in front of the place there is silence, as at the start.
     m_warmup = kReach;
     m_tail = kReach;
     return Saturating::Add(Saturating::Mul(m_phaseCount, cycles), m_phase);

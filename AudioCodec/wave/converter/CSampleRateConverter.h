@@ -5,9 +5,9 @@
 // its owners refuse them where they must. One thread at a time. Configure, one reset, then any number of
 // Process calls.
 //
-// Decisions: an offer shorter than the warm-up is not taken and changes nothing, so that the
-// warm-up never exceeds 32 and nothing lands outside its row; negative positions count as 0; rates that give
-// no ratio (0, negative) leave L = M = 1.
+// Decisions: an offer shorter than the warm-up is not taken and changes nothing, so that the warm-up never
+// exceeds 32 and nothing lands outside its row; negative positions count as 0; rates that give no ratio (0,
+// negative) leave L = M = 1.
 #pragma once
 
 #include <cstdint>

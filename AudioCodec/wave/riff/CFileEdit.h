@@ -2,8 +2,8 @@
 // begun and not kept is undone by the destructor, the last change first. Knows nothing of chunks. One thread
 // at a time; the handle is the caller's, and nobody else writes through it meanwhile.
 //
-// Decisions: A change that can't be taken back ends the undoing, so that no older one is taken
-// back under a newer one that stays.
+// Decisions: A change that can't be taken back ends the undoing, so that no older one is taken back under a
+// newer one that stays.
 #pragma once
 
 #include <cstddef>
@@ -21,7 +21,7 @@ public:
 
     uint64_t Size() const { return m_size; }  // of the file, in bytes
 
-    // All of these give false for a failure of the system.
+    // All of these return false for a failure of the system.
 
     // False also for fewer bytes than asked.
     bool Read(uint64_t place, void* buffer, size_t count) const;

@@ -13,7 +13,9 @@ constexpr uint64_t kCrowdedBytes = 65536;  // with so many older lists in them t
 constexpr std::ptrdiff_t kCrowd = 64;
 constexpr uint64_t kFormatPlace = 20;  // of the record, in the writer's layout
 
-// The first place for the copy that leaves no gap, or one that a chunk fills, after both ends.
+// C: after the old list, which must stay whole in step 1, and after the place of the new one, which step 2
+// writes while the copy has to stay whole.
+// The first such place that leaves no gap after either end, or one that a chunk header fits into.
 uint64_t FindCopyPlace(uint64_t oldEnd, uint64_t newEnd) {
     const uint64_t larger = std::max(oldEnd, newEnd);
     const uint64_t gap = larger - std::min(oldEnd, newEnd);
@@ -23,6 +25,8 @@ uint64_t FindCopyPlace(uint64_t oldEnd, uint64_t newEnd) {
 }  // namespace
 
 void CTagSave::Run(const InfoChunks& chunks) {
+    // Nothing is written before the plan stands. Until the copy is in, all of it can be taken back, except
+    // the cut of what no reader sees.
     if (!Plan(chunks) || !DropUnfinishedList()) return;
     if (!SetSizeRight() || !WrapTail() || !RewriteFormat()) return;
     if (m_list.empty()) {
@@ -32,38 +36,46 @@ void CTagSave::Run(const InfoChunks& chunks) {
     }
 }
 
+// Everything that can refuse: a walk that fails, a tail too large to copy, a number above 32 bits.
 bool CTagSave::Plan(const InfoChunks& chunks) {
     if (!m_layout.Read(m_handle)) return false;
     const uint64_t entries = InfoEntriesSize(chunks);
     if (entries + kListTypeSize > kLargestNumber || m_layout.Tail() > kLargestTail) return false;
     if (m_layout.Last().size > kLargestNumber || m_layout.Data().Content() > kLargestNumber) return false;
     if (entries != 0) {
+        // The memory too: once the file is being changed, none is taken for the list any more.
         m_list.reserve(entries + kChunkHeaderSize + kListTypeSize);
         PutInfoList(chunks, [this](const void* bytes, size_t count) {
             m_list.append(static_cast<const char*>(bytes), count);
         });
     }
     const uint64_t tail = m_layout.Tail();
+    // The tail will be a chunk by then: with a header in front, and a pad byte after it if it is odd.
     m_end = m_layout.End() + (tail == 0 ? 0 : kChunkHeaderSize + tail + (tail & 1));
     m_place = m_layout.EndsWithList() ? m_layout.Last().offset : m_end;
     m_copyAt = m_place == m_end ? m_end : FindCopyPlace(m_end, m_place + m_list.size());
+    // The filler of step 2 spans all of this, and a header's size has 32 bits.
     return m_copyAt - m_place <= kLargestNumber;
 }
 
+// What lies after the last chunk without being a tail is a list whose id never came. The RIFF size goes
+// first: it may tell of less than the file holds, never of more.
 bool CTagSave::DropUnfinishedList() {
     if (m_layout.Tail() != 0 || m_layout.End() >= m_file.Size()) return true;
     if (m_layout.RiffEnd() > m_end && !WriteRiffSize(m_end)) return false;
     return m_file.Cut(m_end);
 }
 
-// Before anything is put after the chunk: the walk must get there.
+// Before anything is put after the chunk: the walk must get there, over its size and over a pad byte that the
+// file may lack.
 bool CTagSave::SetSizeRight() {
     const WaveChunk& last = m_layout.Last();
     if (!WriteNumber(last.offset + 4, static_cast<uint32_t>(last.size))) return false;
     return m_layout.End() <= m_file.Size() || m_file.Write(m_file.Size(), "", 1);
 }
 
-// Header, bytes and pad byte in one write, so that no walk meets the half of it.
+// What stands at the end and is no chunk becomes one, so that the list after it can be reached. Header, bytes
+// and pad byte go in one write: no walk meets the half of it.
 bool CTagSave::WrapTail() {
     const auto tail = static_cast<uint32_t>(m_layout.Tail());
     if (tail == 0) return true;
@@ -75,7 +87,8 @@ bool CTagSave::WrapTail() {
            m_file.Write(m_layout.End(), chunk.data(), chunk.size());
 }
 
-// The reader corrects the block align; extra bytes are as they were.
+// A file laid out as the writer does it gets the writer's header anew: the block align as the reader
+// corrected it, and a pad byte of 0. Extra bytes are as they were.
 bool CTagSave::RewriteFormat() {
     if (!m_layout.IsWritersOwn(m_format)) return true;
     uint8_t record[kFormatFixedSize];
@@ -86,34 +99,45 @@ bool CTagSave::RewriteFormat() {
 }
 
 bool CTagSave::StoreList() {
+    // Step 1 is done: the copy is on the medium and is what a reader takes. It stays, whatever fails now.
     if (!AppendCopy()) return false;
     m_file.Keep();
+    // Where no list ends the file, the copy is in its place already.
     if (m_place != m_copyAt) return MoveIntoPlace();
     return m_layout.Lists().empty() || (MakeOlderListsFiller() && m_file.Flush());
 }
 
 bool CTagSave::AppendCopy() {
+    // Step 1. The gap has to be a chunk before the copy is there, or a walk would take its bytes
+    // for a header.
     const uint64_t end = m_copyAt + m_list.size();
     const uint64_t gap = m_copyAt - m_end;
     if (gap != 0 && !WriteChunkHeader(m_end, ChunkId::kJunk, gap - kChunkHeaderSize)) return false;
     StoreLE32(reinterpret_cast<uint8_t*>(m_list.data()), ChunkId::kUnfinished);
+    // The id comes last: until it stands, a walk passes over the copy, so a torn write shows the old list.
     return m_file.Write(m_copyAt, m_list.data(), m_list.size()) && WriteNumber(m_copyAt, ChunkId::kList) &&
            WriteRiffSize(end) && m_file.Flush();
 }
 
 bool CTagSave::MoveIntoPlace() {
+    // Step 2. One header turns old list, gap and the place of the new one into filler that ends at the copy.
+    // Under it bytes may be torn without a walk seeing them.
     const uint64_t end = m_place + m_list.size();
     const uint64_t gap = m_copyAt - end;
     if (!WriteChunkHeader(m_place, ChunkId::kJunk, m_copyAt - m_place - kChunkHeaderSize)) return false;
     if (!m_file.Write(m_place + kChunkHeaderSize, m_list.data() + kChunkHeaderSize,
                       m_list.size() - kChunkHeaderSize))
         return false;
+    // Before the list's own header: as soon as that tells the shorter size, a walk comes to this one.
     if (gap != 0 && !WriteChunkHeader(end, ChunkId::kJunk, gap - kChunkHeaderSize)) return false;
+    // Now both lists are whole and equal, so it doesn't matter which a reader takes. Step 3: the size, then
+    // the cut; the flush between them keeps a crash from leaving the cut without the list.
     return WriteChunkHeader(m_place, ChunkId::kList, m_list.size() - kChunkHeaderSize) &&
            MakeOlderListsFiller() && WriteRiffSize(end) && m_file.Flush() && m_file.Cut(end);
 }
 
-// The list that a reader takes goes last: until then the old tags are whole.
+// The list that a reader takes goes last: until then the old tags are whole, and a failure takes back what
+// happened to the older ones.
 bool CTagSave::RemoveLists() {
     if (!MakeOlderListsFiller() || !WriteRiffSize(m_place) || !m_file.Flush()) return false;
     if (m_place < m_file.Size()) return m_file.Cut(m_place);
@@ -126,6 +150,7 @@ bool CTagSave::RemoveLists() {
 bool CTagSave::MakeOlderListsFiller() {
     const Places& lists = m_layout.Lists();
     for (auto list = lists.begin(); list != lists.end();) {
+        // The places ascend, as the walk found them.
         const auto end = std::lower_bound(list, lists.end(), *list + kCrowdedBytes);
         const bool done = end - list < kCrowd
                               ? std::all_of(list, end, [this](uint64_t place) { return MakeFiller(place); })

@@ -12,10 +12,10 @@
 // lists of the type become filler of the same length. A failure in step 1 takes everything back; from step 2
 // on the copy stays, and is the new tags.
 //
-// Decisions: the size of a last chunk that lies is set right. Bytes at the end that are no
-// chunk go into a JUNK chunk; if they are more than 1 MiB, or if a number doesn't fit into 32 bits, the file
-// is left as it was. What an interrupted save left without an id at the end of the file is cut away. A file
-// of more than 4 GiB gets the largest RIFF size.
+// Decisions: the size of a last chunk that lies is set right. Bytes at the end that are no chunk go into a
+// JUNK chunk; if they are more than 1 MiB, or if a number doesn't fit into 32 bits, the file is left as it
+// was. What an interrupted save left without an id at the end of the file is cut away. In a file above 4 GiB
+// the RIFF size is the largest there is.
 #pragma once
 
 #include <string>

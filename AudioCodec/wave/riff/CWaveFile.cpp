@@ -34,6 +34,7 @@ CWaveFile::~CWaveFile() { CloseFile(); }
 
 Result CWaveFile::OpenForReading(const char16_t* path, bool readOnly) {
     CloseFile();
+    // A file takes the place of a stream; the stream stays the caller's.
     m_stream = nullptr;
     const DWORD access = readOnly ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE;
     m_file = TakeFile(
@@ -54,6 +55,7 @@ Result CWaveFile::OpenForWriting(const char16_t* path, bool overwrite) {
     m_readOnly = false;
     m_file = TakeFile(CreateFileW(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr,
                                   overwrite ? CREATE_ALWAYS : CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+    // Without overwriting the likely reason is a file that is there already, and none is told closer.
     if (!m_file) return overwrite ? OpenFailure() : RESULT_CANNOT_CREATE;
     m_modified = false;
     m_writable = false;
@@ -66,6 +68,7 @@ void CWaveFile::AttachStream(IStream* stream) {
 }
 
 bool CWaveFile::ParseChunks() {
+    // Places and texts of an earlier file must not outlive it. Its format does: see m_formatFound.
     m_dataSize = 0;
     m_dataOffset = 0;
     m_chunks.clear();
@@ -77,6 +80,7 @@ bool CWaveFile::ParseChunks() {
         StreamSource source(*m_stream);
         walked = Walk(source);
     }
+    // The walk left the place at its end; the first read is to find the audio.
     return walked && (m_dataOffset == 0 || MoveTo(m_dataOffset)) && m_formatFound;
 }
 
@@ -109,11 +113,14 @@ bool CWaveFile::ParseChunk(ChunkWalk& walk) {
 
 bool CWaveFile::ParseFormat(ChunkWalk& walk) {
     const auto size = static_cast<uint32_t>(walk.Current().size);
+    // The declared size is checked as a whole, though only the part that a format can have is read.
     if (!walk.Source().Holds(size)) return false;
     const uint32_t kept = std::min(size, kFormatFixedSize + kFormatExtraMost);
     std::vector<uint8_t> record(kept);
     if (!walk.Read(record.data(), kept)) return false;
     m_format = WaveFormat::Load(record.data(), kept);
+    // In a file the frame size is what channels and bits make it, whatever the record tells. A stream's is
+    // kept as told, and its reader compares before it reads by it.
     if (m_file)
         m_format.blockAlign = static_cast<uint16_t>(uint32_t{m_format.bitsPerSample} * m_format.channels / 8);
     m_formatFound = true;
@@ -128,6 +135,7 @@ bool CWaveFile::ParseList(ChunkWalk& walk) {
 }
 
 bool CWaveFile::ParseData(ChunkWalk& walk) {
+    // The walk goes on after the audio, so of several chunks the last is read.
     uint64_t position = 0;
     if (!walk.Source().Tell(position)) return false;
     m_dataOffset = static_cast<uint32_t>(position);
@@ -167,10 +175,12 @@ void CWaveFile::BeginAudio(const WaveFormat& format) {
 
 Result CWaveFile::WriteData(const void* bytes, uint32_t count) {
     if (!m_writable) return RESULT_FAILED;
+    // Refused before a byte is written: the header's sizes couldn't tell of more.
     const uint64_t end = static_cast<uint64_t>(TellData()) + count;
     if (m_dataOffset + end > kLargestFile) return RESULT_WRITE_FAILED;
     DWORD done = 0;
     if (!WriteFile(m_file.get(), bytes, count, &done, nullptr) || done != count) {
+        // A part may have been written. The header is to tell of what is there, so the file itself is asked.
         const DWORD size = m_file ? GetFileSize(m_file.get(), nullptr) : 0;
         if (m_file) m_dataSize = size - std::min(size, m_dataOffset);  // a full disk may lack even the header
         return RESULT_WRITE_FAILED;
@@ -189,10 +199,12 @@ void CWaveFile::Write(const void* bytes, size_t count) const {
 void CWaveFile::WriteHeader(bool final) noexcept {
     const uint32_t formatSize = m_format.DiskSize();
     const auto listSize = static_cast<uint32_t>(InfoEntriesSize(m_chunks));
+    // RIFF header 12, header of "fmt " 8, header of "data" 8.
     m_dataOffset = formatSize + 28;
 
     uint64_t end = uint64_t{m_dataOffset} + m_dataSize;
     if (listSize != 0) end += kChunkHeaderSize + kListTypeSize + listSize;
+    // The pad byte of odd audio counts in the RIFF size, though not in that of "data". A list is even.
     end += end & 1;
     uint8_t front[20];
     StoreLE32(front, ChunkId::kRiff);
@@ -218,6 +230,7 @@ void CWaveFile::WriteHeader(bool final) noexcept {
         if (listSize != 0) PutInfoList(m_chunks, [this](const void* bytes, size_t n) { Write(bytes, n); });
         SetEndOfFile(m_file.get());
     }
+    // Audio is what comes next, after the header of an empty file.
     MoveTo(m_dataOffset);
 }
 
@@ -230,6 +243,8 @@ void CWaveFile::SaveTags() const noexcept {
 
 Result CWaveFile::CloseFile() noexcept {
     if (!m_file) return RESULT_OK;
+    // A file that was made here is finished as a whole. One that was there before may hold chunks that nobody
+    // here understands, so it is edited in place.
     if (!m_readOnly && m_modified) {
         if (m_writable) {
             WriteHeader(true);
@@ -250,6 +265,8 @@ int64_t CWaveFile::TellData() const {
 Result CWaveFile::ReadData(uint32_t count, void* buffer, uint32_t* done) {
     *done = 0;
     if (m_file) {
+        // Chunks may follow the audio, so a file is read up to its declared end. The place never lies after
+        // that: only reads and SeekData move it.
         const uint32_t left = m_dataSize - static_cast<uint32_t>(TellData());
         return ReadFile(m_file.get(), buffer, std::min(count, left), done, nullptr) ? RESULT_OK
                                                                                     : RESULT_NOT_WAVE;
@@ -270,6 +287,8 @@ Result CWaveFile::SeekData(int64_t offset, uint32_t origin) {
     } else if (origin == ORIGIN_END) {
         target = Saturating::Add(offset, m_dataSize);
     }
+    // Down to a frame before it is held at the end: audio that ends inside a frame can be left at
+    // its very end.
     target = std::max<int64_t>(target, 0);
     if (m_format.blockAlign > 1) target -= target % m_format.blockAlign;
     target = std::min<int64_t>(target, m_dataSize);

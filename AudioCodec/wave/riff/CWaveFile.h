@@ -2,12 +2,12 @@
 // audio bytes, and writes header and "INFO" list. Gives no meaning to the list's sub-chunks and converts no
 // samples. One thread at a time, under the rule of its owner.
 //
-// Decisions: sizes are checked against the file (or by touching a stream's last byte) before
-// memory is taken. A format record that claims more extra bytes than its chunk has gets those that are there.
-// A list of fewer than 4 bytes is passed over like an unknown chunk. A sub-chunk that reaches past its list
-// is cut there, one that reaches behind the file fails the parse. A failed open leaves no handle behind. A
-// file that was there before is changed by CTagSave, so that its audio and its other chunks stay. A stream
-// that refuses a move fails the parse.
+// Decisions: sizes are checked against the file (or by touching a stream's last byte) before memory is taken.
+// A format record that claims more extra bytes than its chunk has gets those that are there. A list of fewer
+// than 4 bytes is passed over like an unknown chunk. A sub-chunk that reaches past its list is cut there, one
+// that reaches past the file's end fails the parse. A failed open leaves no handle behind. A file that was
+// there before is changed by CTagSave, so that its audio and its other chunks stay. A stream that refuses a
+// move fails the parse.
 #pragma once
 
 #include <cstdint>
@@ -30,11 +30,12 @@ public:
     CWaveFile& operator=(const CWaveFile&) = delete;
     ~CWaveFile();  // closes the file as CloseFile does
 
-    // Opens and walks a file, for reading alone or for editing. Returns 0, 1000, 1003 or 1007. May throw
-    // bad_alloc.
+    // Opens and walks a file, for reading alone or for editing. Returns RESULT_OK, RESULT_CANNOT_OPEN,
+    // RESULT_NOT_WAVE or RESULT_FILE_IN_USE. May throw bad_alloc.
     Result OpenForReading(const char16_t* path, bool readOnly);
 
-    // Creates a file for BeginAudio. Returns 0, 1000, 1005 or 1007.
+    // Creates a file for BeginAudio. Returns RESULT_OK; RESULT_CANNOT_OPEN or RESULT_FILE_IN_USE with
+    // `overwrite`, RESULT_CANNOT_CREATE without.
     Result OpenForWriting(const char16_t* path, bool overwrite);
 
     // Leaves the file for a stream that the caller keeps alive; the image begins at its current place.
@@ -46,7 +47,8 @@ public:
     // Puts an empty WAV of this format into the file created last and stands at its audio.
     void BeginAudio(const WaveFormat& format);
 
-    // Writes audio at the current place. Returns 0; 1 before BeginAudio; 1004 if the file took less.
+    // Writes audio at the current place. Returns RESULT_OK; RESULT_FAILED before BeginAudio;
+    // RESULT_WRITE_FAILED if the file took less or would pass 4 GiB.
     Result WriteData(const void* bytes, uint32_t count);
 
     // Header in front, and with `final` the list after the audio, where the file then ends. Failures of the
@@ -54,17 +56,17 @@ public:
     void WriteHeader(bool final) noexcept;
 
     // Ends the work on the file; what changed is written first: header and list of a file that was created,
-    // the tags of one that was opened. Always 0.
+    // the tags of one that was opened. Always RESULT_OK.
     Result CloseFile() noexcept;
 
     int64_t TellData() const;  // place in bytes from the start of the audio; 0 without file or stream
 
-    // Reads audio at the current place, on a file up to the declared end. Returns 0, 1 without file or
-    // stream, 1003.
+    // Reads audio at the current place, on a file up to the declared end. Returns RESULT_OK, RESULT_FAILED
+    // without file or stream, or RESULT_NOT_WAVE.
     Result ReadData(uint32_t count, void* buffer, uint32_t* done);
 
     // Moves to a frame of the audio: bytes, rounded down to a frame, held between start and end. Origins: 1
-    // from the current place, 2 from the end, others from the start. Returns 0 or 1003.
+    // from the current place, 2 from the end, others from the start. Returns RESULT_OK or RESULT_NOT_WAVE.
     Result SeekData(int64_t offset, uint32_t origin);
 
     // There is a file or a stream to work on.

@@ -1,3 +1,6 @@
+// The walk, chunk by chunk: (1) take the header, (2) judge whether it is one, or the tail begins here, (3)
+// set a size that lies right, (4) end at the list that an interrupted save left, (5) take the chunk over.
+// Invariant: m_end is the end of the last chunk taken over, and everything in front of it is chunks.
 #include "AudioCodec/wave/riff/CWaveLayout.h"
 
 #include <algorithm>
@@ -33,15 +36,21 @@ bool CWaveLayout::Read(HANDLE handle) {
     m_end = kFileHeaderSize;
     ChunkWalk walk(file, ByteOrder::Little, m_end);
     while (m_end + kChunkHeaderSize <= m_fileSize) {
+        // (1) Room for a header is there, so one that can't be read is a failure and not the end.
         WaveChunk chunk;
         if (!walk.Next() || !Look(file, walk, chunk))
             return false;  // there are bytes, but they can't be read
+        // (2) A header that declares too much is either a chunk cut short or bytes that were never a header.
         if (!HasRoom(chunk) && !IsCutShort(file, chunk)) break;
+        // (3) A size of 0 is what a writer leaves that was killed or wrote into a pipe: its audio goes
+        // to the end.
         const bool unknownLength = chunk.id == ChunkId::kData && chunk.declared == 0 && m_formatSeen;
         if (!HasRoom(chunk) || (unknownLength && !ChunksFollow(file, chunk.Content())))
             chunk.size = m_fileSize - chunk.Content();
         walk.SetSize(chunk.size);
+        // (4) At the very end alone: further in front something was put after it, which must stay reachable.
         if (chunk.IsUnfinishedList() && chunk.End() >= m_fileSize) return m_count != 0;
+        // (5) Both sizes are known now; m_last is the only chunk in which they can differ.
         Take(chunk);
     }
     m_tail = m_fileSize - std::min(m_fileSize, m_end);
@@ -61,7 +70,9 @@ bool CWaveLayout::Look(BlockSource& file, const ChunkWalk& walk, WaveChunk& chun
 
 void CWaveLayout::Take(const WaveChunk& chunk) {
     if (m_count++ == 0) m_first = chunk;
+    // The last one wins, and so it does in the reader.
     if (chunk.id == ChunkId::kData) m_data = chunk;
+    // Of the least size only: the reader passes over a smaller one.
     m_formatSeen |= chunk.id == ChunkId::kFmt && chunk.declared >= kPcmFormatSize;
     if (chunk.IsList()) m_lists.push_back(chunk.offset);
     m_last = chunk;
@@ -72,6 +83,8 @@ bool CWaveLayout::LooksLikeTrailer(const WaveChunk& chunk) const {
     return (chunk.id & kThreeBytes) == kTrailerMark && m_fileSize - chunk.offset == kTrailerSize;
 }
 
+// Ids that writers and interrupted saves leave unfinished are believed at once. Of all others each line below
+// is one sign that the bytes are no header.
 bool CWaveLayout::IsCutShort(BlockSource& file, const WaveChunk& chunk) const {
     if (chunk.id == ChunkId::kData || chunk.id == ChunkId::kJunk || chunk.IsUnfinishedList()) return true;
     if (!IsPrintable(chunk.id) || LooksLikeTrailer(chunk)) return false;
@@ -107,10 +120,14 @@ bool CWaveLayout::ChunksStandAt(BlockSource& file, uint64_t offset) const {
         if (!IsPrintable(chunk.id) || !HasRoom(chunk)) return false;
         end = chunk.End();
     }
+    // Nothing at all follows: the chunk is empty and ends the file. Fewer bytes than a header after a chunk
+    // are a tail of their own; fewer right at the start are audio.
     return end >= m_fileSize || end != offset;
 }
 
 bool CWaveLayout::IsWritersOwn(const WaveFormat& format) const {
+    // "fmt " first and of the size that would be written, "data" right after it: rewriting the
+    // format moves nothing.
     const uint32_t size = format.DiskSize();
     const bool inFront =
         m_first.id == ChunkId::kFmt && m_first.declared == size && m_data.offset == m_first.Content() + size;

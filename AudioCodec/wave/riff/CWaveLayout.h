@@ -45,8 +45,7 @@ public:
     const WaveChunk& Last() const { return m_last; }               // the only one whose two sizes can differ
     const std::deque<uint64_t>& Lists() const { return m_lists; }  // places of all "INFO" lists
 
-    // After the last chunk and its pad byte, which the file may lack. An unfinished list counts as not
-    // there.
+    // After the last chunk and its pad byte, which the file may lack. An unfinished list counts as not there.
     uint64_t End() const { return m_end; }
     uint64_t Tail() const { return m_tail; }  // bytes from there to the end of the file that are no chunk
 

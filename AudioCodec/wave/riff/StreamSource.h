@@ -11,8 +11,8 @@ public:
 
     bool Read(void* buffer, size_t count) override;
     bool Skip(uint64_t count) override;
-    // A stream tells its size to no call that all streams have, so above 64 KiB its last byte in question is
-    // touched.
+    // A stream tells its size to no call that all streams have, so above 64 KiB its last byte in
+    // question is touched.
     bool Holds(uint64_t count) override;
     bool Tell(uint64_t& place) override;
 

@@ -19,6 +19,7 @@ auto Repeat(Call call) {
 
 int Answer(int result) { return result < 0 ? errno : 0; }
 
+// Pipes and sockets have no places to read at, and a block device is somebody's whole disk.
 int CheckKind(mode_t mode) {
     if (S_ISREG(mode) || S_ISCHR(mode)) return 0;
     return S_ISDIR(mode) ? EISDIR : EOPNOTSUPP;
@@ -52,11 +53,14 @@ struct flock ByteLock(int type, int64_t byte) {
     return lock;
 }
 
-// `call` moves the bytes after the first `done` ones.
+// `call` moves the bytes after the first `done` ones. A call that moves none ends it with `onNothing`: for a
+// read that is the end of the file, but a write would be repeated for ever.
 template <class Call>
 int MoveAll(size_t size, size_t& done, int onNothing, Call call) {
     done = 0;
     while (done < size) {
+        // A short count is no failure: the system may stop anywhere, at a signal or where a disk is full. The
+        // next call tells which it was.
         const ssize_t moved = Repeat([&] { return call(done); });
         if (moved < 0) return errno;
         if (moved == 0) return onNothing;
@@ -80,6 +84,7 @@ int PosixFile::Open(const std::string& path, const OpenMode& mode) {
 
     bool created = false;
     if (const int error = OpenDescriptor(path, mode, created)) return error;
+    // Asked of what was opened: the name may have got another file since the first look.
     return CheckOpened(mode.write, created);
 }
 
@@ -89,6 +94,8 @@ int PosixFile::OpenDescriptor(const std::string& path, const OpenMode& mode, boo
             if (steps.creation != mode.creation) continue;
             for (int i = 0; i < steps.count && m_descriptor < 0; ++i) {
                 created = (steps.flags[i] & O_CREAT) != 0;
+                // ENOENT and EEXIST alone go on to the next try: between two tries another process may have
+                // made the file or removed it.
                 m_descriptor = OpenFlags(path, access | steps.flags[i]);
                 if (m_descriptor < 0 && errno != ENOENT && errno != EEXIST) break;
             }
@@ -106,6 +113,7 @@ int PosixFile::OpenDescriptor(const std::string& path, const OpenMode& mode, boo
 
 int PosixFile::OpenNameless(const std::string& path) {
     constexpr mode_t kOwnerAlone = 0600;
+    // O_EXCL here: nobody can ever give the file a name.
     const std::string folder = path.substr(0, path.find_last_of('/') + 1) + ".";
     m_descriptor =
         Repeat([&] { return open(folder.c_str(), O_TMPFILE | O_EXCL | O_RDWR | O_CLOEXEC, kOwnerAlone); });
@@ -121,6 +129,7 @@ int PosixFile::CheckOpened(bool write, bool created) const {
     struct stat status = {};
     if (fstat(m_descriptor, &status) < 0) return errno;
     if (const int error = CheckKind(status.st_mode)) return error;
+    // A user with all rights could write to it. But the answer mustn't depend on who asks.
     constexpr mode_t kAnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
     if (write && !created && (status.st_mode & kAnyWrite) == 0) return EACCES;
     // O_NONBLOCK was for the opening; a device then waits as devices do.
@@ -180,6 +189,8 @@ int PosixFile::Duplicate(PosixFile& other) const {
 
 int PosixFile::Reserve(int64_t size) const {
     int error = 0;
+    // This one returns its error and leaves errno alone. A file that was merely made longer would have holes,
+    // and writing into their memory on a full disk kills the process.
     do error = posix_fallocate(m_descriptor, 0, size);
     while (error == EINTR);
     return error;
@@ -195,8 +206,10 @@ int PosixFile::Map(size_t size, void*& view) const {
 void PosixFile::Unmap(void* view, size_t size) { munmap(view, size); }
 
 int PosixFile::Lock(int64_t byte) const {
+    // Locks of the open file: those of a process would go as soon as it closes any descriptor of the file.
     struct flock lock = ByteLock(m_readable ? F_RDLCK : F_WRLCK, byte);
     const int error = Answer(Repeat([&] { return fcntl(m_descriptor, F_OFD_SETLK, &lock); }));
+    // The two stand for the same, and a system may choose.
     return error == EACCES ? EAGAIN : error;
 }
 
@@ -206,6 +219,7 @@ void PosixFile::Unlock(int64_t byte) const {
 }
 
 int PosixFile::IsLockedByOther(int64_t byte, bool& locked) const {
+    // Asked as if for a lock that goes with no other, so that shared ones are found too.
     struct flock lock = ByteLock(F_WRLCK, byte);
     const int error = Answer(Repeat([&] { return fcntl(m_descriptor, F_OFD_GETLK, &lock); }));
     locked = error == 0 && lock.l_type != F_UNLCK;

@@ -1,3 +1,8 @@
+//   m_bytes  | free | m_start ... m_count bytes ... | free |   read at m_start, write after the last; wraps
+//
+// Invariant from the first Open on: m_bytes has the size of the capacity, and m_count is at most that.
+// m_flushes counts what emptied the ring: a thread that slept through a whole flush, from begin to end, knows
+// by it that its bytes are no longer of this place.
 #include "platform/media/streamreader/Ring.h"
 
 #include <algorithm>
@@ -10,11 +15,13 @@ void Ring::Clear() {
     m_start = m_count = 0;
     m_taken = 0;
     m_ended = false;
+    // Not only by a flush: whoever sleeps through a Close and an Open has the same to learn.
     ++m_flushes;
 }
 
 void Ring::Open() {
     const std::lock_guard lock(m_lock);
+    // Taken with the first use; a filter that is only looked at takes none.
     m_bytes.resize(m_capacity);
     Clear();
     m_flushing = false;
@@ -40,6 +47,7 @@ void Ring::BeginFlush() {
     const std::lock_guard lock(m_lock);
     m_flushing = true;
     Clear();
+    // The writer comes back with S_FALSE. The reader is not woken: what it waits for comes after the flush.
     m_roomMade.notify_all();
 }
 
@@ -50,6 +58,7 @@ void Ring::EndFlush() {
 
 void Ring::End() {
     const std::lock_guard lock(m_lock);
+    // An end on its way when the flush began belongs to the old place.
     if (m_flushing || IsClosed()) return;
     m_ended = true;
     m_changed.notify_all();
@@ -63,6 +72,7 @@ uint64_t Ring::Taken() const {
 size_t Ring::Put(std::span<const uint8_t> bytes) {
     const size_t count = std::min(bytes.size(), Room());
     const size_t at = (m_start + m_count) % m_capacity;
+    // In two pieces where the free part wraps; the second one is empty otherwise.
     const size_t straight = std::min(count, m_capacity - at);
     std::memcpy(m_bytes.data() + at, bytes.data(), straight);
     std::memcpy(m_bytes.data(), bytes.data() + straight, count - straight);
@@ -81,8 +91,9 @@ size_t Ring::Take(uint8_t* buffer, size_t size) {
     return count;
 }
 
-// Waking a thread costs as much as decoding a few frames. So who waits says how many bytes it takes to go on,
-// half of the ring at most, and isn't woken for fewer. The two halves can't wait for each other.
+// Waking a thread costs as much as decoding a few frames. So a waiting thread says how many bytes it needs to
+// go on, half of the ring at most, and isn't woken for fewer. At least half of it is always free or always
+// filled, so writer and reader never wait for each other.
 HRESULT Ring::Write(std::span<const uint8_t> bytes) {
     std::unique_lock lock(m_lock);
     while (!bytes.empty()) {
@@ -91,6 +102,7 @@ HRESULT Ring::Write(std::span<const uint8_t> bytes) {
         m_roomAwaited = std::min(bytes.size(), m_capacity / 2);
         m_roomMade.wait(lock, [&] { return IsClosed() || unwanted() || Room() >= m_roomAwaited; });
         m_roomAwaited = 0;
+        // A shut or flushed ring is no failure of the writer: S_FALSE ends the stream quietly.
         if (m_shut || (m_open && unwanted())) return S_FALSE;
         if (!m_open) return VFW_E_WRONG_STATE;
         bytes = bytes.subspan(Put(bytes));
@@ -110,6 +122,7 @@ HRESULT Ring::Read(uint8_t* buffer, uint32_t size, uint32_t& done) {
         flushes = m_flushes;
         done += static_cast<uint32_t>(Take(buffer + done, size - done));
         if (m_roomAwaited != 0 && Room() >= m_roomAwaited) m_roomMade.notify_one();
+        // Not before it is empty: the last bytes before the end are delivered.
         if (m_ended && m_count == 0) break;
     }
     if (!IsClosed()) return S_OK;

@@ -21,8 +21,8 @@ public:
     // Nor ever again.
     void Shut();
 
-    // Drops what is in it and takes no more until the end; a Read that waits starts again with what comes
-    // then.
+    // Drops what is in it and takes no more until the end; a Read that waits starts again with
+    // what comes then.
     void BeginFlush();
     void EndFlush();
 
@@ -49,13 +49,13 @@ private:
 
     const size_t m_capacity;
     mutable std::mutex m_lock;           // guards all below
-    std::condition_variable m_changed;   // for who reads
-    std::condition_variable m_roomMade;  // for who writes
+    std::condition_variable m_changed;   // for the reader
+    std::condition_variable m_roomMade;  // for the writer
     std::vector<uint8_t> m_bytes;        // of the capacity, once opened
     size_t m_start = 0;                  // of the bytes that are in it
     size_t m_count = 0;
-    size_t m_bytesAwaited = 0;  // by who reads; 0 while it doesn't wait
-    size_t m_roomAwaited = 0;   // by who writes
+    size_t m_bytesAwaited = 0;  // by the reader; 0 while it doesn't wait
+    size_t m_roomAwaited = 0;   // by the writer
     uint64_t m_taken = 0;
     uint64_t m_flushes = 0;  // so far
     bool m_open = false;

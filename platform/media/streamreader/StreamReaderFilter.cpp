@@ -20,6 +20,7 @@ WAVEFORMATEX PcmFormat(const AM_MEDIA_TYPE& type) {
 }  // namespace
 
 HRESULT StreamReaderFilter::QueryInterface(const GUID& iid, void** object) {
+    // It has no output pin, on which the filters before it have their seeking, so it has that itself.
     const HRESULT result = FilterBase::QueryInterface(iid, object);
     if (result != E_NOINTERFACE) return result;
     return GiveFace({{IID_IStreamReaderControl, static_cast<IStreamReaderControl*>(this)},
@@ -40,6 +41,7 @@ void StreamReaderFilter::Input::Disconnected() {
     m_reader.m_format = {};
 }
 
+// Without a lock of the filter: this waits for room in the ring, and a stop must get through meanwhile.
 HRESULT StreamReaderFilter::Input::Receive(IMediaSample* sample) {
     BYTE* data = nullptr;
     if (!sample || FAILED(sample->GetPointer(&data))) return E_POINTER;
@@ -62,11 +64,13 @@ HRESULT StreamReaderFilter::Input::EndFlush() {
 }
 
 HRESULT StreamReaderFilter::Input::NewSegment(REFERENCE_TIME start, REFERENCE_TIME, double) {
+    // The ring counts from 0 again after a flush, so a position is this start and what was taken out since.
     m_reader.m_segmentStart = start;
     return S_OK;
 }
 
 HRESULT StreamReaderFilter::Activate() {
+    // Before the filter that sends is started: the graph starts from the last filter.
     m_ring.Open();
     return S_OK;
 }
@@ -99,6 +103,7 @@ HRESULT StreamReaderFilter::ReadAudio(void* buffer, uint32_t size, uint32_t* don
 }
 
 HRESULT StreamReaderFilter::Shutdown() {
+    // Ends the reads that wait, for ever: the owner is about to let go of the filter.
     m_ring.Shut();
     return S_OK;
 }
@@ -106,6 +111,7 @@ HRESULT StreamReaderFilter::Shutdown() {
 REFERENCE_TIME StreamReaderFilter::Position() {
     const MutexLock lock(m_formatLock);
     if (!m_format.nBlockAlign) return 0;
+    // Whole frames: a reader may have stopped inside one.
     const auto frames = static_cast<int64_t>(m_ring.Taken() / m_format.nBlockAlign);
     return m_segmentStart + FramesToTime(frames, m_format.nSamplesPerSec);
 }

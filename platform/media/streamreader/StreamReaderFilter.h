@@ -1,4 +1,4 @@
-// The last filter of a graph: takes PCM in and gives it to whoever reads. It never keeps the graph waiting
+// The last filter of a graph: takes PCM in and hands it to whoever reads. It never keeps the graph waiting
 // for its state. Positions are those of what was read, not of what was decoded. Reads may wait on one thread
 // while others seek, stop or shut down.
 #pragma once

@@ -1,4 +1,4 @@
-// What VlDSAudioStreamReader.ax gives to those who load it: the factory of its one filter.
+// What VlDSAudioStreamReader.ax offers to those who load it: the factory of its one filter.
 #include "platform/media/ClassObject.h"
 #include "platform/media/streamreader/StreamReaderFilter.h"
 
