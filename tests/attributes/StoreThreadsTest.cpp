@@ -1,11 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <thread>
-#include <vector>
 
 #include "AudioCodec/attributes/CAttributeContainerV2.h"
+#include "platform/com/RefPtr.h"
+#include "tests/shell/SampleObject.h"
 #include "tests/support/CountedObject.h"
+#include "tests/support/Threads.h"
 
 namespace {
 
@@ -13,19 +14,12 @@ constexpr GUID kOne = MakeGuid("00000000-0000-0000-0000-000000000001");
 constexpr uint32_t kThreads = 8;
 constexpr uint32_t kRounds = 200;
 
-template <class Work>
-void InThreads(Work work) {
-    std::vector<std::thread> threads;
-    for (uint32_t i = 0; i < kThreads; ++i) threads.emplace_back(work, i);
-    for (std::thread& thread : threads) thread.join();
-}
-
 // One text that all threads rewrite: what is read must be one of those written, never a mix.
 TEST(StoreThreads, EightThreadsOnOneStoreReadWholeValues) {
     CAttributeContainerV2 store;
     CountedObject object(kOne);  // counts without a lock: the store's covers it
     std::atomic<uint32_t> mixed = 0;
-    InThreads([&](uint32_t me) {
+    InThreads(kThreads, [&](uint32_t me) {
         const std::u16string mine(1 + 40 * me, static_cast<char16_t>(u'a' + me));
         for (uint32_t round = 0; round < kRounds; ++round) {
             store.SetString(1, mine.c_str());
@@ -40,6 +34,8 @@ TEST(StoreThreads, EightThreadsOnOneStoreReadWholeValues) {
             store.AddInterface(&kOne, &object, 1);
             store.RemoveInterface(&kOne, &object);
             store.AddRef();
+            store.AddRef();
+            store.Release();
         }
     });
     EXPECT_EQ(mixed, 0u);
@@ -54,7 +50,7 @@ TEST(StoreThreads, StoresCopyFromOneSourceAndShareTheTextsOfIds) {
     CAttributeContainerV2 source;
     source.SetString(0x04000001, u"track");
     std::atomic<uint32_t> wrong = 0;
-    InThreads([&](uint32_t me) {
+    InThreads(kThreads, [&](uint32_t me) {
         CAttributeContainerV2 target;
         for (uint32_t round = 0; round < kRounds; ++round) {
             if (target.CopyAttribute(0x04000001, &source) != 10) ++wrong;
@@ -66,17 +62,17 @@ TEST(StoreThreads, StoresCopyFromOneSourceAndShareTheTextsOfIds) {
     EXPECT_EQ(wrong, 0u);
 }
 
-// The thread that drops the last reference deletes the store while others may just be leaving it.
-TEST(StoreThreads, TheLastOfManyReleasesEndsTheStore) {
-    for (uint32_t round = 0; round < 50; ++round) {
-        auto* store = new CAttributeContainerV2;
-        for (uint32_t i = 0; i < kThreads; ++i) store->AddRef();
-        std::atomic<uint32_t> last = 0;
-        InThreads([&](uint32_t me) {
-            store->SetLong(me, me);
-            if (store->Release() == 0) ++last;
+// The thread that drops the last reference deletes the object and its store while others may just be leaving.
+TEST(ObjectThreads, ReferencesAreTakenAndDroppedFromAnyThreadAndTheLastOneDeletes) {
+    for (int round = 0; round < 50; ++round) {
+        std::atomic<int> deleted = 0;
+        auto* const object = new SampleObject(&deleted);
+        for (uint32_t i = 0; i < kThreads; ++i) object->AddRef();
+        InThreads(kThreads, [&](uint32_t me) {
+            for (uint32_t k = 0; k < 20; ++k) RefPtr<SampleObject>::Retain(object)->SetLong(me, k);
+            object->Release();
         });
-        EXPECT_EQ(last, 1u);
+        EXPECT_EQ(deleted, 1);
     }
 }
 

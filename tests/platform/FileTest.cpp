@@ -12,7 +12,7 @@
 #include "platform/base/LastError.h"
 #include "platform/base/UniqueHandle.h"
 #include "tests/platform/SystemFaults.h"
-#include "tests/platform/TempFolder.h"
+#include "tests/support/ScopedFile.h"
 
 namespace {
 
@@ -23,10 +23,7 @@ protected:
                                     FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition, flags,
                                     nullptr));
     }
-    std::string Contents(const std::string& name) const {
-        std::ifstream in(m_folder.Native(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
+    std::string Contents(const std::string& name) const { return FileContents(m_folder.Native(name)); }
 
     TempFolder m_folder;
 };

@@ -8,7 +8,7 @@
 
 #include "platform/base/LastError.h"
 #include "platform/registry/UniqueKey.h"
-#include "tests/platform/TempFolder.h"
+#include "tests/support/ScopedFile.h"
 
 namespace {
 

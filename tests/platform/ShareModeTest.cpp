@@ -6,14 +6,13 @@
 #include <barrier>
 #include <csignal>
 #include <fstream>
-#include <thread>
-#include <vector>
 
 #include "platform/base/LastError.h"
 #include "platform/base/UniqueHandle.h"
 #include "platform/file/File.h"
 #include "tests/platform/SystemFaults.h"
-#include "tests/platform/TempFolder.h"
+#include "tests/support/ScopedFile.h"
+#include "tests/support/Threads.h"
 
 namespace {
 
@@ -67,20 +66,15 @@ TEST_F(ShareMode, HoldsBetweenHandlesAndBetweenProcessesUntilOneIsKilled) {
             ASSERT_TRUE(first);  // so the process before, killed, left nothing behind
             ExpectAsAgreed(held);
         }
-        int ends[2];
-        ASSERT_EQ(pipe(ends), 0);
         const pid_t other = fork();
         if (other == 0) {
             const UniqueHandle file = Open(held);
-            const char answer = file ? 'y' : 'n';
-            if (write(ends[1], &answer, 1) != 1) _exit(1);
-            for (;;) pause();
+            if (file) raise(SIGSTOP);
+            _exit(1);
         }
-        close(ends[1]);
-        char answer = '?';
-        EXPECT_EQ(read(ends[0], &answer, 1), 1);
-        close(ends[0]);
-        EXPECT_EQ(answer, 'y');
+        int status = 0;
+        waitpid(other, &status, WUNTRACED);
+        EXPECT_TRUE(WIFSTOPPED(status));  // it has the file
         ExpectAsAgreed(held);
         kill(other, SIGKILL);
         waitpid(other, nullptr, 0);
@@ -110,7 +104,7 @@ TEST_F(ShareModeThreads, OneOfSeveralRacersWins) {
     const auto endRound = [&]() noexcept { winnersOf.push_back(winners.exchange(0)); };
     std::barrier start(kThreads);
     std::barrier end(kThreads, endRound);
-    const auto race = [&] {
+    const auto race = [&](uint32_t) {
         for (int round = 0; round < kRounds; ++round) {
             start.arrive_and_wait();
             const WithFaults slow({.slowLocks = 10});  // all look for the others before any has a lock
@@ -119,10 +113,7 @@ TEST_F(ShareModeThreads, OneOfSeveralRacersWins) {
             end.arrive_and_wait();  // all have tried; only then the winner lets go
         }
     };
-    {
-        std::vector<std::jthread> threads;
-        for (int i = 0; i < kThreads; ++i) threads.emplace_back(race);
-    }
+    InThreads(kThreads, race);
     EXPECT_EQ(winnersOf, std::vector<int>(kRounds, 1));
 }
 

@@ -59,7 +59,7 @@ __attribute__((visibility("default"))) ssize_t pwrite(int file, const void* buff
     static auto* const next = Next<decltype(pwrite)>("pwrite");
     if (ChangeFails()) {
         const bool first = t_state.changes == t_state.faults.changesUntilError + 1;
-        if (t_state.faults.lasting && first && size > kWholeWrite) next(file, buffer, size / 2, place);
+        if (first && size > kWholeWrite) next(file, buffer, size / 2, place);
         return -1;
     }
     const ssize_t written = Faulty(next, file, buffer, size, place);

@@ -220,8 +220,7 @@ TEST(Writer, MetadataIsKeptAsACopyAndWrittenAtClose) {
     metadata->SetString(ATTR_TITLE, u"Another");
     WriteAll(*writer, {0, 0, 0}, 1, {3});
     writer->Close();
-    const WavImage tags =
-        WavImage(WavImage::Empty{}).Chunk("ICRD", {"2004\0", 5}).Chunk("INAM", {"Song\0", 5});
+    const WavImage tags = None().Chunk("ICRD", {"2004\0", 5}).Chunk("INAM", {"Song\0", 5});
     WavImage expected = WavImage().Fmt(1, 1, 8000, 8).Chunk("data", "\x80\x80\x80").Info(tags);
     EXPECT_EQ(file.Bytes(), expected.Sized().Image());
 }
