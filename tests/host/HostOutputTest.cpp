@@ -51,10 +51,13 @@ TEST_F(HostOutput, ADiskThatFillsUpAnywhereLeavesEverythingAsItWas) {
 TEST_F(HostOutput, WhatIsThereAndTheInputItselfStayAsTheyAre) {
     std::filesystem::create_symlink("a.wav", m_folder / "link.wav");
     std::filesystem::create_hard_link(m_folder / "a.wav", m_folder / "hard.wav");
+    WriteBytes("broken.wav", "no wave");
     WriteBytes("out.wav", "precious");
     const std::string before = Bytes("a.wav");
     const auto names = Names();
     ExpectEnd(Vlwav("convert a.wav -o out.wav"), 1, "out.wav is there already");
+    ExpectEnd(Vlwav("decode a.wav --channels 3 -o out.wav"), 1, "3 channels can't be made of 2");
+    ExpectEnd(Vlwav("decode broken.wav -o out.wav"), 1, "broken.wav");
     EXPECT_EQ(Bytes("out.wav"), "precious");
     for (const char* line : {"decode a.wav -o ./link.wav", "decode link.wav -o hard.wav",
                              "decode a.wav >>a.wav", "convert --overwrite a.wav -o link.wav",
@@ -103,6 +106,34 @@ TEST_F(HostOutput, ATerminalGetsAHintInsteadOfRawAudio) {
     const RunResult run = Run("script -qec \"'" VLWAV_PATH "' decode a.wav\" /dev/null");
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_NE(run.out.find("name a file with -o"), std::string::npos) << run.out;
+}
+
+class HostDecode : public VlwavTest {};
+
+TEST_F(HostDecode, ACutOffFileGivesWhatIsThereWithAWarning) {
+    const std::string audio = WriteWav("a.wav", 2, 44100, 16, 100000);  // more than two blocks
+    const RunResult whole = Vlwav("decode a.wav --rate 48000 --channels 1");
+    EXPECT_EQ(whole.err, "");
+    EXPECT_NEAR(static_cast<double>(whole.out.size()) / 2, 100000.0 * 48000 / 44100, 3);
+    std::filesystem::resize_file(m_folder / "a.wav", 44 + 200000);
+    const RunResult run = Vlwav("decode a.wav | cat");
+    EXPECT_TRUE(run.out == audio.substr(0, 200000));
+    ExpectEnd(run, 0, "50000 of the promised 100000 frames");
+}
+
+TEST_F(HostDecode, WrongUsageEndsWithTwo) {
+    WriteWav("a.wav", 2, 44100, 16, 100);
+    for (const char* arguments :
+         {"", "info", "info --unknown a.wav", "decode a.wav --rate 999 -o a.raw",
+          "decode a.wav --rate 4294967297 -o a.raw", "decode a.wav --channels 0 -o a.raw",
+          "decode a.wav b.wav", "decode a.wav --rate fast -o a.raw"}) {
+        const RunResult run = Vlwav(arguments);
+        EXPECT_EQ(run.exitCode, 2) << arguments;
+        EXPECT_NE(run.err, "") << arguments;
+        EXPECT_EQ(run.out, "") << arguments;
+    }
+    EXPECT_EQ(Vlwav("decode --help").exitCode, 0);
+    EXPECT_EQ(Names(), std::vector<std::string>{"a.wav"});
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 // The commands that enter the module into the registry, and a program that has nothing but the registry to
 // find it by.
-#include <filesystem>
 
 #include "tests/host/VlwavTest.h"
 
@@ -45,7 +44,6 @@ TEST_F(HostRegistry, TheModuleThatIsNamedGoesFirstAndARegisteredFileThatIsGoneCo
     ExpectEnd(Vlwav("where --verbose --module '" + kModule + "'"), 0, "by --module");
     fs::remove(m_folder / "other.so");
     ExpectEnd(Vlwav("where --verbose"), 0, "beside the program: " + kModule);
-    EXPECT_EQ(Vlwav("register").out, "registered " + kModule + "\n");
 }
 
 TEST_F(HostRegistry, SaysThatTheRegistryCanNotBeWritten) {

@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cstdlib>
-
 #include "platform/base/Utf.h"
 #include "platform/file/File.h"
 #include "platform/file/TempFile.h"

@@ -1,3 +1,4 @@
+
 #include <cerrno>
 
 #include "tests/platform/SystemFaults.h"
@@ -100,21 +101,15 @@ TEST(Save, CostsTheSameForAFileOf500MB) {
 
 // --- saves that are disturbed at every place where one can be
 
-const Tags kFresh[] = {
-    {},
-    {{FourCC("INAM"), "Newer"}, {FourCC("ICRD"), "2004"}},
-    {{FourCC("INAM"), std::string(90, 'n')}},
-};
-
 // Runs `disturb(file, fresh, n)`, a save that is disturbed at its n-th place, until it returns false: there
 // are no more. After each the file is sound, and the next save brings it into order. With a stride, only
 // every so many pairs of layout and tags.
 template <class Disturb>
 void EveryDisturbance(Disturb disturb, size_t stride = 1) {
     const std::vector<Layout> layouts = Layouts();
-    for (size_t pair = 0; pair < layouts.size() * std::size(kFresh); pair += stride) {
-        const Layout& layout = layouts[pair / std::size(kFresh)];
-        const Tags& fresh = kFresh[pair % std::size(kFresh)];
+    for (size_t pair = 0; pair < layouts.size() * std::size(kNewTags); pair += stride) {
+        const Layout& layout = layouts[pair / std::size(kNewTags)];
+        const Tags& fresh = kNewTags[pair % std::size(kNewTags)];
         bool goesOn = true;
         for (int n = 0; goesOn && !testing::Test::HasFailure(); ++n) {
             SCOPED_TRACE(layout.name + ", " + std::to_string(fresh.size()) + " new tags, " +
@@ -131,15 +126,11 @@ void EveryDisturbance(Disturb disturb, size_t stride = 1) {
     }
 }
 
-Tags ReadTags(const ScopedFile& file) {
-    CWaveFile wave;
-    EXPECT_EQ(wave.OpenForReading(file.Wide().c_str(), true), RESULT_OK);
-    return wave.Chunks();
-}
-
 // Without the new tags, everything is as it was; what an earlier save left unfinished may be gone.
 void ExpectTakenBack(const ScopedFile& file, const std::string& before, const Tags& fresh) {
-    EXPECT_TRUE(ReadTags(file) == fresh || before.starts_with(Bytes(file)));
+    CWaveFile wave;
+    EXPECT_EQ(wave.OpenForReading(file.Wide().c_str(), true), RESULT_OK);
+    EXPECT_TRUE(wave.Chunks() == fresh || before.starts_with(Bytes(file)));
 }
 
 // Each is torn, as on a full disk. One that lasts leaves the file as a process does that is killed there.

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "AudioCodec/attributes/AttributeIds.h"
+#include "AudioCodec/metadata/IAC3Metadata.h"
 #include "AudioCodec/wave/CACStreamReader.h"
 #include "platform/com/RefPtr.h"
 #include "tests/support/ByteStream.h"
@@ -80,7 +81,8 @@ TEST_P(StreamReaderFormats, AnyDivisionOfAFileOrAStreamGivesAllThatTheConverterM
     EXPECT_EQ(once, m_whole);
     for (const std::vector<uint32_t>& blocks : {std::vector<uint32_t>{7}, {3, 4096, 1, 250}})
         ASSERT_EQ(ReadAll(*Open(), m_output.channels, blocks), m_whole);
-    ByteStream stream(m_image.Image());
+    ByteStream stream(WavImage("begins anywhere").Bytes(m_image.Text()).Image());
+    stream.position = 15;
     const RefPtr<CACStreamReader> reader = NewReader(m_output);
     ASSERT_EQ(reader->OpenStream(&stream, 0), RESULT_OK);
     EXPECT_EQ(ReadAll(*reader, m_output.channels, {777}), m_whole);
@@ -289,14 +291,26 @@ TEST(StreamReader, BlockAlignsThatContradictTheFormatGiveACode) {
 }
 
 TEST(StreamReader, AStreamThatFailsOrComesShortAtAnyCallGivesACodeAndNothingStale) {
-    const WavImage tags = None().Chunk("INAM", "Song").Chunk("IART", "xy");
+    const std::string longName(70000, 'n');  // so much is not read before the stream has proved to hold it
+    const WavImage tags = None().Chunk("INAM", longName).Chunk("IART", "xy");
     const WavImage image = WavImage().Fmt(1, 1, 44100, 16).Info(tags).Chunk("fact", "1234").Data(Noise(9000));
-    for (uint64_t call = 0; call < 100; ++call) {
+    for (uint64_t call = 0; call < 120; ++call) {
         const bool fails = call % 2 == 0;
         ByteStream stream(image.Image());
         (fails ? stream.failFromCall : stream.shortCall) = call / 2;
         const RefPtr<CACStreamReader> reader = NewReader({1, 44100});
-        if (reader->OpenStream(&stream, 0) != RESULT_OK) continue;
+        if (reader->OpenStream(&stream, 0) != RESULT_OK) {
+            EXPECT_LT(call / 2, stream.calls) << "nothing was disturbed";
+            continue;
+        }
+        RefPtr<IAC3Metadata> metadata;
+        char16_t* name = nullptr;
+        if (call / 2 > stream.calls) {  // all went well
+            EXPECT_EQ(reader->GetMetadata(metadata.Put()), RESULT_OK);
+            EXPECT_EQ(metadata->GetString(ATTR_TITLE, &name), RESULT_OK);
+            EXPECT_EQ(std::u16string(name), std::u16string(longName.size(), u'n'));
+            metadata->Free(name);
+        }
         // A failure at a chunk's header ends the walk like the end of the file: what isn't reached isn't
         // there.
         int64_t length = 0;
