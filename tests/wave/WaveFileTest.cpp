@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "AudioCodec/wave/riff/CWaveFile.h"
+#include "AudioCodec/wave/riff/StreamSource.h"
+#include "riff/ChunkWalk.h"
 #include "riff/WaveTypes.h"
 #include "tests/platform/SystemFaults.h"
 #include "tests/support/ByteStream.h"
@@ -88,7 +90,7 @@ TEST(WaveFileWalk, ListsKeepTheFirstOfAnIdAndTheLastListWins) {
     EXPECT_EQ(wave.Chunks(), expected);
 }
 
-TEST(WaveFileWalk, EntriesThatLieAreCutAtTheEndOfTheirList) {
+TEST(WaveFileWalk, SizesThatLieAreCutWithinAListAndKeptOfTheAudio) {
     const struct {
         uint32_t list, entry;
         std::string bytes, value;
@@ -110,6 +112,18 @@ TEST(WaveFileWalk, EntriesThatLieAreCutAtTheEndOfTheirList) {
               RESULT_OK);
     EXPECT_EQ(OpenImage(Sound().Header("LIST", 3).Bytes("INF\0"s), wave), RESULT_OK);
     EXPECT_EQ(OpenImage(Sound().Header("LIST", 12).Bytes("INFO").Header("INAM", 0), wave), RESULT_OK);
+    EXPECT_EQ(OpenImage(WavImage().Fmt(1, 1, 8000, 16).Header("data", 0xFFFFFFFF), wave), RESULT_OK);
+    EXPECT_EQ(wave.DataSize(), 0xFFFFFFFFu);
+}
+
+TEST(ChunkWalk, TakesACallersSizeInsteadOfOneThatLies) {
+    ByteStream stream(None().Header("data", 0xFFFFFFFF).Bytes("ab").Header("tail", 0).Image());
+    StreamSource source(stream);
+    ChunkWalk walk(source, ByteOrder::Little, 0);
+    ASSERT_TRUE(walk.Next());
+    walk.SetSize(2);
+    EXPECT_TRUE(walk.Next());
+    EXPECT_EQ(walk.Current().id, FourCC("tail"));
 }
 
 TEST(WaveFileWalk, SizesThatLieTakeNoMemory) {
