@@ -4,6 +4,10 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include "AudioCodec/shell/ClassIds.h"
+#include "AudioCodec/shell/IPrivateCodecMain3.h"
+#include "platform/com/RefPtr.h"
+
 class LoadedModule {
 public:
     explicit LoadedModule(const char* path) : m_module(dlopen(path, RTLD_NOW | RTLD_LOCAL)) {
@@ -22,6 +26,17 @@ public:
         void* address = dlsym(m_module, name);
         EXPECT_TRUE(address) << name;
         return reinterpret_cast<Function*>(address);
+    }
+
+    // The codec module's main object, or a result that it gives instead of it.
+    Result Create(const GUID* classId, const GUID* iid, void** object) const {
+        return Find<Result(const GUID*, const GUID*, void**)>("DllVlGetClassObject")(classId, iid, object);
+    }
+    RefPtr<IPrivateCodecMain3> CreateCodec() const {
+        RefPtr<IPrivateCodecMain3> codec;
+        EXPECT_EQ(Create(&CLSID_VlACWav3, &IID_IPrivateCodecMain3, reinterpret_cast<void**>(codec.Put())),
+                  RESULT_OK);
+        return codec;
     }
 
 private:

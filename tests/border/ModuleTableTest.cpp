@@ -5,8 +5,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <thread>
 
@@ -14,8 +12,8 @@
 #include "platform/file/FileMapping.h"
 #include "platform/loader/Library.h"
 #include "platform/sync/Waitable.h"
-#include "tests/platform/TempFolder.h"
 #include "tests/support/ModuleLog.h"
+#include "tests/support/ScopedFile.h"
 
 namespace {
 
@@ -40,6 +38,8 @@ protected:
         waitpid(child, &status, 0);
         return status;
     }
+    // Likewise, where it is to end well.
+    static void ExpectWell(const std::function<bool()>& work) { EXPECT_EQ(InProcess(work), 0); }
     template <class Function>
     static auto* Find(HMODULE module, const char* name) {
         return reinterpret_cast<Function*>(GetProcAddress(module, name));
@@ -55,10 +55,8 @@ protected:
                        : nullptr;
     }
     std::string TakeLog() const {
-        const std::string path = m_folder.Native("log");
-        std::ifstream in(path);
-        std::string text{std::istreambuf_iterator<char>(in), {}};
-        std::filesystem::remove(path);
+        const std::string text = FileContents(m_folder.Native("log"));
+        std::filesystem::remove(m_folder.Native("log"));
         return text;
     }
 
@@ -67,7 +65,7 @@ protected:
 
 TEST_F(ModuleTable, IsThereFromBeforeTheAttachToBehindTheDetachAtUnloadAndAtExit) {
     for (const bool unload : {true, false}) {
-        const int status = InProcess([unload] {
+        ExpectWell([unload] {
             const HMODULE probe = Load(VL_PROBE_MODULE);
             uint64_t* const words = Words();
             if (!probe || !words || Find<HMODULE()>(probe, "ProbeInstance")() != probe) return false;
@@ -76,14 +74,13 @@ TEST_F(ModuleTable, IsThereFromBeforeTheAttachToBehindTheDetachAtUnloadAndAtExit
             Find<void()>(probe, "ProbeUseObject")();
             return !unload || (FreeLibrary(probe) && !Words());
         });
-        EXPECT_EQ(status, 0);
         EXPECT_EQ(TakeLog(), "built\nobject handle table\nclean-up table\ndestroyed\n") << unload;
     }
 }
 
 TEST_F(ModuleTable, AModuleThatGoesAsksThoseThatAreListedAndFollowsTheirChanges) {
     for (const bool unload : {true, false}) {
-        const int status = InProcess([unload] {
+        ExpectWell([unload] {
             const HMODULE first = Load(VL_FIRST_MODULE);
             const HMODULE second = Load(VL_SECOND_MODULE);
             const HMODULE plain = Load(VL_PLAIN_MODULE);
@@ -93,14 +90,13 @@ TEST_F(ModuleTable, AModuleThatGoesAsksThoseThatAreListedAndFollowsTheirChanges)
             Words()[4] = 0x1234;  // a module that went without a word
             return !unload || FreeLibrary(module);
         });
-        EXPECT_EQ(status, 0);
         EXPECT_EQ(TakeLog(), "first 0\nsecond 0\nsecond 0\n") << unload;
     }
 }
 
 // Whoever loads a module holds the loader's lock while that module waits for the table's.
 TEST_F(ModuleTable, AnExitAndAThreadThatLoadsAModuleDoNotWaitForEachOther) {
-    const int status = InProcess([] {
+    ExpectWell([] {
         alarm(60);
         // With what the layer keeps built before it, the thread is joined after the module and before that.
         if (!FreeLibrary(Load(VL_PROBE_MODULE))) return false;
@@ -117,11 +113,10 @@ TEST_F(ModuleTable, AnExitAndAThreadThatLoadsAModuleDoNotWaitForEachOther) {
         };
         return true;
     });
-    EXPECT_EQ(status, 0);
 }
 
 TEST_F(ModuleTable, ACountThatIsTooLargeEndsWithTheTable) {
-    const int status = InProcess([] {
+    ExpectWell([] {
         const HMODULE first = Load(VL_FIRST_MODULE);
         const HMODULE module = Load(VL_MODULE);
         // What lies after the table has no business there, and after that there is no memory.
@@ -129,12 +124,11 @@ TEST_F(ModuleTable, ACountThatIsTooLargeEndsWithTheTable) {
         Words()[0] = ~uint64_t{0};
         return FreeLibrary(module) != FALSE;
     });
-    EXPECT_EQ(status, 0);
     EXPECT_EQ(TakeLog(), "first 0\n");
 }
 
 TEST_F(ModuleTable, BeginsEmptyWhateverLiesInTheTemporaryFolderAndASecondModuleKeepsIt) {
-    const int status = InProcess([this] {
+    ExpectWell([this] {
         const std::string foreign = m_temp.Native(ProcessObjectName("~VLMFN_"));
         std::ofstream(foreign) << std::string(8 * kWords, '\xFF');
         const HMODULE module = Load(VL_MODULE);
@@ -143,12 +137,9 @@ TEST_F(ModuleTable, BeginsEmptyWhateverLiesInTheTemporaryFolderAndASecondModuleK
             return false;
         words[7] = 77;
         if (!Load(VL_PROBE_MODULE) || words[7] != 77) return false;
-        std::ifstream in(foreign);
-        const std::string kept{std::istreambuf_iterator<char>(in), {}};
         return FreeLibrary(module) && words == std::find(words, words + 1, 0) &&
-               kept == std::string(8 * kWords, '\xFF') && std::filesystem::remove(foreign);
+               FileContents(foreign) == std::string(8 * kWords, '\xFF') && std::filesystem::remove(foreign);
     });
-    EXPECT_EQ(status, 0);
     EXPECT_TRUE(std::filesystem::is_empty(m_temp.Native("")));
 }
 
@@ -156,14 +147,13 @@ TEST_F(ModuleTable, AKilledProcessLeavesNothingAndWithoutATemporaryFolderTheModu
     const int killed = InProcess([] { return Load(VL_MODULE) && Words() && std::raise(SIGKILL) == 0; });
     EXPECT_TRUE(WIFSIGNALED(killed) && WTERMSIG(killed) == SIGKILL);
     EXPECT_TRUE(std::filesystem::is_empty(m_temp.Native("")));
-    const int status = InProcess([this] {
+    ExpectWell([this] {
         setenv("TMPDIR", m_temp.Native("missing").c_str(), 1);
         const HMODULE probe = Load(VL_PROBE_MODULE);
         if (!probe || Words()) return false;
         Find<void()>(probe, "ProbeUseObject")();
         return FreeLibrary(probe) != FALSE;
     });
-    EXPECT_EQ(status, 0);
     EXPECT_EQ(TakeLog(), "built\nobject handle\ndestroyed\n");
 }
 

@@ -28,15 +28,6 @@ TEST_F(HostConvert, OtherProgramsReadStockFormatsAsTheyWereMeant) {
     }
 }
 
-TEST_F(HostConvert, WithoutConversionEveryByteBehindTheRiffSizeStays) {
-    std::filesystem::create_directory(m_folder / "out");
-    for (const uint16_t bits : {uint16_t{8}, uint16_t{16}})
-        WriteWav(std::to_string(bits) + ".wav", 1, 22050, bits, 40001);
-    ASSERT_EQ(Vlwav("convert 8.wav 16.wav -o out").exitCode, 0);
-    for (const std::string name : {"8.wav", "16.wav"})
-        EXPECT_TRUE(Bytes("out/" + name).substr(8) == Bytes(name).substr(8)) << name;
-}
-
 TEST_F(HostConvert, WhatIsNotAskedForIsTheNearestToTheSource) {
     struct Source {
         uint16_t channels;
@@ -78,11 +69,8 @@ TEST_F(HostConvert, RefusesWhatIsNoStockFormatOrWouldCollideBeforeAnythingIsWrit
                                                         {"out --jobs 0", "--jobs"},
                                                         {"out a.aif", "would both become out/a.wav"},
                                                         {"file.wav a.aif", "file.wav is no folder"}};
-    for (const auto& [arguments, reason] : rows) {
-        const RunResult run = Vlwav("convert a.wav -o " + std::string(arguments));
-        EXPECT_EQ(run.exitCode, 2) << arguments;
-        EXPECT_NE(run.err.find(reason), std::string::npos) << run.err;
-    }
+    for (const auto& [arguments, reason] : rows)
+        ExpectEnd(Vlwav("convert a.wav -o " + std::string(arguments)), 2, reason);
     EXPECT_EQ(Names(), before);
 }
 
@@ -99,51 +87,17 @@ TEST_F(HostConvertThreads, ManyFilesAtOnceAndOneBadAmongThem) {
     const RunResult run =
         Run("umask 027; '" VLWAV_PATH "' convert --channels 2 -o out --jobs 5 bad.wav six.wav " + names +
             "; code=$?; stat -c %a out/f0.wav; exit $code");
-    EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 13) << run.out;
     EXPECT_NE(run.out.find("\n640\n"), std::string::npos) << "what the shell would have given a new file";
-    EXPECT_NE(run.err.find("vlwav: bad.wav: This is no usable RIFF"), std::string::npos) << run.err;
-    EXPECT_NE(run.err.find("vlwav: six.wav: 2 channels can't be made of 6"), std::string::npos) << run.err;
+    ExpectEnd(run, 1, "vlwav: bad.wav: This is no usable RIFF");
+    ExpectEnd(run, 1, "vlwav: six.wav: 2 channels can't be made of 6");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(m_folder / "out"), {}), 12);
     for (uint32_t i = 0; i < 12; ++i)
         EXPECT_EQ(Bytes("out/f" + std::to_string(i) + ".wav").size(), 44 + 4 * (5000 + i));
 }
 
-TEST_F(HostConvert, AnExistingOutputAndTheInputItselfStayAsTheyAre) {
-    WriteWav("a.wav", 2, 44100, 16, 100);
-    const std::string before = Bytes("a.wav");
-    WriteBytes("out.wav", "precious");
-    std::filesystem::create_symlink("a.wav", m_folder / "link.wav");
-    EXPECT_NE(Vlwav("convert a.wav -o out.wav").err.find("out.wav is there already"), std::string::npos);
-    EXPECT_EQ(Bytes("out.wav"), "precious");
-    for (const char* arguments : {"a.wav -o link.wav", "a.wav -o .", "link.wav -o a.wav"}) {
-        const RunResult run = Vlwav("convert --overwrite " + std::string(arguments));
-        EXPECT_EQ(run.exitCode, 1) << arguments;
-        EXPECT_NE(run.err.find("the input itself"), std::string::npos) << run.err;
-    }
-    EXPECT_EQ(Vlwav("convert a.wav -o /dev/null --overwrite").exitCode, 1);
-    EXPECT_TRUE(Bytes("a.wav") == before);
-    EXPECT_EQ(Names(), (std::vector<std::string>{"a.wav", "link.wav", "out.wav"}));
-}
-
-TEST_F(HostConvert, ADiskThatFillsUpAnywhereLeavesNothingBehind) {
-    // 1024 bytes (two blocks of the shell) fill up in the audio, with the tags that Close writes, or after
-    // all (which is enough).
-    WriteWav("audio.wav", 2, 44100, 16, 1000);
-    WriteWav("tags.wav", 2, 44100, 16, 240);
-    WriteWav("odd.wav", 1, 44100, 8, 979);
-    const auto before = Names();
-    for (const char* input : {"audio.wav", "tags.wav --set comment=01234567890123456789"}) {
-        const RunResult run = Run("ulimit -f 2; '" VLWAV_PATH "' convert -o out.wav " + std::string(input));
-        EXPECT_EQ(run.exitCode, 1) << input;
-        EXPECT_NE(run.err.find("room on the disk"), std::string::npos) << run.err;
-        EXPECT_EQ(Names(), before) << input;
-    }
-    EXPECT_EQ(Run("ulimit -f 2; '" VLWAV_PATH "' convert -o out.wav odd.wav").exitCode, 0);
-}
-
 TEST_F(HostConvert, WhatTheOutputLacksIsNamed) {
-    WavImage list = WavImage(WavImage::Empty{}).Chunk("ISFT", "tool").Chunk("INAM", "Name");
+    WavImage list = None().Chunk("ISFT", "tool").Chunk("INAM", "Name");
     list.Chunk("ICRD", "2001-05-06").Chunk("IARL", {"12\0", 3});
     list.Chunk("vltg", TagEntry("composer", "A") + TagEntry("Mood", "B") + TagEntry("disc", "1") + '\0');
     WavImage image = WavImage().Fmt(1, 1, 8000, 16).Chunk("bext", "x").Chunk("JUNK", "x").Data({1, 2, 3});
@@ -165,8 +119,7 @@ TEST_F(HostConvert, WhatIsDecodedKeepsItsSamplesAndTags) {
         narrow += sample;
         wide += '\0' + sample;
     }
-    const WavImage list =
-        WavImage(WavImage::Empty{}).Chunk("INAM", "Name").Chunk("vltg", TagEntry("disc", "1"));
+    const WavImage list = None().Chunk("INAM", "Name").Chunk("vltg", TagEntry("disc", "1"));
     WriteImage("in.wav", WavImage().Fmt(1, 1, 8000, 24).Chunk("data", wide).Info(list));
     const std::string before = Bytes("in.wav");
     ASSERT_EQ(Run("sox in.wav other.aiff").exitCode, 0);

@@ -35,9 +35,25 @@ TEST_F(HostInfo, JsonIsOneArrayAlsoWhenFilesFailOrHaveNamesThatAreNoUtf8) {
 TEST_F(HostInfo, SaysWhichModuleItCouldNotLoad) {
     WriteBytes("other.so", "no library");
     const RunResult bad = Vlwav("info a.wav --module other.so");
-    EXPECT_EQ(bad.exitCode, 1);
-    EXPECT_NE(bad.err.find("--module"), std::string::npos) << bad.err;
+    ExpectEnd(bad, 1, "--module");
     EXPECT_EQ(bad.out, "");
+}
+
+TEST_F(HostInfo, FormatsAreRowsInTheLanguageThatIsAskedFor) {
+    const json array = Json("formats --language PT-br");
+    ASSERT_EQ(array.size(), 28u);
+    const json wanted = {{"index", 23},
+                         {"text", "44,100 kHz, 16 bits, Estéreo"},
+                         {"channels", 2},
+                         {"rate", 44100},
+                         {"bits", 16},
+                         {"bytesPerFrame", 4},
+                         {"bytesPerSecond", 176400}};
+    EXPECT_EQ(array[23], wanted);
+    EXPECT_NE(Vlwav("formats --language 1041").out.find("44.100 kHz、16 ビット、ステレオ"),
+              std::string::npos);
+    for (const char* language : {"en-", "65536"})
+        ExpectEnd(Vlwav("formats --language " + std::string(language)), 2, "pt-BR");
 }
 
 }  // namespace

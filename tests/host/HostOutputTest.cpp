@@ -16,9 +16,8 @@ TEST_F(HostOutput, AFullClosedOrBrokenOutputIsNeverASuccess) {
     for (const char* line : {"info a.wav >/dev/full", "info --json a.wav >&-", "info a.wav 1</dev/null",
                              "decode a.wav >&-", "decode a.wav -o /dev/full", "decode a.wav -o nowhere/a.raw",
                              "--help >/dev/full", "decode a.wav -o ."}) {
-        const RunResult run = Vlwav(line);
-        EXPECT_EQ(run.exitCode, 1) << line;
-        EXPECT_NE(run.err.find("Writing to "), std::string::npos) << line << ": " << run.err;
+        SCOPED_TRACE(line);
+        ExpectEnd(Vlwav(line), 1, "Writing to ");
     }
     EXPECT_EQ(Names(), std::vector<std::string>{"a.wav"});
 }
@@ -29,25 +28,46 @@ TEST_F(HostOutput, AReaderThatGoesAwayIsAFailureWithAReason) {
     EXPECT_NE(run.err.find("Writing to standard output failed"), std::string::npos) << run.err;
 }
 
-TEST_F(HostOutput, ADiskThatFillsUpLeavesNothingBehind) {
-    const RunResult run = Run("ulimit -f 100; trap '' XFSZ; '" VLWAV_PATH "' decode a.wav -o a.raw");
-    EXPECT_EQ(run.exitCode, 1);
-    EXPECT_NE(run.err.find("Writing to a.raw failed"), std::string::npos) << run.err;
-    EXPECT_EQ(Names(), std::vector<std::string>{"a.wav"});
+TEST_F(HostOutput, ADiskThatFillsUpAnywhereLeavesEverythingAsItWas) {
+    // 1024 bytes, two blocks of the shell, fill up in the audio, with the tags that are written last, or with
+    // a tag more in a file that fits; of the last one they hold all.
+    WriteWav("tags.wav", 2, 44100, 16, 240);
+    WriteWav("full.wav", 1, 8000, 8, 980);
+    WriteWav("odd.wav", 1, 44100, 8, 979);
+    const auto before = Names();
+    const std::string full = Bytes("full.wav");
+    const auto limited = [&](const std::string& line) {
+        return Run("ulimit -f 2; '" VLWAV_PATH "' " + line);
+    };
+    ExpectEnd(limited("decode a.wav -o a.raw"), 1, "Writing to a.raw failed");
+    for (const char* line : {"convert -o out.wav a.wav", "tag full.wav --set title=x",
+                             "convert -o out.wav tags.wav --set comment=01234567890123456789"})
+        ExpectEnd(limited(line), 1, "room on the disk");
+    EXPECT_TRUE(Bytes("full.wav") == full);
+    EXPECT_EQ(Names(), before);
+    EXPECT_EQ(limited("convert -o out.wav odd.wav").exitCode, 0);
 }
 
-TEST_F(HostOutput, TheInputIsNeverItsOwnOutput) {
+TEST_F(HostOutput, WhatIsThereAndTheInputItselfStayAsTheyAre) {
     std::filesystem::create_symlink("a.wav", m_folder / "link.wav");
     std::filesystem::create_hard_link(m_folder / "a.wav", m_folder / "hard.wav");
+    WriteBytes("broken.wav", "no wave");
+    WriteBytes("out.wav", "precious");
     const std::string before = Bytes("a.wav");
-    for (const char* line :
-         {"decode a.wav -o ./link.wav", "decode link.wav -o hard.wav", "decode a.wav >>a.wav"}) {
-        const RunResult run = Vlwav(line);
-        EXPECT_EQ(run.exitCode, 1) << line;
-        EXPECT_NE(run.err.find("the input itself"), std::string::npos) << line << ": " << run.err;
-        EXPECT_TRUE(Bytes("a.wav") == before) << line;
+    const auto names = Names();
+    ExpectEnd(Vlwav("convert a.wav -o out.wav"), 1, "out.wav is there already");
+    ExpectEnd(Vlwav("decode a.wav --channels 3 -o out.wav"), 1, "3 channels can't be made of 2");
+    ExpectEnd(Vlwav("decode broken.wav -o out.wav"), 1, "broken.wav");
+    EXPECT_EQ(Bytes("out.wav"), "precious");
+    for (const char* line : {"decode a.wav -o ./link.wav", "decode link.wav -o hard.wav",
+                             "decode a.wav >>a.wav", "convert --overwrite a.wav -o link.wav",
+                             "convert --overwrite a.wav -o .", "convert --overwrite link.wav -o a.wav"}) {
+        SCOPED_TRACE(line);
+        ExpectEnd(Vlwav(line), 1, "the input itself");
+        EXPECT_TRUE(Bytes("a.wav") == before);
     }
-    EXPECT_EQ(Names(), (std::vector<std::string>{"a.wav", "hard.wav", "link.wav"}));
+    EXPECT_EQ(Vlwav("convert a.wav -o /dev/null --overwrite").exitCode, 1);
+    EXPECT_EQ(Names(), names);
 }
 
 TEST_F(HostOutput, AReplacedFileKeepsItsModeAndItsLinkAndADeviceIsNotReplaced) {
@@ -76,8 +96,7 @@ TEST_F(HostOutput, InterruptedWorkSaysSoAndLeavesNothing) {
         const std::string begun = "for i in $(seq 300); do ls -A out | grep -q . && break; sleep 0.1; done";
         const RunResult run =
             Run("'" VLWAV_PATH "' " + std::string(work) + " & " + begun + "; kill -" + name + " $!; wait $!");
-        EXPECT_EQ(run.exitCode, 1) << work;
-        EXPECT_NE(run.err.find("Interrupted by SIG" + std::string(name)), std::string::npos) << run.err;
+        ExpectEnd(run, 1, "Interrupted by SIG" + std::string(name));
         EXPECT_EQ(Names(), before) << work;
     }
 }
@@ -87,6 +106,34 @@ TEST_F(HostOutput, ATerminalGetsAHintInsteadOfRawAudio) {
     const RunResult run = Run("script -qec \"'" VLWAV_PATH "' decode a.wav\" /dev/null");
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_NE(run.out.find("name a file with -o"), std::string::npos) << run.out;
+}
+
+class HostDecode : public VlwavTest {};
+
+TEST_F(HostDecode, ACutOffFileGivesWhatIsThereWithAWarning) {
+    const std::string audio = WriteWav("a.wav", 2, 44100, 16, 100000);  // more than two blocks
+    const RunResult whole = Vlwav("decode a.wav --rate 48000 --channels 1");
+    EXPECT_EQ(whole.err, "");
+    EXPECT_NEAR(static_cast<double>(whole.out.size()) / 2, 100000.0 * 48000 / 44100, 3);
+    std::filesystem::resize_file(m_folder / "a.wav", 44 + 200000);
+    const RunResult run = Vlwav("decode a.wav | cat");
+    EXPECT_TRUE(run.out == audio.substr(0, 200000));
+    ExpectEnd(run, 0, "50000 of the promised 100000 frames");
+}
+
+TEST_F(HostDecode, WrongUsageEndsWithTwo) {
+    WriteWav("a.wav", 2, 44100, 16, 100);
+    for (const char* arguments :
+         {"", "info", "info --unknown a.wav", "decode a.wav --rate 999 -o a.raw",
+          "decode a.wav --rate 4294967297 -o a.raw", "decode a.wav --channels 0 -o a.raw",
+          "decode a.wav b.wav", "decode a.wav --rate fast -o a.raw"}) {
+        const RunResult run = Vlwav(arguments);
+        EXPECT_EQ(run.exitCode, 2) << arguments;
+        EXPECT_NE(run.err, "") << arguments;
+        EXPECT_EQ(run.out, "") << arguments;
+    }
+    EXPECT_EQ(Vlwav("decode --help").exitCode, 0);
+    EXPECT_EQ(Names(), std::vector<std::string>{"a.wav"});
 }
 
 }  // namespace

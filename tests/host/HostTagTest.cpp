@@ -7,7 +7,7 @@ protected:
     // One second, and an "INFO" list of one chunk in front of what follows.
     void WriteTagged(const std::string& id, std::string_view content, std::string_view after = "") const {
         WavImage image = WavImage().Fmt(1, 1, 8000, 8).Chunk("data", std::string(8000, 'x'));
-        WriteImage("a.wav", image.Info(WavImage(WavImage::Empty{}).Chunk(id, content)).Bytes(after));
+        WriteImage("a.wav", image.Info(None().Chunk(id, content)).Bytes(after));
     }
 };
 
@@ -39,11 +39,8 @@ TEST_F(HostTag, NamesAndNumbersThatCannotBeTouchNothing) {
         {"--set year=1x", "must be a number"},
         {"--set track=2147483648", "must be a number"},
         {"--set title", "no NAME=VALUE"}};
-    for (const auto& [option, reason] : rows) {
-        const RunResult run = Vlwav("tag a.wav --set album=x " + std::string(option));
-        EXPECT_EQ(run.exitCode, 2) << option;
-        EXPECT_NE(run.err.find(reason), std::string::npos) << run.err;
-    }
+    for (const auto& [option, reason] : rows)
+        ExpectEnd(Vlwav("tag a.wav --set album=x " + std::string(option)), 2, reason);
     EXPECT_TRUE(Bytes("a.wav") == before);
 }
 
@@ -72,8 +69,7 @@ TEST_F(HostTag, WhatTheFileCannotKeepIsTold) {
     for (const auto& row : rows) {
         WriteTagged(row.id, row.content, std::string_view("cue \0\0\0\0", 8));
         const RunResult run = Vlwav("tag a.wav --json " + std::string(row.option));
-        EXPECT_EQ(run.exitCode, 0) << run.err;
-        EXPECT_NE(run.err.find(row.warning), std::string::npos) << run.err;
+        ExpectEnd(run, 0, row.warning);
         EXPECT_EQ(json::parse(run.out)[0]["tags"], row.tags) << row.warning;
         EXPECT_NE(Bytes("a.wav").find("cue "), std::string::npos) << row.warning;
     }
@@ -88,11 +84,10 @@ TEST_F(HostTag, AFileThatCannotBeChangedFailsAndTheOthersGoOn) {
     WriteImage("late.wav", WavImage().Chunk("bext", "xx").Fmt(1, 1, 8000, 16).Data({1, 2, 3}));
     const RunResult run =
         Vlwav("tag --json --set genre=Folk locked.wav missing.wav wide.wav cut.wav late.wav");
-    EXPECT_EQ(run.exitCode, 1);
     for (const char* line :
          {"locked.wav: The file can't be opened for writing", "missing.wav: The file could not be opened",
           "wide.wav: The audio is not PCM of 8 or 16"})
-        EXPECT_NE(run.err.find(line), std::string::npos) << run.err;
+        ExpectEnd(run, 1, line);
     const json array = json::parse(run.out);
     ASSERT_EQ(array.size(), 5u);
     EXPECT_EQ(array[2]["error"]["code"], 1001);
@@ -100,28 +95,13 @@ TEST_F(HostTag, AFileThatCannotBeChangedFailsAndTheOthersGoOn) {
         EXPECT_EQ(array[good]["tags"], (json{{"genre", "Folk"}}));
 }
 
-TEST_F(HostTag, ASaveThatDoesNotReachTheDiskIsAFailure) {
-    WriteWav("a.wav", 1, 8000, 8, 980);  // with its header exactly the 1024 bytes that are allowed
-    const std::string before = Bytes("a.wav");
-    const RunResult run = Run("ulimit -f 2; '" VLWAV_PATH "' tag a.wav --set title=x");
-    EXPECT_EQ(run.exitCode, 1);
-    EXPECT_NE(run.err.find("room on the disk"), std::string::npos) << run.err;
-    EXPECT_TRUE(Bytes("a.wav") == before);
-}
-
 TEST_F(HostTag, TagsAbove64MiBAreRefusedBeforeAnythingIsMade) {
     constexpr uint32_t kHuge = 65 << 20;
-    WriteImage("a.wav", WavImage()
-                            .Fmt(1, 1, 8000, 8)
-                            .Data({1})
-                            .Header("LIST", kHuge)
-                            .Bytes("INFO")
-                            .Header("INAM", kHuge - 12));
+    WavImage image = WavImage().Fmt(1, 1, 8000, 8).Data({1}).Header("LIST", kHuge);
+    WriteImage("a.wav", image.Bytes("INFO").Header("INAM", kHuge - 12));
     ASSERT_EQ(Run("truncate -s 66M a.wav").exitCode, 0);
     for (const char* command : {"tag a.wav", "tag a.wav --set title=x", "convert a.wav -o b.wav"}) {
-        const RunResult run = Vlwav(command);
-        EXPECT_EQ(run.exitCode, 1) << command;
-        EXPECT_NE(run.err.find("more than 64 MiB"), std::string::npos) << run.err;
+        ExpectEnd(Vlwav(command), 1, "more than 64 MiB");
         EXPECT_NE(Run("test -e b.wav").exitCode, 0) << command;
     }
 }

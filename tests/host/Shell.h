@@ -3,18 +3,15 @@
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "tests/support/ScopedFile.h"
 #include "tests/support/WavImage.h"
 
 struct RunResult {
@@ -26,14 +23,7 @@ struct RunResult {
 class ShellTest : public testing::Test {
 protected:
     void SetUp() override {
-        std::string name = (std::filesystem::temp_directory_path() / "vlwav-test-XXXXXX").string();
-        ASSERT_NE(mkdtemp(name.data()), nullptr);
-        m_folder = name;
         setenv("VELTO_REGISTRY", (m_folder / ".registry").c_str(), 1);  // never the user's own
-    }
-    void TearDown() override {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_folder, ignored);
     }
 
     // Runs the line by the shell inside the folder; redirections of the line win over the capture.
@@ -49,10 +39,7 @@ protected:
         std::filesystem::remove(err);
         return result;
     }
-    std::string Bytes(const std::string& name) const {
-        std::ifstream file(m_folder / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    std::string Bytes(const std::string& name) const { return FileContents(m_folder / name); }
     // What lies in the folder, and in those below it.
     std::vector<std::string> Names() const {
         std::vector<std::string> names;
@@ -77,5 +64,6 @@ protected:
         return audio;
     }
 
-    std::filesystem::path m_folder;
+    const TempFolder m_temp;
+    const std::filesystem::path m_folder = m_temp.Path();
 };

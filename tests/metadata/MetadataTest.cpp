@@ -4,6 +4,9 @@
 #include "AudioCodec/attributes/AttributeIds.h"
 #include "AudioCodec/metadata/CACMetadataEditor.h"
 #include "AudioCodec/metadata/MetadataTransfer.h"
+#include "AudioCodec/metadata/TagMapping.h"
+#include "AudioCodec/shell/object/CStr.h"
+#include "riff/ByteOrder.h"
 #include "tests/metadata/MetadataHelpers.h"
 #include "tests/support/FailingAllocator.h"
 #include "tests/support/ScopedFile.h"
@@ -111,9 +114,7 @@ Bytes Recording(const std::string& info = "", uint16_t bits = 16) {
     WavImage image;
     image.Fmt(1, 1, 8000, bits).Data({1, 2, 3});
     if (!info.empty()) image.Chunk("LIST", "INFO" + info);
-    Bytes bytes = image.Image();
-    bytes[4] = static_cast<uint8_t>(bytes.size() - 8);
-    return bytes;
+    return image.Sized().Image();
 }
 
 RefPtr<CACMetadataEditor> Editor(const ScopedFile& file) {
@@ -210,6 +211,148 @@ TEST(MetadataEditor, WithoutMemorySaveLeavesTheFileAsItWas) {
         saved = editor->Save();
     }
     EXPECT_EQ(saved, RESULT_OK);
+}
+
+TagPairs Read(const InfoChunks& chunks) {
+    TagList tags;
+    ChunksToTags(tags, chunks);
+    return PairsOf(tags);
+}
+
+InfoChunks Stored(const TagPairs& pairs, InfoChunks chunks = {}) {
+    TagList tags = ListOf(pairs);
+    TagsToChunks(tags, chunks);
+    return chunks;
+}
+
+TEST(Tags, NamesAreLoweredAndBlanksTrimmed) {
+    TagList tags = ListOf({{u"TiTle", u"  North Wind "}, {u"a", u"   "}, {u" B", u"x\t"}});
+    EXPECT_EQ(PairsOf(tags), (TagPairs{{u"title", u"North Wind"}, {u"a", u""}, {u" b", u"x\t"}}));
+}
+
+TEST(Tags, ChunksComeInTheOrderOfTheirIds) {
+    EXPECT_EQ(Read({{FourCC("INAM"), "Song\0junk"s},
+                    {FourCC("IART"), "A"},
+                    {FourCC("ICRD"), "1999-12-31\0"s},
+                    {FourCC("IARL"), "7th"},
+                    {FourCC("ISFT"), "x"},
+                    {FourCC("ICMT"), ""},
+                    {FourCC("IGNR"), "\x80"},
+                    {FourCC("vltg"), "Mood=\xFE\xFF\0a\0\0\0"s}}),
+              (TagPairs{{u"year", u"1999"},
+                        {u"track", u"7"},
+                        {u"title", u"Song"},
+                        {u"genre", u"\u20AC"},
+                        {u"comment", u""},
+                        {u"artist", u"A"},
+                        {u"mood", u"a"}}));
+    for (const char* place : {"Shelf 12", ""}) EXPECT_EQ(Read({{FourCC("IARL"), place}}), TagPairs{});
+}
+
+TEST(Tags, TheTagChunkIsWrittenToTheByte) {
+    const TagPairs pairs{{u"composer", u"Abc"}, {u"month", u"6"}};
+    const InfoChunks expected{
+        {FourCC("vltg"), "composer=\xFF\xFE\x41\0b\0c\0\0\0month=\xFF\xFE\x36\0\0\0\0"s}};
+    EXPECT_EQ(Stored(pairs), expected);
+    EXPECT_EQ(Read(expected), pairs);
+}
+
+TEST(Tags, ADamagedTagChunkGivesTheWholeEntriesInFront) {
+    const TagPairs all{{u"a", u"1"}, {u"", u"x=y"}, {u"c", u""}};
+    const size_t ends[] = {8, 19, 25};  // after which each is whole
+    const InfoChunks stored = Stored(all);
+    const std::string_view whole = stored.Find(FourCC("vltg")).value();
+    for (size_t length = 0; length <= whole.size(); ++length) {
+        // On the heap and no longer than it says, so that a read past it is seen.
+        const std::vector<char> bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
+        const InfoChunks chunks{{FourCC("vltg"), {bytes.data(), bytes.size()}}};
+        TagPairs expected;
+        for (size_t i = 0; i < 3; ++i)
+            if (length >= ends[i]) expected.push_back(all[i]);
+        EXPECT_EQ(Read(chunks), expected) << length;
+    }
+    EXPECT_EQ(Read({{FourCC("vltg"), "abc\0=\xFF\xFE\0\0"s}}), TagPairs{});
+}
+
+TEST(Tags, StandardTagsGetTheirChunks) {
+    EXPECT_EQ(
+        Stored({{u"title", u"Song"}, {u"year", u"2004"}, {u"track", u"7"}, {u"title", u"Later"}}),
+        (InfoChunks{{FourCC("INAM"), "Later\0"s}, {FourCC("ICRD"), "2004\0"s}, {FourCC("IARL"), "7\0"s}}));
+    EXPECT_EQ(Stored({}, {{FourCC("ISFT"), "me"}, {FourCC("INAM"), "x"}, {FourCC("vltg"), "y"}}),
+              (InfoChunks{{FourCC("ISFT"), "me"}}));
+}
+
+TEST(Tags, ADateKeepsMonthAndDayAndAnArchivalLocationItsPlace) {
+    const struct {
+        uint32_t chunk;
+        std::string old, stored;
+    } rows[] = {
+        {FourCC("ICRD"), "2004-05-06\0"s, "3-05-06\0\0"s},
+        {FourCC("ICRD"), "2004\0"s, "3\0\0"s},
+        {FourCC("ICRD"), "2004", "3\0"s},
+        {FourCC("IARL"), "7\0"s, "3\0"s},
+        {FourCC("IARL"), "12", "3\0"s},
+        {FourCC("IARL"), "1x", "3\0"s},
+        {FourCC("IARL"), "12\0"s, "12\0"s},
+        {FourCC("IARL"), "Shelf 12", "Shelf 12"},
+        {FourCC("IARL"), "3rd shelf", "3rd shelf"},
+    };
+    for (const auto& row : rows) {
+        const TagPairs tags{{row.chunk == FourCC("ICRD") ? u"year" : u"track", u"3"}};
+        EXPECT_EQ(Stored(tags, {{row.chunk, row.old}}), (InfoChunks{{row.chunk, row.stored}})) << row.old;
+    }
+}
+
+using Mode = CStr::CopyMode;
+
+TEST(CStr, ConvertsEachWayOnceAndKeepsWhatItHad) {
+    static constexpr char16_t kLiteral[] = u"\u20AC \u00E9 \u30E2";
+    CStr text(kLiteral);
+    EXPECT_EQ(text.Wide(), kLiteral);  // wrapped, not copied
+    const char* const narrow = text.Narrow();
+    EXPECT_STREQ(narrow, "\x80 \xE9 ?");
+    EXPECT_EQ(text.Narrow(), narrow);
+    EXPECT_EQ(text.WideLength(), 5u);
+    EXPECT_EQ(std::u16string(CStr("\x80\x99", 2).Wide()), u"\u20AC\u2122");
+    CStr none;
+    EXPECT_TRUE(!none.Wide() && !none.Narrow() && none.WideLength() == 0);
+}
+
+TEST(CStr, CopiesShareOrTakeOverByMode) {
+    CStr source(u"both", 4);
+    source.Narrow();
+    const char16_t* const wide = source.Wide();
+    CStr deep(source, Mode::Deep);
+    EXPECT_NE(deep.Wide(), wide);
+    EXPECT_STREQ(deep.Narrow(), "both");
+    EXPECT_EQ(CStr(source, Mode::Alias).Wide(), wide);
+    CStr taken(source, Mode::DeepOrTake);
+    EXPECT_EQ(taken.Wide(), wide);
+    EXPECT_EQ(source.Wide(), wide);  // still borrowed from the new owner
+    CStr literal(u"literal");
+    EXPECT_NE(CStr(literal, Mode::DeepOrTake).Wide(), literal.Wide());
+    CStr moved;
+    {
+        CStr narrow("n", 1);
+        moved = CStr(std::move(narrow));
+    }
+    EXPECT_STREQ(moved.Narrow(), "n");
+}
+
+TEST(CStr, ComparesExactlyInTheFormThatBothHave) {
+    CStr wide(u"abc");
+    CStr narrow("abc", 3);
+    CStr upper("ABC", 3);
+    CStr high("\xE9", 1);
+    CStr none;
+    CStr empty(u"");
+    EXPECT_EQ(wide.Compare(narrow), 0);
+    EXPECT_EQ(narrow.Compare(upper), 1);
+    EXPECT_EQ(upper.Compare(high), -1);  // bytes are unsigned
+    EXPECT_EQ(none.Compare(empty), -1);
+    EXPECT_EQ(empty.Compare(none), 1);
+    EXPECT_EQ(none.Compare(none), 0);
+    EXPECT_EQ(empty.Compare(wide), -1);
 }
 
 }  // namespace

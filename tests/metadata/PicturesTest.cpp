@@ -4,17 +4,16 @@
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
-#include <thread>
 
 #include "AudioCodec/metadata/CMemoryStream.h"
 #include "platform/com/TaskText.h"
 #include "tests/metadata/MetadataHelpers.h"
 #include "tests/platform/SystemFaults.h"
-#include "tests/platform/TempFolder.h"
 #include "tests/support/ByteStream.h"
 #include "tests/support/FailingAllocator.h"
 #include "tests/support/Painting.h"
 #include "tests/support/ScopedFile.h"
+#include "tests/support/Threads.h"
 
 namespace {
 
@@ -203,17 +202,15 @@ TEST_F(PicturesThroughFiles, FailuresLeaveTheSetAndTheFolderAsTheyWere) {
 class PicturesThreads : public PicturesThroughFiles {};
 
 TEST_F(PicturesThreads, EightThreadsNeverMeetInOneFile) {
-    std::vector<std::thread> threads;
-    for (int32_t number = 0; number < 8; ++number)
-        threads.emplace_back([number] {
-            for (int turn = 0; turn < 15; ++turn) {
-                const auto metadata = NewMetadata();
-                const ImagePtr image = Photograph(10 + number, 10 + turn);
-                ASSERT_EQ(metadata->SetPictureFromImage(image.get(), 3, nullptr), RESULT_OK);
-                ASSERT_EQ(GetImage(*metadata, 3)->GetWidth(), 10 + number);
-            }
-        });
-    for (std::thread& thread : threads) thread.join();
+    InThreads(8, [](uint32_t number) {
+        const int32_t width = 10 + static_cast<int32_t>(number);
+        for (int turn = 0; turn < 15; ++turn) {
+            const auto metadata = NewMetadata();
+            const ImagePtr image = Photograph(width, 10 + turn);
+            ASSERT_EQ(metadata->SetPictureFromImage(image.get(), 3, nullptr), RESULT_OK);
+            ASSERT_EQ(GetImage(*metadata, 3)->GetWidth(), width);
+        }
+    });
 }
 
 // --- the stream

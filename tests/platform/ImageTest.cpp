@@ -5,25 +5,18 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cstdlib>
-#include <fstream>
-
+#include "platform/base/Utf.h"
 #include "platform/file/File.h"
 #include "platform/file/TempFile.h"
 #include "riff/ByteOrder.h"
 #include "tests/platform/SystemFaults.h"
-#include "tests/platform/TempFolder.h"
 #include "tests/support/ByteStream.h"
 #include "tests/support/Painting.h"
+#include "tests/support/ScopedFile.h"
 
 namespace {
 
 using Bytes = std::vector<uint8_t>;
-
-Bytes FileBytes(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 HRESULT LoadBytes(CImage& image, const Bytes& bytes) {
     ByteStream stream(bytes);
@@ -35,18 +28,11 @@ HRESULT LoadBytes(CImage& image, const Bytes& bytes) {
 constexpr int32_t kWidth = 29;  // of the pictures that are made
 constexpr int32_t kHeight = 19;
 
-class ImageDecoders : public testing::Test {
+class ImageDecoders : public testing::Test {  // CTest makes the pictures before
 protected:
-    // Made once for all processes that the tests run in.
-    static void SetUpTestSuite() {
-        const std::filesystem::path folder(VL_PICTURES);
-        if (exists(folder / "made")) return;
-        ASSERT_EQ(std::system("bash '" VL_MAKE_PICTURES "' '" VL_PICTURES "' --reference"), 0);
-        std::ofstream(folder / "made").put('\n');
-    }
     ImageDecoders() { LoadBytes(m_keeper, {}); }
     static Bytes Picture(const std::string& name) {
-        return FileBytes((std::filesystem::path(VL_PICTURES) / name).string());
+        return FileContents<Bytes>(std::filesystem::path(VL_PICTURES) / name);
     }
 
     CImage m_keeper;  // so that the library isn't started for each file
@@ -258,7 +244,7 @@ TEST(Image, FormatsGoOutAndComeBackAsTheyWere) {
             image.SetPixel(0, 0, glass);
         ASSERT_EQ(image.Save(folder.Wide(row.name).c_str(), nullptr), S_OK);
         CImage back;
-        ASSERT_EQ(LoadBytes(back, FileBytes(folder.Native(row.name))), S_OK);
+        ASSERT_EQ(LoadBytes(back, FileContents<Bytes>(folder.Native(row.name))), S_OK);
         EXPECT_EQ(back.GetBPP(), row.backBits);
         for (int32_t i = 0; i < 61 * 43; ++i) {
             const uint32_t alpha = row.step > 0 ? 0xFF000000 : 0;

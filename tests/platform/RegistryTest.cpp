@@ -3,12 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 
 #include "platform/base/LastError.h"
 #include "platform/registry/UniqueKey.h"
-#include "tests/platform/TempFolder.h"
+#include "tests/support/ScopedFile.h"
 
 namespace {
 

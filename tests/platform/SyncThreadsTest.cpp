@@ -2,8 +2,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <thread>
-#include <vector>
 
 #include "platform/base/LastError.h"
 #include "platform/base/UniqueHandle.h"
@@ -11,6 +9,7 @@
 #include "platform/sync/CriticalSection.h"
 #include "platform/sync/Thread.h"
 #include "platform/sync/Waitable.h"
+#include "tests/support/Threads.h"
 
 namespace {
 
@@ -22,21 +21,17 @@ constexpr int kThreads = 4, kSteps = 2000;
 template <class Enter, class Leave>
 void ExpectOneAtATime(Enter enter, Leave leave) {
     int64_t counter = 0;  // not atomic: a hole in the lock is a data race, and loses counts
-    std::vector<std::jthread> threads(kThreads);
-    for (auto& thread : threads) {
-        thread = std::jthread([&] {
-            for (int i = 0; i < kSteps; ++i) {
-                enter();
-                enter();
-                const int64_t before = counter;
-                leave();
-                if (i % 64 == 0) std::this_thread::yield();
-                counter = before + 1;
-                leave();
-            }
-        });
-    }
-    threads.clear();
+    InThreads(kThreads, [&](uint32_t) {
+        for (int i = 0; i < kSteps; ++i) {
+            enter();
+            enter();
+            const int64_t before = counter;
+            leave();
+            if (i % 64 == 0) std::this_thread::yield();
+            counter = before + 1;
+            leave();
+        }
+    });
     EXPECT_EQ(counter, kThreads * kSteps);
 }
 
@@ -48,27 +43,6 @@ TEST(SyncThreads, CriticalSectionsAndMutexesKeepOthersOutUntilTheLastLeave) {
     const UniqueHandle mutex(CreateMutexA(nullptr, FALSE, nullptr));
     ExpectOneAtATime([&] { ASSERT_EQ(WaitForSingleObject(mutex.get(), INFINITE), WAIT_OBJECT_0); },
                      [&] { ASSERT_TRUE(ReleaseMutex(mutex.get())); });
-}
-
-TEST(SyncThreads, AWaitEndsByItsTimeOrWithTheReleaseByTheOwnerAlone) {
-    const UniqueHandle mutex(CreateMutexA(nullptr, TRUE, nullptr));
-    std::atomic<bool> timedOut = false;
-    std::jthread other([&] {
-        const auto start = std::chrono::steady_clock::now();
-        EXPECT_EQ(WaitForSingleObject(mutex.get(), 0), WAIT_TIMEOUT);
-        EXPECT_EQ(WaitForSingleObject(mutex.get(), 30), WAIT_TIMEOUT);
-        EXPECT_GE(std::chrono::steady_clock::now() - start, 30ms);
-        EXPECT_FALSE(ReleaseMutex(mutex.get()));
-        EXPECT_EQ(GetLastError(), ERROR_NOT_OWNER);
-        timedOut = true;
-        EXPECT_EQ(WaitForSingleObject(mutex.get(), 60000), WAIT_OBJECT_0);
-        EXPECT_TRUE(ReleaseMutex(mutex.get()));
-    });
-    while (!timedOut) std::this_thread::sleep_for(1ms);
-    std::this_thread::sleep_for(5ms);  // most often the other waits by now
-    EXPECT_TRUE(ReleaseMutex(mutex.get()));
-    other.join();
-    EXPECT_EQ(WaitForSingleObject(mutex.get(), 0), WAIT_OBJECT_0);
 }
 
 TEST(SyncThreads, AManualEventStaysSetAndAnAutomaticOneLetsOneWaitThrough) {
@@ -90,7 +64,9 @@ TEST(SyncThreads, AWaitForAnyTakesTheFirstOfThoseToBeHadAndNoOther) {
     const UniqueHandle stop(CreateEventA(nullptr, FALSE, FALSE, nullptr));
     const UniqueHandle work(CreateEventA(nullptr, FALSE, FALSE, nullptr));
     const HANDLE both[] = {stop.get(), work.get()};
-    EXPECT_EQ(WaitForMultipleObjects(2, both, FALSE, 5), WAIT_TIMEOUT);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(WaitForMultipleObjects(2, both, FALSE, 30), WAIT_TIMEOUT);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 30ms);
     SetEvent(work.get());
     SetEvent(stop.get());
     EXPECT_EQ(WaitForMultipleObjects(2, both, FALSE, INFINITE), WAIT_OBJECT_0);
@@ -141,6 +117,70 @@ TEST(SyncThreads, AThreadIsToBeHadWhenItsFunctionReturnsAndOutlivesItsHandle) {
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(CreateThread(nullptr, 1 << 20, run, nullptr, 0, nullptr), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_NOT_SUPPORTED);
+}
+
+DWORD WaitElsewhere(HANDLE object, DWORD milliseconds = 0) {
+    DWORD result = 0;
+    std::jthread([&] { result = WaitForSingleObject(object, milliseconds); }).join();
+    return result;
+}
+
+TEST(NamedObjectsThreads, ANameMeansOneObjectUntilItsLastHandleIsClosed) {
+    for (int round = 0; round < 2; ++round) {  // the second finds nothing of the first
+        UniqueHandle first(CreateMutexA(nullptr, TRUE, "~one"));
+        EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
+        UniqueHandle again(CreateMutexA(nullptr, TRUE, "~one"));  // its owner already, not once more
+        EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
+        const UniqueHandle other(CreateMutexA(nullptr, FALSE, "~One"));
+        EXPECT_EQ(WaitElsewhere(other.get()), WAIT_OBJECT_0);  // case counts
+        EXPECT_EQ(WaitElsewhere(again.get()), WAIT_TIMEOUT);
+        first.reset();
+        EXPECT_TRUE(ReleaseMutex(again.get()));
+        EXPECT_FALSE(ReleaseMutex(again.get()));
+        EXPECT_EQ(CreateEventA(nullptr, FALSE, FALSE, "~one"), nullptr);
+        EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+    }
+}
+
+TEST(NamedObjectsThreads, AMutexGoesOnWhenItsOwnerEndsAndSaysSoOnce) {
+    const UniqueHandle mutex(CreateMutexA(nullptr, FALSE, nullptr));
+    const UniqueHandle never(CreateEventA(nullptr, FALSE, FALSE, nullptr));
+    std::atomic<bool> taken = false;
+    std::atomic<bool> end = false;
+    std::jthread owner([&] {
+        const UniqueHandle given(CreateMutexA(nullptr, TRUE, nullptr));
+        for (int i = 0; i < 2; ++i) EXPECT_EQ(WaitForSingleObject(mutex.get(), 0), WAIT_OBJECT_0);
+        taken = true;
+        while (!end) std::this_thread::sleep_for(1ms);
+    });
+    while (!taken) std::this_thread::sleep_for(1ms);
+    std::jthread ender([&] {
+        std::this_thread::sleep_for(5ms);  // most often the wait below has begun
+        end = true;
+    });
+    const HANDLE both[] = {never.get(), mutex.get()};
+    EXPECT_EQ(WaitForMultipleObjects(2, both, FALSE, 60000), WAIT_ABANDONED_0 + 1);
+    EXPECT_EQ(WaitElsewhere(mutex.get()), WAIT_TIMEOUT);
+    std::jthread([&] {
+        EXPECT_FALSE(ReleaseMutex(mutex.get()));
+        EXPECT_EQ(GetLastError(), ERROR_NOT_OWNER);
+    }).join();
+    EXPECT_TRUE(ReleaseMutex(mutex.get()));
+    EXPECT_FALSE(ReleaseMutex(mutex.get()));
+    EXPECT_EQ(WaitForSingleObject(mutex.get(), 0), WAIT_OBJECT_0);
+}
+
+TEST(NamedObjectsThreads, ThreadsThatOpenAndCloseMeetTheSameMutex) {
+    int64_t counter = 0;  // not atomic
+    InThreads(kThreads, [&](uint32_t) {
+        for (int step = 0; step < kSteps / 4; ++step) {
+            const UniqueHandle mutex(CreateMutexA(nullptr, FALSE, "~many"));
+            ASSERT_EQ(WaitForSingleObject(mutex.get(), INFINITE), WAIT_OBJECT_0);
+            ++counter;
+            ASSERT_TRUE(ReleaseMutex(mutex.get()));
+        }
+    });
+    EXPECT_EQ(counter, kThreads * kSteps / 4);
 }
 
 }  // namespace

@@ -58,9 +58,12 @@ __attribute__((visibility("default"))) ssize_t pwrite(int file, const void* buff
                                                       off_t place) {
     static auto* const next = Next<decltype(pwrite)>("pwrite");
     if (ChangeFails()) {
-        const bool first = t_state.changes == t_state.faults.changesUntilError + 1;
-        if (t_state.faults.lasting && first && size > kWholeWrite) next(file, buffer, size / 2, place);
-        return -1;
+        SystemFaults& faults = t_state.faults;
+        if (t_state.changes != faults.changesUntilError + 1 || size <= kWholeWrite) return -1;
+        const ssize_t torn = next(file, buffer, size / 2, place);
+        if (faults.lasting) return -1;
+        faults.changesUntilError = t_state.changes;  // the call that would complete it is the one that fails
+        return torn;
     }
     const ssize_t written = Faulty(next, file, buffer, size, place);
     if (written > 0) t_state.written += static_cast<size_t>(written);

@@ -9,8 +9,8 @@ struct SystemFaults {
     int interruptions = 0;        // calls that fail with EINTR first, before each call that goes through
     size_t longest = ~size_t{0};  // bytes that one call moves at most
     int callsUntilError = -1;     // calls that go through before `error`; -1: no error
-    int changesUntilError = -1;   // likewise, but of pwrite, ftruncate and fsync alone
-    bool lasting = false;         // that change is torn and those after it fail, as if the process had died
+    int changesUntilError = -1;   // likewise, but of pwrite, ftruncate and fsync alone; that one is torn
+    bool lasting = false;         // those after it fail too, as if the process had died
     int slowLocks = 0;            // calls of fcntl that take a millisecond, so that racers meet
     bool flushes = true;          // fsync reaches the system; a test of many saves would wait for the medium
     int error = 0;

@@ -1,13 +1,8 @@
 // Proves that a new tag is one row: nothing else here or in the product knows of it.
-#include <gtest/gtest.h>
-
-#include <vector>
-
-#include "AudioCodec/metadata/CMetadata.h"
 #include "AudioCodec/metadata/MetadataTransfer.h"
 #include "AudioCodec/metadata/TagMapping.h"
-#include "platform/com/RefPtr.h"
 #include "riff/TagRows.h"
+#include "tests/metadata/MetadataHelpers.h"
 
 namespace {
 
@@ -28,12 +23,6 @@ std::span<const TagRow> TagTable() {
 }
 
 namespace {
-
-RefPtr<IAC3Metadata> NewMetadata() {
-    RefPtr<IAC3Metadata> metadata;
-    EXPECT_EQ(CreateMetadataObject(metadata.Put()), RESULT_OK);
-    return metadata;
-}
 
 TEST(NewTag, OfOneRowIsReadCopiedAndWritten) {
     TagList tags;

@@ -2,63 +2,23 @@
 
 #include <stdexcept>
 
+#include "AudioCodec/shell/Registration.h"
 #include "AudioCodec/shell/object/Border.h"
 #include "platform/base/Types.h"
+#include "platform/registry/UniqueKey.h"
 #include "tests/shell/SampleObject.h"
 #include "tests/support/FailingAllocator.h"
+#include "tests/support/ScopedFile.h"
 
 namespace {
-
-TEST(Object, LivesByItsCount) {
-    std::atomic<int> deleted = 0;
-    auto* object = new SampleObject(&deleted);
-    EXPECT_EQ(object->AddRef(), 1u);
-    EXPECT_EQ(object->AddRef(), 2u);
-    EXPECT_EQ(object->Release(), 1u);
-    EXPECT_EQ(deleted, 0);
-    EXPECT_EQ(object->Release(), 0u);
-    EXPECT_EQ(deleted, 1);
-}
-
-TEST(Object, InterfacesAreFoundByValueAndTheRootWithoutARow) {
-    auto object = RefPtr<SampleObject>::Retain(new SampleObject);
-    const GUID elsewhere = IID_ISample;
-    for (const GUID* iid : {&IID_IBase, &IID_IAttributeContainer64, &elsewhere}) {
-        RefPtr<IBase> found;
-        EXPECT_EQ(object->QueryInterface(iid, reinterpret_cast<void**>(found.Put())), RESULT_OK);
-        EXPECT_EQ(found.Get(), object.Get());
-        EXPECT_EQ(object->AddRef(), 3u);
-        EXPECT_EQ(object->Release(), 2u);
-    }
-    void* found = &object;
-    EXPECT_EQ(object->QueryInterface(&IID_IStoreAlias, &found), E_NOINTERFACE);  // the store's name, not ours
-    EXPECT_EQ(found, nullptr);
-    found = &object;
-    EXPECT_EQ(object->QueryInterface(nullptr, &found), E_POINTER);
-    EXPECT_EQ(found, nullptr);
-    EXPECT_EQ(object->QueryInterface(&IID_IBase, nullptr), E_POINTER);
-    EXPECT_EQ(object->AddRef(), 2u);
-    object->Release();
-}
-
-TEST(Object, BuffersGoBackThroughAnyObject) {
-    auto object = RefPtr<SampleObject>::Retain(new SampleObject);
-    char16_t* text = nullptr;
-    ASSERT_EQ(object->GetString(1, &text), RESULT_OK);
-    EXPECT_EQ(std::u16string(text), u"preset");
-    auto other = RefPtr<SampleObject>::Retain(new SampleObject);
-    other->Free(text);
-    object->Free(other->Alloc(16));
-    object->Free(nullptr);
-}
 
 TEST(CreateObject, GivesTheFirstReferenceOrACode) {
     std::atomic<int> deleted = 0;
     ISample* sample = nullptr;
     EXPECT_EQ((CreateObject<SampleObject, ISample>(nullptr, &deleted)), RESULT_BAD_ARGUMENT);
     EXPECT_EQ(CreateObject<SampleObject>(&sample, &deleted), RESULT_OK);
-    EXPECT_EQ(sample->AddRef(), 2u);
-    sample->Release();
+    void* found = nullptr;
+    EXPECT_EQ(sample->QueryInterface(&IID_IStoreAlias, &found), E_NOINTERFACE);  // the store's name, not ours
     EXPECT_EQ(sample->Release(), 0u);
     EXPECT_EQ(deleted, 1);
 
@@ -94,6 +54,31 @@ TEST(Border, AnyExceptionBecomesTheNamedCode) {
     EXPECT_EQ(AtBorder(RESULT_CANNOT_OPEN, []() -> Result { throw std::bad_alloc(); }), RESULT_CANNOT_OPEN);
     EXPECT_EQ(AtBorder(onThrow, []() -> Result { throw std::bad_alloc(); }), RESULT_NO_MEMORY);
     EXPECT_EQ(AtBorder(onThrow, []() -> Result { throw 1UL; }), RESULT_FAILED);
+}
+
+constexpr GUID kZeros = MakeGuid("0A0B0C0D-0001-0002-0304-05060708090A");
+
+TEST(RegistrationKeys, KeepTheLeadingZerosOfTheIdentifierInBothForms) {
+    const ScopedFile registry(".db");
+    setenv("VELTO_REGISTRY", registry.Path().c_str(), 1);
+    EXPECT_FALSE(Registration::RegisterClassPath(kZeros, "", true));
+    EXPECT_FALSE(exists(registry.Path()));
+    Registration::RegisterCodec(kZeros, "/in");
+    EXPECT_TRUE(Registration::RegisterClassPath(kZeros, "/out", false));
+    for (const auto& [root, path, value] :
+         {std::tuple(HKEY_LOCAL_MACHINE,
+                     R"(SOFTWARE\Velto\TARNO\AudioCodec\Enum\0A0B0C0D00010002030405060708090A)", ""),
+          {HKEY_CLASSES_ROOT, R"(TARNOCLSID\{0A0B0C0D-0001-0002-0304-05060708090A})", "OutProcServer"}}) {
+        HKEY opened = nullptr;
+        EXPECT_EQ(RegOpenKeyExA(root, path, 0, KEY_READ, &opened), 0) << path;
+        const UniqueKey key(opened);
+        DWORD size = 0;
+        EXPECT_EQ(RegQueryValueExA(opened, value, nullptr, nullptr, nullptr, &size), *value ? 0 : 2);
+        EXPECT_EQ(size, *value ? 4u : 0u);
+    }
+    EXPECT_TRUE(Registration::UnregisterClassPath(kZeros));
+    EXPECT_FALSE(Registration::UnregisterClassPath(kZeros));
+    unsetenv("VELTO_REGISTRY");
 }
 
 }  // namespace

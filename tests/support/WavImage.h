@@ -22,8 +22,7 @@ inline Samples Noise(size_t count) {
 class WavImage {
 public:
     WavImage() { Bytes("RIFF").Word32(0).Bytes("WAVE"); }
-    struct Empty {};
-    explicit WavImage(Empty) {}
+    explicit WavImage(std::string_view bytes) { Bytes(bytes); }
 
     WavImage& Bytes(std::string_view bytes) {
         for (const char byte : bytes) m_bytes.push_back(static_cast<uint8_t>(byte));
@@ -71,3 +70,5 @@ private:
 
     std::vector<uint8_t> m_bytes;
 };
+// For the entries of a list.
+inline WavImage None() { return WavImage(std::string_view()); }

@@ -81,16 +81,6 @@ INSTANTIATE_TEST_SUITE_P(Rates, ConverterRates,
                                          RatePair{32000, 44100, 441, 320}, RatePair{44100, 47999, 911, 837},
                                          RatePair{192000, 8000, 1, 24}));
 
-TEST(Converter, ResetsGiveTheFramesToGoOnFrom) {
-    CSampleRateConverter converter;
-    EXPECT_EQ(converter.ResetToOutputPosition(5), 0);  // not configured yet
-    converter.Configure(2, 44100, 2, 44100);
-    EXPECT_EQ(converter.ResetToOutputPosition(1000), 984);
-    converter.Configure(2, 44100, 2, 48000);
-    for (const auto& [input, output] : {std::pair{0, 1}, {147, 161}, {-1, 1}})
-        EXPECT_EQ(converter.ResetToInputPosition(input), output);
-}
-
 TEST(Converter, ChannelsAreKeptSpreadOrAveraged) {
     const struct {
         uint32_t from, to;

@@ -21,7 +21,6 @@ using Tags = InfoChunks;
 inline const std::string kAudio = "\x81\xF0\3\4zyxw98"s;  // no chunk of its own
 inline const Tags kOld{{FourCC("INAM"), "Old"}, {FourCC("ICRD"), "1999"}};
 
-inline WavImage None() { return WavImage(WavImage::Empty{}); }
 inline WavImage Pcm() { return WavImage().Fmt(1, 1, 8000, 16); }
 inline std::string ListOf(const Tags& tags) {
     WavImage list = None().Bytes("INFO");

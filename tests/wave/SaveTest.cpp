@@ -1,4 +1,8 @@
+
+#include <cerrno>
+
 #include "tests/platform/SystemFaults.h"
+#include "tests/support/FailingAllocator.h"
 #include "tests/wave/SaveLayouts.h"
 
 namespace {
@@ -93,6 +97,74 @@ TEST(Save, CostsTheSameForAFileOf500MB) {
     EXPECT_LT(written, 44 + 2 * ListOf(kNewTags[4]).size() + 200);
     EXPECT_LT(count.BytesMoved() - written, 16384u);  // a few blocks around headers
     EXPECT_EQ(std::filesystem::file_size(file.Path()), 44 + kAudioSize + 8 + ListOf(kNewTags[4]).size());
+}
+
+// --- saves that are disturbed at every place where one can be
+
+// Runs `disturb(file, fresh, n)`, a save that is disturbed at its n-th place, until it returns false: there
+// are no more. After each the file is sound, and the next save brings it into order. With a stride, only
+// every so many pairs of layout and tags.
+template <class Disturb>
+void EveryDisturbance(Disturb disturb, size_t stride = 1) {
+    const std::vector<Layout> layouts = Layouts();
+    for (size_t pair = 0; pair < layouts.size() * std::size(kNewTags); pair += stride) {
+        const Layout& layout = layouts[pair / std::size(kNewTags)];
+        const Tags& fresh = kNewTags[pair % std::size(kNewTags)];
+        bool goesOn = true;
+        for (int n = 0; goesOn && !testing::Test::HasFailure(); ++n) {
+            SCOPED_TRACE(layout.name + ", " + std::to_string(fresh.size()) + " new tags, " +
+                         std::to_string(n));
+            const ScopedFile file(layout.image.Image());
+            goesOn = disturb(file, fresh, n);
+            EXPECT_TRUE(goesOn || n > 0) << "nothing was disturbed";
+            ExpectSound(file, layout, fresh);
+            const WithFaults none({.flushes = false});
+            Save(file, fresh);
+            ExpectSound(file, layout, fresh);
+            EXPECT_TRUE(CleanWalk(Bytes(file)));
+        }
+    }
+}
+
+// Without the new tags, everything is as it was; what an earlier save left unfinished may be gone.
+void ExpectTakenBack(const ScopedFile& file, const std::string& before, const Tags& fresh) {
+    CWaveFile wave;
+    EXPECT_EQ(wave.OpenForReading(file.Wide().c_str(), true), RESULT_OK);
+    EXPECT_TRUE(wave.Chunks() == fresh || before.starts_with(Bytes(file)));
+}
+
+// Each is torn, as on a full disk. One that lasts leaves the file as a process does that is killed there.
+TEST(SaveFaults, AnyChangeThatFails) {
+    for (const bool lasting : {false, true}) {
+        EveryDisturbance([lasting](const ScopedFile& file, const Tags& fresh, int n) {
+            const std::string before = Bytes(file);
+            const WithFaults faults(
+                {.changesUntilError = n, .lasting = lasting, .flushes = false, .error = EIO});
+            Save(file, fresh);
+            const bool failed = faults.ChangesSeen() > n;
+            if (!lasting && failed) ExpectTakenBack(file, before, fresh);
+            return failed;
+        });
+    }
+}
+
+TEST(SaveFaults, NoMemory) {
+    const auto disturb = [](const ScopedFile& file, const Tags& fresh, int n) {
+        const std::string before = Bytes(file);
+        CWaveFile wave;
+        EXPECT_EQ(wave.OpenForReading(file.Wide().c_str(), false), RESULT_OK);
+        wave.Chunks() = fresh;
+        wave.SetModified(true);
+        {
+            const WithFaults none({.flushes = false});
+            const FailingAllocator heap(n);
+            wave.CloseFile();
+        }
+        const bool failed = FailingAllocator::HasFailed();
+        ExpectTakenBack(file, before, fresh);
+        return failed;
+    };
+    EveryDisturbance(disturb, 2);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "AudioCodec/attributes/AttributeIds.h"
+#include "AudioCodec/metadata/IAC3Metadata.h"
 #include "AudioCodec/wave/CACStreamReader.h"
 #include "platform/com/RefPtr.h"
 #include "tests/support/ByteStream.h"
@@ -80,7 +81,8 @@ TEST_P(StreamReaderFormats, AnyDivisionOfAFileOrAStreamGivesAllThatTheConverterM
     EXPECT_EQ(once, m_whole);
     for (const std::vector<uint32_t>& blocks : {std::vector<uint32_t>{7}, {3, 4096, 1, 250}})
         ASSERT_EQ(ReadAll(*Open(), m_output.channels, blocks), m_whole);
-    ByteStream stream(m_image.Image());
+    ByteStream stream(WavImage("begins anywhere").Bytes(m_image.Text()).Image());
+    stream.position = 15;
     const RefPtr<CACStreamReader> reader = NewReader(m_output);
     ASSERT_EQ(reader->OpenStream(&stream, 0), RESULT_OK);
     EXPECT_EQ(ReadAll(*reader, m_output.channels, {777}), m_whole);
@@ -201,8 +203,17 @@ TEST(StreamReader, SeeksCountOutputFrames) {
         int64_t offset, lands;
         Result result = RESULT_OK;
     };
-    const std::vector<Move> direct = {
-        {2, 1000, 44100}, {2, -3, 44097}, {1, -7, 44090}, {3, 0, 100, RESULT_BAD_ARGUMENT}};
+    const std::vector<Move> direct = {{2, 1000, 44100},
+                                      {2, -3, 44097},
+                                      {1, -7, 44090},
+                                      {3, 0, 100, RESULT_BAD_ARGUMENT},
+                                      {0, -1, 0},
+                                      {1, 1000, 1000},
+                                      {2, -INT64_MAX, 0},
+                                      {0, INT64_MAX, 44100},
+                                      {1, -9, 44091},
+                                      {1, 50000, 44100},
+                                      {0, int64_t{1} << 32, 44100}};
     const std::vector<Move> converted = {
         {2, 0, 48000}, {2, -480, 47520},          {1, -20, 47500},   {0, -7, 0},
         {1, -7, 0},    {0, INT64_MAX, INT64_MAX}, {1, 5, INT64_MAX}, {9, 4, 100, RESULT_BAD_ARGUMENT}};
@@ -279,18 +290,38 @@ TEST(StreamReader, BlockAlignsThatContradictTheFormatGiveACode) {
     }
 }
 
-TEST(StreamReader, AFailingStreamGivesACodeAtEveryCall) {
-    const WavImage image = Mono(9000);
-    for (uint64_t call = 0; call < 40; ++call) {
+TEST(StreamReader, AStreamThatFailsOrComesShortAtAnyCallGivesACodeAndNothingStale) {
+    const std::string longName(70000, 'n');  // so much is not read before the stream has proved to hold it
+    const WavImage tags = None().Chunk("INAM", longName).Chunk("IART", "xy");
+    const WavImage image = WavImage().Fmt(1, 1, 44100, 16).Info(tags).Chunk("fact", "1234").Data(Noise(9000));
+    for (uint64_t call = 0; call < 120; ++call) {
+        const bool fails = call % 2 == 0;
         ByteStream stream(image.Image());
-        stream.failFromCall = call;
-        const RefPtr<CACStreamReader> reader = NewReader({1, 48000});
-        if (reader->OpenStream(&stream, 0) != RESULT_OK) continue;
+        (fails ? stream.failFromCall : stream.shortCall) = call / 2;
+        const RefPtr<CACStreamReader> reader = NewReader({1, 44100});
+        if (reader->OpenStream(&stream, 0) != RESULT_OK) {
+            EXPECT_LT(call / 2, stream.calls) << "nothing was disturbed";
+            continue;
+        }
+        RefPtr<IAC3Metadata> metadata;
+        char16_t* name = nullptr;
+        if (call / 2 > stream.calls) {  // all went well
+            EXPECT_EQ(reader->GetMetadata(metadata.Put()), RESULT_OK);
+            EXPECT_EQ(metadata->GetString(ATTR_TITLE, &name), RESULT_OK);
+            EXPECT_EQ(std::u16string(name), std::u16string(longName.size(), u'n'));
+            metadata->Free(name);
+        }
+        // A failure at a chunk's header ends the walk like the end of the file: what isn't reached isn't
+        // there.
+        int64_t length = 0;
+        EXPECT_EQ(reader->GetLength(&length), RESULT_OK);
+        EXPECT_TRUE(length == 9000 || length == 0) << call;
+        reader->SetOutputFormat(1, 48000, 2);
         Samples block(3000);
         uint32_t read = 1;
         Result result = RESULT_OK;
         while (result == RESULT_OK && read != 0) result = reader->Read(block.data(), 3000, &read, nullptr);
-        EXPECT_TRUE(result == RESULT_NOT_WAVE || stream.calls <= call) << call;
+        EXPECT_TRUE(!fails || result == RESULT_NOT_WAVE || stream.calls <= call / 2) << call;
         EXPECT_TRUE(result == RESULT_OK || read == 0) << call;
     }
 }

@@ -135,6 +135,13 @@ TEST_P(DecodeGraph, EndsForFilesThatAreCutOrDamaged) {
 INSTANTIATE_TEST_SUITE_P(Codecs, DecodeGraph, testing::ValuesIn(kCodecs),
                          [](const auto& row) { return std::string(row.param.name); });
 
+void ExpectDecoded(const ScopedFile& file, const std::vector<int16_t>& expected) {
+    Graph graph;
+    ASSERT_EQ(graph.Open(file.Wide()), S_OK);
+    graph.control->Run();
+    EXPECT_EQ(graph.ReadAll(), expected);
+}
+
 // Only a source that honours positions can be read so.
 TEST(DecodeAiff, ReadsAFileWhoseHeadComesLast) {
     const ScopedFile file(".aif");
@@ -145,10 +152,7 @@ TEST(DecodeAiff, ReadsAFileWhoseHeadComesLast) {
     ASSERT_EQ(std::memcmp(bytes.data() + kForm, "COMM", 4), 0);
     std::rotate(bytes.begin() + kForm, bytes.begin() + kForm + kComm, bytes.end());
     file.Write(bytes);
-    Graph graph;
-    ASSERT_EQ(graph.Open(file.Wide()), S_OK);
-    graph.control->Run();
-    EXPECT_EQ(graph.ReadAll(), expected);
+    ExpectDecoded(file, expected);
 }
 
 TEST(DecodeAiff, TakesLittleEndianSamplesUnderEveryTagThatTheyHave) {
@@ -165,11 +169,7 @@ TEST(DecodeAiff, TakesLittleEndianSamplesUnderEveryTagThatTheyHave) {
             const auto tag = std::search(bytes.begin(), bytes.end(), own.begin(), own.end());
             ASSERT_NE(tag, bytes.end());
             if (withUsualTag) std::copy(usual.begin(), usual.end(), tag);
-            const ScopedFile tagged(bytes, ".aif");
-            Graph graph;
-            ASSERT_EQ(graph.Open(tagged.Wide()), S_OK);
-            graph.control->Run();
-            EXPECT_EQ(graph.ReadAll(), expected) << bits << withUsualTag;
+            ExpectDecoded(ScopedFile(bytes, ".aif"), expected);
         }
     }
 }

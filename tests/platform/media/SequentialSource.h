@@ -20,6 +20,16 @@ public:
     std::atomic<size_t> failFrom{kNever};   // reads at this byte or after it fail
     std::atomic<size_t> blockFrom{kNever};  // reads at this byte or after it wait until this changes
     size_t atMost = kNever;                 // bytes in one read
+    bool isThere = true;                    // or still on its way into the state that it was told
+
+    HRESULT Run(REFERENCE_TIME start) override {
+        const HRESULT result = FilterBase::Run(start);
+        return isThere ? result : S_FALSE;
+    }
+    HRESULT GetState(DWORD milliseconds, FILTER_STATE* state) override {
+        const HRESULT result = FilterBase::GetState(milliseconds, state);
+        return isThere ? result : VFW_S_STATE_INTERMEDIATE;
+    }
 
 private:
     class Output final : public PinBase, public IAsyncReader {
