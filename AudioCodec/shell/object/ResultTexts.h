@@ -2,6 +2,8 @@
 // Data only.
 #pragma once
 
+#include <iterator>
+
 #include "AudioCodec/shell/object/ResultCodes.h"
 
 namespace vlacwav3 {
@@ -35,10 +37,8 @@ inline constexpr ResultText kResultTexts[] = {
 // clang-format on
 
 constexpr bool AreResultTextsAscending() {
-    const ResultText* before = nullptr;
-    for (const ResultText& row : kResultTexts) {
-        if (before && before->code >= row.code) return false;
-        before = &row;
+    for (size_t i = 1; i < std::size(kResultTexts); ++i) {
+        if (kResultTexts[i - 1].code >= kResultTexts[i].code) return false;
     }
     return true;
 }

@@ -20,6 +20,7 @@ TEST(FilterGraph, TellsOfFiltersThatTakeTimeAndLetsGoOfThoseThatLeave) {
     OAFilterState state = State_Stopped;
     source->isThere = false;
     EXPECT_EQ(graph.control->Run(), S_FALSE);
+    EXPECT_EQ(source->nextRan, State_Running);  // from the last filter to the first
     EXPECT_EQ(graph.control->GetState(0, &state), VFW_S_STATE_INTERMEDIATE);
     EXPECT_EQ(state, State_Running);
     source->isThere = true;

@@ -21,8 +21,10 @@ public:
     std::atomic<size_t> blockFrom{kNever};  // reads at this byte or after it wait until this changes
     size_t atMost = kNever;                 // bytes in one read
     bool isThere = true;                    // or still on its way into the state that it was told
+    FILTER_STATE nextRan = State_Stopped;   // state of the filter after it when it was told to run
 
     HRESULT Run(REFERENCE_TIME start) override {
+        OwnerOf(*PeerOf(m_output))->GetState(0, &nextRan);
         const HRESULT result = FilterBase::Run(start);
         return isThere ? result : S_FALSE;
     }
