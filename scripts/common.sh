@@ -6,7 +6,7 @@ cd "$ROOT" || exit 1
 
 BUILD_PACKAGES=(git ca-certificates g++ cmake ninja-build pkg-config libcli11-dev libfmt-dev libsqlite3-dev nlohmann-json3-dev
   libjpeg62-turbo-dev libpng-dev libgif-dev libavformat-dev libavcodec-dev libavutil-dev)
-TEST_PACKAGES=(libgtest-dev binutils sox sndfile-programs imagemagick-6.q16 ffmpeg libpython3.11-testsuite)
+TEST_PACKAGES=(libgtest-dev binutils sox sndfile-programs imagemagick-6.q16 ffmpeg)
 BENCH_PACKAGES=(libbenchmark-dev)
 PEER_PACKAGES=(libsoxr-dev libsamplerate0-dev libswresample-dev libavutil-dev)
 CLANG_PACKAGES=(clang clang-format clang-tidy libclang-rt-14-dev)
