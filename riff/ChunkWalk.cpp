@@ -4,17 +4,19 @@ bool ChunkWalk::Next() {
     // The rest is reckoned from what was read, so a source that can't tell its place is walked like a file.
     const uint64_t end = m_started ? m_chunk.End() : m_place;
     m_started = true;
-    if (end > m_place) {
-        m_refused = !m_source.Skip(end - m_place);
-        if (m_refused) return false;
-        m_place = end;
-    }
+    if (end > m_place) m_refused = !Skip(end - m_place);
+    if (m_refused) return false;
     return ReadHeader(m_chunk);
 }
 
 bool ChunkWalk::Read(void* buffer, size_t count) {
     m_place += count;
     return m_source.Read(buffer, count);
+}
+
+bool ChunkWalk::Skip(uint64_t count) {
+    m_place += count;
+    return m_source.Skip(count);
 }
 
 bool ChunkWalk::ReadHeader(Chunk& chunk) {
