@@ -38,15 +38,10 @@ const TagRow* FindEntry(const std::string& name) {
     return row && (row->uses & TAG_WRITTEN) ? row : nullptr;
 }
 
-void NameEntry(std::string name, NameSample& names) {
-    std::transform(name.begin(), name.end(), name.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c; });
-    if (!FindEntry(name)) names.Add(name);
-}
-
 // Takes the bytes of a "vltg" chunk by the block: there may be many, and only the names in them are wanted.
 bool NameEntries(ChunkWalk& walk, uint32_t size, NameSample& names) {
     std::string bytes;  // from the first entry that isn't whole yet
+    std::string name;
     while (size != 0) {
         // At least as much as is there, so that a long entry isn't searched for its end over and over.
         const size_t begun = bytes.size();
@@ -55,7 +50,13 @@ bool NameEntries(ChunkWalk& walk, uint32_t size, NameSample& names) {
         if (!walk.Read(bytes.data() + begun, more)) return false;
         size -= more;
         TagEntryReader entries(bytes);
-        while (entries.Next()) NameEntry(std::string(entries.Name()), names);
+        while (entries.Next()) {
+            name = entries.Name();
+            std::transform(name.begin(), name.end(), name.begin(), [](char c) {
+                return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c;
+            });
+            if (!FindEntry(name)) names.Add(name);
+        }
         const std::string_view rest = entries.Rest();
         const size_t nameEnd = rest.find_first_of(std::string_view("=\0", 2));
         if (nameEnd != rest.npos && rest[nameEnd] == 0) break;  // no entry, whatever follows

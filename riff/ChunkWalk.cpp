@@ -4,19 +4,17 @@ bool ChunkWalk::Next() {
     // The rest is reckoned from what was read, so a source that can't tell its place is walked like a file.
     const uint64_t end = m_started ? m_chunk.End() : m_place;
     m_started = true;
-    if (end > m_place) m_refused = !Skip(end - m_place);
-    if (m_refused) return false;
+    if (end > m_place) {
+        m_refused = !m_source.Skip(end - m_place);
+        if (m_refused) return false;
+        m_place = end;
+    }
     return ReadHeader(m_chunk);
 }
 
 bool ChunkWalk::Read(void* buffer, size_t count) {
     m_place += count;
     return m_source.Read(buffer, count);
-}
-
-bool ChunkWalk::Skip(uint64_t count) {
-    m_place += count;
-    return m_source.Skip(count);
 }
 
 bool ChunkWalk::ReadHeader(Chunk& chunk) {
@@ -27,4 +25,9 @@ bool ChunkWalk::ReadHeader(Chunk& chunk) {
     chunk.declared = m_order == ByteOrder::Little ? LoadLE32(bytes + 4) : LoadBE32(bytes + 4);
     chunk.size = chunk.declared;
     return true;
+}
+
+bool ChunkWalk::Skip(uint64_t count) {
+    m_place += count;
+    return m_source.Skip(count);
 }
