@@ -31,7 +31,7 @@ RefPtr<IAC3MetadataEditor> OpenEditor(const Module& module, const std::string& f
 // Stores the file's own tags with the changes; says before what gets lost. Returns what the file holds then.
 // Throws Failure.
 TagSet Change(const Module& module, const std::string& file, const std::vector<TagChange>& changes) {
-    const RiffScan before = ScanRiff(file);
+    const RiffScan before = ScanRiff(file, ForeignTexts::PassOver);
     RefPtr<IAC3Metadata> metadata;
     RefPtr<IAC3MetadataEditor> editor = OpenEditor(module, file, metadata);
     RefPtr<IAC3Metadata> present;

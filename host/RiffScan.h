@@ -24,9 +24,14 @@ struct RiffScan {
     bool IsWhole() const { return declaredSize != 0 && declaredSize == fileSize; }
 };
 
-// Reads chunk headers and the "INFO" list alone. Returns an empty result for what can't be read. Throws
-// Failure for more than 64 MiB of tags.
-RiffScan ScanRiff(const std::string& path);
+enum class ForeignTexts {
+    Name,      // in RiffScan::texts
+    PassOver,  // `texts` stays empty: nobody will be told of them
+};
+
+// Reads chunk headers and the "INFO" list alone, and of that list holds the chunks of tags alone. Returns an
+// empty result for what can't be read. Throws Failure for more than 64 MiB of tags.
+RiffScan ScanRiff(const std::string& path, ForeignTexts texts = ForeignTexts::Name);
 
 // Throws Failure likewise, without a look at the tags themselves.
 void RefuseHugeTags(const std::string& path);

@@ -28,3 +28,8 @@ bool ChunkWalk::ReadHeader(Chunk& chunk) {
     chunk.size = chunk.declared;
     return true;
 }
+
+bool ChunkWalk::Skip(uint64_t count) {
+    m_place += count;
+    return m_source.Skip(count);
+}

@@ -30,6 +30,8 @@ public:
     // Reads from where the walk stands in the current chunk. False for fewer bytes. May throw bad_alloc where
     // the source does.
     bool Read(void* buffer, size_t count);
+    // Moves on in the current chunk over what isn't wanted. False where the source refuses.
+    bool Skip(uint64_t count);
     // Reads a header that stands in the content, as a list has them.
     bool ReadHeader(Chunk& chunk);
 

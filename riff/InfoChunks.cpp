@@ -9,7 +9,7 @@ InfoChunks::InfoChunks(std::initializer_list<Entry> entries) {
 
 InfoChunks::Entry InfoChunks::At(size_t index) const {
     const Slot& slot = m_slots[index];
-    return {slot.id, std::string_view(m_bytes).substr(slot.start, slot.size)};
+    return {slot.id, {m_bytes.data() + slot.start, slot.size}};
 }
 
 bool InfoChunks::operator==(const InfoChunks& other) const {
@@ -52,7 +52,8 @@ void InfoChunks::Erase(uint32_t id) {
     // What is gone leaves no hole: a file's largest chunk is often the one that is replaced.
     const Slot gone = m_slots[place];
     m_slots.erase(m_slots.begin() + static_cast<std::ptrdiff_t>(place));
-    m_bytes.erase(gone.start, gone.size);
+    const auto start = m_bytes.begin() + static_cast<std::ptrdiff_t>(gone.start);
+    m_bytes.erase(start, start + static_cast<std::ptrdiff_t>(gone.size));
     for (Slot& slot : m_slots)
         if (slot.start > gone.start) slot.start -= gone.size;
 }

@@ -8,13 +8,23 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <memory>
 #include <optional>
-#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 class InfoChunks {
+    // Leaves new bytes as they are: all of them get filled, and a first touch of large memory is dear.
+    struct UnsetBytes : std::allocator<char> {
+        template <class>
+        struct rebind {
+            using other = UnsetBytes;
+        };
+        void construct(char*) noexcept {}
+        void construct(char* place, char value) noexcept { *place = value; }
+    };
+
     struct Slot {
         uint32_t id;
         uint32_t start;  // in m_bytes
@@ -75,5 +85,5 @@ private:
     uint32_t Grow(size_t size);
 
     std::vector<Slot> m_slots;
-    std::string m_bytes;
+    std::vector<char, UnsetBytes> m_bytes;
 };

@@ -2,9 +2,7 @@
 
 #include <algorithm>
 
-namespace {
-
-bool ReadEntries(ChunkWalk& walk, InfoChunks& chunks) {
+bool WalkInfoList(ChunkWalk& walk, const TakeInfoEntry& take) {
     uint64_t left = walk.Current().size - kListTypeSize;
     while (left > kChunkHeaderSize) {  // a last entry of no bytes is none
         Chunk entry;
@@ -16,18 +14,17 @@ bool ReadEntries(ChunkWalk& walk, InfoChunks& chunks) {
         if (!walk.Source().Holds(stored)) return false;
         const auto held = static_cast<uint32_t>(std::min(stored, left));
         const auto kept = static_cast<uint32_t>(std::min<uint64_t>(held, entry.size));
-        if (!chunks.Append(entry.id, held, kept, [&](char* bytes) { return walk.Read(bytes, held); }))
-            return false;
+        if (!take(entry.id, held, kept)) return false;
         left -= held;
     }
     return true;
 }
 
-}  // namespace
-
 bool ReadInfoList(ChunkWalk& walk, InfoChunks& chunks) {
     chunks.clear();
-    const bool whole = ReadEntries(walk, chunks);
+    const bool whole = WalkInfoList(walk, [&](uint32_t id, uint32_t held, uint32_t kept) {
+        return chunks.Append(id, held, kept, [&](char* bytes) { return walk.Read(bytes, held); });
+    });
     chunks.Seal();
     return whole;
 }

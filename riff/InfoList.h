@@ -2,13 +2,21 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 #include "riff/ChunkWalk.h"
 #include "riff/InfoChunks.h"
 
-// Reads the entries of the list that the walk stands in, after its type, in place of what `chunks` holds. An
-// entry that reaches past the list is cut there. False where the bytes end before the list does or before an
-// entry's size; the entries before that are in. May throw bad_alloc.
+// Takes an entry whose content the walk stands at: moves over `held` bytes, which are there and of which the
+// first `kept` are the entry's own. False ends the list.
+using TakeInfoEntry = std::function<bool(uint32_t id, uint32_t held, uint32_t kept)>;
+
+// Walks the entries of the list that the walk stands in, after its type. An entry that reaches past the list
+// is cut there. False where the bytes end before the list does or before an entry's size.
+bool WalkInfoList(ChunkWalk& walk, const TakeInfoEntry& take);
+
+// Reads them in place of what `chunks` holds. After a failure the entries before it are in. May throw
+// bad_alloc.
 bool ReadInfoList(ChunkWalk& walk, InfoChunks& chunks);
 
 // Bytes of the entries with their headers and pad bytes; 0 means that no list is written.

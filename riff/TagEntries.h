@@ -23,6 +23,9 @@ public:
     // Its units in the machine's order, in place of what `value` holds; may throw bad_alloc.
     void Value(std::u16string& value) const;
 
+    // The bytes after it.
+    std::string_view Rest() const { return m_bytes; }
+
 private:
     std::string_view m_bytes;  // those that follow
     std::string_view m_name;
