@@ -54,7 +54,7 @@ const Disposition* FindDisposition(DWORD id) {
 }
 
 // A device has no contents to empty and is shared by nature.
-int ShareAndEmpty(const PosixFile& file, DWORD access, DWORD share, bool empties) {
+int ShareAndEmpty(const SystemFile& file, DWORD access, DWORD share, bool empties) {
     if (!file.IsRegular()) return 0;
     const ShareMode mode = {(access & GENERIC_READ) != 0, (access & GENERIC_WRITE) != 0,
                             (share & FILE_SHARE_READ) == 0, (share & FILE_SHARE_WRITE) == 0};

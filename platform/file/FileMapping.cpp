@@ -19,7 +19,7 @@ public:
     static constexpr uint32_t kKind = kMapping;
     MappingObject() : NamedObject(kKind) {}
 
-    PosixFile m_file;
+    SystemFile m_file;
     size_t m_size = 0;  // bytes
 };
 
@@ -83,7 +83,7 @@ void* MapViewOfFile(HANDLE mapping, DWORD access, DWORD offsetHigh, DWORD offset
         views.sizes[view] = object->m_size;
         return view;
     } catch (const std::bad_alloc&) {
-        PosixFile::Unmap(view, object->m_size);
+        SystemFile::Unmap(view, object->m_size);
         return NoneWith(ERROR_NOT_ENOUGH_MEMORY);
     }
 }
@@ -93,7 +93,7 @@ BOOL UnmapViewOfFile(const void* view) {
     const MutexLock lock(views.lock);
     const auto found = views.sizes.find(view);
     if (found == views.sizes.end()) return FailWith(ERROR_INVALID_PARAMETER);
-    PosixFile::Unmap(const_cast<void*>(view), found->second);
+    SystemFile::Unmap(const_cast<void*>(view), found->second);
     views.sizes.erase(found);
     return TRUE;
 }

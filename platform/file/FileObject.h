@@ -2,14 +2,14 @@
 #pragma once
 
 #include "platform/base/HandleObject.h"
-#include "platform/file/posix/PosixFile.h"
+#include "platform/file/SystemFile.h"
 
 class FileObject final : public HandleObject {
 public:
     static constexpr uint32_t kKind = kFile;
     FileObject() : HandleObject(kKind) {}
 
-    PosixFile m_file;
+    SystemFile m_file;
     DWORD m_access = 0;   // rights of this handle; the descriptor may have more
     int64_t m_place = 0;  // bytes from the start; one thread at a time uses a handle
 };

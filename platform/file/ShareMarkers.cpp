@@ -24,7 +24,7 @@ constexpr int64_t ByteOf(unsigned marker) { return std::numeric_limits<int64_t>:
 
 class Markers {
 public:
-    Markers(const PosixFile& file, const ShareMode& mode)
+    Markers(const SystemFile& file, const ShareMode& mode)
         : m_file(file), m_wanted{mode.read, mode.denyRead, mode.write, mode.denyWrite} {}
 
     // 0, kContradicted or an errno.
@@ -57,7 +57,7 @@ private:
         return 0;
     }
 
-    const PosixFile& m_file;
+    const SystemFile& m_file;
     const bool m_wanted[kMarkerCount];
 };
 
@@ -90,7 +90,7 @@ int TakeWithRetries(const Markers& markers) {
 
 }  // namespace
 
-int TakeShareMode(const PosixFile& file, const ShareMode& mode) {
+int TakeShareMode(const SystemFile& file, const ShareMode& mode) {
     const int error = TakeWithRetries(Markers(file, mode));
     return MeansNoLocks(error) ? 0 : error;
 }

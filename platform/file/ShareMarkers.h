@@ -7,7 +7,7 @@
 // for reading alone can take them; whether another holds a byte is asked, not tried.
 #pragma once
 
-#include "platform/file/posix/PosixFile.h"
+#include "platform/file/SystemFile.h"
 
 struct ShareMode {
     bool read, write;          // what this opener does
@@ -16,4 +16,4 @@ struct ShareMode {
 
 // Takes the markers of `mode` for as long as `file` is open. 0, EAGAIN when another open file contradicts, or
 // an errno. Where the file system knows no such locks, there are no share modes, and the answer is 0.
-int TakeShareMode(const PosixFile& file, const ShareMode& mode);
+int TakeShareMode(const SystemFile& file, const ShareMode& mode);

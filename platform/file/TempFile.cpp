@@ -9,8 +9,8 @@
 #include "platform/base/LastError.h"
 #include "platform/base/Utf.h"
 #include "platform/file/ErrorTable.h"
+#include "platform/file/SystemFile.h"
 #include "platform/file/TempFolder.h"
-#include "platform/file/posix/PosixFile.h"
 
 namespace {
 
@@ -36,7 +36,7 @@ BOOL VlCreateTempFile(const WCHAR* prefix, const WCHAR* extension, WCHAR* path, 
         const std::u16string wide = Utf::FromUtf8(name);
         if (wide.size() >= room) return ENOBUFS;
         path[wide.copy(path, room - 1)] = 0;
-        const int error = PosixFile::CreateTemporary(name, static_cast<int>(suffix.size()));
+        const int error = SystemFile::CreateTemporary(name, static_cast<int>(suffix.size()));
         // From here on nothing may fail: there is a file.
         const char* const made = name.data() + name.size() - suffix.size() - kMarks.size();
         std::copy_n(made, kMarks.size(), path + wide.rfind(u"-XXXXXX") + 1);
@@ -46,5 +46,5 @@ BOOL VlCreateTempFile(const WCHAR* prefix, const WCHAR* extension, WCHAR* path, 
 
 BOOL DeleteFileW(const WCHAR* path) {
     if (!path) return FailWith(ERROR_INVALID_PARAMETER);
-    return Answered([&] { return PosixFile::Remove(Utf::ToUtf8(path)); });
+    return Answered([&] { return SystemFile::Remove(Utf::ToUtf8(path)); });
 }

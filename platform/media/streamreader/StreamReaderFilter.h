@@ -7,6 +7,7 @@
 #include "platform/media/Seeking.h"
 #include "platform/media/streamreader/IStreamReaderControl.h"
 #include "platform/media/streamreader/Ring.h"
+#include "platform/media/streamreader/RingSize.h"
 #include "platform/sync/Mutex.h"
 
 class StreamReaderFilter final : public FilterBase, public IStreamReaderControl, public SeekingForwarder {
@@ -43,8 +44,6 @@ private:
 
         StreamReaderFilter& m_reader;
     };
-
-    static constexpr size_t kRingSize = size_t{1024} * 1024;  // so the two threads seldom wake each other
 
     ~StreamReaderFilter() override = default;
     std::vector<PinBase*> Pins() override { return {&m_input}; }

@@ -3,6 +3,7 @@
 #include <random>
 #include <thread>
 
+#include "platform/media/streamreader/RingSize.h"
 #include "tests/platform/media/CommandLine.h"
 #include "tests/platform/media/Graph.h"
 #include "tests/support/ScopedFile.h"
@@ -83,17 +84,19 @@ TEST(GraphReading, EndsEarlyWhereTheSourceFails) {
 
 using namespace std::chrono_literals;
 
+constexpr size_t kMoreThanTheRing = kRingSize / sizeof(int16_t) + 75000;  // samples
+
 class GraphThreads : public testing::Test {
 protected:
     void SetUp() override {
         const ScopedFile file;
-        MakeFile(file.Path(), 2, 44100, "-c:a adpcm_ima_wav", "9");
+        MakeFile(file.Path(), 2, 44100, "-c:a adpcm_ima_wav", std::to_string(kMoreThanTheRing / 88200 + 3));
         m_bytes = file.Bytes();
         Graph graph;
         ASSERT_EQ(graph.Open(file.Wide()), S_OK);
         graph.control->Run();
         m_whole = graph.ReadAll();
-        ASSERT_GT(m_whole.size(), size_t{9} * 44100 * 2);
+        ASSERT_GT(m_whole.size(), kMoreThanTheRing + 2 * 12345);
     }
 
     std::vector<int16_t> From(int64_t frame, size_t samples) const {
@@ -139,7 +142,7 @@ TEST_F(GraphThreads, LetGoOfAReadThatWaits) {
         ASSERT_EQ(graph.Open(*source), S_OK);
         graph.control->Run();
         HRESULT result = S_OK;
-        std::vector<int16_t> read(600000);
+        std::vector<int16_t> read(kMoreThanTheRing);
         std::thread waiting([&result, &read, reader = graph.reader.Get()] {
             uint32_t count = 0;
             result = reader->ReadAudio(read.data(), uint32_t(read.size() * 2), &count, nullptr);
