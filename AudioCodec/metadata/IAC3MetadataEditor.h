@@ -24,8 +24,8 @@ struct IAC3MetadataEditor : IAttributeContainer64 {
     // Kept as a copy until Save; several calls merge. Without it Save keeps the file's own tags. RESULT_OK,
     // RESULT_BAD_ARGUMENT for null, RESULT_NO_MEMORY.
     virtual Result SetMetadata(IAC3Metadata* source /*in*/) = 0;
-    // The tags of the file. RESULT_OK; otherwise *metadata is null: RESULT_BAD_ARGUMENT for a null receiver,
-    // RESULT_NO_MEMORY.
+    // The tags of the file. RESULT_OK; otherwise *metadata is null: RESULT_NO_MEMORY, or RESULT_BAD_ARGUMENT
+    // for a null receiver.
     virtual Result GetMetadata(IAC3Metadata** metadata /*out: one reference, a new object each time*/) = 0;
 
 protected:

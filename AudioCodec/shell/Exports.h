@@ -10,13 +10,13 @@
 namespace vlacwav3 {
 
 // Makes a codec main object. RESULT_OK; otherwise *object is null: RESULT_BAD_ARGUMENT for a null receiver,
-// RESULT_NOT_FOUND for another class, RESULT_NO_MEMORY, or what QueryInterface returns, such as
-// PLATFORM_NO_INTERFACE.
+// RESULT_NOT_FOUND for another class, RESULT_NO_MEMORY, or a failure of QueryInterface
+// such as PLATFORM_NO_INTERFACE.
 VL_MODULE_EXPORT Result DllVlGetClassObject(const GUID* clsid /*in: CLSID_VlACWav3*/,
                                             const GUID* iid /*in: such as IID_IPrivateCodecMain3*/,
                                             void** object /*out: one reference*/);
-// Enter the module into the registry, and take it out. Always 1: whether the registry took it is told to
-// nobody.
+// Enter the module into the registry, and take it out. Always 1, whether or not
+// the registry took it.
 VL_MODULE_EXPORT int32_t DllRegisterServer();
 VL_MODULE_EXPORT int32_t DllUnregisterServer();
 // Tells CLSID_VlACWav3. RESULT_OK, RESULT_BAD_ARGUMENT for null.

@@ -1,6 +1,6 @@
 // The codec main object, a host's way to everything else. DllVlGetClassObject (Exports.h) returns one for
-// CLSID_VlACWav3. Any thread. The order of the operations is the binary border: nothing moves, nothing is
-// added.
+// CLSID_VlACWav3. Any thread may call it. The order of the operations is the binary border: nothing moves,
+// nothing is added.
 #pragma once
 
 #include "AudioCodec/attributes/IAttributeContainer64.h"

@@ -43,8 +43,8 @@ struct IAC3Writer : IAttributeContainer64 {
     // RESULT_OK, RESULT_BAD_ARGUMENT for null.
     virtual Result GetFormat(uint32_t* channels /*out*/, uint32_t* rate /*out: Hz*/,
                              uint32_t* bytesPerSample /*out*/) = 0;
-    // Kept as a copy and written by Close; several calls merge. RESULT_OK, RESULT_BAD_ARGUMENT for null,
-    // RESULT_NO_MEMORY.
+    // Kept as a copy and written by Close; several calls merge. RESULT_OK, RESULT_NO_MEMORY, or
+    // RESULT_BAD_ARGUMENT for null.
     virtual Result SetMetadata(IAC3Metadata* metadata /*in*/) = 0;
     // A copy of what is kept. RESULT_OK; otherwise *metadata is null: RESULT_BAD_ARGUMENT for a null
     // receiver, RESULT_NO_MEMORY.

@@ -1,5 +1,5 @@
-// The root of the platform's own interfaces (streams, media filters); the module's objects have another,
-// IBase.
+// The root of the platform's own interfaces (streams, media filters); the module's own objects have
+// another one, IBase.
 #pragma once
 
 #include "platform/base/Guid.h"

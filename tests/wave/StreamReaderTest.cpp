@@ -311,8 +311,8 @@ TEST(StreamReader, AStreamThatFailsOrComesShortAtAnyCallGivesACodeAndNothingStal
             EXPECT_EQ(std::u16string(name), std::u16string(longName.size(), u'n'));
             metadata->Free(name);
         }
-        // A failure at a chunk's header ends the walk like the end of the file: what isn't reached isn't
-        // there.
+        // A failure at a chunk's header ends the walk like the end of the file: what
+        // isn't reached isn't there.
         int64_t length = 0;
         EXPECT_EQ(reader->GetLength(&length), RESULT_OK);
         EXPECT_TRUE(length == 9000 || length == 0) << call;

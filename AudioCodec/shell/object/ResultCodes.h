@@ -1,5 +1,5 @@
-// Every result that the module gives by itself. Platform failures pass through as negative numbers beside
-// these.
+// Every result that the module returns by itself. Beside these, failures of the platform pass through as
+// negative numbers (platform/base/PlatformResults.h).
 #pragma once
 
 #include <cstdint>
