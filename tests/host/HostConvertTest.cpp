@@ -99,7 +99,7 @@ TEST_F(HostConvertThreads, ManyFilesAtOnceAndOneBadAmongThem) {
 TEST_F(HostConvert, WhatTheOutputLacksIsNamed) {
     WavImage list = None().Chunk("ISFT", "tool").Chunk("INAM", "Name");
     list.Chunk("ICRD", "2001-05-06").Chunk("IARL", {"12\0", 3});
-    list.Chunk("vltg", TagEntry("composer", "A") + TagEntry("Mood", "B") + TagEntry("disc", "1") + '\0');
+    list.Chunk("vltg", TagEntry("composer", "A") + TagEntry("Nonesuch", "B") + TagEntry("disc", "1") + '\0');
     WavImage image = WavImage().Fmt(1, 1, 8000, 16).Chunk("bext", "x").Chunk("JUNK", "x").Data({1, 2, 3});
     WriteImage("in.wav", image.Chunk("cue ", "abcd").Chunk("LIST", "adtlxxxx").Info(list));
     const RunResult run = Vlwav("convert in.wav -o out.wav");
@@ -107,7 +107,7 @@ TEST_F(HostConvert, WhatTheOutputLacksIsNamed) {
     EXPECT_EQ(
         run.err,
         "vlwav: in.wav: Note: the output doesn't have \"bext\", \"cue \", list \"adtl\", \"-05-06\" of the "
-        "date, text \"ISFT\", tag disc, tag mood.\n");
+        "date, text \"ISFT\", tag disc, tag nonesuch.\n");
     const json tags = {{"title", "Name"}, {"composer", "A"}, {"track", 12}, {"year", 2001}};
     EXPECT_EQ(Json("tag out.wav")[0]["tags"], tags);
 }
@@ -122,9 +122,9 @@ TEST_F(HostConvert, WhatIsDecodedKeepsItsSamplesAndTags) {
     const WavImage list = None().Chunk("INAM", "Name").Chunk("vltg", TagEntry("disc", "1"));
     WriteImage("in.wav", WavImage().Fmt(1, 1, 8000, 24).Chunk("data", wide).Info(list));
     const std::string before = Bytes("in.wav");
-    ASSERT_EQ(Run("sox in.wav other.aiff").exitCode, 0);
+    ASSERT_EQ(Run("sox in.wav -t aiff other.aifc").exitCode, 0);
     std::filesystem::create_directory(m_folder / "out");
-    const RunResult run = Vlwav("convert in.wav other.aiff -o out --set artist=Me");
+    const RunResult run = Vlwav("convert in.wav other.aifc -o out --set artist=Me");
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.err, "vlwav: in.wav: Note: the output doesn't have tag disc.\n");
     for (const char* name : {"out/in.wav", "out/other.wav"})
@@ -133,7 +133,7 @@ TEST_F(HostConvert, WhatIsDecodedKeepsItsSamplesAndTags) {
     EXPECT_EQ(Json("tag in.wav")[0]["tags"], (json{{"title", "Name"}, {"disc", "1"}}));
     EXPECT_EQ(Vlwav("tag in.wav --set title=Other").exitCode, 1);
     EXPECT_TRUE(Bytes("in.wav") == before);
-    EXPECT_EQ(Vlwav("tag other.aiff").exitCode, 1);
+    EXPECT_EQ(Vlwav("tag other.aifc").exitCode, 1);
 }
 
 }  // namespace

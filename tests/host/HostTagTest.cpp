@@ -61,9 +61,9 @@ TEST_F(HostTag, WhatTheFileCannotKeepIsTold) {
         {"IARL", "3rd shelf", "--clear track", "track becomes \"3\" instead of nothing", {{"track", 3}}},
         {"ICRD", "19991231", "--set year=201", "year becomes \"2011\" instead of \"201\"", {{"year", 2011}}},
         {"vltg",
-         TagEntry("Mood", "B") + TagEntry("disc", "2") + '\0',
+         TagEntry("Nonesuch", "B") + TagEntry("disc", "2") + '\0',
          "--set year=2001",
-         "the file loses tag disc, tag mood.",
+         "the file loses tag disc, tag nonesuch.",
          {{"year", 2001}}},
     };
     for (const auto& row : rows) {

@@ -137,7 +137,7 @@ TEST_F(GraphThreads, LetGoOfAReadThatWaits) {
     enum { kStop, kShutdown, kClose, kSeek };
     for (const int way : {kStop, kShutdown, kClose, kSeek}) {
         const auto source = Make<SequentialSource>(m_bytes);
-        source->blockFrom = 200000;
+        source->blockFrom = kRingSize / 8 + 70000;  // ADPCM of more than half the ring, for which reads wait
         Graph graph;
         ASSERT_EQ(graph.Open(*source), S_OK);
         graph.control->Run();
