@@ -31,6 +31,7 @@ AudioCodec/wave: AudioCodec/metadata AudioCodec/wave/riff AudioCodec/wave/conver
 AudioCodec/graph/filter: AudioCodec/shell/object platform/media platform/com platform/sync platform/base
 AudioCodec/graph: AudioCodec/graph/filter AudioCodec/wave AudioCodec/wave/converter AudioCodec/shell/templates AudioCodec/attributes AudioCodec/shell/object platform/media platform/media/streamreader platform/com platform/loader platform/base
 AudioCodec/shell: AudioCodec/wave AudioCodec/metadata AudioCodec/shell/templates AudioCodec/attributes AudioCodec/shell/object platform/registry platform/loader platform/file platform/sync platform/base
+capi: platform/base riff
 host: AudioCodec/shell AudioCodec/wave AudioCodec/metadata AudioCodec/attributes AudioCodec/shell/object platform/image platform/registry platform/com platform/file platform/base riff
 '
 
@@ -39,7 +40,7 @@ SYSTEM_FOLDERS='posix'
 SYSTEM_HEADERS='sys/[a-z]*|dirent|dlfcn|elf|fcntl|link|poll|pthread|pwd|sched|signal|unistd'
 
 includes="$(git ls-files -co --exclude-standard -- 'AudioCodec/*.h' 'AudioCodec/*.cpp' 'platform/*.h' 'platform/*.cpp' \
-  'riff/*.h' 'riff/*.cpp' 'host/*.h' 'host/*.cpp' | xargs grep -HE '^[[:space:]]*#[[:space:]]*include[[:space:]]*["<]')"
+  'riff/*.h' 'riff/*.cpp' 'capi/*.h' 'capi/*.cpp' 'host/*.h' 'host/*.cpp' | xargs grep -HE '^[[:space:]]*#[[:space:]]*include[[:space:]]*["<]')"
 
 # Every include as "file included file"; one without a folder stands beside the file that names it.
 own="$(sed -nE 's/^([^:]*):[^"<]*"([^"]*)".*/\1 \2/p' <<<"$includes" |

@@ -10,7 +10,7 @@ say "floors"
 scripts/check-includes.sh
 
 say "format"
-find AudioCodec platform host riff tests bench fuzz docs \( -name '*.h' -o -name '*.cpp' \) -print0 |
+find AudioCodec platform capi host riff tests bench fuzz docs \( -name '*.h' -o -name '*.cpp' \) -print0 |
   xargs -0 -r clang-format --dry-run -Werror
 
 build release "${SHIPPED[@]}" vl_bench # g++, warnings are errors; tests are built below and by test.sh
@@ -19,7 +19,7 @@ build tsan                             # clang, likewise
 # What ships; tests and benchmarks are held to the warnings of both compilers.
 say "clang-tidy"
 log=build/clang-tidy.log
-if ! run-clang-tidy -p build/tsan -j "$JOBS" -quiet "^$ROOT/(AudioCodec|platform|host|riff|fuzz|docs)/.*\.cpp$" \
+if ! run-clang-tidy -p build/tsan -j "$JOBS" -quiet "^$ROOT/(AudioCodec|platform|capi|host|riff|fuzz|docs)/.*\.cpp$" \
   >"$log" 2>&1; then
   grep -vE '^(clang-tidy |[0-9]+ warnings? (generated|treated)|Suppressed |Use -header-filter)' "$log" >&2 || true
   die "clang-tidy found something"

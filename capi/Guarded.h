@@ -1,0 +1,38 @@
+// The wall of the library: no exception leaves a function, and each failure leaves its record in the handle.
+#pragma once
+
+#include <new>
+#include <utility>
+
+#include "capi/ErrorRecord.h"
+
+// Runs `work`, which returns a code or throws, for a handle with a field `error`. VLW_BAD_ARGUMENT without a
+// handle.
+template <class Handle, class Work>
+vlw_code Guarded(Handle* handle, Work&& work) noexcept {
+    if (!handle) return VLW_BAD_ARGUMENT;
+    handle->error.Clear();
+    try {
+        const vlw_code code = work();
+        return code < VLW_OK ? handle->error.Set(code) : code;
+    } catch (Failure& failure) {
+        return handle->error.Set(std::move(failure));
+    } catch (const std::bad_alloc&) {
+        return handle->error.Set(VLW_NO_MEMORY);
+    } catch (...) {
+        return handle->error.Set(VLW_FAILED);
+    }
+}
+
+// Makes a handle. VLW_OK, VLW_BAD_ARGUMENT for a null receiver, VLW_NO_MEMORY, the receiver then null.
+template <class Handle>
+vlw_code NewHandle(Handle** receiver) noexcept {
+    if (!receiver) return VLW_BAD_ARGUMENT;
+    try {
+        *receiver = new Handle;
+        return VLW_OK;
+    } catch (...) {
+        *receiver = nullptr;
+        return VLW_NO_MEMORY;
+    }
+}

@@ -1,0 +1,40 @@
+// Tags and pictures of any origin, as a program holds them: texts in UTF-8 under keywords, bytes of image
+// files under numbers. Knows no file and no module. One thread at a time.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "capi/ErrorRecord.h"
+
+class Tags {
+public:
+    using Texts = std::map<uint32_t, std::string>;  // by the keyword's place among those shown
+    using Pictures = std::map<int32_t, std::vector<uint8_t>>;
+
+    // Null or empty takes the tag away, as 0 does for a number. Throws Failure with VLW_UNKNOWN_KEYWORD or
+    // VLW_BAD_VALUE, and std::bad_alloc; nothing is changed then.
+    void Set(const char* keyword, const char* value);
+    // Null bytes take the picture away. Throws Failure with VLW_BAD_VALUE for bytes that don't begin as JPEG,
+    // PNG, GIF or BMP, and std::bad_alloc; nothing is changed then.
+    void SetPicture(int32_t number, const void* bytes, size_t size);
+    void Clear() noexcept;
+
+    const std::string* Find(const char* keyword) const;  // null where there is none
+    Pictures::const_iterator BestPicture() const;        // the one to show where one is shown, else the end
+
+    const Texts& AllTexts() const { return m_texts; }
+    const Pictures& AllPictures() const { return m_pictures; }
+
+private:
+    Texts m_texts;
+    Pictures m_pictures;
+};
+
+struct vlw_tags {
+    Tags content;
+    ErrorRecord error;
+};
