@@ -3,7 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/Commands.h"
-#include "host/Languages.h"
+#include "host/LanguageOption.h"
 #include "host/Output.h"
 #include "host/Report.h"
 #include "host/StockFormats.h"

@@ -2,9 +2,9 @@
 
 #include <filesystem>
 
+#include "capi/RegisteredModule.h"
 #include "host/Commands.h"
 #include "host/Output.h"
-#include "host/RegisteredModule.h"
 #include "host/Report.h"
 #include "platform/base/LastError.h"
 

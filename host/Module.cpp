@@ -6,8 +6,8 @@
 #include <filesystem>
 
 #include "AudioCodec/shell/ClassIds.h"
+#include "capi/RegisteredModule.h"
 #include "host/Failure.h"
-#include "host/RegisteredModule.h"
 #include "host/Require.h"
 
 namespace {

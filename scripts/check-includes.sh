@@ -31,11 +31,12 @@ AudioCodec/wave: AudioCodec/metadata AudioCodec/wave/riff AudioCodec/wave/conver
 AudioCodec/graph/filter: AudioCodec/shell/object platform/media platform/com platform/sync platform/base
 AudioCodec/graph: AudioCodec/graph/filter AudioCodec/wave AudioCodec/wave/converter AudioCodec/shell/templates AudioCodec/attributes AudioCodec/shell/object platform/media platform/media/streamreader platform/com platform/loader platform/base
 AudioCodec/shell: AudioCodec/wave AudioCodec/metadata AudioCodec/shell/templates AudioCodec/attributes AudioCodec/shell/object platform/registry platform/loader platform/file platform/sync platform/base
-capi: platform/base riff
-host: AudioCodec/shell AudioCodec/wave AudioCodec/metadata AudioCodec/attributes AudioCodec/shell/object platform/image platform/registry platform/com platform/file platform/base riff
+capi/posix:
+capi: capi/posix AudioCodec/shell AudioCodec/wave AudioCodec/wave/riff AudioCodec/attributes AudioCodec/shell/object platform/registry platform/com platform/base riff
+host: capi AudioCodec/shell AudioCodec/wave AudioCodec/metadata AudioCodec/attributes AudioCodec/shell/object platform/image platform/com platform/file platform/base riff
 '
 
-# The folders of the layer that know a system, and what only they include.
+# The folders of the layer and of the C library that know a system, and what only they include there.
 SYSTEM_FOLDERS='posix'
 SYSTEM_HEADERS='sys/[a-z]*|dirent|dlfcn|elf|fcntl|link|poll|pthread|pwd|sched|signal|unistd'
 
@@ -71,6 +72,6 @@ awk '
 
 tsort <<<"$own" >/dev/null || die "files include each other in a circle"
 
-if grep -E "^platform/[^:]*:.*<($SYSTEM_HEADERS)\.h>" <<<"$includes" | grep -vE "^platform/[^:]*/($SYSTEM_FOLDERS)/" >&2; then
-  die "a header of the system is included outside the folders of the layer that know a system"
+if grep -E "^(platform|capi)/[^:]*:.*<($SYSTEM_HEADERS)\.h>" <<<"$includes" | grep -vE "^(platform/[^:]*|capi)/($SYSTEM_FOLDERS)/" >&2; then
+  die "a header of the system is included outside the folders that know a system"
 fi

@@ -1,4 +1,4 @@
-#include "host/RegisteredModule.h"
+#include "capi/RegisteredModule.h"
 
 #include "platform/registry/UniqueKey.h"
 

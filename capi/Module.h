@@ -1,0 +1,45 @@
+// The codec module as the library uses it: loaded once, for any number of handles and threads, which keep it.
+// What it can write is asked for at once, so that telling it later needs no memory and can't fail.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "AudioCodec/shell/Exports.h"
+#include "AudioCodec/shell/IPrivateCodecMain3.h"
+#include "AudioCodec/wave/riff/AudioFormatInfo.h"
+#include "capi/ErrorRecord.h"
+#include "capi/posix/ModuleFile.h"
+#include "platform/com/RefPtr.h"
+
+class Module {
+public:
+    // Null: the registered module, else the one beside this library. Throws Failure with VLW_NO_MODULE, and
+    // std::bad_alloc.
+    explicit Module(const char* path);
+
+    // A new codec main object. Throws Failure.
+    RefPtr<IPrivateCodecMain3> CreateCodec() const;
+
+    const std::string& Path() const { return m_path; }
+    const std::string& Version() const { return m_version; }  // empty for a module that tells none
+    const std::vector<AudioFormatInfo>& Formats() const { return m_formats; }
+    // The text of a format that there is, in a platform language id; 0 is English. Throws Failure.
+    std::u16string FormatText(uint32_t index, uint32_t language) const;
+
+private:
+    static std::string Find(const char* path);
+
+    std::string m_path;
+    std::string m_loadFailure;
+    ModuleFile m_file;
+    decltype(&DllVlGetClassObject) m_getClassObject = nullptr;
+    std::string m_version;
+    std::vector<AudioFormatInfo> m_formats;
+};
+
+struct vlw_module {
+    std::shared_ptr<const Module> loaded;
+    ErrorRecord error;
+};

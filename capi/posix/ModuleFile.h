@@ -1,0 +1,24 @@
+// A loaded module's file, as the system's loader knows it.
+#pragma once
+
+#include <memory>
+#include <string>
+
+class ModuleFile {
+public:
+    // Loads the file at a path with a folder in it. On failure there is none, and `reason` is the loader's.
+    ModuleFile(const std::string& path, std::string& reason);
+
+    explicit operator bool() const { return m_library != nullptr; }
+    void* Find(const char* name) const;  // null for a name that it doesn't export
+    std::string Version() const;         // from the note in the file; empty without one
+
+    // The folder of the file that this very code is in.
+    static std::string OwnFolder();
+
+private:
+    struct Closer {
+        void operator()(void* library) const noexcept;
+    };
+    std::unique_ptr<void, Closer> m_library;
+};
