@@ -10,7 +10,8 @@ say "floors"
 scripts/check-includes.sh
 
 say "format"
-find AudioCodec platform capi host riff tests bench fuzz docs \( -name '*.h' -o -name '*.cpp' \) -print0 |
+# The header of the C library has a form of its own, which is fixed.
+find AudioCodec platform capi host riff tests bench fuzz docs \( -name '*.h' -o -name '*.cpp' \) ! -path capi/vlwav.h -print0 |
   xargs -0 -r clang-format --dry-run -Werror
 
 build release "${SHIPPED[@]}" vl_bench # g++, warnings are errors; tests are built below and by test.sh

@@ -40,9 +40,11 @@ int VisitModule(dl_phdr_info* module, size_t, void* data) {
     if (module->dlpi_addr != search.base) return 0;
     for (int i = 0; i < module->dlpi_phnum; ++i) {
         const ElfW(Phdr)& segment = module->dlpi_phdr[i];
-        if (segment.p_type == PT_NOTE)
+        if (segment.p_type == PT_NOTE) {
+            // NOLINTNEXTLINE(performance-no-int-to-ptr): the loader tells addresses as numbers
             ReadNotes(reinterpret_cast<const char*>(module->dlpi_addr + segment.p_vaddr), segment.p_memsz,
                       search.version);
+        }
     }
     return 1;
 }

@@ -7,15 +7,15 @@
 
 static int s_failures = 0;
 
-#define CHECK(condition)                                                            \
-    do {                                                                            \
-        if (!(condition)) {                                                         \
-            fprintf(stderr, "%s:%d: %s\n", __FILE__, __LINE__, #condition);         \
-            ++s_failures;                                                           \
-        }                                                                           \
+#define CHECK(condition)                                                    \
+    do {                                                                    \
+        if (!(condition)) {                                                 \
+            fprintf(stderr, "%s:%d: %s\n", __FILE__, __LINE__, #condition); \
+            ++s_failures;                                                   \
+        }                                                                   \
     } while (0)
 
 /* Whether two texts, of which either may be NULL, are the same. */
-static inline int same(const char *a, const char *b) { return a && b ? strcmp(a, b) == 0 : a == b; }
+static inline int same(const char* a, const char* b) { return a && b ? strcmp(a, b) == 0 : a == b; }
 
 #endif
