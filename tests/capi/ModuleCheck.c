@@ -57,11 +57,11 @@ static void texts(const vlw_module *module) {
     text_is(module, NULL, "44.100 kHz, 16 Bits, Stereo");
     text_is(module, "xx", "44.100 kHz, 16 Bits, Stereo");
     text_is(module, "JA", "44.100 kHz\xE3\x80\x81" "16 \xE3\x83\x93\xE3\x83\x83\xE3\x83\x88\xE3\x80\x81\xE3\x82\xB9\xE3\x83\x86\xE3\x83\xAC\xE3\x82\xAA");
-    char *german = NULL;
-    CHECK(vlw_module_format_text(module, 0, "de", &german) == VLW_OK);
-    CHECK(vlw_module_format_text(module, 0, "de-AT", &text) == VLW_OK && same(text, german));
-    vlw_free(text);
-    vlw_free(german);
+    char *french = NULL;
+    CHECK(vlw_module_format_text(module, 23, "fr", &french) == VLW_OK && !same(french, "44.100 kHz, 16 Bits, Stereo"));
+    text_is(module, "fr-CA", french);
+    text_is(module, "FR_ch", french);
+    vlw_free(french);
     CHECK(vlw_module_format_text(module, 28, "en", &text) == VLW_END);
     CHECK(vlw_module_format_text(module, 0, "en", NULL) == VLW_BAD_ARGUMENT);
 }
