@@ -2,7 +2,7 @@
 
 void ErrorRecord::Clear() noexcept { m_error = {sizeof(vlw_error), VLW_OK, 0, "", ""}; }
 
-vlw_code ErrorRecord::Set(Failure&& failure) noexcept {
+vlw_code ErrorRecord::Set(const Failure& failure) noexcept {
     const vlw_code code = Set(failure.Code());
     m_error.system = failure.System();
     try {

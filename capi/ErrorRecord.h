@@ -13,7 +13,7 @@ public:
     void Clear() noexcept;
     // These return the code. Where there is no memory for a failure's own sentence, that of its code stands
     // in.
-    vlw_code Set(Failure&& failure) noexcept;
+    vlw_code Set(const Failure& failure) noexcept;
     vlw_code Set(vlw_code code) noexcept;
 
 private:

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <new>
-#include <utility>
 
 #include "capi/ErrorRecord.h"
 
@@ -15,8 +14,8 @@ vlw_code Guarded(Handle* handle, Work&& work) noexcept {
     try {
         const vlw_code code = work();
         return code < VLW_OK ? handle->error.Set(code) : code;
-    } catch (Failure& failure) {
-        return handle->error.Set(std::move(failure));
+    } catch (const Failure& failure) {
+        return handle->error.Set(failure);
     } catch (const std::bad_alloc&) {
         return handle->error.Set(VLW_NO_MEMORY);
     } catch (...) {
