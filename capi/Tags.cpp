@@ -43,10 +43,20 @@ void Tags::Set(const char* keyword, const char* value) {
     if (!IsUtf8(text))
         throw Failure(VLW_BAD_VALUE, "The text of " + std::string(row->keyword) + " is no UTF-8.");
     if (row->kind == TagKind::Number && !text.empty()) text = NumberOf(*row, text);
+    Put(*row, std::move(text));
+}
+
+void Tags::Put(const TagRow& row, std::string text) {
     if (text.empty())
-        m_texts.erase(row->keywordPlace);
+        m_texts.erase(row.keywordPlace);
     else
-        m_texts[row->keywordPlace] = std::move(text);
+        m_texts[row.keywordPlace] = std::move(text);
+}
+
+const std::string& Tags::TextOf(const TagRow& row) const {
+    static const std::string s_none;
+    const auto text = m_texts.find(row.keywordPlace);
+    return text == m_texts.end() ? s_none : text->second;
 }
 
 void Tags::SetPicture(int32_t number, const void* bytes, size_t size) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "capi/ErrorRecord.h"
+#include "riff/TagTable.h"
 
 class Tags {
 public:
@@ -22,7 +23,10 @@ public:
     // PNG, GIF or BMP, and std::bad_alloc; nothing is changed then.
     void SetPicture(int32_t number, const void* bytes, size_t size);
     void Clear() noexcept;
+    // A text as a file has it, in place of what is there; an empty one takes the tag away.
+    void Put(const TagRow& row, std::string text);
 
+    const std::string& TextOf(const TagRow& row) const;  // empty where there is none
     const std::string* Find(const char* keyword) const;  // null where there is none
     Pictures::const_iterator BestPicture() const;        // the one to show where one is shown, else the end
 
