@@ -13,16 +13,6 @@ namespace {
 constexpr std::string_view kPictureStarts[] = {"\xFF\xD8\xFF", "\x89PNG\r\n\x1A\n", "GIF87a", "GIF89a", "BM"};
 constexpr int32_t kShownFirst[] = {3, 0, 4, 8};  // front cover, other, back cover, artist
 
-// A byte that is no UTF-8 turns into the lone second half of a pair, which no UTF-8 stands for.
-bool IsUtf8(std::string_view text) {
-    const auto isHigh = [](char16_t unit) { return (unit & 0xFC00) == 0xD800; };
-    const auto isLow = [](char16_t unit) { return (unit & 0xFC00) == 0xDC00; };
-    const std::u16string units = Utf::FromUtf8(text);
-    for (size_t i = 0; i < units.size(); ++i)
-        if (isLow(units[i]) && (i == 0 || !isHigh(units[i - 1]))) return false;
-    return true;
-}
-
 // The number as it is kept; empty for 0. Throws Failure.
 std::string NumberOf(const TagRow& row, const std::string& value) {
     int32_t number = -1;
@@ -35,6 +25,16 @@ std::string NumberOf(const TagRow& row, const std::string& value) {
 }
 
 }  // namespace
+
+// A byte that is no UTF-8 turns into the lone second half of a pair, which no UTF-8 stands for.
+bool IsUtf8(std::string_view text) {
+    const auto isHigh = [](char16_t unit) { return (unit & 0xFC00) == 0xD800; };
+    const auto isLow = [](char16_t unit) { return (unit & 0xFC00) == 0xDC00; };
+    const std::u16string units = Utf::FromUtf8(text);
+    for (size_t i = 0; i < units.size(); ++i)
+        if (isLow(units[i]) && (i == 0 || !isHigh(units[i - 1]))) return false;
+    return true;
+}
 
 void Tags::Set(const char* keyword, const char* value) {
     const TagRow* const row = Keywords::Find(keyword);

@@ -6,10 +6,14 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "capi/ErrorRecord.h"
 #include "riff/TagTable.h"
+
+// Whether a text is UTF-8 throughout.
+bool IsUtf8(std::string_view text);
 
 class Tags {
 public:
