@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "capi/handles/SourceTags.h"
 #include "capi/audio/ChannelMix.h"
+#include "capi/handles/SourceTags.h"
 #include "capi/input/SourceScan.h"
 
 namespace {
@@ -43,7 +43,7 @@ ConversionTarget Reader::Target(const SourceFacts& facts) const {
 
 void Reader::RequireChannels(const SourceFacts& facts) const {
     const uint32_t to = Target(facts).channels;
-    if (!CanMix(facts.channels, to))
+    if (!CanMix(facts.channels, facts.channelMask, to))
         throw Failure(VLW_UNSUPPORTED, std::to_string(to) + " channels can't be made of " +
                                            std::to_string(facts.channels) + "; one can.");
 }
