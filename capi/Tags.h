@@ -34,6 +34,8 @@ public:
     const std::string* Find(const char* keyword) const;  // null where there is none
     Pictures::const_iterator BestPicture() const;        // the one to show where one is shown, else the end
 
+    bool operator==(const Tags&) const = default;
+
     const Texts& AllTexts() const { return m_texts; }
     const Pictures& AllPictures() const { return m_pictures; }
 

@@ -77,21 +77,6 @@ void Reader::BuildStages() {
     file.last = last;
 }
 
-vlw_format Reader::Format() const {
-    const SourceFacts& facts = m_file->facts;
-    return {sizeof(vlw_format),
-            facts.rate,
-            facts.channels,
-            facts.bits,
-            facts.blockBytes,
-            facts.channelMask,
-            facts.codecTag,
-            facts.frames.value_or(VLW_UNKNOWN),
-            facts.promised.value_or(VLW_UNKNOWN),
-            facts.container,
-            facts.codec};
-}
-
 Tags Reader::ReadTags() { return ReadSourceTags(*m_readers, *m_file->input, m_file->facts, m_text); }
 
 uint32_t Reader::Rate() const { return Target(m_file->facts).rate; }
