@@ -9,7 +9,7 @@
 // reader of an earlier one. With conversion the first Read of a source shorter than 25 frames, and a Read
 // after a Seek into the last 16, returns no frames. A position query (origin 1, offset 0) drops the staged
 // block: with conversion, ask where no frame may be missed only after a Read that used its block up, or count
-// what was read.
+// what was read. The tags are read at Open, by the ATTR_INFO_ENCODING that is set then.
 #pragma once
 
 #include <memory>
