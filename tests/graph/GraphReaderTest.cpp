@@ -12,7 +12,7 @@
 #include "tests/support/ByteStream.h"
 #include "tests/support/ScopedFile.h"
 #include "tests/support/Threads.h"
-#include "tests/support/WavImage.h"
+#include "tests/wave/Converted.h"
 
 namespace {
 
@@ -40,13 +40,13 @@ const Recording& TheRecording() {
     return s_recording;
 }
 
-Samples ReadAll(IAC3Reader& reader, uint32_t block) {
+Samples ReadAll(IAC3Reader& reader, uint32_t block, uint32_t channels = 2) {
     Samples all;
     for (uint32_t frames = 1; frames != 0;) {
-        Samples buffer(size_t{block} * 2);
+        Samples buffer(size_t{block} * channels);
         uint8_t end = 0;
         EXPECT_EQ(reader.Read(buffer.data(), block, &frames, &end), RESULT_OK);
-        all.insert(all.end(), buffer.begin(), buffer.begin() + std::ptrdiff_t{frames} * 2);
+        all.insert(all.end(), buffer.begin(), buffer.begin() + std::ptrdiff_t{frames} * channels);
     }
     return all;
 }
@@ -105,6 +105,33 @@ TEST(GraphReader, ConvertsWhatItDecodesAsThoughItWerePlain) {
     for (int turn = 0; turn < 2; ++turn) {  // an open on an open reader closes it first
         ASSERT_EQ(reader.Open(file.Wide().c_str(), 0), RESULT_OK);
         EXPECT_EQ(ReadAll(reader, 1000), expected);
+    }
+}
+
+// The same rates and channels as the direct reader's, with every sixth block size: a graph takes longer to
+// build.
+TEST(GraphReader, NoBlockSizeEndsEarlyOrChangesASample) {
+    size_t turn = 0;
+    for (const auto& [from, to] : Passages()) {
+        const Samples noise = Noise(24000 / from.channels * from.channels);
+        const Samples whole = Converted(noise, from, to, &CSampleRateConverter::ResetToOutputPosition);
+        std::string bytes;
+        for (const int16_t sample : noise) {
+            bytes += '\0';
+            bytes += static_cast<char>(sample);
+            bytes += static_cast<char>(sample >> 8);
+        }
+        const auto channels = static_cast<uint16_t>(from.channels);
+        const ScopedFile file(WavImage().Fmt(1, channels, from.rate, 24).Chunk("data", bytes).Image());
+        for (; turn < std::size(kBlockSizes); turn += 6) {
+            CACMWAVReader reader;
+            ASSERT_EQ(reader.Open(file.Wide().c_str(), 0), RESULT_OK);
+            ASSERT_EQ(reader.SetOutputFormat(to.channels, to.rate, 2), RESULT_OK);
+            EXPECT_TRUE(ReadAll(reader, kBlockSizes[turn], to.channels) == whole)
+                << from.rate << " to " << to.rate << ", " << from.channels << " channels, block "
+                << kBlockSizes[turn];
+        }
+        turn -= std::size(kBlockSizes);  // the next passage begins with another size
     }
 }
 
