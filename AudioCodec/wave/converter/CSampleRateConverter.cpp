@@ -16,14 +16,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "AudioCodec/shell/object/Saturating.h"
+#include "AudioCodec/wave/converter/ConversionRatio.h"
 #include "AudioCodec/wave/converter/ConverterKernels.h"
 
 namespace {
 
-constexpr int32_t kLargestPhaseCount = 1002;
 constexpr int32_t kHistoryRow = 64;
 constexpr int32_t kReach = 16;      // input frames to each side of the filter's centre
 constexpr uint32_t kPlanMost = 64;  // output frames computed in one go
@@ -31,7 +30,6 @@ constexpr double kFullScale = 32767.0;
 constexpr double kInputLimit = 0.999;
 constexpr int32_t kOutputLimit = 32767;
 constexpr double kPi = 3.141592653589793;
-constexpr double kMustBeatBy = 0.9999847412109375;  // 1 - 2^-16: a later ratio wins by more than a rounding
 
 // sin(pi x) / (pi x). The sine repeats every 2, so whole turns are taken off before the factor pi
 // rounds the angle.
@@ -78,31 +76,9 @@ int16_t ToSample(double value) {
 
 }  // namespace
 
-// (a) Every L up to the largest is tried with the M nearest to it. The relative error counts, since it is
-// what an hour of audio comes out too long or too short by. An exact ratio of small numbers is kept: none can
-// beat an error of 0.
-CSampleRateConverter::Ratio CSampleRateConverter::FindRatio(int32_t srcRate, int32_t dstRate) {
-    Ratio ratio{1, 1};
-    // An M of 0 has an error of exactly 1, so it is never taken and nothing divides by it later.
-    double best = 1.0;
-    for (int32_t i = 1; i <= kLargestPhaseCount; ++i) {
-        const double x = static_cast<double>(i) * srcRate / dstRate;
-        // Written so that a NaN is no candidate either: 0/0 when both rates are 0.
-        if (!(x > 0.0 && x < std::numeric_limits<int32_t>::max())) continue;
-        // NOLINTNEXTLINE(bugprone-incorrect-roundings): the formula adds and truncates
-        const auto k = static_cast<int32_t>(x + 0.5);
-        const double error = std::fabs((k - x) / x);
-        if (error < best) {
-            ratio = {i, k};
-            best = error * kMustBeatBy;
-        }
-    }
-    return ratio;
-}
-
 void CSampleRateConverter::Configure(uint32_t srcChannels, int32_t srcRate, uint32_t dstChannels,
                                      int32_t dstRate) {
-    const Ratio ratio = FindRatio(srcRate, dstRate);
+    const ConversionRatio ratio = FindConversionRatio(srcRate, dstRate);  // (a)
     const int64_t phaseCount = ratio.phaseCount;
     const int64_t inputStep = ratio.inputStep;
     const double relative = static_cast<double>(dstRate) / srcRate;

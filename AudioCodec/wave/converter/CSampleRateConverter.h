@@ -18,14 +18,6 @@ struct PlannedFrame;
 
 class CSampleRateConverter {
 public:
-    // A ratio of output to input frames: L output frames for M input frames.
-    struct Ratio {
-        int32_t phaseCount;  // L, 1 to 1002
-        int32_t inputStep;   // M
-    };
-    // The best L/M near dstRate/srcRate, rates in Hz.
-    static Ratio FindRatio(int32_t srcRate, int32_t dstRate);
-
     // Builds the filter for a pair of formats and stands at the start of the input. The costly step. Throws
     // std::bad_alloc, and then stays as it was.
     void Configure(uint32_t srcChannels, int32_t srcRate, uint32_t dstChannels, int32_t dstRate);
