@@ -19,7 +19,7 @@ platform/loader: platform/loader/posix platform/sync platform/base
 platform/registry: platform/loader platform/file platform/base
 platform/com: platform/registry platform/loader platform/base
 platform/image: platform/com platform/loader platform/file platform/sync platform/base riff
-platform/media: platform/com platform/file platform/base riff
+platform/media: platform/com platform/file platform/sync platform/base riff
 platform/media/streamreader: platform/media platform/com platform/sync platform/base
 AudioCodec/shell/object: platform/com platform/sync platform/base
 AudioCodec/attributes: AudioCodec/shell/object platform/base riff
