@@ -1,13 +1,13 @@
-// A run, step by step: (1) open the source, or refuse it, (2) settle the format, (3) collect the tags, (4) write,
-// (5) finish, or leave the target as it was, (6) note what the target doesn't have of the source.
+// A run, step by step: (1) open the source, or refuse it, (2) settle the format, (3) collect the tags, (4)
+// write, (5) finish, or leave the target as it was, (6) note what the target doesn't have of the source.
 #include "capi/handles/Converter.h"
 
 #include <chrono>
 #include <filesystem>
 
 #include "capi/FormatChoice.h"
+#include "capi/FormatLimits.h"
 #include "capi/audio/ChannelMix.h"
-#include "capi/handles/FormatLimits.h"
 #include "capi/input/OpenInput.h"
 #include "capi/input/SourceScan.h"
 
@@ -64,7 +64,7 @@ vlw_code Converter::Run(const char* source, const char* target, const vlw_conver
     m_writer.CreateFile(target, wish.flags & (VLW_OVERWRITE | VLW_LOSSY));
     vlw_code end = VLW_OK;
     try {
-        end = Copy(wish);  // (4)
+        end = Copy(wish);   // (4)
         m_writer.Finish();  // (5)
     } catch (...) {
         m_writer.Drop();

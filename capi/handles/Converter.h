@@ -2,14 +2,15 @@
 // appears whole or not at all.
 //
 // Decisions: a target that is the source itself, under whatever name, is VLW_BAD_ARGUMENT. Of a source that
-// is known to be cut nothing is written unless that is wanted. One thread does the work whatever is asked for.
+// is known to be cut nothing is written unless that is wanted. One thread does the work whatever is asked
+// for.
 #pragma once
 
 #include <optional>
 #include <string>
 
+#include "capi/Writer.h"
 #include "capi/handles/Reader.h"
-#include "capi/handles/Writer.h"
 
 class Converter {
 public:

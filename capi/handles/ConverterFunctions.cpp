@@ -12,8 +12,8 @@ namespace {
 constexpr size_t kFirstSize = offsetof(vlw_conversion, user) + sizeof(void*);  // in version 1.0
 constexpr uint32_t kKnownFlags = VLW_OVERWRITE | VLW_LOSSY | VLW_PARTIAL | VLW_NO_TAGS | VLW_NO_CHUNKS;
 
-// What the program's record, which may be older or newer than the library's, asks for. False where it can't be
-// understood.
+// What the program's record, which may be older or newer than the library's, asks for. False where it can't
+// be understood.
 bool TakeWish(const vlw_conversion* given, vlw_conversion& wish) {
     if (!given) return true;
     if (given->size < kFirstSize) return false;
@@ -23,7 +23,9 @@ bool TakeWish(const vlw_conversion* given, vlw_conversion& wish) {
 
 }  // namespace
 
-vlw_code vlw_converter_new(vlw_module* module, vlw_converter** converter) { return NewHandle(converter, module); }
+vlw_code vlw_converter_new(vlw_module* module, vlw_converter** converter) {
+    return NewHandle(converter, module);
+}
 
 void vlw_converter_free(vlw_converter* converter) { delete converter; }
 

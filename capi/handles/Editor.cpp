@@ -2,16 +2,19 @@
 
 #include "capi/ModuleFailure.h"
 #include "capi/SystemFailure.h"
+#include "capi/TagLosses.h"
 #include "capi/TagTransfer.h"
 #include "capi/TextEncoding.h"
+#include "capi/WriteFailure.h"
 #include "capi/handles/SourceTags.h"
-#include "capi/handles/TagLosses.h"
 #include "capi/input/OpenInput.h"
 #include "capi/input/SourceScan.h"
 #include "platform/base/LastError.h"
 #include "platform/base/Utf.h"
 
 namespace {
+
+constexpr uint64_t kListRoom = 4096;  // bytes that a save may need at the least
 
 // An editor that writes what differs, with the file open. Throws Failure.
 RefPtr<IAC3MetadataEditor> OpenModuleEditor(const Module& module, const std::string& path, vlw_text text) {
@@ -24,9 +27,17 @@ RefPtr<IAC3MetadataEditor> OpenModuleEditor(const Module& module, const std::str
     SetLastError(ERROR_SUCCESS);
     const Result opened = editor->Open();
     if (opened == RESULT_CANNOT_OPEN && GetLastError() == ERROR_ACCESS_DENIED)
-        throw Failure(VLW_NO_PERMISSION, path + " can't be opened for writing; check the rights on it.", path);
+        throw Failure(VLW_NO_PERMISSION, path + " can't be opened for writing; check the rights on it.",
+                      path);
     RequireModule(opened, "Opening", path);
     return editor;
+}
+
+// Why a save failed, as far as it can be told.
+int FindWriteError(const std::string& path) {
+    Descriptor file;
+    const int error = file.Open(path);
+    return error != 0 ? error : FindWriteError(file, kListRoom);
 }
 
 // Saves what differs between the tags, and closes.
@@ -36,7 +47,9 @@ void SaveChanges(IAC3MetadataEditor& editor, const Tags& tags, const Tags& befor
     StoreTags(tags, before, *metadata);
     RequireModule(editor.SetMetadata(metadata.Get()), "Saving the tags of", path);
     ForgetLastError();
-    RequireWritten(editor.Save(), "Saving the tags of", path);
+    if (editor.Save() == RESULT_OK) return;
+    const int error = FindWriteError(path);
+    throw SystemFailure(error, "Saving the tags of " + path, path);
 }
 
 }  // namespace
@@ -50,7 +63,8 @@ void Editor::Open(const char* path) {
     file->input = OpenPathUnshared(path);
     file->facts = ScanSource(*file->input);
     if (!file->facts.isWave)
-        throw Failure(VLW_UNSUPPORTED, file->path + " is no WAV file; tags of other kinds are only read.", path);
+        throw Failure(VLW_UNSUPPORTED, file->path + " is no WAV file; tags of other kinds are only read.",
+                      path);
     if (!file->input->IsSeekable())
         throw Failure(VLW_NOT_SEEKABLE, file->path + " is no regular file and can't be edited.", path);
     file->editor = OpenModuleEditor(module, file->path, m_text);
@@ -89,7 +103,8 @@ void Editor::Save(uint32_t flags) {
     const Tags kept = Try(module, file);
     const std::string losses = TagLosses(tags, kept);
     if (!losses.empty() && !(flags & VLW_LOSSY))
-        throw Failure(VLW_WOULD_LOSE, file.path + " can't keep its tags as they are: " + losses + '.', file.path);
+        throw Failure(VLW_WOULD_LOSE, file.path + " can't keep its tags as they are: " + losses + '.',
+                      file.path);
     const std::unique_ptr<OpenFile> closing = std::move(m_file);  // whatever happens from here on
     SaveChanges(*closing->editor, tags, closing->before, closing->path);
     closing->editor->Close();
@@ -97,5 +112,6 @@ void Editor::Save(uint32_t flags) {
     const std::unique_ptr<Input> input = OpenPathUnshared(closing->path.c_str());
     const Tags held = ReadSourceTags(ModuleReaders(module), *input, ScanSource(*input), closing->text);
     if (!(held == kept))
-        throw Failure(VLW_SYSTEM, closing->path + " doesn't give back the tags that were saved.", closing->path);
+        throw Failure(VLW_SYSTEM, closing->path + " doesn't give back the tags that were saved.",
+                      closing->path);
 }

@@ -2,23 +2,22 @@
 
 #include <algorithm>
 
-#include "capi/handles/SourceTags.h"
+#include "capi/FormatLimits.h"
 #include "capi/audio/ChannelMix.h"
+#include "capi/handles/SourceTags.h"
 #include "capi/input/SourceScan.h"
 
 namespace {
 
-constexpr uint32_t kLeastRate = 1000;
-constexpr uint32_t kMostRate = 768000;
-constexpr uint32_t kMostChannels = 255;
 constexpr size_t kPassedOver = 8192;  // samples in a block that nobody wants
 
 }  // namespace
 
 void Reader::SetOutput(uint32_t rate, uint32_t channels) {
-    if (rate != 0 && (rate < kLeastRate || rate > kMostRate))
+    if (rate != 0 && !FormatLimits::IsRate(rate))
         throw Failure(VLW_UNSUPPORTED, "Rates are 1000 to 768000 frames per second.");
-    if (channels > kMostChannels) throw Failure(VLW_UNSUPPORTED, "There are 255 channels at the most.");
+    if (channels > FormatLimits::kMostChannels)
+        throw Failure(VLW_UNSUPPORTED, "There are 255 channels at the most.");
     if (m_file && m_file->wasRead)
         throw Failure(VLW_BAD_STATE, "The file's first frame has been read; its output stays as it is.",
                       Name());

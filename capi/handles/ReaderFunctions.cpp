@@ -2,9 +2,9 @@
 #include <algorithm>
 
 #include "capi/FormatRecord.h"
+#include "capi/audio/Samples.h"
 #include "capi/handles/FactsRecord.h"
 #include "capi/handles/Reader.h"
-#include "capi/audio/Samples.h"
 #include "capi/input/MemoryInput.h"
 #include "capi/input/OpenInput.h"
 

@@ -95,9 +95,10 @@ std::vector<uint8_t> ReadListEntries(Input& input, const SourceFacts& facts) {
 }
 
 std::vector<uint8_t> FileOfList(const std::vector<uint8_t>& entries) {
-    std::vector<uint8_t> file(kSilence.begin(), kSilence.end());
+    std::vector<uint8_t> file(kSilence.size() + entries.size());
+    std::copy(kSilence.begin(), kSilence.end(), file.begin());
+    std::copy(entries.begin(), entries.end(), file.begin() + kSilence.size());
     StoreLE32(&file[kListSizePlace], static_cast<uint32_t>(entries.size() + kListTypeSize));
-    file.insert(file.end(), entries.begin(), entries.end());
     StoreLE32(&file[4], static_cast<uint32_t>(file.size() - kChunkHeaderSize));
     return file;
 }
