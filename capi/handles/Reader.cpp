@@ -138,7 +138,7 @@ Failure Reader::CutReason() const {
     const std::string name = Name().empty() ? "The source" : Name();
     std::string how = name + " ends early";
     if (facts.promised)
-        how += ": " + std::to_string(m_file->source->Position()) + " of " + std::to_string(*facts.promised) +
-               " promised frames are there";
+        how += ": " + std::to_string(facts.frames.value_or(m_file->source->Position())) + " of " +
+               std::to_string(*facts.promised) + " promised frames are there";
     return {VLW_CUT, how + '.', Name()};
 }
