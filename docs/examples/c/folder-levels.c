@@ -36,8 +36,8 @@ static void measure(vlw_reader* reader, int16_t* block, Entry* file) {
             if (abs(block[i]) > file->peak) file->peak = abs(block[i]);
         file->frames += (int64_t)frames;
     }
-    if (code < 0)
-        file->failure = strdup(vlw_reader_error(reader)->text); /* the record goes with the next call */
+    file->code = code;
+    if (code < 0) file->failure = strdup(vlw_reader_error(reader)->text); /* the next call takes the record */
 }
 
 /* What each thread does: one reader of its own, for all files that it takes. NULL, or the folder where it
