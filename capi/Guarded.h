@@ -24,11 +24,11 @@ vlw_code Guarded(Handle* handle, Work&& work) noexcept {
 }
 
 // Makes a handle. VLW_OK, VLW_BAD_ARGUMENT for a null receiver, VLW_NO_MEMORY, the receiver then null.
-template <class Handle>
-vlw_code NewHandle(Handle** receiver) noexcept {
+template <class Handle, class... Arguments>
+vlw_code NewHandle(Handle** receiver, const Arguments&... arguments) noexcept {
     if (!receiver) return VLW_BAD_ARGUMENT;
     try {
-        *receiver = new Handle;
+        *receiver = new Handle(arguments...);
         return VLW_OK;
     } catch (...) {
         *receiver = nullptr;

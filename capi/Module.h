@@ -39,7 +39,12 @@ private:
     std::vector<AudioFormatInfo> m_formats;
 };
 
+// What a module handle shares with the handles that were made with it.
+struct ModuleSlot {
+    std::shared_ptr<const Module> loaded;  // set once
+};
+
 struct vlw_module {
-    std::shared_ptr<const Module> loaded;
+    const std::shared_ptr<ModuleSlot> slot = std::make_shared<ModuleSlot>();
     ErrorRecord error;
 };

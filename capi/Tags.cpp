@@ -13,16 +13,6 @@ namespace {
 constexpr std::string_view kPictureStarts[] = {"\xFF\xD8\xFF", "\x89PNG\r\n\x1A\n", "GIF87a", "GIF89a", "BM"};
 constexpr int32_t kShownFirst[] = {3, 0, 4, 8};  // front cover, other, back cover, artist
 
-// A byte that is no UTF-8 turns into the lone second half of a pair, which no UTF-8 stands for.
-bool IsUtf8(std::string_view text) {
-    const auto isHigh = [](char16_t unit) { return (unit & 0xFC00) == 0xD800; };
-    const auto isLow = [](char16_t unit) { return (unit & 0xFC00) == 0xDC00; };
-    const std::u16string units = Utf::FromUtf8(text);
-    for (size_t i = 0; i < units.size(); ++i)
-        if (isLow(units[i]) && (i == 0 || !isHigh(units[i - 1]))) return false;
-    return true;
-}
-
 // The number as it is kept; empty for 0. Throws Failure.
 std::string NumberOf(const TagRow& row, const std::string& value) {
     int32_t number = -1;
@@ -36,6 +26,16 @@ std::string NumberOf(const TagRow& row, const std::string& value) {
 
 }  // namespace
 
+// A byte that is no UTF-8 turns into the lone second half of a pair, which no UTF-8 stands for.
+bool IsUtf8(std::string_view text) {
+    const auto isHigh = [](char16_t unit) { return (unit & 0xFC00) == 0xD800; };
+    const auto isLow = [](char16_t unit) { return (unit & 0xFC00) == 0xDC00; };
+    const std::u16string units = Utf::FromUtf8(text);
+    for (size_t i = 0; i < units.size(); ++i)
+        if (isLow(units[i]) && (i == 0 || !isHigh(units[i - 1]))) return false;
+    return true;
+}
+
 void Tags::Set(const char* keyword, const char* value) {
     const TagRow* const row = Keywords::Find(keyword);
     if (!row) throw Failure(VLW_UNKNOWN_KEYWORD, "There is no tag named \"" + std::string(keyword) + "\".");
@@ -43,10 +43,20 @@ void Tags::Set(const char* keyword, const char* value) {
     if (!IsUtf8(text))
         throw Failure(VLW_BAD_VALUE, "The text of " + std::string(row->keyword) + " is no UTF-8.");
     if (row->kind == TagKind::Number && !text.empty()) text = NumberOf(*row, text);
+    Put(*row, std::move(text));
+}
+
+void Tags::Put(const TagRow& row, std::string text) {
     if (text.empty())
-        m_texts.erase(row->keywordPlace);
+        m_texts.erase(row.keywordPlace);
     else
-        m_texts[row->keywordPlace] = std::move(text);
+        m_texts[row.keywordPlace] = std::move(text);
+}
+
+const std::string& Tags::TextOf(const TagRow& row) const {
+    static const std::string s_none;
+    const auto text = m_texts.find(row.keywordPlace);
+    return text == m_texts.end() ? s_none : text->second;
 }
 
 void Tags::SetPicture(int32_t number, const void* bytes, size_t size) {

@@ -6,9 +6,14 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "capi/ErrorRecord.h"
+#include "riff/TagTable.h"
+
+// Whether a text is UTF-8 throughout.
+bool IsUtf8(std::string_view text);
 
 class Tags {
 public:
@@ -22,7 +27,10 @@ public:
     // PNG, GIF or BMP, and std::bad_alloc; nothing is changed then.
     void SetPicture(int32_t number, const void* bytes, size_t size);
     void Clear() noexcept;
+    // A text as a file has it, in place of what is there; an empty one takes the tag away.
+    void Put(const TagRow& row, std::string text);
 
+    const std::string& TextOf(const TagRow& row) const;  // empty where there is none
     const std::string* Find(const char* keyword) const;  // null where there is none
     Pictures::const_iterator BestPicture() const;        // the one to show where one is shown, else the end
 

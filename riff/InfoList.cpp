@@ -2,20 +2,24 @@
 
 #include <algorithm>
 
+InfoExtent ExtentOfInfoEntry(uint32_t size, uint64_t left) {
+    uint64_t stored = uint64_t{size} + (size & 1);
+    if (size == left) stored = left;  // some writers leave the last pad byte out of the list
+    const auto held = static_cast<uint32_t>(std::min(stored, left));
+    return {stored, held, std::min(held, size)};
+}
+
 bool WalkInfoList(ChunkWalk& walk, const TakeInfoEntry& take) {
     uint64_t left = walk.Current().size - kListTypeSize;
     while (left > kChunkHeaderSize) {  // a last entry of no bytes is none
         Chunk entry;
         if (!walk.ReadHeader(entry)) return false;
         left -= kChunkHeaderSize;
-        uint64_t stored = entry.size + (entry.size & 1);
-        if (entry.size == left) stored = left;  // some writers leave the last pad byte out of the list
+        const InfoExtent extent = ExtentOfInfoEntry(entry.declared, left);
         // Before memory is taken: the size may be a lie.
-        if (!walk.Source().Holds(stored)) return false;
-        const auto held = static_cast<uint32_t>(std::min(stored, left));
-        const auto kept = static_cast<uint32_t>(std::min<uint64_t>(held, entry.size));
-        if (!take(entry.id, held, kept)) return false;
-        left -= held;
+        if (!walk.Source().Holds(extent.stored)) return false;
+        if (!take(entry.id, extent.held, extent.kept)) return false;
+        left -= extent.held;
     }
     return true;
 }

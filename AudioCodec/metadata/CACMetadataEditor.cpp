@@ -1,7 +1,9 @@
 #include "AudioCodec/metadata/CACMetadataEditor.h"
 
+#include "AudioCodec/attributes/AttributeIds.h"
 #include "AudioCodec/metadata/MetadataHandOver.h"
 #include "AudioCodec/metadata/MetadataTransfer.h"
+#include "AudioCodec/metadata/TagChanges.h"
 #include "AudioCodec/metadata/TagMapping.h"
 #include "AudioCodec/shell/object/Border.h"
 #include "AudioCodec/wave/riff/FormatInfo.h"
@@ -28,27 +30,52 @@ Result CACMetadataEditor::Open() {
 }
 
 Result CACMetadataEditor::OpenFile() {
+    m_options = {GetBool(ATTR_EDIT_ANY_FORMAT), GetBool(ATTR_EDIT_CHANGED_ONLY),
+                 InfoEncodingOf(GetLong(ATTR_INFO_ENCODING))};
+    m_wave.KeepFormat(m_options.anyFormat || m_options.changedOnly);
     const Result opened = m_wave.OpenForReading(m_path.c_str(), false);
     if (opened != RESULT_OK) return opened;
     m_sourceFormat = m_wave.Format();
-    return m_sourceFormat.IsDirectPcm() ? RESULT_OK : RESULT_NOT_PCM;
+    if (m_sourceFormat.IsDirectPcm()) return RESULT_OK;
+    if (!m_options.anyFormat) return RESULT_NOT_PCM;
+    m_sourceFormat.blockAlign = m_wave.ToldBlockAlign();
+    return RESULT_OK;
 }
 
 Result CACMetadataEditor::Save() {
-    const Result stored = AtBorder(RESULT_NO_MEMORY, [&] {
-        StoreTags();
-        return RESULT_OK;
-    });
-    if (stored != RESULT_OK) m_wave.SetModified(false);
+    const Result saved = AtBorder(RESULT_NO_MEMORY, [&] { return SaveFile(); });
+    // What was stored half way stays out of the file.
+    if (saved != RESULT_OK) m_wave.SetModified(false);
     m_wave.CloseFile();
-    return stored;
+    return saved;
 }
 
-void CACMetadataEditor::StoreTags() {
+Result CACMetadataEditor::SaveFile() {
+    // To save what was found would take away what wasn't. Without the attributes hosts know no failure here.
+    if (m_wave.HasSource() && m_wave.ReadFailed()) return m_options.AreSet() ? RESULT_NOT_WAVE : RESULT_OK;
+    const Result stored = m_options.changedOnly ? StoreChanges() : StoreTags();
+    if (stored != RESULT_OK) return stored;
+    const Result written = m_wave.WriteChanges();
+    return m_options.AreSet() ? written : RESULT_OK;
+}
+
+Result CACMetadataEditor::StoreTags() {
     if (m_metadata) MetadataToTags(m_tags, *m_metadata, ZeroNumbers::Keep);
-    if (m_tags.empty()) return;
-    TagsToChunks(m_tags, m_wave.Chunks());
+    if (m_tags.empty()) return RESULT_OK;
+    TagsToChunks(m_tags, m_wave.Chunks(), m_options.encoding);
     m_wave.SetModified(true);
+    return RESULT_OK;
+}
+
+Result CACMetadataEditor::StoreChanges() {
+    if (!m_metadata || !m_wave.HasSource()) return RESULT_OK;
+    std::string entries;
+    if (!m_wave.ReadEntries(entries)) return RESULT_NOT_WAVE;
+    auto changed = ChangedInfoEntries(entries, m_wave.Chunks(), *m_metadata, m_options.encoding);
+    if (!changed) return RESULT_OK;
+    m_wave.SetEntries(std::move(*changed));
+    m_wave.SetModified(true);
+    return RESULT_OK;
 }
 
 Result CACMetadataEditor::Close() { return m_wave.CloseFile(); }
@@ -64,7 +91,7 @@ Result CACMetadataEditor::SetMetadata(IAC3Metadata* source) { return KeepMetadat
 Result CACMetadataEditor::GetMetadata(IAC3Metadata** metadata) {
     return GiveMetadata(metadata, [&](IAC3Metadata& object) {
         m_tags.clear();
-        ChunksToTags(m_tags, m_wave.Chunks());
+        ChunksToTags(m_tags, m_wave.Chunks(), m_options.encoding);
         TagsToMetadata(m_tags, object);
         return RESULT_OK;
     });

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "AudioCodec/shell/object/HandedOut.h"
 #include "riff/TagTable.h"
@@ -27,12 +30,12 @@ int32_t ToNumber(std::u16string_view text) {
 
 void AddText(TagList& tags, const TagRow& row, IAC3Metadata& metadata) {
     HandedOutText text(metadata);
-    metadata.GetString(row.id, text.Put());
+    // Without memory there may be a text: the tag must not vanish from the file for that.
+    if (metadata.GetString(row.id, text.Put()) == RESULT_NO_MEMORY) throw std::bad_alloc();
     if (text.Get()) AddTag(tags, row.keyword, text.Get());
 }
 
-void AddNumber(TagList& tags, const TagRow& row, IAC3Metadata& metadata, ZeroNumbers zeros) {
-    const auto number = static_cast<int32_t>(metadata.GetLong(row.id));
+void AddNumber(TagList& tags, const TagRow& row, int32_t number, ZeroNumbers zeros) {
     if (number == 0 && zeros == ZeroNumbers::Drop) return;
     const std::string digits = std::to_string(number);
     AddTag(tags, row.keyword, std::u16string(digits.begin(), digits.end()));
@@ -51,12 +54,29 @@ void TagsToMetadata(const TagList& tags, IAC3Metadata& metadata) {
     }
 }
 
+void TagsAsWritten(TagList& written, const TagList& tags) {
+    std::vector<std::optional<std::u16string_view>> values(TagTable().size() + 1);  // by the written place
+    for (const auto& [name, value] : tags) {
+        const TagRow* const read = FindTagByName(name);
+        // A second word for an attribute stands for what the first one writes.
+        const TagRow* const row = read ? FindTagById(read->id) : nullptr;
+        if (row && row->writtenPlace != 0) values[row->writtenPlace] = value;
+    }
+    for (uint32_t place = 1; const TagRow* const row = FindTagWrittenAt(place); ++place) {
+        if (!values[place]) continue;
+        if (row->kind == TagKind::Text)
+            AddTag(written, row->keyword, *values[place]);
+        else
+            AddNumber(written, *row, ToNumber(*values[place]), ZeroNumbers::Drop);
+    }
+}
+
 void MetadataToTags(TagList& tags, IAC3Metadata& metadata, ZeroNumbers zeros) {
     tags.clear();
     for (uint32_t place = 1; const TagRow* const row = FindTagWrittenAt(place); ++place) {
         if (row->kind == TagKind::Text)
             AddText(tags, *row, metadata);
         else
-            AddNumber(tags, *row, metadata, zeros);
+            AddNumber(tags, *row, static_cast<int32_t>(metadata.GetLong(row->id)), zeros);
     }
 }

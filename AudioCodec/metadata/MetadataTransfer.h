@@ -15,5 +15,9 @@ enum class ZeroNumbers {
 // Sets the attributes for which the list has tags; of several tags for one attribute the last one wins.
 void TagsToMetadata(const TagList& tags, IAC3Metadata& metadata);
 
+// Appends the tags that MetadataToTags would make of the attributes that TagsToMetadata would set, without
+// numbers that are 0. Throws std::bad_alloc.
+void TagsAsWritten(TagList& written, const TagList& tags);
+
 // Replaces the list by tags of the attributes that are written. Throws std::bad_alloc.
 void MetadataToTags(TagList& tags, IAC3Metadata& metadata, ZeroNumbers zeros);

@@ -84,10 +84,14 @@ void TagList::Append(std::string_view name, std::u16string_view value) {
     m_units += u'\0';
 }
 
+std::string LoweredTagName(std::string_view name) {
+    std::string lowered(name);
+    std::transform(lowered.begin(), lowered.end(), lowered.begin(), Lowered);
+    return lowered;
+}
+
 void AddTag(TagList& tags, std::string_view name, std::u16string_view value) {
     value = value.substr(0, value.find_last_not_of(u' ') + 1);
     value.remove_prefix(std::min(value.find_first_not_of(u' '), value.size()));
-    std::string lowered(name);
-    std::transform(lowered.begin(), lowered.end(), lowered.begin(), Lowered);
-    tags.Append(lowered, value);
+    tags.Append(LoweredTagName(name), value);
 }

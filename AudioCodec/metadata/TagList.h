@@ -43,6 +43,9 @@ private:
     std::u16string m_units;
 };
 
+// A name as lists have it: each letter of the ANSI code page in lower case. Throws std::bad_alloc.
+std::string LoweredTagName(std::string_view name);
+
 // Appends a tag: the name, in the ANSI code page, in lower case, the value without the blanks (0x20) at its
 // ends. Every entry of a list comes through here. Throws std::bad_alloc, and the list then stays as it was.
 void AddTag(TagList& tags, std::string_view name, std::u16string_view value);

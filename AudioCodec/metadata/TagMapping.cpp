@@ -2,10 +2,8 @@
 
 #include <algorithm>
 #include <iterator>
-#include <new>
 #include <optional>
 
-#include "AudioCodec/shell/object/CStr.h"
 #include "riff/TagEntries.h"
 #include "riff/TagTable.h"
 
@@ -22,7 +20,7 @@ using IsReplaced = bool (*)(std::string_view old);
 
 bool WholeText(std::string_view chunk, std::string_view& text) {
     // Programs pad the text with zeros, or leave none at all: it ends at the first one, or with the chunk.
-    text = chunk.substr(0, chunk.find('\0'));
+    text = TextOfInfoChunk(chunk);
     return true;
 }
 
@@ -109,22 +107,32 @@ const TagRow* FindOwnChunk(std::string_view name) {
     return row && row->chunk != 0 ? row : nullptr;
 }
 
+InfoEncoding EncodingOf(const TagRow& row, InfoEncoding ofTexts) {
+    return row.form == TagForm::Text ? ofTexts : InfoEncoding::Ansi;
+}
+
+bool AreHeldByAnsi(const TagList& tags) {
+    for (const auto& [name, value] : tags) {
+        const TagRow* const row = FindOwnChunk(name);
+        if (row && row->form == TagForm::Text && !IsHeldByAnsi(value)) return false;
+    }
+    return true;
+}
+
 }  // namespace
 
-void ChunksToTags(TagList& tags, const InfoChunks& chunks) {
+void ChunksToTags(TagList& tags, const InfoChunks& chunks, InfoEncoding encoding) {
     for (const auto& [id, bytes] : chunks) {
         if (id == kTagChunk) AddEntries(tags, bytes);
         const TagRow* const row = FindTagByChunk(id);
         std::string_view text;
         if (!row || !FormOf(*row).textOf(bytes, text)) continue;
-        // A conversion without memory leaves null, which would look like an empty tag.
-        CStr value(text.data(), static_cast<uint32_t>(text.size()));
-        if (!value.Wide()) throw std::bad_alloc();
-        AddTag(tags, row->keyword, value.Wide());
+        AddTag(tags, row->keyword, DecodeInfoText(text, EncodingOf(*row, encoding)));
     }
 }
 
-void TagsToChunks(const TagList& tags, InfoChunks& chunks) {
+void TagsToChunks(const TagList& tags, InfoChunks& chunks, InfoEncoding encoding) {
+    const InfoEncoding written = WrittenEncoding(encoding, chunks, [&] { return AreHeldByAnsi(tags); });
     const OldChunks old(chunks);
     std::string entries;
     for (const auto& [name, value] : tags) {
@@ -132,9 +140,8 @@ void TagsToChunks(const TagList& tags, InfoChunks& chunks) {
         if (!row) {
             AppendTagEntry(entries, name, value);
         } else if (old.IsFree(*row)) {
-            CStr text(value.data(), static_cast<uint32_t>(value.size()));
-            if (!text.Narrow()) throw std::bad_alloc();
-            chunks.Set(row->chunk, FormOf(*row).chunkOf(text.Narrow(), old.Bytes(*row)));
+            const std::string text = EncodeInfoText(value, EncodingOf(*row, written));
+            chunks.Set(row->chunk, FormOf(*row).chunkOf(text, old.Bytes(*row)));
         }
     }
     if (entries.empty()) return;

@@ -16,6 +16,7 @@
 #include "AudioCodec/attributes/AttributeIds.h"
 #include "AudioCodec/metadata/MetadataHandOver.h"
 #include "AudioCodec/metadata/MetadataTransfer.h"
+#include "AudioCodec/metadata/TagChanges.h"
 #include "AudioCodec/metadata/TagMapping.h"
 #include "AudioCodec/shell/object/Saturating.h"
 #include "AudioCodec/wave/FormatText.h"
@@ -162,15 +163,28 @@ Result CACWriter::CompleteFile() {
     const Result completed = AtBorder(RESULT_NO_MEMORY, [&] {
         // The audio has to be complete before the list is put after it.
         if (!m_converter.IsConversionFree()) DrainConverter();
-        if (m_metadata) MetadataToTags(m_tags, *m_metadata, ZeroNumbers::Drop);
-        if (m_tags.empty()) return RESULT_OK;
-        TagsToChunks(m_tags, m_wave.Chunks());
-        m_wave.SetModified(true);
+        StoreTags();
         return RESULT_OK;
     });
     // Whatever failed above: the sizes in the header are true only after this.
     m_wave.CloseFile();
     return completed;
+}
+
+void CACWriter::StoreTags() {
+    const InfoEncoding encoding = InfoEncodingOf(GetLong(ATTR_INFO_ENCODING));
+    if (m_metadata && GetBool(ATTR_EDIT_CHANGED_ONLY)) {
+        // Against a file without tags all that is set differs.
+        if (auto entries = ChangedInfoEntries({}, {}, *m_metadata, encoding)) {
+            m_wave.SetEntries(std::move(*entries));
+            m_wave.SetModified(true);
+        }
+        return;
+    }
+    if (m_metadata) MetadataToTags(m_tags, *m_metadata, ZeroNumbers::Drop);
+    if (m_tags.empty()) return;
+    TagsToChunks(m_tags, m_wave.Chunks(), encoding);
+    m_wave.SetModified(true);
 }
 
 Result CACWriter::Write(const void* buffer, uint32_t frames, uint32_t* framesAccepted) {

@@ -11,7 +11,9 @@
 // returns RESULT_BAD_ARGUMENT and moves nothing, and so do null receivers. Offsets are held within 64
 // bits instead of being cut. A file doesn't grow beyond 4 GiB: Write returns RESULT_WRITE_FAILED there.
 // Without memory Open returns RESULT_FAILED, Write and Close RESULT_NO_MEMORY, and Close ends the file
-// without its tags.
+// without its tags. ATTR_EDIT_CHANGED_ONLY and ATTR_INFO_ENCODING are looked at when the tags go in, at
+// Close. With the first a number that its chunk wouldn't give back goes into "vltg"; else both roads make one
+// file.
 #pragma once
 
 #include <vector>
@@ -50,6 +52,7 @@ private:
     Result OpenFile(const char16_t* path, uint32_t flags);
     bool IsInputConvertible() const;
     Result CompleteFile();
+    void StoreTags();
 
     Result WriteDirect(const int16_t* frames, uint32_t count, uint32_t* accepted);
     Result WriteConverted(const int16_t* frames, uint32_t count, uint32_t* accepted);

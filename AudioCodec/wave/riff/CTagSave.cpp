@@ -24,36 +24,48 @@ uint64_t FindCopyPlace(uint64_t oldEnd, uint64_t newEnd) {
 
 }  // namespace
 
-void CTagSave::Run(const InfoChunks& chunks) {
-    // Nothing is written before the plan stands. Until the copy is in, all of it can be taken back, except
-    // the cut of what no reader sees.
-    if (!Plan(chunks) || !DropUnfinishedList()) return;
-    if (!SetSizeRight() || !WrapTail() || !RewriteFormat()) return;
-    if (m_list.empty()) {
-        RemoveLists();
-    } else {
-        StoreList();
-    }
-}
-
-// Everything that can refuse: a walk that fails, a tail too large to copy, a number above 32 bits.
-bool CTagSave::Plan(const InfoChunks& chunks) {
-    if (!m_layout.Read(m_handle)) return false;
-    const uint64_t entries = InfoEntriesSize(chunks);
-    if (entries + kListTypeSize > kLargestNumber || m_layout.Tail() > kLargestTail) return false;
-    if (m_layout.Last().size > kLargestNumber || m_layout.Data().Content() > kLargestNumber) return false;
-    if (entries != 0) {
-        // The memory too: once the file is being changed, none is taken for the list any more.
-        m_list.reserve(entries + kChunkHeaderSize + kListTypeSize);
+bool CTagSave::Run(const InfoChunks& chunks) {
+    // Nothing is written before the plan stands.
+    const uint64_t size = InfoEntriesSize(chunks);
+    if (!Plan(size)) return false;
+    if (size != 0)
         PutInfoList(chunks, [this](const void* bytes, size_t count) {
             m_list.append(static_cast<const char*>(bytes), count);
         });
+    return Store();
+}
+
+bool CTagSave::Run(std::string_view entries) {
+    if (!Plan(entries.size())) return false;
+    if (!entries.empty()) {
+        uint8_t header[kChunkHeaderSize + kListTypeSize];
+        PutInfoHeader(header, entries.size());
+        m_list.append(reinterpret_cast<const char*>(header), sizeof header).append(entries);
+        if (entries.size() & 1) m_list += '\0';
     }
+    return Store();
+}
+
+// Until the copy is in, all of it can be taken back, except the cut of what no reader sees.
+bool CTagSave::Store() {
+    if (!DropUnfinishedList() || !SetSizeRight() || !WrapTail() || !RewriteFormat()) return false;
+    return m_list.empty() ? RemoveLists() : StoreList();
+}
+
+// Everything that can refuse: a walk that fails, a tail too large to copy, a number above 32 bits. `entries`:
+// their bytes.
+bool CTagSave::Plan(uint64_t entries) {
+    if (!m_layout.Read(m_handle)) return false;
+    if (entries + kListTypeSize > kLargestNumber || m_layout.Tail() > kLargestTail) return false;
+    if (m_layout.Last().size > kLargestNumber || m_layout.Data().Content() > kLargestNumber) return false;
+    // The memory too: once the file is being changed, none is taken for the list any more.
+    const uint64_t list = entries == 0 ? 0 : kChunkHeaderSize + kListTypeSize + entries + (entries & 1);
+    m_list.reserve(list);
     const uint64_t tail = m_layout.Tail();
     // The tail will be a chunk by then: with a header in front, and a pad byte after it if it is odd.
     m_end = m_layout.End() + (tail == 0 ? 0 : kChunkHeaderSize + tail + (tail & 1));
     m_place = m_layout.EndsWithList() ? m_layout.Last().offset : m_end;
-    m_copyAt = m_place == m_end ? m_end : FindCopyPlace(m_end, m_place + m_list.size());
+    m_copyAt = m_place == m_end ? m_end : FindCopyPlace(m_end, m_place + list);
     // The filler of step 2 spans all of this, and a header's size has 32 bits.
     return m_copyAt - m_place <= kLargestNumber;
 }
@@ -90,11 +102,11 @@ bool CTagSave::WrapTail() {
 // A file laid out as the writer does it gets the writer's header anew: the block align as the reader
 // corrected it, and a pad byte of 0. Extra bytes are as they were.
 bool CTagSave::RewriteFormat() {
-    if (!m_layout.IsWritersOwn(m_format)) return true;
+    if (!m_format || !m_layout.IsWritersOwn(*m_format)) return true;
     uint8_t record[kFormatFixedSize];
-    m_format.StoreFixed(record);
+    m_format->StoreFixed(record);
     const WaveChunk& data = m_layout.Data();
-    return m_file.Write(kFormatPlace, record, std::min(m_format.DiskSize(), kFormatFixedSize)) &&
+    return m_file.Write(kFormatPlace, record, std::min(m_format->DiskSize(), kFormatFixedSize)) &&
            (!(data.size & 1) || m_file.Write(data.End() - 1, "", 1));
 }
 
@@ -124,6 +136,7 @@ bool CTagSave::MoveIntoPlace() {
     // Under it bytes may be torn without a walk seeing them.
     const uint64_t end = m_place + m_list.size();
     const uint64_t gap = m_copyAt - end;
+    const uint32_t size = LoadLE32(reinterpret_cast<const uint8_t*>(m_list.data()) + 4);
     if (!WriteChunkHeader(m_place, ChunkId::kJunk, m_copyAt - m_place - kChunkHeaderSize)) return false;
     if (!m_file.Write(m_place + kChunkHeaderSize, m_list.data() + kChunkHeaderSize,
                       m_list.size() - kChunkHeaderSize))
@@ -132,8 +145,8 @@ bool CTagSave::MoveIntoPlace() {
     if (gap != 0 && !WriteChunkHeader(end, ChunkId::kJunk, gap - kChunkHeaderSize)) return false;
     // Now both lists are whole and equal, so it doesn't matter which a reader takes. Step 3: the size, then
     // the cut; the flush between them keeps a crash from leaving the cut without the list.
-    return WriteChunkHeader(m_place, ChunkId::kList, m_list.size() - kChunkHeaderSize) &&
-           MakeOlderListsFiller() && WriteRiffSize(end) && m_file.Flush() && m_file.Cut(end);
+    return WriteChunkHeader(m_place, ChunkId::kList, size) && MakeOlderListsFiller() && WriteRiffSize(end) &&
+           m_file.Flush() && m_file.Cut(end);
 }
 
 // The list that a reader takes goes last: until then the old tags are whole, and a failure takes back what

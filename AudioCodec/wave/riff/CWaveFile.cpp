@@ -12,6 +12,7 @@
 #include "platform/file/FilePointer.h"
 #include "riff/ChunkWalk.h"
 #include "riff/InfoList.h"
+#include "riff/InfoListEdit.h"
 
 namespace {
 
@@ -72,10 +73,14 @@ bool CWaveFile::ParseChunks() {
     m_dataSize = 0;
     m_dataOffset = 0;
     m_chunks.clear();
+    m_entries.reset();
+    m_entriesSize = 0;
+    m_readFailed = false;
     bool walked = false;
     if (m_file) {
         HandleSource source(m_file.get());
         walked = Walk(source);
+        m_readFailed = source.HasFailed();
     } else if (m_stream) {
         StreamSource source(*m_stream);
         walked = Walk(source);
@@ -119,6 +124,7 @@ bool CWaveFile::ParseFormat(ChunkWalk& walk) {
     std::vector<uint8_t> record(kept);
     if (!walk.Read(record.data(), kept)) return false;
     m_format = WaveFormat::Load(record.data(), kept);
+    m_toldBlockAlign = m_format.blockAlign;
     // In a file the frame size is what channels and bits make it, whatever the record tells. A stream's is
     // kept as told, and its reader compares before it reads by it.
     if (m_file)
@@ -130,8 +136,11 @@ bool CWaveFile::ParseFormat(ChunkWalk& walk) {
 bool CWaveFile::ParseList(ChunkWalk& walk) {
     uint8_t type[kListTypeSize];
     if (!walk.Read(type, sizeof type)) return false;
-    return LoadLE32(type) != ChunkId::kInfo ||
-           ReadInfoList(walk, m_chunks);  // of several lists the last wins whole
+    if (LoadLE32(type) != ChunkId::kInfo) return true;
+    // Of several lists the last wins whole. Its place is of use in a file alone, which can always tell it.
+    if (m_file && !walk.Source().Tell(m_entriesPlace)) return false;
+    m_entriesSize = walk.Current().size - kListTypeSize;
+    return ReadInfoList(walk, m_chunks);
 }
 
 bool CWaveFile::ParseData(ChunkWalk& walk) {
@@ -146,6 +155,22 @@ bool CWaveFile::ParseData(ChunkWalk& walk) {
 bool CWaveFile::ParseFact(ChunkWalk& walk) {
     uint8_t sampleCount[kFactSampleCountSize];  // what the data chunk says is believed instead
     return walk.Read(sampleCount, sizeof sampleCount);
+}
+
+bool CWaveFile::ReadEntries(std::string& entries) const {
+    entries.clear();
+    if (!m_file || m_entriesSize == 0) return true;
+    // The last bytes of a list may be told and not there.
+    const uint64_t there = std::min(m_entriesSize, SizeOfFile(m_file.get()) - m_entriesPlace);
+    entries.resize(there);
+    DWORD done = 0;
+    return MoveTo(static_cast<int64_t>(m_entriesPlace)) &&
+           ReadFile(m_file.get(), entries.data(), static_cast<DWORD>(there), &done, nullptr) && done == there;
+}
+
+void CWaveFile::SetEntries(std::string entries) {
+    ReadInfoEntries(entries, m_chunks);
+    m_entries = std::move(entries);
 }
 
 bool CWaveFile::Move(int64_t distance, uint32_t origin, int64_t* position) const {
@@ -168,6 +193,7 @@ void CWaveFile::BeginAudio(const WaveFormat& format) {
     m_format = format;
     m_dataSize = 0;
     m_chunks.clear();
+    m_entries.reset();
     WriteHeader(false);
     m_formatFound = true;
     m_writable = true;
@@ -234,24 +260,25 @@ void CWaveFile::WriteHeader(bool final) noexcept {
     MoveTo(m_dataOffset);
 }
 
-void CWaveFile::SaveTags() const noexcept {
-    AtBorder(RESULT_FAILED, [this] {
-        CTagSave(m_file.get(), m_format).Run(m_chunks);
-        return RESULT_OK;
+Result CWaveFile::SaveTags() const noexcept {
+    return AtBorder(RESULT_NO_MEMORY, [this] {
+        CTagSave save(m_file.get(), m_keepFormat ? nullptr : &m_format);
+        return (m_entries ? save.Run(*m_entries) : save.Run(m_chunks)) ? RESULT_OK : RESULT_WRITE_FAILED;
     });
 }
 
-Result CWaveFile::CloseFile() noexcept {
-    if (!m_file) return RESULT_OK;
+Result CWaveFile::WriteChanges() noexcept {
+    if (!m_file || m_readOnly || !m_modified) return RESULT_OK;
+    m_modified = false;
     // A file that was made here is finished as a whole. One that was there before may hold chunks that nobody
     // here understands, so it is edited in place.
-    if (!m_readOnly && m_modified) {
-        if (m_writable) {
-            WriteHeader(true);
-        } else {
-            SaveTags();
-        }
-    }
+    if (!m_writable) return SaveTags();
+    WriteHeader(true);
+    return RESULT_OK;
+}
+
+Result CWaveFile::CloseFile() noexcept {
+    WriteChanges();
     m_file.reset();
     return RESULT_OK;
 }

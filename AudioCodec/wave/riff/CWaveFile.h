@@ -7,10 +7,13 @@
 // than 4 bytes is passed over like an unknown chunk. A sub-chunk that reaches past its list is cut there, one
 // that reaches past the file's end fails the parse. A failed open leaves no handle behind. A file that was
 // there before is changed by CTagSave, so that its audio and its other chunks stay. A stream that refuses a
-// move fails the parse.
+// move fails the parse. A header that the system refuses to read ends the walk like the file's end does, and
+// is remembered: what was found then may not be all.
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <string>
 
 #include "AudioCodec/shell/object/ResultCodes.h"
 #include "platform/base/UniqueHandle.h"
@@ -55,8 +58,12 @@ public:
     // writes are not reported.
     void WriteHeader(bool final) noexcept;
 
-    // Ends the work on the file; what changed is written first: header and list of a file that was created,
-    // the tags of one that was opened. Always RESULT_OK.
+    // Writes what changed: header and list of a file that was created, whose writes aren't looked at, the
+    // tags of one that was opened. Returns RESULT_OK, also where nothing changed; RESULT_WRITE_FAILED,
+    // RESULT_NO_MEMORY for an opened file, which then holds the old tags or the new ones.
+    Result WriteChanges() noexcept;
+
+    // Ends the work on the file; what changed is written first, as WriteChanges does. Always RESULT_OK.
     Result CloseFile() noexcept;
 
     int64_t TellData() const;  // place in bytes from the start of the audio; 0 without file or stream
@@ -76,6 +83,17 @@ public:
     const WaveFormat& Format() const { return m_format; }
     uint32_t DataSize() const { return m_dataSize; }
     InfoChunks& Chunks() { return m_chunks; }
+    uint16_t ToldBlockAlign() const { return m_toldBlockAlign; }  // as the file's format record has it
+    // The system refused a read in it, so chunks may have been missed. Of a file alone.
+    bool ReadFailed() const { return m_readFailed; }
+
+    // The entries of the last "INFO" list of the opened file, as they stand there; empty without one. False
+    // where the system refuses to read them. May throw bad_alloc.
+    bool ReadEntries(std::string& entries) const;
+    // To be written in place of Chunks, which become what a reader will find in them. May throw bad_alloc.
+    void SetEntries(std::string entries);
+    // The format record of an opened file stays as it is, to the byte.
+    void KeepFormat(bool keep) { m_keepFormat = keep; }
 
     void SetReadOnly(bool readOnly) { m_readOnly = readOnly; }
     void SetModified(bool modified) { m_modified = modified; }
@@ -96,16 +114,22 @@ private:
     bool MoveTo(int64_t position) const;
 
     void Write(const void* bytes, size_t count) const;
-    void SaveTags() const noexcept;
+    Result SaveTags() const noexcept;
 
     bool m_readOnly = false;
     bool m_modified = false;     // header and list must be rewritten at CloseFile
     bool m_formatFound = false;  // a "fmt " chunk was taken over, ever
     bool m_writable = false;     // audio may be written: the file was created here
-    uint32_t m_dataOffset = 0;   // of the first audio byte; 0 as long as no "data" chunk was seen
-    uint32_t m_dataSize = 0;     // audio bytes as declared, or as written
+    bool m_readFailed = false;   // in the last walk
+    bool m_keepFormat = false;
+    uint16_t m_toldBlockAlign = 0;
+    uint32_t m_dataOffset = 0;  // of the first audio byte; 0 as long as no "data" chunk was seen
+    uint32_t m_dataSize = 0;    // audio bytes as declared, or as written
     WaveFormat m_format;
     InfoChunks m_chunks;
+    uint64_t m_entriesPlace = 0;  // of those that m_chunks were read from
+    uint64_t m_entriesSize = 0;   // as the list declares it; 0: there are none
+    std::optional<std::string> m_entries;
     UniqueHandle m_file;
     IStream* m_stream = nullptr;  // borrowed
 };

@@ -12,7 +12,7 @@
 
 namespace {
 
-const Module* Loaded(const vlw_module* module) { return module ? module->loaded.get() : nullptr; }
+const Module* Loaded(const vlw_module* module) { return module ? module->slot->loaded.get() : nullptr; }
 
 vlw_format ToFormat(const AudioFormatInfo& info) {
     return {sizeof(vlw_format),
@@ -31,8 +31,8 @@ vlw_format ToFormat(const AudioFormatInfo& info) {
 // Whether there is such a format to tell.
 vlw_code StateOf(const vlw_module* module, size_t index) {
     if (!module) return VLW_BAD_ARGUMENT;
-    if (!module->loaded) return VLW_BAD_STATE;
-    return index < module->loaded->Formats().size() ? VLW_OK : VLW_END;
+    if (!module->slot->loaded) return VLW_BAD_STATE;
+    return index < module->slot->loaded->Formats().size() ? VLW_OK : VLW_END;
 }
 
 }  // namespace
@@ -43,8 +43,8 @@ void vlw_module_free(vlw_module* module) { delete module; }
 
 vlw_code vlw_module_load(vlw_module* module, const char* path) {
     return Guarded(module, [&] {
-        if (module->loaded) return VLW_BAD_STATE;
-        module->loaded = std::make_shared<const Module>(path);
+        if (module->slot->loaded) return VLW_BAD_STATE;
+        module->slot->loaded = std::make_shared<const Module>(path);
         return VLW_OK;
     });
 }
@@ -53,12 +53,12 @@ const vlw_error* vlw_module_error(const vlw_module* module) { return module ? mo
 
 const char* vlw_module_path(const vlw_module* module) {
     if (!module) return nullptr;
-    return module->loaded ? module->loaded->Path().c_str() : "";
+    return module->slot->loaded ? module->slot->loaded->Path().c_str() : "";
 }
 
 const char* vlw_module_version(const vlw_module* module) {
     if (!module) return nullptr;
-    return module->loaded ? module->loaded->Version().c_str() : "";
+    return module->slot->loaded ? module->slot->loaded->Version().c_str() : "";
 }
 
 size_t vlw_module_format_count(const vlw_module* module) {
@@ -68,7 +68,7 @@ size_t vlw_module_format_count(const vlw_module* module) {
 
 vlw_code vlw_module_format(const vlw_module* module, size_t index, vlw_format* format) {
     const vlw_code state = StateOf(module, index);
-    return state == VLW_OK ? PutFormat(ToFormat(module->loaded->Formats()[index]), format) : state;
+    return state == VLW_OK ? PutFormat(ToFormat(module->slot->loaded->Formats()[index]), format) : state;
 }
 
 vlw_code vlw_module_format_text(const vlw_module* module, size_t index, const char* language, char** text) {
@@ -77,7 +77,8 @@ vlw_code vlw_module_format_text(const vlw_module* module, size_t index, const ch
     if (state != VLW_OK) return state;
     try {
         const uint32_t id = language ? FindNearestLanguage(language) : 0;
-        const std::string utf8 = Utf::ToUtf8(module->loaded->FormatText(static_cast<uint32_t>(index), id));
+        const std::string utf8 =
+            Utf::ToUtf8(module->slot->loaded->FormatText(static_cast<uint32_t>(index), id));
         auto* const copy = static_cast<char*>(std::malloc(utf8.size() + 1));
         if (!copy) return VLW_NO_MEMORY;
         std::memcpy(copy, utf8.c_str(), utf8.size() + 1);

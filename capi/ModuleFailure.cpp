@@ -1,0 +1,35 @@
+#include "capi/ModuleFailure.h"
+
+#include <new>
+
+#include "AudioCodec/shell/object/ResultTexts.h"
+#include "platform/base/PlatformResults.h"
+
+namespace {
+
+struct ResultRow {
+    Result result;
+    vlw_code code;
+};
+constexpr ResultRow kResults[] = {
+    {RESULT_NOT_SUPPORTED, VLW_UNSUPPORTED}, {RESULT_CANNOT_OPEN, VLW_SYSTEM},
+    {RESULT_NOT_PCM, VLW_UNSUPPORTED},       {RESULT_NOT_WAVE, VLW_DAMAGED},
+    {RESULT_WRITE_FAILED, VLW_SYSTEM},       {RESULT_CANNOT_CREATE, VLW_EXISTS},
+    {RESULT_FILE_IN_USE, VLW_IN_USE},        {RESULT_SOURCE_NOT_LOADED, VLW_NO_DECODER},
+    {RESULT_FILTER_MISSING, VLW_NO_DECODER}, {RESULT_CANNOT_RUN, VLW_NO_DECODER},
+};
+
+vlw_code CodeOf(Result result) {
+    for (const ResultRow& row : kResults)
+        if (row.result == result) return row.code;
+    return VLW_FAILED;
+}
+
+}  // namespace
+
+Failure ModuleFailure(Result result, const std::string& what, const std::string& path) {
+    if (result == RESULT_NO_MEMORY || result == PLATFORM_NO_MEMORY) throw std::bad_alloc();
+    const ResultText* const row = FindResultText(result);
+    const std::string reason = row ? row->text : "The module answered " + std::to_string(result) + '.';
+    return {CodeOf(result), what + " failed: " + reason, path};
+}

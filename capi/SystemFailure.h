@@ -1,0 +1,15 @@
+// What the system refused, as a failure of the library.
+#pragma once
+
+#include <string>
+
+#include "capi/Failure.h"
+
+// The failure for an errno: its code, the number, and a sentence that begins with `what` ("Reading a.wav")
+// and ends with the system's own reason.
+Failure SystemFailure(int error, const std::string& what, const std::string& path);
+
+// Throws it where there is an error.
+inline void RequireSystem(int error, const char* doing, const std::string& path) {
+    if (error != 0) throw SystemFailure(error, doing + (' ' + (path.empty() ? "the source" : path)), path);
+}

@@ -1,0 +1,65 @@
+#include "capi/TagTransfer.h"
+
+#include <cstdlib>
+
+#include "AudioCodec/shell/object/HandedOut.h"
+#include "capi/Keywords.h"
+#include "capi/ModuleFailure.h"
+#include "platform/base/Utf.h"
+
+namespace {
+
+// A half of a pair that stands alone has no UTF-8; some would even come out as another byte.
+void ReplaceLoneHalves(std::u16string& text) {
+    const auto isHigh = [](char16_t unit) { return (unit & 0xFC00) == 0xD800; };
+    const auto isLow = [](char16_t unit) { return (unit & 0xFC00) == 0xDC00; };
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (isHigh(text[i]) && i + 1 < text.size() && isLow(text[i + 1]))
+            ++i;
+        else if (isHigh(text[i]) || isLow(text[i]))
+            text[i] = u'\uFFFD';
+    }
+}
+
+std::string TextOf(IAC3Metadata& metadata, uint32_t id) {
+    HandedOutText text(metadata);
+    if (metadata.GetString(id, text.Put()) == RESULT_NO_MEMORY) throw std::bad_alloc();
+    if (!text.Get()) return {};  // one that isn't there
+    std::u16string units = text.Get();
+    ReplaceLoneHalves(units);
+    return Utf::ToUtf8(units);
+}
+
+std::string NumberOf(IAC3Metadata& metadata, uint32_t id) {
+    const auto number = static_cast<int32_t>(metadata.GetLong(id));  // files hold signed numbers
+    return number == 0 ? std::string() : std::to_string(number);
+}
+
+uint32_t NumberFrom(const std::string& text) {
+    return static_cast<uint32_t>(std::strtol(text.c_str(), nullptr, 10));
+}
+
+Result Store(const TagRow& row, const std::string& text, IAC3Metadata& metadata) {
+    if (row.kind == TagKind::Number) return metadata.SetLong(row.id, NumberFrom(text));
+    return metadata.SetString(row.id, Utf::FromUtf8(text).c_str());
+}
+
+}  // namespace
+
+Tags ReadTags(IAC3Metadata& metadata) {
+    Tags tags;
+    for (size_t index = 0; const TagRow* const row = Keywords::At(index); ++index)
+        if (row->uses & TAG_READ)
+            tags.Put(*row,
+                     row->kind == TagKind::Number ? NumberOf(metadata, row->id) : TextOf(metadata, row->id));
+    return tags;
+}
+
+void StoreTags(const Tags& tags, const Tags& before, IAC3Metadata& metadata) {
+    for (size_t index = 0; const TagRow* const row = Keywords::At(index); ++index) {
+        if (!(row->uses & TAG_WRITTEN)) continue;
+        const std::string& text = tags.TextOf(*row);
+        if (text != before.TextOf(*row))
+            RequireModule(Store(*row, text, metadata), "Handing the tags to", "the module");
+    }
+}

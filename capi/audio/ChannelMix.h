@@ -1,0 +1,13 @@
+// Which channel counts can be made of which: one of any (their mean), any of one (each the same), and two of
+// 5.1 (ITU-R BS.775).
+#pragma once
+
+#include <cstdint>
+
+inline constexpr uint32_t kSurround =
+    6;  // channels of 5.1: left, right, centre, LFE, left and right surround
+
+constexpr bool IsDownMix(uint32_t from, uint32_t to) { return from == kSurround && to == 2; }
+constexpr bool CanMix(uint32_t from, uint32_t to) {
+    return from == to || from == 1 || to == 1 || IsDownMix(from, to);
+}

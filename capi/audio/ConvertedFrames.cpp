@@ -1,0 +1,202 @@
+#include "capi/audio/ConvertedFrames.h"
+
+#include <algorithm>
+#include <cstring>
+#include <exception>
+#include <limits>
+#include <optional>
+
+#include "AudioCodec/shell/object/Saturating.h"
+#include "AudioCodec/wave/converter/ConversionRatio.h"
+#include "capi/ModuleFailure.h"
+#include "capi/audio/ReadOnlyStream.h"
+#include "riff/WaveFormat.h"
+#include "riff/WaveTypes.h"
+
+namespace {
+
+constexpr uint32_t kBytesPerSample = 2;
+constexpr size_t kMostAtOnce = size_t{1} << 20;  // frames
+constexpr size_t kDropped = 4096;                // samples in a block that nobody wants
+constexpr int64_t kRunIn = 64;                   // source frames; the filter reaches 16 to each side
+constexpr int64_t kLeast = 48;                   // source frames that the converter needs to begin as usual
+constexpr int64_t kMoveFirst = -1;
+
+constexpr size_t kHeadSize = kFileHeaderSize + kChunkHeaderSize + kPcmFormatSize + kChunkHeaderSize;
+
+ConversionRatio RatioOf(uint32_t fromRate, uint32_t toRate) {
+    return FindConversionRatio(static_cast<int32_t>(fromRate), static_cast<int32_t>(toRate));
+}
+
+}  // namespace
+
+// An output frame for each step that begins before the end: the steps of `phaseCount` frames are `inputStep`
+// source frames.
+int64_t ConvertedLength(int64_t frames, uint32_t fromRate, uint32_t toRate) {
+    if (fromRate == toRate) return frames;
+    const ConversionRatio ratio = RatioOf(fromRate, toRate);
+    const int64_t whole = Saturating::MulDiv(frames, ratio.phaseCount, ratio.inputStep);
+    return whole + (Saturating::MulDiv(whole, ratio.inputStep, ratio.phaseCount) < frames ? 1 : 0);
+}
+
+// The source as a WAV file of endless audio that begins at any frame.
+class ConvertedFrames::SourceStream final : public ReadOnlyStream {
+public:
+    SourceStream(FrameSource& source, uint32_t rate)
+        : m_source(source), m_frameBytes(source.Channels() * kBytesPerSample) {
+        uint8_t record[kFormatFixedSize];
+        WaveFormat::Pcm(source.Channels(), rate, 16).StoreFixed(record);
+        StoreLE32(m_head, ChunkId::kRiff);
+        StoreLE32(m_head + 4, UINT32_MAX);
+        StoreLE32(m_head + 8, ChunkId::kWave);
+        StoreLE32(m_head + 12, ChunkId::kFmt);
+        StoreLE32(m_head + 16, kPcmFormatSize);
+        std::memcpy(m_head + 20, record, kPcmFormatSize);
+        StoreLE32(m_head + kHeadSize - 8, ChunkId::kData);
+        StoreLE32(m_head + kHeadSize - 4, UINT32_MAX);
+    }
+
+    void BeginAt(int64_t frame) {
+        m_begin = frame;
+        m_place = 0;
+    }
+    // The source's length; nothing before its end was met.
+    std::optional<int64_t> End() const { return m_end; }
+    void ThrowFailure() {
+        if (m_failure) std::rethrow_exception(std::exchange(m_failure, nullptr));
+    }
+
+    int32_t Read(void* buffer, uint32_t size, uint32_t* done) override {
+        auto* const bytes = static_cast<uint8_t*>(buffer);
+        *done = 0;
+        if (m_place < kHeadSize) {
+            *done = static_cast<uint32_t>(std::min<uint64_t>(size, kHeadSize - m_place));
+            std::memcpy(bytes, m_head + m_place, *done);
+            m_place += *done;
+            return PLATFORM_OK;
+        }
+        try {
+            const size_t frames = ReadFrames(reinterpret_cast<int16_t*>(bytes), size / m_frameBytes);
+            *done = static_cast<uint32_t>(frames * m_frameBytes);
+            m_place += *done;
+            return PLATFORM_OK;
+        } catch (...) {
+            m_failure = std::current_exception();
+            return PLATFORM_FAILED;
+        }
+    }
+
+private:
+    uint64_t SizeOfStream() const override { return kEndless; }
+
+    // As many as there are: fewer only at the end, or where the next call fails.
+    size_t ReadFrames(int16_t* buffer, size_t frames) {
+        const int64_t start = m_begin + static_cast<int64_t>((m_place - kHeadSize) / m_frameBytes);
+        const uint32_t channels = m_source.Channels();
+        size_t done = 0;
+        if (!m_end || start < *m_end) {
+            if (m_source.Position() != start) m_source.SeekTo(start);
+            done = ReadSource(buffer, frames);
+            if (m_source.Position() < start) m_end = m_source.Position();  // it had fewer than that
+        }
+        // A source shorter than the filter's beginning gets silence after it.
+        const int64_t here = start + static_cast<int64_t>(done);
+        if (m_end && *m_end < kLeast && here >= *m_end && here < kLeast && m_begin == 0) {
+            const auto silence =
+                static_cast<size_t>(std::min<int64_t>(static_cast<int64_t>(frames - done), kLeast - here));
+            std::fill_n(buffer + done * channels, silence * channels, int16_t{0});
+            done += silence;
+        }
+        return done;
+    }
+
+    size_t ReadSource(int16_t* buffer, size_t frames) {
+        size_t done = 0;
+        try {
+            while (done < frames) {
+                const size_t got = m_source.Read(buffer + done * m_source.Channels(), frames - done);
+                if (got == 0) {
+                    m_end = m_source.Position();
+                    break;
+                }
+                done += got;
+            }
+        } catch (...) {
+            if (done == 0) throw;  // else the next call meets it
+        }
+        return done;
+    }
+
+    FrameSource& m_source;
+    const uint32_t m_frameBytes;
+    uint8_t m_head[kHeadSize] = {};
+    int64_t m_begin = 0;
+    std::optional<int64_t> m_end;
+    std::exception_ptr m_failure;
+};
+
+ConvertedFrames::ConvertedFrames(const ModuleReaders& readers, FrameSource& source, uint32_t sourceRate,
+                                 const ConversionTarget& target)
+    : m_sourceRate(sourceRate),
+      m_rate(target.rate),
+      m_channels(target.channels),
+      m_stream(std::make_unique<SourceStream>(source, sourceRate)),
+      m_reader(readers.NewReader()) {
+    RequireModule(m_reader->OpenStream(m_stream.get(), OPEN_READ_ONLY), "Converting", {});
+    RequireModule(m_reader->SetOutputFormat(m_channels, m_rate, kBytesPerSample), "Converting", {});
+    SeekTo(source.Position() == 0 ? 0 : ConvertedLength(source.Position(), sourceRate, target.rate));
+}
+
+// The stream goes with this object, so the module has to let go of it first.
+ConvertedFrames::~ConvertedFrames() { m_reader->Close(); }
+
+void ConvertedFrames::SeekTo(int64_t frame) {
+    m_position = frame;
+    if (m_standsAt != frame) m_standsAt = kMoveFirst;
+}
+
+void ConvertedFrames::Stand() {
+    if (m_standsAt == kMoveFirst) {
+        const ConversionRatio ratio = RatioOf(m_sourceRate, m_rate);
+        const int64_t source = Saturating::MulDiv(m_position, ratio.inputStep, ratio.phaseCount);
+        const int64_t cycles = std::max<int64_t>(source - kRunIn, 0) / ratio.inputStep;
+        m_stream->BeginAt(cycles * ratio.inputStep);
+        RequireModule(m_reader->Seek(ORIGIN_START, 0, nullptr), "Moving in", "the converted audio");
+        m_standsAt = cycles * ratio.phaseCount;
+    }
+    int16_t dropped[kDropped];
+    while (m_standsAt < m_position) {
+        const auto left = static_cast<size_t>(m_position - m_standsAt);
+        if (ReadSome(dropped, std::min(left, kDropped / m_channels)) == 0) {
+            m_position = m_standsAt;  // the end
+            break;
+        }
+    }
+}
+
+size_t ConvertedFrames::Read(int16_t* buffer, size_t frames) {
+    if (m_standsAt != m_position) Stand();
+    const size_t done = ReadSome(buffer, frames);
+    m_position += static_cast<int64_t>(done);
+    return done;
+}
+
+size_t ConvertedFrames::ReadSome(int16_t* buffer, size_t frames) {
+    uint32_t done = 0;
+    uint8_t ignored = 0;
+    const auto wanted = static_cast<uint32_t>(std::min(frames, kMostAtOnce));
+    const Result result = m_reader->Read(buffer, wanted, &done, &ignored);
+    if (result != RESULT_OK) {
+        // What the module had made of the same call is lost with it, so it is made anew.
+        m_standsAt = kMoveFirst;
+        m_stream->ThrowFailure();
+    }
+    RequireModule(result, "Converting", {});
+    // What the silence after a short source added isn't audio.
+    if (const std::optional<int64_t> end = m_stream->End()) {
+        const int64_t left = ConvertedLength(*end, m_sourceRate, m_rate) - m_standsAt;
+        done = static_cast<uint32_t>(std::clamp<int64_t>(left, 0, done));
+    }
+    m_standsAt += done;
+    return done;
+}

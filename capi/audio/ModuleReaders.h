@@ -1,0 +1,23 @@
+// The readers of the module that a handle works with, made when first needed and kept for all its files.
+#pragma once
+
+#include "AudioCodec/wave/IAC3StreamReader.h"
+#include "capi/Module.h"
+
+class ModuleReaders {
+public:
+    // Borrows the module.
+    explicit ModuleReaders(const Module& module) : m_module(module) {}
+
+    // Reads streams of plain PCM of 8 and 16 bits. Throws Failure.
+    vlacwav3::IAC3StreamReader& Direct();
+    // Decodes a stream of any kind. Throws Failure: VLW_NO_DECODER where nothing can be decoded at all.
+    vlacwav3::IAC3StreamReader& Decoding();
+    // A direct reader for whoever converts.
+    RefPtr<vlacwav3::IAC3StreamReader> NewReader() const;
+
+private:
+    const Module& m_module;
+    RefPtr<vlacwav3::IAC3StreamReader> m_direct;
+    RefPtr<vlacwav3::IAC3StreamReader> m_decoding;
+};

@@ -1,0 +1,102 @@
+#include "capi/audio/SourceFrames.h"
+
+#include <algorithm>
+
+#include "capi/ModuleFailure.h"
+
+namespace {
+
+constexpr uint32_t kBytesPerSample = 2;
+constexpr size_t kMostAtOnce = size_t{1} << 20;  // frames
+constexpr size_t kDropped = 4096;                // samples in a block that nobody wants
+
+}  // namespace
+
+SourceFrames::SourceFrames(ModuleReaders& readers, Input& input, const SourceFacts& facts)
+    : m_input(input),
+      m_facts(facts),
+      m_stream(input, facts, facts.directBits != 0 ? facts.unit.bytes : 1),
+      m_reader(facts.directBits != 0 ? readers.Direct() : readers.Decoding()) {
+    Open();
+}
+
+// The stream goes with this object, so the module has to let go of it first.
+SourceFrames::~SourceFrames() { m_reader.Close(); }
+
+// From the stream's start.
+void SourceFrames::Open() {
+    m_isOpen = false;
+    const Result opened = m_reader.OpenStream(&m_stream, OPEN_READ_ONLY);
+    if (opened != RESULT_OK) m_stream.ThrowFailure();
+    RequireModule(opened, m_facts.directBits != 0 ? "Reading" : "Decoding", m_input.Name());
+    RequireModule(m_reader.SetOutputFormat(m_facts.channels, m_facts.rate, kBytesPerSample), "Reading",
+                  m_input.Name());
+    m_isOpen = true;
+}
+
+void SourceFrames::SeekTo(int64_t frame) { m_position = frame; }
+
+// Brings the module to the position.
+void SourceFrames::Stand() {
+    if (m_last) std::rethrow_exception(m_last);
+    const UnitSize& unit = m_facts.unit;
+    const bool inReach = m_isOpen && m_standsAt <= m_position;
+    const bool canJump = unit.bytes != 0 && unit.standsAlone;
+    const int64_t start = canJump ? m_position / unit.frames * unit.frames : 0;
+    // A few frames on are nearer by reading than by a new start.
+    if (!inReach || (canJump && start > m_standsAt + static_cast<int64_t>(unit.frames))) {
+        m_isOpen = m_isOpen && m_facts.directBits != 0;
+        m_stream.ShowFrom(static_cast<uint64_t>(start / std::max<int64_t>(unit.frames, 1)) * unit.bytes);
+        if (m_isOpen)
+            RequireModule(m_reader.Seek(ORIGIN_START, 0, nullptr), "Moving in", m_input.Name());
+        else
+            Open();
+        m_standsAt = start;
+    }
+    int16_t dropped[kDropped];
+    while (m_standsAt < m_position) {
+        const auto left = static_cast<size_t>(m_position - m_standsAt);
+        if (ReadSome(dropped, std::min(left, kDropped / m_facts.channels)) == 0) {
+            m_position = m_standsAt;  // the end
+            break;
+        }
+    }
+}
+
+size_t SourceFrames::Read(int16_t* buffer, size_t frames) {
+    if (m_facts.frames)
+        frames = std::min<uint64_t>(
+            frames, static_cast<uint64_t>(std::max<int64_t>(*m_facts.frames - m_position, 0)));
+    if (frames == 0) return 0;
+    if (!m_isOpen || m_standsAt != m_position) Stand();
+    const size_t done = ReadSome(buffer, frames);
+    m_position += static_cast<int64_t>(done);
+    return done;
+}
+
+size_t SourceFrames::ReadSome(int16_t* buffer, size_t frames) {
+    uint32_t done = 0;
+    uint8_t ignored = 0;
+    const auto wanted = static_cast<uint32_t>(std::min(frames, kMostAtOnce));
+    const Result result = m_reader.Read(buffer, wanted, &done, &ignored);
+    if (done == 0) {
+        try {
+            // A decoder tells a failed read as the end.
+            m_stream.ThrowFailure();
+        } catch (...) {
+            // Nor does it read on: the next call opens anew at the position. A direct read just goes on.
+            m_isOpen = m_isOpen && m_facts.directBits != 0;
+            if (!m_isOpen && !m_input.IsSeekable()) m_last = std::current_exception();
+            throw;
+        }
+    }
+    RequireModule(result, "Reading", m_input.Name());
+    m_standsAt += done;
+    return done;
+}
+
+bool SourceFrames::EndedEarly() const {
+    if (m_facts.promised) return m_position < *m_facts.promised;
+    if (m_facts.IsCut()) return true;
+    return !m_facts.audioBytes && m_facts.declaredBytes && m_stream.BytesSeen() < *m_facts.declaredBytes;
+}

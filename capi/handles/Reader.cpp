@@ -1,0 +1,160 @@
+#include "capi/handles/Reader.h"
+
+#include <algorithm>
+
+#include "capi/handles/SourceTags.h"
+#include "capi/audio/ChannelMix.h"
+#include "capi/input/SourceScan.h"
+
+namespace {
+
+constexpr uint32_t kLeastRate = 1000;
+constexpr uint32_t kMostRate = 768000;
+constexpr uint32_t kMostChannels = 255;
+constexpr size_t kPassedOver = 8192;  // samples in a block that nobody wants
+
+}  // namespace
+
+void Reader::SetOutput(uint32_t rate, uint32_t channels) {
+    if (rate != 0 && (rate < kLeastRate || rate > kMostRate))
+        throw Failure(VLW_UNSUPPORTED, "Rates are 1000 to 768000 frames per second.");
+    if (channels > kMostChannels) throw Failure(VLW_UNSUPPORTED, "There are 255 channels at the most.");
+    if (m_file && m_file->wasRead)
+        throw Failure(VLW_BAD_STATE, "The file's first frame has been read; its output stays as it is.",
+                      Name());
+    const uint32_t channelsBefore = std::exchange(m_channels, channels);
+    try {
+        if (m_file) RequireChannels(m_file->facts);
+    } catch (...) {
+        m_channels = channelsBefore;
+        throw;
+    }
+    m_rate = rate;
+    if (!m_file) return;
+    m_file->converted.reset();
+    m_file->mixed.reset();
+    m_file->last = nullptr;
+    m_file->position = 0;
+}
+
+ConversionTarget Reader::Target(const SourceFacts& facts) const {
+    return {m_rate != 0 ? m_rate : facts.rate, m_channels != 0 ? m_channels : facts.channels};
+}
+
+void Reader::RequireChannels(const SourceFacts& facts) const {
+    const uint32_t to = Target(facts).channels;
+    if (!CanMix(facts.channels, to))
+        throw Failure(VLW_UNSUPPORTED, std::to_string(to) + " channels can't be made of " +
+                                           std::to_string(facts.channels) + "; one can.");
+}
+
+void Reader::Open(std::unique_ptr<Input> input) {
+    Close();
+    auto file = std::make_unique<OpenFile>();
+    file->input = std::move(input);
+    file->facts = ScanSource(*file->input);
+    RequireChannels(file->facts);
+    if (!m_readers) m_readers = std::make_unique<ModuleReaders>(m_module.Get());
+    file->source = std::make_unique<SourceFrames>(*m_readers, *file->input, file->facts);
+    m_file = std::move(file);
+}
+
+void Reader::Close() noexcept { m_file.reset(); }
+
+void Reader::BuildStages() {
+    OpenFile& file = *m_file;
+    const ConversionTarget target = Target(file.facts);
+    FrameSource* last = file.source.get();
+    if (IsDownMix(file.facts.channels, target.channels)) {
+        file.mixed = std::make_unique<MixedFrames>(*last);
+        last = file.mixed.get();
+    }
+    if (last->Channels() != target.channels || file.facts.rate != target.rate) {
+        file.converted = std::make_unique<ConvertedFrames>(*m_readers, *last, file.facts.rate, target);
+        last = file.converted.get();
+    }
+    last->SeekTo(file.position);
+    file.last = last;
+}
+
+vlw_format Reader::Format() const {
+    const SourceFacts& facts = m_file->facts;
+    return {sizeof(vlw_format),
+            facts.rate,
+            facts.channels,
+            facts.bits,
+            facts.blockBytes,
+            facts.channelMask,
+            facts.codecTag,
+            facts.frames.value_or(VLW_UNKNOWN),
+            facts.promised.value_or(VLW_UNKNOWN),
+            facts.container,
+            facts.codec};
+}
+
+Tags Reader::ReadTags() { return ReadSourceTags(*m_readers, *m_file->input, m_file->facts, m_text); }
+
+uint32_t Reader::Rate() const { return Target(m_file->facts).rate; }
+
+uint32_t Reader::Channels() const { return Target(m_file->facts).channels; }
+
+int64_t Reader::Frames() const {
+    const SourceFacts& facts = m_file->facts;
+    return facts.frames ? ConvertedLength(*facts.frames, facts.rate, Rate()) : VLW_UNKNOWN;
+}
+
+vlw_code Reader::SeekTo(int64_t frame) {
+    if (frame < 0) throw Failure(VLW_BAD_ARGUMENT, "A place before the start can't be gone to.", Name());
+    if (!IsSeekable()) throw Failure(VLW_NOT_SEEKABLE, "The source gives its bytes in order only.", Name());
+    if (!m_file->last) BuildStages();
+    const int64_t length = Frames();
+    if (length == VLW_UNKNOWN) {
+        PassOver(frame);
+    } else {
+        m_file->position = std::min(frame, length);
+        m_file->last->SeekTo(m_file->position);
+    }
+    return m_file->position < frame ? VLW_END : VLW_OK;
+}
+
+// Only reading tells whether there are so many frames. A failure leaves the place as it was.
+void Reader::PassOver(int64_t frame) {
+    FrameSource& last = *m_file->last;
+    std::vector<int16_t> block(std::max<size_t>(kPassedOver, last.Channels()));
+    try {
+        if (frame < last.Position()) last.SeekTo(0);
+        while (last.Position() < frame) {
+            const auto left = static_cast<size_t>(frame - last.Position());
+            if (last.Read(block.data(), std::min(left, block.size() / last.Channels())) == 0) break;
+        }
+        m_file->position = last.Position();
+    } catch (...) {
+        last.SeekTo(m_file->position);
+        throw;
+    }
+}
+
+vlw_code Reader::Read(int16_t* buffer, size_t frames, size_t& done) {
+    OpenFile& file = *m_file;
+    if (!file.last) BuildStages();
+    file.wasRead = file.wasRead || frames != 0;
+    const uint32_t channels = file.last->Channels();
+    done = 0;
+    while (done < frames) {
+        const size_t got = file.last->Read(buffer + done * channels, frames - done);
+        if (got == 0) return file.source->EndedEarly() ? VLW_CUT : VLW_END;
+        done += got;
+        file.position += static_cast<int64_t>(got);
+    }
+    return VLW_OK;
+}
+
+Failure Reader::CutReason() const {
+    const SourceFacts& facts = m_file->facts;
+    const std::string name = Name().empty() ? "The source" : Name();
+    std::string how = name + " ends early";
+    if (facts.promised)
+        how += ": " + std::to_string(m_file->source->Position()) + " of " + std::to_string(*facts.promised) +
+               " promised frames are there";
+    return {VLW_CUT, how + '.', Name()};
+}

@@ -1,0 +1,78 @@
+// Reads one file after another: the stages that a file's audio takes to the program, its length and place,
+// and its tags. The stages are built with the first frame that is read, so that a look at a file costs
+// little.
+//
+// Decisions: channels are mixed before the rate is converted. A source that gives its bytes in order refuses
+// every seek, also one to where it stands. Of an AIFF file name, author, copyright and the first annotation
+// are tags. A cut file's record tells how much of it is there.
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "capi/Handle.h"
+#include "capi/Tags.h"
+#include "capi/audio/ConvertedFrames.h"
+#include "capi/audio/MixedFrames.h"
+#include "capi/audio/SourceFrames.h"
+#include "capi/input/Input.h"
+
+class Reader {
+public:
+    explicit Reader(ModuleUse& module) : m_module(module) {}
+
+    // 0: the file's own. Throws Failure: VLW_UNSUPPORTED, VLW_BAD_STATE after the first frame.
+    void SetOutput(uint32_t rate, uint32_t channels);
+    void SetText(vlw_text text) { m_text = text; }
+
+    // Takes the source over. Throws Failure, and no file is open then.
+    void Open(std::unique_ptr<Input> input);
+    void Close() noexcept;
+    bool IsOpen() const { return m_file != nullptr; }
+
+    // The rest needs an open file; those that fail throw Failure.
+    vlw_format Format() const;
+    Tags ReadTags();
+    uint32_t Rate() const;
+    uint32_t Channels() const;
+    int64_t Frames() const;  // VLW_UNKNOWN
+    int64_t Position() const { return m_file->position; }
+    bool IsSeekable() const { return m_file->input->IsSeekable(); }
+    // VLW_OK, or VLW_END where the place lies beyond the end.
+    vlw_code SeekTo(int64_t frame);
+    // VLW_OK, VLW_END, VLW_CUT. `done` is written in any case.
+    vlw_code Read(int16_t* buffer, size_t frames, size_t& done);
+    // Why the last read was VLW_CUT.
+    Failure CutReason() const;
+    const SourceFacts& Facts() const { return m_file->facts; }
+    const std::string& Name() const { return m_file->input->Name(); }
+
+private:
+    struct OpenFile {
+        std::unique_ptr<Input> input;
+        SourceFacts facts;
+        // From the source to the program; a stage that isn't needed is missing.
+        std::unique_ptr<SourceFrames> source;
+        std::unique_ptr<MixedFrames> mixed;
+        std::unique_ptr<ConvertedFrames> converted;
+        FrameSource* last = nullptr;  // null before the stages are built
+        int64_t position = 0;
+        bool wasRead = false;
+    };
+
+    ConversionTarget Target(const SourceFacts& facts) const;
+    void RequireChannels(const SourceFacts& facts) const;
+    void BuildStages();
+    void PassOver(int64_t frame);
+
+    ModuleUse& m_module;
+    std::unique_ptr<ModuleReaders> m_readers;
+    std::unique_ptr<OpenFile> m_file;
+    uint32_t m_rate = 0;
+    uint32_t m_channels = 0;
+    vlw_text m_text = VLW_TEXT_AUTO;
+};
+
+struct vlw_reader : FileHandle<Reader> {
+    using FileHandle::FileHandle;
+};

@@ -1,0 +1,57 @@
+#include "capi/input/CallerStream.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+
+#include "capi/SystemFailure.h"
+
+namespace {
+
+constexpr size_t kFirstSize = sizeof(vlw_stream);  // in version 1.0
+constexpr int64_t kLargestErrno = 4095;            // of any system
+
+// The count that a callback answered, which is at most what it was asked for.
+size_t CountOf(int64_t answer, size_t asked, const char* what) {
+    if (answer < 0 && answer >= -kLargestErrno) throw SystemFailure(static_cast<int>(-answer), what, {});
+    if (answer < 0 || static_cast<uint64_t>(answer) > asked)
+        throw Failure(VLW_BAD_ARGUMENT, std::string(what) + " failed: the callback answered " +
+                                            std::to_string(answer) + " for " + std::to_string(asked) +
+                                            " bytes.");
+    return static_cast<size_t>(answer);
+}
+
+}  // namespace
+
+std::shared_ptr<CallerStream> CallerStream::TakeOver(const vlw_stream* stream) {
+    if (!stream || stream->size < kFirstSize) return nullptr;
+    vlw_stream known{};
+    std::memcpy(&known, stream, std::min(stream->size, sizeof known));
+    try {
+        return std::make_shared<CallerStream>(known);
+    } catch (...) {
+        if (known.close) known.close(known.user);
+        throw;
+    }
+}
+
+CallerStream::~CallerStream() {
+    if (m_stream.close) m_stream.close(m_stream.user);
+}
+
+size_t CallerStream::Read(void* buffer, size_t count) const {
+    return CountOf(m_stream.read(m_stream.user, buffer, count), count, "Reading from the program's stream");
+}
+
+size_t CallerStream::Write(const void* bytes, size_t count) const {
+    constexpr const char* kWhat = "Writing to the program's stream";
+    const size_t taken = CountOf(m_stream.write(m_stream.user, bytes, count), count, kWhat);
+    if (taken == 0) throw Failure(VLW_SYSTEM, std::string(kWhat) + " failed: it took nothing.");
+    return taken;
+}
+
+std::optional<int64_t> CallerStream::Seek(int64_t offset, int whence) const {
+    if (!m_stream.seek) return std::nullopt;
+    const int64_t place = m_stream.seek(m_stream.user, offset, whence);
+    return place < 0 ? std::nullopt : std::optional(place);
+}

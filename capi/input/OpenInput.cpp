@@ -1,0 +1,73 @@
+#include "capi/input/OpenInput.h"
+
+#include <cstdio>
+
+#include "capi/SystemFailure.h"
+#include "capi/input/FileInput.h"
+#include "capi/input/OrderedInput.h"
+#include "capi/input/StreamInput.h"
+#include "platform/base/LastError.h"
+#include "platform/file/File.h"
+
+namespace {
+
+// Keeps those from writing who heed share modes. Without a way to lock the file it is read all the same.
+UniqueHandle KeepFromWriters(const std::string& path, const Descriptor& file) {
+    UniqueHandle kept;
+    // By the descriptor first: the path may lead to another file by now.
+    for (const std::string& way : {file.ReopeningPath(), path}) {
+        kept = TakeFile(CreateFileA(way.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+        if (!kept && GetLastError() == ERROR_SHARING_VIOLATION)
+            throw Failure(VLW_IN_USE, "Opening " + path + " failed: another program has it open for writing.",
+                          path);
+        if (kept) break;
+    }
+    return kept;
+}
+
+std::unique_ptr<Input> InOrder(Descriptor source, std::string name) {
+    const auto shared = std::make_shared<const Descriptor>(std::move(source));
+    return std::make_unique<OrderedInput>(
+        [shared, name](void* buffer, size_t count) {
+            size_t done = 0;
+            RequireSystem(shared->ReadNext(buffer, count, done), "Reading", name);
+            return done;
+        },
+        name);
+}
+
+}  // namespace
+
+std::unique_ptr<Input> OpenPath(const char* path) {
+    Descriptor file;
+    RequireSystem(file.Open(path), "Opening", path);
+    uint64_t size = 0;
+    if (file.IsRegular()) RequireSystem(file.Size(size), "Reading", path);
+    // Files of the system's own making tell no size and are read like a device.
+    if (size == 0) return InOrder(std::move(file), path);
+    UniqueHandle kept = KeepFromWriters(path, file);
+    return std::make_unique<FileInput>(std::move(file), 0, size, path, std::move(kept));
+}
+
+std::unique_ptr<Input> OpenDescriptor(int number) {
+    Descriptor file;
+    RequireSystem(file.Duplicate(number), "Using the descriptor of", {});
+    uint64_t place = 0;
+    uint64_t size = 0;
+    if (file.IsRegular() && file.Size(size) == 0 && file.Place(place) == 0 && size > place)
+        return std::make_unique<FileInput>(std::move(file), place, size - place, std::string(),
+                                           UniqueHandle());
+    return InOrder(std::move(file), {});
+}
+
+std::unique_ptr<Input> OpenStream(std::shared_ptr<const CallerStream> stream) {
+    const std::optional<int64_t> start = stream->Seek(0, SEEK_CUR);
+    const std::optional<int64_t> end = start ? stream->Seek(0, SEEK_END) : std::nullopt;
+    if (end && *end >= *start)
+        return std::make_unique<StreamInput>(std::move(stream), *start, static_cast<uint64_t>(*end - *start));
+    if (end && stream->Seek(*start, SEEK_SET) != start)
+        throw Failure(VLW_SYSTEM, "Moving in the program's stream failed.");
+    return std::make_unique<OrderedInput>(
+        [stream](void* buffer, size_t count) { return stream->Read(buffer, count); }, std::string());
+}

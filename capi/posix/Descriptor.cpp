@@ -1,0 +1,118 @@
+#include "capi/posix/Descriptor.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+
+namespace {
+
+// Larger requests the system cuts anyway.
+constexpr size_t kMostAtOnce = SSIZE_MAX & ~size_t{0xFFFF};
+
+// A call that a signal interrupted is made again.
+template <class Call>
+auto Repeat(Call call) {
+    auto result = call();
+    while (result < 0 && errno == EINTR) result = call();
+    return result;
+}
+
+// Whether a descriptor that its owner has set not to wait is ready now; it is waited for.
+bool WaitsFor(int number, short events) {
+    if (errno != EAGAIN && errno != EWOULDBLOCK) return false;
+    pollfd wanted{number, events, 0};
+    return Repeat([&] { return poll(&wanted, 1, -1); }) > 0;
+}
+
+}  // namespace
+
+Descriptor::~Descriptor() {
+    if (m_number >= 0) close(m_number);
+}
+
+int Descriptor::Take(int number) {
+    if (number < 0) return errno;
+    if (m_number >= 0) close(m_number);
+    m_number = number;
+    return 0;
+}
+
+int Descriptor::Open(const std::string& path) {
+    const int error = Take(Repeat([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); }));
+    if (error != 0) return error;
+    struct stat status {};
+    if (fstat(m_number, &status) != 0) return errno;
+    return S_ISDIR(status.st_mode) ? EISDIR : 0;
+}
+
+int Descriptor::Duplicate(int number) { return Take(fcntl(number, F_DUPFD_CLOEXEC, 0)); }
+
+int Descriptor::MakeInMemory() { return Take(memfd_create("vlwav", MFD_CLOEXEC)); }
+
+int Descriptor::ReadAt(void* buffer, size_t size, uint64_t place, size_t& done) const {
+    done = 0;
+    while (done < size) {
+        const size_t wanted = std::min(size - done, kMostAtOnce);
+        const ssize_t got = Repeat([&] {
+            return pread(m_number, static_cast<char*>(buffer) + done, wanted,
+                         static_cast<off_t>(place + done));
+        });
+        if (got < 0) return errno;
+        if (got == 0) break;
+        done += static_cast<size_t>(got);
+    }
+    return 0;
+}
+
+int Descriptor::ReadNext(void* buffer, size_t size, size_t& done) const {
+    done = 0;
+    for (;;) {
+        const ssize_t got = Repeat([&] { return read(m_number, buffer, std::min(size, kMostAtOnce)); });
+        if (got >= 0) {
+            done = static_cast<size_t>(got);
+            return 0;
+        }
+        if (!WaitsFor(m_number, POLLIN)) return errno;
+    }
+}
+
+int Descriptor::Write(const void* bytes, size_t size) const {
+    const char* at = static_cast<const char*>(bytes);
+    while (size > 0) {
+        const ssize_t done = Repeat([&] { return write(m_number, at, std::min(size, kMostAtOnce)); });
+        if (done < 0) {
+            if (WaitsFor(m_number, POLLOUT)) continue;
+            return errno;
+        }
+        at += done;
+        size -= static_cast<size_t>(done);
+    }
+    return 0;
+}
+
+bool Descriptor::IsRegular() const {
+    struct stat status {};
+    return fstat(m_number, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+int Descriptor::Size(uint64_t& bytes) const {
+    struct stat status {};
+    if (fstat(m_number, &status) != 0) return errno;
+    bytes = static_cast<uint64_t>(status.st_size);
+    return 0;
+}
+
+int Descriptor::Place(uint64_t& place) const {
+    const off_t here = lseek(m_number, 0, SEEK_CUR);
+    if (here < 0) return errno;
+    place = static_cast<uint64_t>(here);
+    return 0;
+}
+
+std::string Descriptor::ReopeningPath() const { return "/proc/self/fd/" + std::to_string(m_number); }

@@ -1,0 +1,46 @@
+// A descriptor of the system, owned, and the only place of the library that reads and writes through one:
+// interrupted calls are repeated. Operations return an errno, 0 for success.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+
+class Descriptor {
+public:
+    Descriptor() = default;
+    Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        std::swap(m_number, other.m_number);
+        return *this;
+    }
+    ~Descriptor();
+
+    explicit operator bool() const { return m_number >= 0; }
+
+    // Each of these makes a new descriptor, which no program that is started gets, in place of what was held.
+    int Open(const std::string& path);  // for reading; waits for the writer of a FIFO. EISDIR for a folder
+    int Duplicate(int number);          // of one that stays its owner's, with one place for both
+    int MakeInMemory();                 // an empty file that no path leads to
+
+    // Reads at a place and leaves the descriptor's own alone; fewer bytes in `done` are the end. After an
+    // error `done` is what came.
+    int ReadAt(void* buffer, size_t size, uint64_t place, size_t& done) const;
+    // Reads what there is next, at least one byte; 0 in `done` is the end.
+    int ReadNext(void* buffer, size_t size, size_t& done) const;
+    // Writes all of it at the descriptor's own place, which waits until a pipe has room.
+    int Write(const void* bytes, size_t size) const;
+
+    // Whether it has places and a size.
+    bool IsRegular() const;
+    int Size(uint64_t& bytes) const;
+    int Place(uint64_t& place) const;
+    // A path under which the system opens this very file anew, also one that has no name any more.
+    std::string ReopeningPath() const;
+
+private:
+    int Take(int number);
+
+    int m_number = -1;
+};
