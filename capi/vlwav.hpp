@@ -870,7 +870,7 @@ private:
     Result<> prepare();
     typename iterator::value_type current() {
         if constexpr (!Throws)
-            if (m_failure) return *m_failure;
+            if (m_failure && m_come == 0) return *m_failure;
         return Block<T>(m_buffer.data(), m_come, m_channels);
     }
 
