@@ -45,7 +45,7 @@ SYSTEM_FOLDERS='posix'
 SYSTEM_HEADERS='sys/[a-z]*|dirent|dlfcn|elf|fcntl|link|poll|pthread|pwd|sched|signal|unistd'
 
 includes="$(git ls-files -co --exclude-standard -- 'AudioCodec/*.h' 'AudioCodec/*.cpp' 'platform/*.h' 'platform/*.cpp' \
-  'riff/*.h' 'riff/*.cpp' 'capi/*.h' 'capi/*.cpp' 'host/*.h' 'host/*.cpp' | xargs grep -HE '^[[:space:]]*#[[:space:]]*include[[:space:]]*["<]')"
+  'riff/*.h' 'riff/*.cpp' 'capi/*.h' 'capi/*.hpp' 'capi/*.cpp' 'host/*.h' 'host/*.cpp' | xargs grep -HE '^[[:space:]]*#[[:space:]]*include[[:space:]]*["<]')"
 
 # Every include as "file included file"; one without a folder stands beside the file that names it.
 own="$(sed -nE 's/^([^:]*):[^"<]*"([^"]*)".*/\1 \2/p' <<<"$includes" |
