@@ -6,23 +6,24 @@ namespace {
 
 std::string Quoted(const std::string& text) { return text.empty() ? "nothing" : '"' + text + '"'; }
 
-void AddClause(std::string& clauses, const std::string& clause) {
-    if (!clauses.empty()) clauses += "; ";
-    clauses += clause;
-}
-
 }  // namespace
 
-std::string TagLosses(const Tags& wanted, const Tags& kept) {
-    std::string clauses;
+std::vector<std::string> TagLosses(const Tags& wanted, const Tags& kept) {
+    std::vector<std::string> clauses;
     for (size_t index = 0; const TagRow* const row = Keywords::At(index); ++index) {
         const std::string& before = wanted.TextOf(*row);
         const std::string& after = kept.TextOf(*row);
         if (before != after)
-            AddClause(clauses, std::string(row->keyword) + " would become " + Quoted(after) + " instead of " +
-                                   Quoted(before));
+            clauses.push_back(std::string(row->keyword) + " would become " + Quoted(after) + " instead of " +
+                              Quoted(before));
     }
     for (const auto& [number, bytes] : wanted.AllPictures())
-        AddClause(clauses, "picture " + std::to_string(number) + " would go");
+        clauses.push_back("picture " + std::to_string(number) + " would go");
     return clauses;
+}
+
+std::string JoinClauses(const std::vector<std::string>& clauses) {
+    std::string text;
+    for (const std::string& clause : clauses) text += (text.empty() ? "" : "; ") + clause;
+    return text;
 }

@@ -16,13 +16,13 @@ public:
     const Tags& Kept() const { return m_kept; }
     // What a file with them is longer than one without, in bytes.
     uint64_t Bytes() const { return m_bytes; }
-    // A clause for each tag and picture that the file doesn't keep as it is; empty where it keeps all.
-    const std::string& Losses() const { return m_losses; }
+    // A clause for each tag and picture that the file doesn't keep as it is; none where it keeps all.
+    const std::vector<std::string>& Losses() const { return m_losses; }
 
 private:
     void Try(const Module& module, const Tags& tags, vlw_text text, const std::string& temporaryFolder);
 
     Tags m_kept;
     uint64_t m_bytes = 0;
-    std::string m_losses;
+    std::vector<std::string> m_losses;
 };

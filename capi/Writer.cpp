@@ -9,6 +9,7 @@
 
 #include "capi/FormatLimits.h"
 #include "capi/SystemFailure.h"
+#include "capi/TagLosses.h"
 #include "capi/TagTrial.h"
 #include "capi/audio/ChannelMix.h"
 #include "capi/audio/Samples.h"
@@ -184,8 +185,8 @@ void Writer::Finish() {
     // (4)
     const TagTrial trial(m_module.Get(), m_tags, m_openText, TempFolderPath());
     if (!trial.Losses().empty() && (m_flags & VLW_LOSSY) == 0)
-        throw Failure(VLW_WOULD_LOSE, NameFor(m_path) + " can't keep all tags: " + trial.Losses() + '.',
-                      m_path);
+        throw Failure(VLW_WOULD_LOSE,
+                      NameFor(m_path) + " can't keep all tags: " + JoinClauses(trial.Losses()) + '.', m_path);
     m_losses = trial.Losses();
     m_audio->RequireRoom(0, trial.Bytes());
     m_state = State::Broken;                // unless it ends well

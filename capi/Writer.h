@@ -35,8 +35,8 @@ public:
     // Throws Failure. With VLW_WOULD_LOSE, and with VLW_TOO_LARGE for the sake of the tags, the file stays
     // open.
     void Finish();
-    // What the last finished file doesn't keep of its tags; empty for nothing.
-    const std::string& Losses() const { return m_losses; }
+    // What the last finished file doesn't keep of its tags, clause by clause.
+    const std::vector<std::string>& Losses() const { return m_losses; }
     void Drop() noexcept;
     // The finished file in memory, allocated for vlw_free; once. Throws Failure.
     void Take(void** bytes, size_t* size);
@@ -54,7 +54,7 @@ private:
     FormatWish m_wish;
     vlw_text m_text = VLW_TEXT_AUTO;
     Tags m_tags;
-    std::string m_losses;
+    std::vector<std::string> m_losses;
 
     State m_state = State::None;
     uint32_t m_flags = 0;

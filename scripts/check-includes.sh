@@ -36,7 +36,7 @@ capi/audio:
 capi: capi/posix AudioCodec/shell AudioCodec/wave AudioCodec/metadata AudioCodec/wave/riff AudioCodec/attributes AudioCodec/shell/object platform/registry platform/com platform/base riff
 capi/input: capi capi/posix platform/file platform/base riff
 capi/audio: capi/input capi capi/posix AudioCodec/wave AudioCodec/wave/converter AudioCodec/shell/object platform/com platform/base riff
-capi/handles: capi/audio capi/input capi platform/base riff
+capi/handles: capi/audio capi/input capi/posix capi AudioCodec/wave AudioCodec/metadata platform/image platform/base riff
 host: capi AudioCodec/shell AudioCodec/wave AudioCodec/metadata AudioCodec/attributes AudioCodec/shell/object platform/image platform/com platform/file platform/base riff
 '
 

@@ -8,6 +8,7 @@
 #include "capi/FormatChoice.h"
 #include "capi/FormatLimits.h"
 #include "capi/audio/ChannelMix.h"
+#include "capi/handles/SourceRest.h"
 #include "capi/input/OpenInput.h"
 #include "capi/input/SourceScan.h"
 
@@ -71,7 +72,7 @@ vlw_code Converter::Run(const char* source, const char* target, const vlw_conver
         throw;
     }
     NoteFormat(format);  // (6)
-    if (!m_writer.Losses().empty()) Note(m_writer.Losses());
+    NoteLosses();
     m_made = ScanSource(*OpenPathUnshared(target));
     return end;
 }
@@ -142,6 +143,12 @@ void Converter::NoteFormat(const AudioFormatInfo& format) {
     // Of coded audio the width says nothing of what it is worth.
     if (facts.unit.frames == 1 && format.bitsPerSample < facts.bits)
         Note(std::to_string(facts.bits) + " → " + std::to_string(format.bitsPerSample) + " bits");
+}
+
+void Converter::NoteLosses() {
+    for (const std::string& clause : m_writer.Losses()) Note(clause);
+    const std::string rest = NameRest(m_reader.Source());
+    if (!rest.empty()) Note("the output doesn't have " + rest);
 }
 
 void Converter::Note(const std::string& line) {

@@ -32,6 +32,7 @@ private:
     vlw_code Copy(const vlw_conversion& wish);
     Tags CollectTags(const vlw_conversion& wish);
     void NoteFormat(const AudioFormatInfo& format);
+    void NoteLosses();
     void Note(const std::string& line);
 
     ModuleUse& m_module;

@@ -101,9 +101,10 @@ void Editor::Save(uint32_t flags) {
     }
     const Module& module = m_module.Get();
     const Tags kept = Try(module, file);
-    const std::string losses = TagLosses(tags, kept);
+    const std::vector<std::string> losses = TagLosses(tags, kept);
     if (!losses.empty() && !(flags & VLW_LOSSY))
-        throw Failure(VLW_WOULD_LOSE, file.path + " can't keep its tags as they are: " + losses + '.',
+        throw Failure(VLW_WOULD_LOSE,
+                      file.path + " can't keep its tags as they are: " + JoinClauses(losses) + '.',
                       file.path);
     const std::unique_ptr<OpenFile> closing = std::move(m_file);  // whatever happens from here on
     SaveChanges(*closing->editor, tags, closing->before, closing->path);

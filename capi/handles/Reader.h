@@ -45,6 +45,7 @@ public:
     // Why the last read was VLW_CUT.
     Failure CutReason() const;
     const std::string& Name() const { return m_file->input->Name(); }
+    Input& Source() { return *m_file->input; }
 
 private:
     struct OpenFile {

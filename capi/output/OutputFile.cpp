@@ -2,6 +2,7 @@
 
 #include <cerrno>
 
+#include "capi/output/TemporaryNames.h"
 #include "capi/posix/FileNames.h"
 
 namespace {
@@ -14,7 +15,10 @@ int MakeUnderNewName(const std::string& folder, std::string& name, Make make) {
     for (int i = 0; i < kMostTries && error == EEXIST; ++i) {
         std::string path = FileNames::Temporary(folder);
         error = make(path);
-        if (error == 0) name = std::move(path);
+        if (error == 0) {
+            TemporaryNames::Add(path);
+            name = std::move(path);
+        }
     }
     return error;
 }
@@ -38,9 +42,7 @@ int OutputFile::MakeInMemory(const std::string& folderElse) {
 
 int OutputFile::NameNew(const std::string& path) {
     if (m_name.empty()) return m_bytes.Link(path);
-    const int error = FileNames::RenameToNew(m_name, path);
-    if (error == 0) m_name.clear();
-    return error;
+    return Renamed(FileNames::RenameToNew(m_name, path));
 }
 
 int OutputFile::NameInPlace(const std::string& path) {
@@ -49,15 +51,23 @@ int OutputFile::NameInPlace(const std::string& path) {
         const int error = GetTemporaryName(FileNames::FolderOf(path));
         if (error != 0) return error;
     }
-    const int error = FileNames::Rename(m_name, path);
-    if (error == 0) m_name.clear();
-    return error;
+    return Renamed(FileNames::Rename(m_name, path));
 }
 
 int OutputFile::GetTemporaryName(const std::string& folder) {
     return MakeUnderNewName(folder, m_name, [&](const std::string& path) { return m_bytes.Link(path); });
 }
 
+int OutputFile::Renamed(int error) {
+    if (error == 0) {
+        TemporaryNames::Forget(m_name);
+        m_name.clear();
+    }
+    return error;
+}
+
 void OutputFile::RemoveName() noexcept {
-    if (!m_name.empty()) FileNames::Remove(m_name);
+    if (m_name.empty()) return;
+    FileNames::Remove(m_name);
+    TemporaryNames::Forget(m_name);
 }

@@ -28,6 +28,7 @@ public:
 
 private:
     int GetTemporaryName(const std::string& folder);
+    int Renamed(int error);
     void RemoveName() noexcept;
 
     Descriptor m_bytes;
