@@ -5,7 +5,8 @@
 #include "capi/Keywords.h"
 #include "capi/SystemFailure.h"
 #include "capi/WaveObjects.h"
-#include "capi/output/OutputFile.h"
+#include "riff/WaveFormat.h"
+#include "riff/WaveTypes.h"
 
 namespace {
 
@@ -42,22 +43,57 @@ uint32_t IndexOfShape(const Module& module) {
     return 0;
 }
 
+// A file without audio, of a format that every editor takes, with a list of these chunks.
+std::string ImageWith(std::string_view infoChunks) {
+    const WaveFormat format = WaveFormat::Pcm(kShape.channels, kShape.rate, 16);
+    const auto listBytes = static_cast<uint32_t>(kListTypeSize + infoChunks.size());
+    const bool listed = !infoChunks.empty();
+    std::vector<uint8_t> head(kBareFile + (listed ? kChunkHeaderSize + kListTypeSize : 0));
+    StoreLE32(&head[0], ChunkId::kRiff);
+    StoreLE32(&head[4], static_cast<uint32_t>(head.size() + infoChunks.size() - kChunkHeaderSize));
+    StoreLE32(&head[8], ChunkId::kWave);
+    StoreLE32(&head[12], ChunkId::kFmt);
+    StoreLE32(&head[16], kPcmFormatSize);
+    uint8_t record[kFormatFixedSize];
+    format.StoreFixed(record);
+    std::copy(record, record + kPcmFormatSize, &head[20]);
+    StoreLE32(&head[36], ChunkId::kData);
+    if (listed) {
+        StoreLE32(&head[kBareFile], ChunkId::kList);
+        StoreLE32(&head[kBareFile + 4], listBytes);
+        StoreLE32(&head[kBareFile + kChunkHeaderSize], ChunkId::kInfo);
+    }
+    return std::string(head.begin(), head.end()).append(infoChunks);
+}
+
 }  // namespace
 
 TagTrial::TagTrial(const Module& module, const Tags& tags, vlw_text text,
                    const std::string& temporaryFolder) {
-    if (!tags.AllTexts().empty()) Try(module, tags, text, temporaryFolder);
+    if (!tags.AllTexts().empty()) {
+        OutputFile file;
+        RequireSystem(file.MakeInMemory(temporaryFolder), "Making", kName);
+        const RefPtr<IAC3Writer> writer =
+            OpenWriter(module, kShape, IndexOfShape(module), text, file.Path(), {kName, {}});
+        GiveTags(*writer, tags);
+        RequireOf(writer->Close(), "Writing", {kName, {}});
+        ReadBack(module, text, file);
+    }
     m_losses = Compare(tags, m_kept);
 }
 
-void TagTrial::Try(const Module& module, const Tags& tags, vlw_text text,
+TagTrial::TagTrial(const Module& module, const Tags& tags, vlw_text text, std::string_view infoChunks,
                    const std::string& temporaryFolder) {
     OutputFile file;
     RequireSystem(file.MakeInMemory(temporaryFolder), "Making", kName);
-    const RefPtr<IAC3Writer> writer =
-        OpenWriter(module, kShape, IndexOfShape(module), text, file.Path(), {kName, {}});
-    GiveTags(*writer, tags);
-    RequireOf(writer->Close(), "Writing", {kName, {}});
+    const std::string image = ImageWith(infoChunks);
+    RequireSystem(file.Bytes().Write(image.data(), image.size()), "Writing", kName);
+    EditTags(module, tags, text, file.Path(), {kName, {}});
+    ReadBack(module, text, file);
+    m_losses = Compare(tags, m_kept);
+}
+
+void TagTrial::ReadBack(const Module& module, vlw_text text, const OutputFile& file) {
     m_kept = TagsOf(*OpenReader(module, text, file.Path(), {kName, {}}));
     uint64_t size = 0;
     RequireSystem(file.Bytes().Size(size), "Reading", kName);

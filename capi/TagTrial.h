@@ -3,14 +3,20 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "capi/Module.h"
 #include "capi/Tags.h"
+#include "capi/output/OutputFile.h"
 
 class TagTrial {
 public:
     // Of a new file. Where there are no tags nothing is tried. Throws Failure.
     TagTrial(const Module& module, const Tags& tags, vlw_text text, const std::string& temporaryFolder);
+    // Of a file that an editor changes, whose list "INFO" has these chunks: headers and contents, without the
+    // list's own header and type. Empty for a file without a list. Throws Failure.
+    TagTrial(const Module& module, const Tags& tags, vlw_text text, std::string_view infoChunks,
+             const std::string& temporaryFolder);
 
     // The tags that a reader will find.
     const Tags& Kept() const { return m_kept; }
@@ -20,7 +26,7 @@ public:
     const std::string& Losses() const { return m_losses; }
 
 private:
-    void Try(const Module& module, const Tags& tags, vlw_text text, const std::string& temporaryFolder);
+    void ReadBack(const Module& module, vlw_text text, const OutputFile& file);
 
     Tags m_kept;
     uint64_t m_bytes = 0;

@@ -1,5 +1,6 @@
 #include "capi/WaveObjects.h"
 
+#include "AudioCodec/metadata/IAC3MetadataEditor.h"
 #include "capi/ModuleAttributes.h"
 #include "capi/ModuleFailure.h"
 #include "capi/TagTransfer.h"
@@ -44,6 +45,21 @@ RefPtr<IAC3StreamReader> OpenReader(const Module& module, vlw_text text, const s
     require(reader->SetLong(kInfoEncodingAttribute, InfoEncodingOf(text)));
     require(reader->Open(Utf::FromUtf8(path).c_str(), OPEN_READ_ONLY));
     return reader;
+}
+
+void EditTags(const Module& module, const Tags& tags, vlw_text text, const std::string& path,
+              const FileLabel& label) {
+    const auto require = [&](Result result) { RequireOf(result, "Changing the tags of", label); };
+    RefPtr<IAC3MetadataEditor> editor;
+    RefPtr<IAC3Metadata> metadata;
+    require(module.CreateCodec()->CreateMetadataEditor(Utf::FromUtf8(path).c_str(), editor.Put()));
+    require(editor->SetLong(kInfoEncodingAttribute, InfoEncodingOf(text)));
+    require(editor->SetBool(kEditChangedOnlyAttribute, 1));
+    require(editor->Open());
+    require(editor->GetMetadata(metadata.Put()));
+    StoreTags(tags, ReadTags(*metadata), *metadata);
+    require(editor->SetMetadata(metadata.Get()));
+    require(editor->Save());
 }
 
 Tags TagsOf(IAC3StreamReader& reader) {

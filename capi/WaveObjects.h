@@ -1,4 +1,4 @@
-// The module's writer and reader, as the library opens them.
+// The module's writer, reader and editor, as the library opens them.
 #pragma once
 
 #include "AudioCodec/wave/IAC3StreamReader.h"
@@ -24,5 +24,9 @@ void GiveTags(IAC3Writer& writer, const Tags& tags);
 // A reader of the file at a path. Throws Failure.
 RefPtr<IAC3StreamReader> OpenReader(const Module& module, vlw_text text, const std::string& path,
                                     const FileLabel& label);
+// Changes the tags of the file at a path as an editor of the module does. Throws Failure where the module
+// tells one; a save that couldn't write tells none.
+void EditTags(const Module& module, const Tags& tags, vlw_text text, const std::string& path,
+              const FileLabel& label);
 // The tags of the file that it has open. Throws Failure.
 Tags TagsOf(IAC3StreamReader& reader);

@@ -45,8 +45,9 @@ public:
 private:
     void WriteShaped(const int16_t* samples, uint32_t frames);
     void WriteToModule(const int16_t* samples, uint32_t frames);
-    void RequireWhole(const Tags& expected) const;
-    void RequireSizes() const;
+    bool HasItsSize() const;
+    bool HasItsAudio() const;
+    bool HasTags(const Tags& expected) const;
 
     const Module& m_module;
     const WavePlan m_plan;

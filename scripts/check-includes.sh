@@ -33,7 +33,8 @@ AudioCodec/graph: AudioCodec/graph/filter AudioCodec/wave AudioCodec/wave/conver
 AudioCodec/shell: AudioCodec/wave AudioCodec/metadata AudioCodec/shell/templates AudioCodec/attributes AudioCodec/shell/object platform/registry platform/loader platform/file platform/sync platform/base
 capi/posix:
 capi/audio:
-capi: capi/posix AudioCodec/shell AudioCodec/wave AudioCodec/metadata AudioCodec/wave/riff AudioCodec/attributes AudioCodec/shell/object platform/registry platform/com platform/base riff
+capi/output: capi/posix
+capi: capi/output capi/audio capi/posix AudioCodec/shell AudioCodec/wave AudioCodec/metadata AudioCodec/wave/riff AudioCodec/attributes AudioCodec/shell/object platform/registry platform/com platform/file platform/base riff
 host: capi AudioCodec/shell AudioCodec/wave AudioCodec/metadata AudioCodec/attributes AudioCodec/shell/object platform/image platform/com platform/file platform/base riff
 '
 
