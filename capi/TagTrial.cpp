@@ -10,9 +10,13 @@
 
 namespace {
 
-constexpr const char* kName = "a trial of the tags";
-constexpr AudioShape kShape = {8000, 1};  // any that is written without a conversion
-constexpr uint64_t kBareFile = 44;        // bytes of a file without audio and tags
+constexpr const char* kName = "a trial of the tags";  // which has no path
+constexpr AudioShape kShape = {8000, 1};              // any that is written without a conversion
+constexpr uint64_t kBareFile = 44;                    // bytes of a file without audio and tags
+
+void Require(int error, const char* doing) {
+    if (error != 0) throw SystemFailure(error, doing + (' ' + std::string(kName)), {});
+}
 
 std::string Quoted(const std::string& text) { return text.empty() ? "nothing" : '"' + text + '"'; }
 
@@ -72,7 +76,7 @@ TagTrial::TagTrial(const Module& module, const Tags& tags, vlw_text text,
                    const std::string& temporaryFolder) {
     if (!tags.AllTexts().empty()) {
         OutputFile file;
-        RequireSystem(file.MakeInMemory(temporaryFolder), "Making", kName);
+        Require(file.MakeInMemory(temporaryFolder), "Making");
         const RefPtr<IAC3Writer> writer =
             OpenWriter(module, kShape, IndexOfShape(module), text, file.Path(), {kName, {}});
         GiveTags(*writer, tags);
@@ -85,9 +89,9 @@ TagTrial::TagTrial(const Module& module, const Tags& tags, vlw_text text,
 TagTrial::TagTrial(const Module& module, const Tags& tags, vlw_text text, std::string_view infoChunks,
                    const std::string& temporaryFolder) {
     OutputFile file;
-    RequireSystem(file.MakeInMemory(temporaryFolder), "Making", kName);
+    Require(file.MakeInMemory(temporaryFolder), "Making");
     const std::string image = ImageWith(infoChunks);
-    RequireSystem(file.Bytes().Write(image.data(), image.size()), "Writing", kName);
+    Require(file.Bytes().Write(image.data(), image.size()), "Writing");
     EditTags(module, tags, text, file.Path(), {kName, {}});
     ReadBack(module, text, file);
     m_losses = Compare(tags, m_kept);
@@ -96,6 +100,6 @@ TagTrial::TagTrial(const Module& module, const Tags& tags, vlw_text text, std::s
 void TagTrial::ReadBack(const Module& module, vlw_text text, const OutputFile& file) {
     m_kept = TagsOf(*OpenReader(module, text, file.Path(), {kName, {}}));
     uint64_t size = 0;
-    RequireSystem(file.Bytes().Size(size), "Reading", kName);
+    Require(file.Bytes().Size(size), "Reading");
     m_bytes = size - std::min(size, kBareFile);
 }
