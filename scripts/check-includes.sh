@@ -32,11 +32,11 @@ AudioCodec/graph/filter: AudioCodec/shell/object platform/media platform/com pla
 AudioCodec/graph: AudioCodec/graph/filter AudioCodec/wave AudioCodec/wave/converter AudioCodec/shell/templates AudioCodec/attributes AudioCodec/shell/object platform/media platform/media/streamreader platform/com platform/loader platform/base
 AudioCodec/shell: AudioCodec/wave AudioCodec/metadata AudioCodec/shell/templates AudioCodec/attributes AudioCodec/shell/object platform/registry platform/loader platform/file platform/sync platform/base
 capi/posix:
-capi/audio:
 capi: capi/posix AudioCodec/shell AudioCodec/wave AudioCodec/metadata AudioCodec/wave/riff AudioCodec/attributes AudioCodec/shell/object platform/registry platform/com platform/base riff
+capi/output: capi capi/posix
 capi/input: capi capi/posix platform/file platform/base riff
 capi/audio: capi/input capi capi/posix AudioCodec/wave AudioCodec/wave/converter AudioCodec/shell/object platform/com platform/base riff
-capi/handles: capi/audio capi/input capi/posix capi AudioCodec/wave AudioCodec/metadata platform/image platform/base riff
+capi/handles: capi/audio capi/input capi/output capi/posix capi AudioCodec/wave AudioCodec/metadata platform/image platform/file platform/base riff
 host: capi AudioCodec/shell AudioCodec/wave AudioCodec/metadata AudioCodec/attributes AudioCodec/shell/object platform/image platform/com platform/file platform/base riff
 '
 

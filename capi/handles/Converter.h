@@ -9,8 +9,8 @@
 #include <optional>
 #include <string>
 
-#include "capi/Writer.h"
 #include "capi/handles/Reader.h"
+#include "capi/handles/Writer.h"
 
 class Converter {
 public:

@@ -15,6 +15,9 @@ int NamedTarget::Open(const std::string& path, const FileNames::Facts* replaced,
     m_replaces = replaced != nullptr;
     if (replaced) m_replaced = *replaced;
     if (const int error = FileNames::Resolve(m_path)) return error;
+    // At once, and not only when it is to get that name.
+    if (m_path.empty()) return ENOENT;
+    if (m_path.back() == '/') return EISDIR;
     // A rename over a file takes no right on the file itself, so a write-protected one has to be asked.
     if (const int error = m_replaces ? FileNames::MayWrite(m_path) : 0) return error;
     // In the target's folder: a link and a rename work within one file system alone.

@@ -1,4 +1,4 @@
-#include "capi/PushedConversion.h"
+#include "capi/audio/PushedConversion.h"
 
 #include <cmath>
 

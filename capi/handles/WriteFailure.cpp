@@ -1,4 +1,4 @@
-#include "capi/WriteFailure.h"
+#include "capi/handles/WriteFailure.h"
 
 #include <cerrno>
 

@@ -1,9 +1,8 @@
-#include "capi/PushedFrames.h"
+#include "capi/audio/PushedFrames.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "platform/base/PlatformResults.h"
 #include "riff/WaveFormat.h"
 #include "riff/WaveTypes.h"
 
@@ -56,32 +55,3 @@ int32_t PushedFrames::Read(void* buffer, uint32_t size, uint32_t* done) {
     m_place += *done;
     return PLATFORM_OK;
 }
-
-int32_t PushedFrames::Seek(LARGE_INTEGER move, uint32_t origin, ULARGE_INTEGER* position) {
-    // Only the walk over the head moves, before the first frame is pushed.
-    const uint64_t from = origin == STREAM_SEEK_CUR ? m_place : 0;
-    if (origin == STREAM_SEEK_END) return PLATFORM_NOT_IMPLEMENTED;
-    m_place = from + static_cast<uint64_t>(move.QuadPart);
-    if (position) position->QuadPart = m_place;
-    return PLATFORM_OK;
-}
-
-int32_t PushedFrames::QueryInterface(const GUID& /*iid*/, void** object) {
-    if (object) *object = nullptr;
-    return PLATFORM_NO_INTERFACE;
-}
-int32_t PushedFrames::Write(const void*, uint32_t, uint32_t*) { return PLATFORM_NOT_IMPLEMENTED; }
-int32_t PushedFrames::SetSize(ULARGE_INTEGER) { return PLATFORM_NOT_IMPLEMENTED; }
-int32_t PushedFrames::CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*) {
-    return PLATFORM_NOT_IMPLEMENTED;
-}
-int32_t PushedFrames::Commit(uint32_t) { return PLATFORM_NOT_IMPLEMENTED; }
-int32_t PushedFrames::Revert() { return PLATFORM_NOT_IMPLEMENTED; }
-int32_t PushedFrames::LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, uint32_t) {
-    return PLATFORM_NOT_IMPLEMENTED;
-}
-int32_t PushedFrames::UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, uint32_t) {
-    return PLATFORM_NOT_IMPLEMENTED;
-}
-int32_t PushedFrames::Stat(STATSTG*, uint32_t) { return PLATFORM_NOT_IMPLEMENTED; }
-int32_t PushedFrames::Clone(IStream**) { return PLATFORM_NOT_IMPLEMENTED; }

@@ -12,9 +12,9 @@
 #include <optional>
 
 #include "AudioCodec/wave/IAC3Writer.h"
-#include "capi/PushedConversion.h"
 #include "capi/Tags.h"
-#include "capi/WaveObjects.h"
+#include "capi/audio/PushedConversion.h"
+#include "capi/handles/WaveObjects.h"
 #include "capi/output/OutputFile.h"
 
 // What is written, decided before a file is touched.
@@ -42,8 +42,9 @@ public:
 private:
     void WriteShaped(const int16_t* samples, uint32_t frames);
     void WriteToModule(const int16_t* samples, uint32_t frames);
-    void RequireWhole(const Tags& expected) const;
-    void RequireSizes() const;
+    bool HasItsSize() const;
+    bool HasItsAudio() const;
+    bool HasTags(const Tags& expected) const;
 
     const Module& m_module;
     const WavePlan m_plan;

@@ -1,10 +1,10 @@
-#include "capi/TagTrial.h"
+#include "capi/handles/TagTrial.h"
 
 #include <algorithm>
 
 #include "capi/SystemFailure.h"
 #include "capi/TagLosses.h"
-#include "capi/WaveObjects.h"
+#include "capi/handles/WaveObjects.h"
 #include "capi/output/OutputFile.h"
 
 namespace {

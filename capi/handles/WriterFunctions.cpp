@@ -1,5 +1,5 @@
 // The functions of vlwav.h on writing.
-#include "capi/Writer.h"
+#include "capi/handles/Writer.h"
 
 namespace {
 
@@ -54,8 +54,13 @@ vlw_code vlw_writer_create_fd(vlw_writer* writer, int fd, uint32_t flags) {
 }
 
 vlw_code vlw_writer_create_stream(vlw_writer* writer, const vlw_stream* stream, uint32_t flags) {
-    StreamSink sink(stream);  // first, since it is closed also where there is no writer
-    return Do(writer, [&](Writer& work) { work.CreateStream(std::move(sink), flags); });
+    std::shared_ptr<CallerStream> taken;
+    try {
+        taken = CallerStream::TakeOver(stream);  // first, since it is closed also where there is no writer
+    } catch (...) {
+        return Guarded(writer, [] { return VLW_NO_MEMORY; });
+    }
+    return Do(writer, [&](Writer& work) { work.CreateStream(std::move(taken), flags); });
 }
 
 vlw_code vlw_writer_create_memory(vlw_writer* writer, uint32_t flags) {

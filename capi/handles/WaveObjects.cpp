@@ -1,8 +1,8 @@
-#include "capi/WaveObjects.h"
+#include "capi/handles/WaveObjects.h"
 
-#include "capi/ModuleAttributes.h"
 #include "capi/ModuleFailure.h"
 #include "capi/TagTransfer.h"
+#include "capi/TextEncoding.h"
 #include "platform/base/Utf.h"
 
 namespace {
@@ -20,8 +20,8 @@ RefPtr<IAC3Writer> OpenWriter(const Module& module, const AudioShape& input, uin
     RefPtr<IAC3Writer> writer;
     const auto require = [&](Result result) { RequireOf(result, "Beginning to write", label); };
     require(module.CreateCodec()->CreateWriter(writer.Put()));
-    require(writer->SetLong(kInfoEncodingAttribute, InfoEncodingOf(text)));
-    require(writer->SetBool(kEditChangedOnlyAttribute, 1));
+    SetEncoding(*writer, text);
+    require(writer->SetBool(ATTR_EDIT_CHANGED_ONLY, 1));
     require(writer->SetFormat(input.channels, input.rate, kBytesPerSample));
     require(writer->SelectFormat(formatIndex));
     require(writer->Open(Utf::FromUtf8(path).c_str(), OPEN_OVERWRITE));
@@ -41,7 +41,7 @@ RefPtr<IAC3StreamReader> OpenReader(const Module& module, vlw_text text, const s
     RefPtr<IAC3StreamReader> reader;
     const auto require = [&](Result result) { RequireOf(result, "Reading back", label); };
     require(module.CreateCodec()->CreateStreamReader(reader.Put()));
-    require(reader->SetLong(kInfoEncodingAttribute, InfoEncodingOf(text)));
+    SetEncoding(*reader, text);
     require(reader->Open(Utf::FromUtf8(path).c_str(), OPEN_READ_ONLY));
     return reader;
 }

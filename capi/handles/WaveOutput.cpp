@@ -1,19 +1,20 @@
-#include "capi/WaveOutput.h"
+#include "capi/handles/WaveOutput.h"
 
 #include <algorithm>
 #include <cmath>
 
 #include "capi/ModuleFailure.h"
 #include "capi/SystemFailure.h"
-#include "capi/WriteFailure.h"
 #include "capi/audio/ChannelMix.h"
 #include "capi/audio/DownMix.h"
+#include "capi/handles/WriteFailure.h"
 #include "riff/WaveTypes.h"
 
 namespace {
 
 constexpr uint32_t kBlockFrames = 16384;
 constexpr uint32_t kStereo = 2;
+constexpr uint32_t kBytesPerSample = 2;     // of the module's readers
 constexpr uint32_t kMaxWriterRate = 65535;  // Hz, of what the module's writer takes in
 constexpr uint64_t kLargestFile = UINT32_MAX;
 constexpr uint64_t kHeader = 44;  // bytes
@@ -95,42 +96,44 @@ void WaveOutput::Finish(const Tags& tags, const Tags& expected) {
     if (!tags.AllTexts().empty()) GiveTags(*m_writer, tags);
     ForgetLastError();
     RequireOf(m_writer->Close(), "Completing", m_label);
-    // The Close reports no failed write, so this is where one shows.
-    RequireWhole(expected);
+    // The Close reports no failed write, so this is where one shows; the reason is asked for at once.
+    const int reason = FindWriteError(m_file.Bytes(), 1);
+    if (!HasItsSize() || !HasItsAudio() || !HasTags(expected))
+        throw SystemFailure(reason, "Completing " + m_label.name, m_label.path);
 }
 
-void WaveOutput::RequireWhole(const Tags& expected) const {
-    const int error = FindWriteError(m_file.Bytes(), 1);  // of the Close, before other calls change it
-    const auto require = [&](bool good) {
-        if (!good) throw SystemFailure(error, "Completing " + m_label.name, m_label.path);
-    };
-    RequireSizes();
+// Whether the header tells of the file as it is.
+bool WaveOutput::HasItsSize() const {
+    uint8_t head[kChunkHeaderSize] = {};
+    size_t done = 0;
+    uint64_t size = 0;
+    int error = m_file.Bytes().ReadAt(head, sizeof head, 0, done);
+    if (error == 0) error = m_file.Bytes().Size(size);
+    if (error != 0) throw SystemFailure(error, "Reading back " + m_label.name, m_label.path);
+    return done == sizeof head && uint64_t{LoadLE32(head + 4)} + kChunkHeaderSize == size;
+}
+
+bool WaveOutput::HasItsAudio() const {
     const RefPtr<IAC3StreamReader> reader = OpenReader(m_module, m_plan.text, m_file.Path(), m_label);
+    const auto require = [&](Result result) { RequireOf(result, "Reading back", m_label); };
     AudioFormatInfo found{};
     int64_t frames = 0;
-    RequireOf(reader->GetSourceFormat(&found), "Reading back", m_label);
-    RequireOf(reader->SetOutputFormat(m_format.channels, m_format.samplesPerSec, 2), "Reading back", m_label);
-    RequireOf(reader->GetLength(&frames), "Reading back", m_label);
-    require(found.channels == m_format.channels && found.samplesPerSec == m_format.samplesPerSec &&
-            found.bitsPerSample == m_format.bitsPerSample);
-    // What the writer was given without a conversion is there frame by frame.
-    require(m_given.rate != m_format.samplesPerSec || static_cast<uint64_t>(frames) == m_written);
+    require(reader->GetSourceFormat(&found));
+    require(reader->SetOutputFormat(m_format.channels, m_format.samplesPerSec, kBytesPerSample));
+    require(reader->GetLength(&frames));
+    if (found.channels != m_format.channels || found.samplesPerSec != m_format.samplesPerSec ||
+        found.bitsPerSample != m_format.bitsPerSample)
+        return false;
+    // What the module's writer was given at the file's rate is there frame by frame.
+    if (m_given.rate == m_format.samplesPerSec && static_cast<uint64_t>(frames) != m_written) return false;
     // A frame of the output for the rounding, and one of the input for where its end lies between two; the
     // ratio itself is known to 24 bits and more.
     const double wanted = static_cast<double>(m_taken) * m_ratio;
     const double tolerance = m_ratio == 1 ? 0 : 1 + m_ratio + wanted / (1 << 24);
-    require(std::abs(wanted - static_cast<double>(frames)) <= tolerance);
-    require(TagsOf(*reader).AllTexts() == expected.AllTexts());
+    return std::abs(wanted - static_cast<double>(frames)) <= tolerance;
 }
 
-// The header's size is the file's.
-void WaveOutput::RequireSizes() const {
-    uint8_t head[kChunkHeaderSize] = {};
-    size_t done = 0;
-    uint64_t size = 0;
-    const int error = FindWriteError(m_file.Bytes(), 1);
-    RequireSystem(m_file.Bytes().ReadAt(head, sizeof head, 0, done), "Reading back", m_label.name);
-    RequireSystem(m_file.Bytes().Size(size), "Reading back", m_label.name);
-    if (done != sizeof head || uint64_t{LoadLE32(head + 4)} + kChunkHeaderSize != size)
-        throw SystemFailure(error, "Completing " + m_label.name, m_label.path);
+bool WaveOutput::HasTags(const Tags& expected) const {
+    const RefPtr<IAC3StreamReader> reader = OpenReader(m_module, m_plan.text, m_file.Path(), m_label);
+    return TagsOf(*reader).AllTexts() == expected.AllTexts();
 }

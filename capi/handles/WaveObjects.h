@@ -4,8 +4,8 @@
 #include "AudioCodec/wave/IAC3StreamReader.h"
 #include "AudioCodec/wave/IAC3Writer.h"
 #include "capi/Module.h"
-#include "capi/PushedConversion.h"
 #include "capi/Tags.h"
+#include "capi/audio/PushedConversion.h"
 
 // How a file is told of: to people, and in the record of a failure, where the path of what has no name is
 // empty.

@@ -6,7 +6,7 @@
 
 #include "AudioCodec/wave/IAC3StreamReader.h"
 #include "capi/Module.h"
-#include "capi/PushedFrames.h"
+#include "capi/audio/PushedFrames.h"
 
 struct AudioShape {
     uint32_t rate = 0;  // frames a second

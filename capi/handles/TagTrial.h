@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "capi/Module.h"
 #include "capi/Tags.h"

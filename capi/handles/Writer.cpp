@@ -1,7 +1,7 @@
 // A file, step by step: (1) settle what is written, or refuse, (2) the place where it comes into being, (3)
 // the frames, (4) foresee the tags, or refuse and stay at (3), (5) close it and have it prove itself, (6)
 // hand it over. Until (6) the target is as it was, whatever fails.
-#include "capi/Writer.h"
+#include "capi/handles/Writer.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -10,9 +10,9 @@
 #include "capi/FormatLimits.h"
 #include "capi/SystemFailure.h"
 #include "capi/TagLosses.h"
-#include "capi/TagTrial.h"
 #include "capi/audio/ChannelMix.h"
 #include "capi/audio/Samples.h"
+#include "capi/handles/TagTrial.h"
 #include "capi/output/NamedTarget.h"
 #include "platform/file/TempFolder.h"
 
@@ -132,12 +132,12 @@ void Writer::CreateAt(int number, uint32_t flags) {
     Start(ToDescriptor(std::move(descriptor), {}), plan, {});
 }
 
-void Writer::CreateStream(StreamSink stream, uint32_t flags) {
+void Writer::CreateStream(std::shared_ptr<const CallerStream> stream, uint32_t flags) {
     Begin(flags);
-    if (!stream.IsWritable()) throw Failure(VLW_BAD_ARGUMENT, "A target needs a stream with `write`.");
+    if (!stream || !stream->CanWrite())
+        throw Failure(VLW_BAD_ARGUMENT, "A target needs a stream with `write`.");
     const WavePlan plan = MakePlan(m_module.Get());
-    const auto shared = std::make_shared<const StreamSink>(std::move(stream));
-    const auto taker = [shared](const void* bytes, size_t size) { return shared->Write(bytes, size); };
+    const auto taker = [stream](const void* bytes, size_t size) { return stream->Write(bytes, size); };
     Start(Opened({}, std::make_unique<OrderedTarget>(taker, nullptr), TempFolderPath()), plan, {});
 }
 
