@@ -63,6 +63,13 @@ RefPtr<IPrivateCodecMain3> Module::CreateCodec() const {
     return RefPtr<IPrivateCodecMain3>::Adopt(static_cast<IPrivateCodecMain3*>(object));
 }
 
+// Of a writer that never opens a file.
+RefPtr<IAC3Metadata> Module::NewMetadata() const {
+    RefPtr<IAC3Metadata> metadata;
+    Require(CreateWriter(*this)->GetMetadata(metadata.Put()), m_path);
+    return metadata;
+}
+
 std::u16string Module::FormatText(uint32_t index, uint32_t language) const {
     const RefPtr<IAC3Writer> writer = CreateWriter(*this);
     if (language != 0) Require(writer->SetLong(ATTR_TEXT_LANGUAGE, language), m_path);

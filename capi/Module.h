@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "AudioCodec/metadata/IAC3Metadata.h"
 #include "AudioCodec/shell/Exports.h"
 #include "AudioCodec/shell/IPrivateCodecMain3.h"
 #include "AudioCodec/wave/riff/AudioFormatInfo.h"
@@ -25,6 +26,9 @@ public:
 
     // A new codec main object. Throws Failure.
     RefPtr<IPrivateCodecMain3> CreateCodec() const;
+
+    // A new metadata object without tags. Throws Failure.
+    RefPtr<IAC3Metadata> NewMetadata() const;
 
     const std::string& Path() const { return m_path; }
     const std::string& Version() const { return m_version; }  // empty for a module that tells none

@@ -41,10 +41,12 @@ int FindWriteError(const std::string& path) {
 }
 
 // Saves what differs between the tags, and closes.
-void SaveChanges(IAC3MetadataEditor& editor, const Tags& tags, const Tags& before, const std::string& path) {
-    RefPtr<IAC3Metadata> metadata;
-    RequireModule(editor.GetMetadata(metadata.Put()), "Reading the tags of", path);
-    StoreTags(tags, before, *metadata);
+void SaveChanges(const Module& module, IAC3MetadataEditor& editor, const Tags& tags, const Tags& before,
+                 const std::string& path) {
+    RefPtr<IAC3Metadata> present;
+    RequireModule(editor.GetMetadata(present.Put()), "Reading the tags of", path);
+    const RefPtr<IAC3Metadata> metadata = module.NewMetadata();
+    StoreChangedTags(tags, before, *present, *metadata);
     RequireModule(editor.SetMetadata(metadata.Get()), "Saving the tags of", path);
     ForgetLastError();
     if (editor.Save() == RESULT_OK) return;
@@ -87,7 +89,7 @@ Tags Editor::Try(const Module& module, const OpenFile& file) const {
     RequireSystem(copy.MakeInMemory(), "Making", kName);
     RequireSystem(copy.Write(small.data(), small.size()), "Writing", kName);
     const std::string path = copy.ReopeningPath();
-    SaveChanges(*OpenModuleEditor(module, path, file.text), file.tags.content, file.before, path);
+    SaveChanges(module, *OpenModuleEditor(module, path, file.text), file.tags.content, file.before, path);
     const std::unique_ptr<Input> input = OpenPathUnshared(path.c_str());
     return ReadSourceTags(readers, *input, ScanSource(*input), file.text);
 }
@@ -107,7 +109,7 @@ void Editor::Save(uint32_t flags) {
                       file.path + " can't keep its tags as they are: " + JoinClauses(losses) + '.',
                       file.path);
     const std::unique_ptr<OpenFile> closing = std::move(m_file);  // whatever happens from here on
-    SaveChanges(*closing->editor, tags, closing->before, closing->path);
+    SaveChanges(module, *closing->editor, tags, closing->before, closing->path);
     closing->editor->Close();
     // The list may lie elsewhere now.
     const std::unique_ptr<Input> input = OpenPathUnshared(closing->path.c_str());

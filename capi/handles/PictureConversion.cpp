@@ -3,7 +3,6 @@
 #include <iterator>
 
 #include "AudioCodec/metadata/IAC3Metadata.h"
-#include "AudioCodec/wave/IAC3Writer.h"
 #include "capi/ModuleFailure.h"
 #include "capi/SystemFailure.h"
 #include "capi/posix/Descriptor.h"
@@ -15,15 +14,6 @@ namespace {
 constexpr const char* kName = "a picture in memory";
 constexpr int32_t kGiven = 0;
 constexpr int32_t kMade = 3;
-
-// A writer that never opens a file gives an object as good as any.
-RefPtr<IAC3Metadata> NewMetadata(const Module& module) {
-    RefPtr<IAC3Writer> writer;
-    RefPtr<IAC3Metadata> metadata;
-    RequireModule(module.CreateCodec()->CreateWriter(writer.Put()), "Making", kName);
-    RequireModule(writer->GetMetadata(metadata.Put()), "Making", kName);
-    return metadata;
-}
 
 void StoreBytes(IAC3Metadata& metadata, const void* bytes, size_t size) {
     Descriptor file;
@@ -84,7 +74,7 @@ std::vector<uint8_t> ConvertPicture(const Module& module, const void* bytes, siz
                                     const std::string& kind) {
     for (const KindRow& row : kKinds) {
         if (row.name != kind) continue;
-        const RefPtr<IAC3Metadata> metadata = NewMetadata(module);
+        const RefPtr<IAC3Metadata> metadata = module.NewMetadata();
         StoreBytes(*metadata, bytes, size);
         const std::unique_ptr<CImage> image = Decode(*metadata);
         return row.make(*metadata, *image);

@@ -32,7 +32,7 @@ void GiveTags(IAC3Writer& writer, const Tags& tags) {
     const auto require = [](Result result) { RequireModule(result, "Handing the tags to", "the module"); };
     RefPtr<IAC3Metadata> metadata;
     require(writer.GetMetadata(metadata.Put()));  // a new, empty object
-    StoreTags(tags, Tags(), *metadata);
+    StoreTags(tags, *metadata);
     require(writer.SetMetadata(metadata.Get()));
 }
 
