@@ -37,7 +37,7 @@ capi/output: capi capi/posix
 capi/input: capi capi/posix platform/file platform/base riff
 capi/audio: capi/input capi capi/posix AudioCodec/wave AudioCodec/wave/converter AudioCodec/shell/object platform/com platform/base riff
 capi/handles: capi/audio capi/input capi/output capi/posix capi AudioCodec/wave AudioCodec/metadata platform/image platform/file platform/base riff
-host: capi AudioCodec/shell AudioCodec/wave AudioCodec/metadata AudioCodec/attributes AudioCodec/shell/object platform/image platform/com platform/file platform/base riff
+host: capi
 '
 
 # The folders of the layer and of the C library that know a system, and what only they include there.
