@@ -30,6 +30,8 @@ public:
     // A text as a file has it, in place of what is there; an empty one takes the tag away.
     void Put(const TagRow& row, std::string text);
 
+    // Takes the tags away that WAV files don't keep.
+    void DropUnkept();
     // All texts and pictures of another, each in place of what is there.
     void Add(const Tags& other);
 

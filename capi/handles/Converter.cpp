@@ -109,6 +109,8 @@ void Converter::SetUp(const AudioFormatInfo& format, const vlw_conversion& wish)
 Tags Converter::CollectTags(const vlw_conversion& wish) {
     Tags tags;
     if (!(wish.flags & VLW_NO_TAGS)) tags = m_reader.ReadTags();
+    // Those that no WAV file keeps are named with what else the target doesn't have.
+    if (wish.flags & VLW_LOSSY) tags.DropUnkept();
     if (wish.tags) tags.Add(wish.tags->content);
     return tags;
 }

@@ -39,6 +39,12 @@ std::string ChunkName(uint32_t id) {
     return name + '"';
 }
 
+// Whether a tag is stored under that name in files that are made.
+bool IsKeptEntry(const std::string& name) {
+    const TagRow* const row = FindTagByName(name);
+    return row && (row->uses & TAG_WRITTEN);
+}
+
 // Takes the bytes of a "vltg" chunk by the block: there may be many, and only the names in them are wanted.
 bool NameEntries(ChunkWalk& walk, uint32_t size, NameSample& names) {
     std::string bytes;  // from the first entry that isn't whole yet
@@ -56,7 +62,7 @@ bool NameEntries(ChunkWalk& walk, uint32_t size, NameSample& names) {
             std::transform(name.begin(), name.end(), name.begin(), [](char c) {
                 return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c;
             });
-            if (!FindTagByName(name)) names.Add(name);
+            if (!IsKeptEntry(name)) names.Add(name);
         }
         const std::string_view rest = entries.Rest();
         const size_t nameEnd = rest.find_first_of(std::string_view("=\0", 2));
