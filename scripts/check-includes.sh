@@ -16,13 +16,13 @@ platform/file/posix:
 platform/file: platform/file/posix platform/sync platform/base
 platform/loader/posix: platform/base
 platform/loader: platform/loader/posix platform/sync platform/base
-platform/registry: platform/loader platform/file platform/base
+platform/registry: platform/loader platform/file platform/sync platform/base
 platform/com: platform/registry platform/loader platform/base
 platform/image: platform/com platform/loader platform/file platform/sync platform/base riff
 platform/media: platform/com platform/file platform/sync platform/base riff
 platform/media/streamreader: platform/media platform/com platform/sync platform/base
 AudioCodec/shell/object: platform/com platform/sync platform/base
-AudioCodec/attributes: AudioCodec/shell/object platform/base riff
+AudioCodec/attributes: AudioCodec/shell/object platform/sync platform/base riff
 AudioCodec/shell/templates: AudioCodec/attributes AudioCodec/shell/object platform/com
 AudioCodec/wave/converter: AudioCodec/shell/object
 AudioCodec/wave/riff: AudioCodec/shell/object platform/com platform/file platform/base riff
