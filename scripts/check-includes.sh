@@ -19,7 +19,7 @@ platform/loader: platform/loader/posix platform/sync platform/base
 platform/registry: platform/loader platform/file platform/base
 platform/com: platform/registry platform/loader platform/base
 platform/image: platform/com platform/loader platform/file platform/sync platform/base riff
-platform/media: platform/com platform/file platform/base riff
+platform/media: platform/com platform/file platform/sync platform/base riff
 platform/media/streamreader: platform/media platform/com platform/sync platform/base
 AudioCodec/shell/object: platform/com platform/sync platform/base
 AudioCodec/attributes: AudioCodec/shell/object platform/base riff
@@ -33,9 +33,10 @@ AudioCodec/graph: AudioCodec/graph/filter AudioCodec/wave AudioCodec/wave/conver
 AudioCodec/shell: AudioCodec/wave AudioCodec/metadata AudioCodec/shell/templates AudioCodec/attributes AudioCodec/shell/object platform/registry platform/loader platform/file platform/sync platform/base
 capi/posix:
 capi: capi/posix AudioCodec/shell AudioCodec/wave AudioCodec/metadata AudioCodec/wave/riff AudioCodec/attributes AudioCodec/shell/object platform/registry platform/com platform/base riff
+capi/output: capi capi/posix
 capi/input: capi capi/posix platform/file platform/base riff
 capi/audio: capi/input capi capi/posix AudioCodec/wave AudioCodec/wave/converter AudioCodec/shell/object platform/com platform/base riff
-capi/handles: capi/audio capi/input capi platform/base riff
+capi/handles: capi/audio capi/input capi/output capi/posix capi AudioCodec/wave AudioCodec/metadata platform/image platform/file platform/base riff
 host: capi AudioCodec/shell AudioCodec/wave AudioCodec/metadata AudioCodec/attributes AudioCodec/shell/object platform/image platform/com platform/file platform/base riff
 '
 

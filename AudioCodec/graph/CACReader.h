@@ -5,7 +5,8 @@
 //
 // Decisions: An Open on an open reader closes it first. Seek without a graph returns RESULT_FAILED. A source
 // whose frames have no size returns RESULT_NOT_PCM from Read, and so does one that isn't 16 bits wide where
-// it would have to be converted. An output rate of 0 returns length and positions of 0.
+// it would have to be converted. An output rate of 0 returns length and positions of 0. Read returns no
+// frames at the end and nowhere else, and no division into blocks changes a frame.
 #pragma once
 
 #include <memory>

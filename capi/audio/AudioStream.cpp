@@ -43,7 +43,7 @@ uint64_t AudioStream::SizeOfStream() const {
 int32_t AudioStream::Read(void* buffer, uint32_t size, uint32_t* done) {
     auto* const bytes = static_cast<uint8_t*>(buffer);
     *done = ReadHead(bytes, size);
-    if (*done == size) return PLATFORM_OK;
+    if (*done == size || m_isHidden) return PLATFORM_OK;
     try {
         *done += ReadAudio(bytes + *done, size - *done);
         return PLATFORM_OK;

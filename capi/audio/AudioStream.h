@@ -22,6 +22,9 @@ public:
     // The audio begins at this byte of it from now on, and the stream is read from its start.
     void ShowFrom(uint64_t audioByte);
 
+    // As if there were no audio yet, for who walks over all chunks before he reads.
+    void HideAudio(bool hidden) { m_isHidden = hidden; }
+
     // Throws what failed since the last call, and forgets it.
     void ThrowFailure();
     // Audio bytes that came since the input was opened, counted from the audio's start.
@@ -39,6 +42,7 @@ private:
     const SourceFacts& m_facts;
     const uint32_t m_frameBytes;
     std::vector<uint8_t> m_head;
+    bool m_isHidden = false;
     uint64_t m_windowAt = 0;       // audio bytes before the window
     std::vector<uint8_t> m_block;  // read ahead
     uint64_t m_blockAt = 0;

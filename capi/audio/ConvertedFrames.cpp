@@ -60,6 +60,8 @@ public:
         m_begin = frame;
         m_place = 0;
     }
+    // Until then there is a head alone, for the module's look at all chunks.
+    void BeginAudio() { m_hasAudio = true; }
     // The source's length; nothing before its end was met.
     std::optional<int64_t> End() const { return m_end; }
     void ThrowFailure() {
@@ -75,6 +77,7 @@ public:
             m_place += *done;
             return PLATFORM_OK;
         }
+        if (!m_hasAudio) return PLATFORM_OK;
         try {
             const size_t frames = ReadFrames(reinterpret_cast<int16_t*>(bytes), size / m_frameBytes);
             *done = static_cast<uint32_t>(frames * m_frameBytes);
@@ -130,6 +133,7 @@ private:
     FrameSource& m_source;
     const uint32_t m_frameBytes;
     uint8_t m_head[kHeadSize] = {};
+    bool m_hasAudio = false;
     int64_t m_begin = 0;
     std::optional<int64_t> m_end;
     std::exception_ptr m_failure;
@@ -143,6 +147,7 @@ ConvertedFrames::ConvertedFrames(const ModuleReaders& readers, FrameSource& sour
       m_stream(std::make_unique<SourceStream>(source, sourceRate)),
       m_reader(readers.NewReader()) {
     RequireModule(m_reader->OpenStream(m_stream.get(), OPEN_READ_ONLY), "Converting", {});
+    m_stream->BeginAudio();
     RequireModule(m_reader->SetOutputFormat(m_channels, m_rate, kBytesPerSample), "Converting", {});
     SeekTo(source.Position() == 0 ? 0 : ConvertedLength(source.Position(), sourceRate, target.rate));
 }

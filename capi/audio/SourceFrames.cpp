@@ -26,7 +26,10 @@ SourceFrames::~SourceFrames() { m_reader.Close(); }
 // From the stream's start.
 void SourceFrames::Open() {
     m_isOpen = false;
+    // A direct reader looks for chunks after the audio; a decoder tries the audio itself.
+    m_stream.HideAudio(m_facts.directBits != 0);
     const Result opened = m_reader.OpenStream(&m_stream, OPEN_READ_ONLY);
+    m_stream.HideAudio(false);
     if (opened != RESULT_OK) m_stream.ThrowFailure();
     RequireModule(opened, m_facts.directBits != 0 ? "Reading" : "Decoding", m_input.Name());
     RequireModule(m_reader.SetOutputFormat(m_facts.channels, m_facts.rate, kBytesPerSample), "Reading",
@@ -63,10 +66,16 @@ void SourceFrames::Stand() {
     }
 }
 
+// What a decoder gives beyond it is filler. Of an input in order the promise is all that there is.
+std::optional<int64_t> SourceFrames::Length() const {
+    if (m_facts.frames || m_facts.unit.bytes == 0) return m_facts.frames;
+    return m_facts.promised;
+}
+
 size_t SourceFrames::Read(int16_t* buffer, size_t frames) {
-    if (m_facts.frames)
-        frames = std::min<uint64_t>(
-            frames, static_cast<uint64_t>(std::max<int64_t>(*m_facts.frames - m_position, 0)));
+    if (const std::optional<int64_t> length = Length())
+        frames =
+            std::min<uint64_t>(frames, static_cast<uint64_t>(std::max<int64_t>(*length - m_position, 0)));
     if (frames == 0) return 0;
     if (!m_isOpen || m_standsAt != m_position) Stand();
     const size_t done = ReadSome(buffer, frames);

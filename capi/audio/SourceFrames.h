@@ -23,6 +23,7 @@ public:
 
 private:
     void Open();
+    std::optional<int64_t> Length() const;
     void Stand();
     size_t ReadSome(int16_t* buffer, size_t frames);
 

@@ -37,17 +37,25 @@ std::unique_ptr<Input> InOrder(Descriptor source, std::string name) {
         name);
 }
 
-}  // namespace
-
-std::unique_ptr<Input> OpenPath(const char* path) {
+// `keep` answers what keeps others from a regular file.
+template <class Keep>
+std::unique_ptr<Input> OpenFileOf(const char* path, Keep keep) {
     Descriptor file;
     RequireSystem(file.Open(path), "Opening", path);
     uint64_t size = 0;
     if (file.IsRegular()) RequireSystem(file.Size(size), "Reading", path);
     // Files of the system's own making tell no size and are read like a device.
     if (size == 0) return InOrder(std::move(file), path);
-    UniqueHandle kept = KeepFromWriters(path, file);
+    UniqueHandle kept = keep(path, file);
     return std::make_unique<FileInput>(std::move(file), 0, size, path, std::move(kept));
+}
+
+}  // namespace
+
+std::unique_ptr<Input> OpenPath(const char* path) { return OpenFileOf(path, KeepFromWriters); }
+
+std::unique_ptr<Input> OpenPathUnshared(const char* path) {
+    return OpenFileOf(path, [](const std::string&, const Descriptor&) { return UniqueHandle(); });
 }
 
 std::unique_ptr<Input> OpenDescriptor(int number) {

@@ -89,8 +89,6 @@ TEST_P(Guide, ResampleWritesTheSameToneAtAnotherRate) {
     ExpectFailure(Example("resample", "tone.wav 1 2 out.raw"), "1");
 }
 
-#ifdef VLW_WHOLE_LIBRARY
-
 TEST_P(Guide, WriteTaggedMakesAWholeFileWithItsTags) {
     Samples tone;
     for (int i = 0; i < 44100; ++i) tone.push_back(static_cast<int16_t>(160 * (50 - std::abs(i % 100 - 50))));
@@ -123,8 +121,6 @@ TEST_P(Guide, EditTagsChangesATagAndNoOtherByte) {
     ExpectFailure(Example("edit-tags", "a.wav tempo 90"), "tempo");
     EXPECT_EQ(Bytes("a.wav"), before);
 }
-
-#endif
 
 TEST_P(Guide, OwnStreamReadsAFileInsideAnother) {
     const Samples samples = Noise(size_t{2} * 6000);
