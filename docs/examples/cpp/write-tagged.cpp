@@ -23,8 +23,8 @@ int main(int argc, char** argv) try {
     tags.set("artist", argv[3]);
     tags.set("year", argv[4]);
 
-    std::vector<std::int16_t> tone;
-    for (int i = 0; i < kRate; ++i) tone.push_back(Sample(i));
+    std::vector<std::int16_t> tone(kRate);
+    for (int i = 0; i < kRate; ++i) tone[static_cast<std::size_t>(i)] = Sample(i);
 
     vlw::Writer writer;
     writer.input(kRate, 1);
