@@ -1,4 +1,4 @@
-# What a programmer installs to call the C library: the library itself, its two headers, a pkg-config file and a
+# What a programmer installs to call the C library: the library itself, its headers, a pkg-config file and a
 # CMake package. A package of its own beside that of the module (Sdk.cmake), since the two have nothing in common but
 # the folder of the libraries.
 include(CMakePackageConfigHelpers)
@@ -6,7 +6,7 @@ include(CMakePackageConfigHelpers)
 set(VLW_PACKAGEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/vlwav)
 
 install(TARGETS vlwav_library LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(FILES ${PROJECT_SOURCE_DIR}/capi/vlwav.h ${PROJECT_SOURCE_DIR}/capi/vlwav.hpp
+install(FILES ${PROJECT_SOURCE_DIR}/capi/vlwav.h ${PROJECT_SOURCE_DIR}/capi/vlwav_more.h ${PROJECT_SOURCE_DIR}/capi/vlwav.hpp
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/vlwavConfig.cmake.in ${PROJECT_BINARY_DIR}/vlwavConfig.cmake

@@ -19,7 +19,8 @@ build tsan vlwav_library
 # header is named by its whole path, by which the debug information has it: else its structures would count as private.
 now="$(mktemp)"
 trap 'rm -f "$now"' EXIT
-abidw --exported-interfaces-only --header-file "$ROOT/capi/vlwav.h" --drop-private-types --no-show-locs \
+abidw --exported-interfaces-only --header-file "$ROOT/capi/vlwav.h" \
+  --header-file "$ROOT/capi/vlwav_more.h" --drop-private-types --no-show-locs \
   --no-comp-dir-path --no-corpus-path --no-elf-needed --type-id-style hash --out-file "$now" build/tsan/lib/libvlwav.so.1
 sed -i "s|path='$ROOT/|path='|" "$now"
 grep -q "class-decl name='vlw_format' size-in-bits" "$now" || die "the dump doesn't know the structures of the header"
