@@ -1,5 +1,6 @@
 #include "capi/audio/PushedConversion.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "capi/ModuleFailure.h"
@@ -8,6 +9,8 @@ namespace {
 
 constexpr uint32_t kBytesPerSample = 2;
 constexpr uint32_t kBlockFrames = 1024;
+constexpr size_t kLeast = 48;         // frames that the reader needs to begin as usual
+constexpr double kRatioError = 1e-4;  // frames, of so few
 // What the reader takes in beyond what a block needs: a staged block, 32 frames of the filter to begin with,
 // and some for the rounding.
 constexpr size_t kReadAhead = 2048 + 64;
@@ -31,6 +34,7 @@ PushedConversion::PushedConversion(const Module& module, const AudioShape& from,
 
 void PushedConversion::Push(const int16_t* samples, size_t frames, const Taker& taker) {
     m_waiting.Push(samples, frames);
+    m_taken += frames;
     // A reader that runs short would take it for the end and feed its filter with silence.
     while (m_waiting.Frames() > m_needed) {
         const uint32_t made = ReadBlock();
@@ -40,7 +44,17 @@ void PushedConversion::Push(const int16_t* samples, size_t frames, const Taker& 
 }
 
 void PushedConversion::Drain(const Taker& taker) {
-    while (const uint32_t made = ReadBlock()) taker(m_block.data(), made);
+    uint64_t left = UINT64_MAX;
+    if (m_taken < kLeast) {
+        // The filter begins otherwise with fewer; what it makes of the silence isn't audio.
+        const std::vector<int16_t> silence((kLeast - m_taken) * m_waiting.Channels());
+        m_waiting.Push(silence.data(), kLeast - m_taken);
+        left = static_cast<uint64_t>(std::ceil(static_cast<double>(m_taken) * m_ratio - kRatioError));
+    }
+    while (const auto made = static_cast<uint32_t>(std::min<uint64_t>(ReadBlock(), left))) {
+        taker(m_block.data(), made);
+        left -= made;
+    }
 }
 
 uint32_t PushedConversion::ReadBlock() {

@@ -31,6 +31,7 @@ public:
 private:
     uint32_t ReadBlock();
 
+    size_t m_taken = 0;      // frames
     PushedFrames m_waiting;  // before the reader, which borrows it
     RefPtr<IAC3StreamReader> m_reader;
     double m_ratio = 1;

@@ -13,6 +13,7 @@ public:
     PushedFrames(uint32_t channels, uint32_t rate);
 
     void Push(const int16_t* samples, size_t frames);
+    size_t Channels() const { return m_channels; }
     size_t Frames() const { return (m_samples.size() - m_used) / m_channels; }  // pushed and not yet read
     // As the head tells it.
     static constexpr uint32_t kPromisedBytes = 0xFFFFFF00;

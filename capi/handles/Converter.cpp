@@ -1,5 +1,5 @@
 // A run, step by step: (1) open the source, or refuse it, (2) settle the format, (3) collect the tags, (4)
-// write, (5) finish, or leave the target as it was, (6) note what the target doesn't have of the source.
+// write, (5) note what the target won't have of the source, (6) finish, or leave the target as it was.
 #include "capi/handles/Converter.h"
 
 #include <chrono>
@@ -7,10 +7,10 @@
 
 #include "capi/FormatChoice.h"
 #include "capi/FormatLimits.h"
+#include "capi/FormatRecord.h"
 #include "capi/audio/ChannelMix.h"
 #include "capi/handles/SourceRest.h"
 #include "capi/input/OpenInput.h"
-#include "capi/input/SourceScan.h"
 
 namespace {
 
@@ -48,8 +48,7 @@ private:
 }  // namespace
 
 vlw_code Converter::Run(const char* source, const char* target, const vlw_conversion& wish) {
-    m_notes.clear();
-    m_made.reset();
+    Forget();
     std::error_code ignored;
     if (std::filesystem::equivalent(source, target, ignored))
         throw Failure(VLW_BAD_ARGUMENT, std::string(target) + " is the source itself.", target);
@@ -65,16 +64,26 @@ vlw_code Converter::Run(const char* source, const char* target, const vlw_conver
     m_writer.CreateFile(target, wish.flags & (VLW_OVERWRITE | VLW_LOSSY));
     vlw_code end = VLW_OK;
     try {
-        end = Copy(wish);   // (4)
-        m_writer.Finish();  // (5)
+        end = Copy(wish);  // (4)
+        // Before the target is there: what fails must leave it as it was.
+        NoteFormat(format);  // (5)
+        if (!(wish.flags & VLW_NO_CHUNKS)) NoteRest();
+        m_writer.Finish();  // (6)
     } catch (...) {
         m_writer.Drop();
+        m_notes.clear();
         throw;
     }
-    NoteFormat(format);  // (6)
-    NoteLosses();
-    m_made = ScanSource(*OpenPathUnshared(target));
+    for (const std::string& clause : m_writer.Losses()) Note(clause);
+    // Told, not looked at: a pipe or a device gives nothing back.
+    m_made = RecordOf(format);
+    m_made->frames = m_made->frames_promised = m_writer.Frames();
     return end;
+}
+
+void Converter::Forget() noexcept {
+    m_notes.clear();
+    m_made.reset();
 }
 
 void Converter::Release() noexcept { m_reader.Close(); }
@@ -118,7 +127,7 @@ Tags Converter::CollectTags(const vlw_conversion& wish) {
 vlw_code Converter::Copy(const vlw_conversion& wish) {
     Progress progress(wish);
     std::vector<int16_t> block(kBlockFrames * m_reader.Channels());
-    const int64_t total = m_reader.Frames();
+    const int64_t total = m_reader.Facts().frames.value_or(VLW_UNKNOWN);
     for (vlw_code code = VLW_OK; code == VLW_OK;) {
         size_t got = 0;
         code = m_reader.Read(block.data(), kBlockFrames, got);
@@ -128,12 +137,20 @@ vlw_code Converter::Copy(const vlw_conversion& wish) {
             throw Failure(VLW_DAMAGED, reason.what(), reason.Path());
         }
         if (code != VLW_OK) {
-            progress.TellNow(m_reader.Position(), m_reader.Position());
+            const int64_t all = total != VLW_UNKNOWN ? total : InSourceFrames(m_reader.Position());
+            progress.TellNow(all, all);
             return code == VLW_CUT ? VLW_CUT : VLW_OK;
         }
-        progress.Tell(m_reader.Position(), total);
+        progress.Tell(InSourceFrames(m_reader.Position()), total);
     }
     return VLW_OK;
+}
+
+// The reader counts at the target's rate where it converts.
+int64_t Converter::InSourceFrames(int64_t frames) const {
+    const uint32_t rate = m_reader.Facts().rate;
+    if (m_reader.Rate() == rate) return frames;
+    return static_cast<int64_t>(static_cast<double>(frames) * rate / m_reader.Rate());
 }
 
 void Converter::NoteFormat(const AudioFormatInfo& format) {
@@ -147,8 +164,7 @@ void Converter::NoteFormat(const AudioFormatInfo& format) {
         Note(std::to_string(facts.bits) + " → " + std::to_string(format.bitsPerSample) + " bits");
 }
 
-void Converter::NoteLosses() {
-    for (const std::string& clause : m_writer.Losses()) Note(clause);
+void Converter::NoteRest() {
     const std::string rest = NameRest(m_reader.Source());
     if (!rest.empty()) Note("the output doesn't have " + rest);
 }

@@ -16,6 +16,8 @@ class Converter {
 public:
     explicit Converter(ModuleUse& module) : m_module(module), m_reader(module), m_writer(module) {}
 
+    // What the run before made isn't told any more.
+    void Forget() noexcept;
     // VLW_OK, or VLW_CUT with VLW_PARTIAL. Throws Failure.
     vlw_code Run(const char* source, const char* target, const vlw_conversion& wish);
     // Why the last run was VLW_CUT.
@@ -23,7 +25,7 @@ public:
     void Release() noexcept;  // the source, after a run
 
     // Of the last run that made a file.
-    const std::optional<SourceFacts>& Made() const { return m_made; }
+    const std::optional<vlw_format>& Made() const { return m_made; }
     const std::string& Notes() const { return m_notes; }
 
 private:
@@ -32,13 +34,14 @@ private:
     vlw_code Copy(const vlw_conversion& wish);
     Tags CollectTags(const vlw_conversion& wish);
     void NoteFormat(const AudioFormatInfo& format);
-    void NoteLosses();
+    void NoteRest();
+    int64_t InSourceFrames(int64_t frames) const;
     void Note(const std::string& line);
 
     ModuleUse& m_module;
     Reader m_reader;
     Writer m_writer;
-    std::optional<SourceFacts> m_made;
+    std::optional<vlw_format> m_made;
     std::string m_notes;
 };
 

@@ -5,7 +5,6 @@
 
 #include "capi/FormatRecord.h"
 #include "capi/handles/Converter.h"
-#include "capi/handles/FactsRecord.h"
 
 namespace {
 
@@ -36,6 +35,7 @@ const vlw_error* vlw_converter_error(const vlw_converter* converter) {
 vlw_code vlw_converter_run(vlw_converter* converter, const char* source, const char* target,
                            const vlw_conversion* conversion) {
     const vlw_code code = Guarded(converter, [&] {
+        converter->work->Forget();
         vlw_conversion wish{};
         if (!source || !target || !TakeWish(conversion, wish)) return VLW_BAD_ARGUMENT;
         const vlw_code end = converter->work->Run(source, target, wish);
@@ -48,8 +48,8 @@ vlw_code vlw_converter_run(vlw_converter* converter, const char* source, const c
 
 vlw_code vlw_converter_format(const vlw_converter* converter, vlw_format* format) {
     if (!converter) return VLW_BAD_ARGUMENT;
-    const std::optional<SourceFacts>& made = converter->work->Made();
-    return made ? PutFormat(RecordOf(*made), format) : VLW_BAD_STATE;
+    const std::optional<vlw_format>& made = converter->work->Made();
+    return made ? PutFormat(*made, format) : VLW_BAD_STATE;
 }
 
 const char* vlw_converter_notes(const vlw_converter* converter) {

@@ -3,7 +3,8 @@
 // list.
 //
 // Decisions: pictures and tags that WAV files don't keep are losses. A file of another kind than WAV is
-// VLW_UNSUPPORTED. A save that fails closes the file too, with its old tags or the new.
+// VLW_UNSUPPORTED. A save that fails for any other reason than a loss closes the file too, with its old tags
+// or the new.
 #pragma once
 
 #include <memory>
@@ -35,7 +36,8 @@ public:
 
 private:
     struct OpenFile {
-        std::string path;
+        std::string path;              // as it was given
+        std::string fullPath;          // wherever the program stands when it saves
         std::unique_ptr<Input> input;  // for looking, beside the editor
         SourceFacts facts;
         RefPtr<vlacwav3::IAC3MetadataEditor> editor;

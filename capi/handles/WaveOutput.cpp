@@ -113,11 +113,11 @@ bool WaveOutput::HasItsSize() const {
     return done == sizeof head && uint64_t{LoadLE32(head + 4)} + kChunkHeaderSize == size;
 }
 
-bool WaveOutput::HasItsAudio() const {
+bool WaveOutput::HasItsAudio() {
     const RefPtr<IAC3StreamReader> reader = OpenReader(m_module, m_plan.text, m_file.Path(), m_label);
     const auto require = [&](Result result) { RequireOf(result, "Reading back", m_label); };
     AudioFormatInfo found{};
-    int64_t frames = 0;
+    int64_t& frames = m_frames;
     require(reader->GetSourceFormat(&found));
     require(reader->SetOutputFormat(m_format.channels, m_format.samplesPerSec, kBytesPerSample));
     require(reader->GetLength(&frames));

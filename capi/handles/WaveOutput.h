@@ -32,6 +32,8 @@ public:
     // Takes the frames or throws Failure: VLW_TOO_LARGE before any of them is written.
     void Write(const int16_t* samples, size_t frames);
     uint32_t InputChannels() const { return m_plan.input.channels; }
+    // Of the file, once it is finished.
+    int64_t Frames() const { return m_frames; }
     int64_t Taken() const { return static_cast<int64_t>(m_taken); }
     // Throws Failure with VLW_TOO_LARGE where the file would have no room for so many bytes more.
     void RequireRoom(uint64_t frames, uint64_t more) const;
@@ -43,7 +45,7 @@ private:
     void WriteShaped(const int16_t* samples, uint32_t frames);
     void WriteToModule(const int16_t* samples, uint32_t frames);
     bool HasItsSize() const;
-    bool HasItsAudio() const;
+    bool HasItsAudio();
     bool HasTags(const Tags& expected) const;
 
     const Module& m_module;
@@ -57,5 +59,6 @@ private:
     RefPtr<IAC3Writer> m_writer;
     std::vector<int16_t> m_mixed;  // (1)
     uint64_t m_taken = 0;
+    int64_t m_frames = 0;
     uint64_t m_written = 0;  // into the module's writer
 };

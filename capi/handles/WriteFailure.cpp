@@ -30,10 +30,15 @@ constexpr uint64_t kLargestFile = UINT32_MAX;
 
 void ForgetLastError() { SetLastError(ERROR_SUCCESS); }
 
-int FindWriteError(const Descriptor& file, uint64_t more) {
+int KnownWriteError() {
     const DWORD last = GetLastError();
     for (const ErrorRow& row : kErrors)
         if (row.platform == last) return row.system;
+    return 0;
+}
+
+int FindWriteError(const Descriptor& file, uint64_t more) {
+    if (const int known = KnownWriteError()) return known;
     uint64_t size = 0;
     if (file.Size(size) == 0 && size + more > kLargestFile) return EFBIG;
     uint64_t room = 0;

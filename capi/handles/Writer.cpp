@@ -191,6 +191,7 @@ void Writer::Finish() {
     m_audio->RequireRoom(0, trial.Bytes());
     m_state = State::Broken;                // unless it ends well
     m_audio->Finish(m_tags, trial.Kept());  // (5)
+    m_frames = m_audio->Frames();
     m_audio.reset();
     const int error = m_target->Commit();  // (6)
     if (error != 0) throw SystemFailure(error, "Completing " + NameFor(m_path), m_path);

@@ -37,6 +37,8 @@ public:
     void Finish();
     // What the last finished file doesn't keep of its tags, clause by clause.
     const std::vector<std::string>& Losses() const { return m_losses; }
+    // Of the last finished file.
+    int64_t Frames() const { return m_frames; }
     void Drop() noexcept;
     // The finished file in memory, allocated for vlw_free; once. Throws Failure.
     void Take(void** bytes, size_t* size);
@@ -55,6 +57,7 @@ private:
     vlw_text m_text = VLW_TEXT_AUTO;
     Tags m_tags;
     std::vector<std::string> m_losses;
+    int64_t m_frames = 0;
 
     State m_state = State::None;
     uint32_t m_flags = 0;

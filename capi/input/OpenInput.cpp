@@ -11,13 +11,20 @@
 
 namespace {
 
+UniqueHandle OpenShared(const std::string& path, DWORD share) {
+    return TakeFile(CreateFileA(path.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING,
+                                FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
 // Keeps those from writing who heed share modes. Without a way to lock the file it is read all the same.
 UniqueHandle KeepFromWriters(const std::string& path, const Descriptor& file) {
     UniqueHandle kept;
     // By the descriptor first: the path may lead to another file by now.
     for (const std::string& way : {file.ReopeningPath(), path}) {
-        kept = TakeFile(CreateFileA(way.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+        kept = OpenShared(way, FILE_SHARE_READ);
+        // An editor lets others read, since it moves no audio. Who makes a file shares nothing.
+        if (!kept && GetLastError() == ERROR_SHARING_VIOLATION)
+            kept = OpenShared(way, FILE_SHARE_READ | FILE_SHARE_WRITE);
         if (!kept && GetLastError() == ERROR_SHARING_VIOLATION)
             throw Failure(VLW_IN_USE, "Opening " + path + " failed: another program has it open for writing.",
                           path);

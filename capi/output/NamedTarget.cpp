@@ -30,13 +30,18 @@ int NamedTarget::Commit() {
             return error;
     // Before it gets its name, or a crash could leave the name on a file without its bytes.
     if (const int error = m_file.Bytes().Flush()) return error;
-    if (const int error = GiveName()) return error;
-    return FileNames::FlushFolder(FileNames::FolderOf(m_path));
+    bool isNew = false;
+    if (const int error = GiveName(isNew)) return error;
+    const int error = FileNames::FlushFolder(FileNames::FolderOf(m_path));
+    // What failed isn't there. What was replaced can't come back.
+    if (error != 0 && isNew) FileNames::Remove(m_path);
+    return error;
 }
 
-int NamedTarget::GiveName() {
+int NamedTarget::GiveName(bool& isNew) {
     if (!m_replaces) {
         const int error = m_file.NameNew(m_path);
+        isNew = error == 0;
         if (error != EEXIST || !m_overwrite) return error;
     }
     return m_file.NameInPlace(m_path);

@@ -14,7 +14,7 @@ public:
     int Commit() override;
 
 private:
-    int GiveName();
+    int GiveName(bool& isNew);
 
     std::string m_path;  // after symbolic links
     FileNames::Facts m_replaced;

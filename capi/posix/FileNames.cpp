@@ -26,7 +26,8 @@ int ErrorOf(int result) { return result == 0 ? 0 : errno; }
 int Look(const std::string& path, Facts& facts) {
     struct stat status {};
     if (stat(path.c_str(), &status) != 0) return errno;
-    facts = {S_ISREG(status.st_mode), status.st_mode & kPermissionBits, status.st_uid, status.st_gid};
+    facts = {S_ISREG(status.st_mode), S_ISDIR(status.st_mode), status.st_mode & kPermissionBits,
+             status.st_uid, status.st_gid};
     return 0;
 }
 

@@ -8,6 +8,7 @@ namespace FileNames {
 
 struct Facts {
     bool regular = false;
+    bool folder = false;
     uint32_t mode = 0;  // its permission bits
     uint32_t owner = 0;
     uint32_t group = 0;
