@@ -1,6 +1,7 @@
 #include "capi/Languages.h"
 
 #include <algorithm>
+#include <charconv>
 
 namespace {
 
@@ -28,6 +29,12 @@ uint16_t FindLanguage(std::string_view tag) {
 }
 
 uint16_t FindNearestLanguage(std::string_view tag) {
-    const uint16_t id = FindLanguage(tag);
+    const uint16_t id = ParseLanguage(tag);
     return id != 0 ? id : FindLanguage(tag.substr(0, tag.find_first_of("-_")));
+}
+
+uint16_t ParseLanguage(std::string_view text) {
+    uint16_t id = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), id);
+    return error == std::errc() && end == text.data() + text.size() ? id : FindLanguage(text);
 }

@@ -14,5 +14,7 @@ struct Language {
 std::span<const Language> Languages();
 // The number of a tag in either case of letters; 0 for one that isn't listed.
 uint16_t FindLanguage(std::string_view tag);
-// Likewise, but with a region that isn't listed ("de-AT") the language alone counts.
+// That of a tag or a number, but with a region that isn't listed ("de-AT") the language alone counts.
 uint16_t FindNearestLanguage(std::string_view tag);
+// The number of a tag, or the decimal number of a language, which is taken as it is; 0 for anything else.
+uint16_t ParseLanguage(std::string_view text);

@@ -6,21 +6,29 @@
 #include <string>
 #include <vector>
 
+#include "AudioCodec/metadata/IAC3Metadata.h"
 #include "AudioCodec/shell/Exports.h"
 #include "AudioCodec/shell/IPrivateCodecMain3.h"
 #include "AudioCodec/wave/riff/AudioFormatInfo.h"
 #include "capi/ErrorRecord.h"
 #include "capi/posix/ModuleFile.h"
+#include "capi/vlwav_more.h"
 #include "platform/com/RefPtr.h"
 
 class Module {
 public:
     // Null: the registered module, else the one beside this library. Throws Failure with VLW_NO_MODULE, and
     // std::bad_alloc.
-    explicit Module(const char* path);
+    explicit Module(const char* path) : Module(Find(path)) {}
+    // The one beside this library, whatever is registered.
+    struct Beside {};
+    explicit Module(Beside) : Module(FindBeside()) {}
 
     // A new codec main object. Throws Failure.
     RefPtr<IPrivateCodecMain3> CreateCodec() const;
+
+    // A new metadata object without tags. Throws Failure.
+    RefPtr<IAC3Metadata> NewMetadata() const;
 
     const std::string& Path() const { return m_path; }
     const std::string& Version() const { return m_version; }  // empty for a module that tells none
@@ -28,10 +36,24 @@ public:
     // The text of a format that there is, in a platform language id; 0 is English. Throws Failure.
     std::u16string FormatText(uint32_t index, uint32_t language) const;
 
+    vlw_found Found() const { return m_found; }
+
+    // Enter the module into the registry, and take out the one that is there. Throw Failure.
+    void Register() const;
+    void Unregister() const;
+
 private:
-    static std::string Find(const char* path);
+    struct Place {
+        std::string path;
+        vlw_found found;
+    };
+    static Place Find(const char* path);
+    static Place FindBeside();
+    explicit Module(const Place& place);
+    void CallServerExport(const char* name) const;
 
     std::string m_path;
+    vlw_found m_found;
     std::string m_loadFailure;
     ModuleFile m_file;
     decltype(&DllVlGetClassObject) m_getClassObject = nullptr;

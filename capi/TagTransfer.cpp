@@ -44,6 +44,17 @@ Result Store(const TagRow& row, const std::string& text, IAC3Metadata& metadata)
     return metadata.SetString(row.id, Utf::FromUtf8(text).c_str());
 }
 
+// As it is; one that isn't there stays away.
+Result Copy(const TagRow& row, IAC3Metadata& from, IAC3Metadata& to) {
+    if (row.kind == TagKind::Number) {
+        const uint32_t number = from.GetLong(row.id);
+        return number == 0 ? RESULT_OK : to.SetLong(row.id, number);
+    }
+    HandedOutText text(from);
+    if (from.GetString(row.id, text.Put()) == RESULT_NO_MEMORY) return RESULT_NO_MEMORY;
+    return text.Get() ? to.SetString(row.id, text.Get()) : RESULT_OK;
+}
+
 }  // namespace
 
 Tags ReadTags(IAC3Metadata& metadata) {
@@ -55,11 +66,23 @@ Tags ReadTags(IAC3Metadata& metadata) {
     return tags;
 }
 
-void StoreTags(const Tags& tags, const Tags& before, IAC3Metadata& metadata) {
+void StoreTags(const Tags& tags, IAC3Metadata& empty) {
     for (size_t index = 0; const TagRow* const row = Keywords::At(index); ++index) {
-        if (!(row->uses & TAG_WRITTEN)) continue;
         const std::string& text = tags.TextOf(*row);
-        if (text != before.TextOf(*row))
-            RequireModule(Store(*row, text, metadata), "Handing the tags to", "the module");
+        if ((row->uses & TAG_WRITTEN) && !text.empty())
+            RequireModule(Store(*row, text, empty), "Handing the tags to", "the module");
+    }
+}
+
+void StoreChangedTags(const Tags& tags, const Tags& before, IAC3Metadata& present, IAC3Metadata& empty) {
+    for (size_t index = 0; const TagRow* const row = Keywords::At(index); ++index) {
+        const std::string& text = tags.TextOf(*row);
+        if (!(row->uses & TAG_WRITTEN)) continue;
+        Result result = RESULT_OK;
+        if (text == before.TextOf(*row))
+            result = Copy(*row, present, empty);
+        else if (!text.empty())
+            result = Store(*row, text, empty);
+        RequireModule(result, "Handing the tags to", "the module");
     }
 }

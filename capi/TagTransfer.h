@@ -7,6 +7,11 @@
 // Every tag that a file is read into, as text. Throws Failure, and std::bad_alloc.
 Tags ReadTags(vlacwav3::IAC3Metadata& metadata);
 
-// Sets in an object, which holds `before`, the texts of those tags that differ, of which a file keeps some;
-// one that has gone becomes empty, a number 0. Pictures are left alone. Throws Failure, and std::bad_alloc.
-void StoreTags(const Tags& tags, const Tags& before, vlacwav3::IAC3Metadata& metadata);
+// Puts the texts that a file keeps into an object that is empty yet. Pictures are left alone. Throws Failure,
+// and std::bad_alloc.
+void StoreTags(const Tags& tags, vlacwav3::IAC3Metadata& empty);
+
+// The same for a file whose own object is `present`: what doesn't differ from `before`, its tags, is taken
+// from there as it is, whatever it is; what has gone isn't set.
+void StoreChangedTags(const Tags& tags, const Tags& before, vlacwav3::IAC3Metadata& present,
+                      vlacwav3::IAC3Metadata& empty);

@@ -53,6 +53,17 @@ void Tags::Put(const TagRow& row, std::string text) {
         m_texts[row.keywordPlace] = std::move(text);
 }
 
+void Tags::DropUnkept() {
+    std::erase_if(m_texts, [](const auto& text) {
+        return !(FindTagById(FindTagShownAt(text.first)->id)->uses & TAG_WRITTEN);
+    });
+}
+
+void Tags::Add(const Tags& other) {
+    for (const auto& [place, text] : other.m_texts) m_texts[place] = text;
+    for (const auto& [number, bytes] : other.m_pictures) m_pictures[number] = bytes;
+}
+
 const std::string& Tags::TextOf(const TagRow& row) const {
     static const std::string s_none;
     const auto text = m_texts.find(row.keywordPlace);

@@ -30,9 +30,16 @@ public:
     // A text as a file has it, in place of what is there; an empty one takes the tag away.
     void Put(const TagRow& row, std::string text);
 
+    // Takes the tags away that WAV files don't keep.
+    void DropUnkept();
+    // All texts and pictures of another, each in place of what is there.
+    void Add(const Tags& other);
+
     const std::string& TextOf(const TagRow& row) const;  // empty where there is none
     const std::string* Find(const char* keyword) const;  // null where there is none
     Pictures::const_iterator BestPicture() const;        // the one to show where one is shown, else the end
+
+    bool operator==(const Tags&) const = default;
 
     const Texts& AllTexts() const { return m_texts; }
     const Pictures& AllPictures() const { return m_pictures; }

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "capi/vlwav.hpp"
 #include "host/ExitCodes.h"
-#include "host/Module.h"
-#include "host/StockFormats.h"
+#include "host/FormatWish.h"
 
 struct InfoOptions {
     std::vector<std::string> files;
@@ -53,21 +53,21 @@ struct PictureOptions {
 };
 
 // Tells each file's format and length on standard output; goes on after a file that fails.
-ExitCode RunInfo(const Module& module, const InfoOptions& options);
+ExitCode RunInfo(const vlw::Module& module, const InfoOptions& options);
 // Enter the module into the registry, or take out the one that is there. Throw Failure where that
 // can't be written.
-ExitCode RunRegister(const Module& module);
-ExitCode RunUnregister(const Module& module);
+ExitCode RunRegister(const vlw::Module& module);
+ExitCode RunUnregister(const vlw::Module& module);
 // Tells which module the other commands take.
-ExitCode RunWhere(const Module& module);
+ExitCode RunWhere(const vlw::Module& module);
 // Writes the file's audio as raw signed 16-bit little-endian PCM.
-ExitCode RunDecode(const Module& module, const DecodeOptions& options);
+ExitCode RunDecode(const vlw::Module& module, const DecodeOptions& options);
 // Lists the formats that can be written.
-ExitCode RunFormats(const Module& module, const FormatsOptions& options);
+ExitCode RunFormats(const vlw::Module& module, const FormatsOptions& options);
 // Makes WAV files of stock formats, several at once; a line on standard output for each. Goes on after a
 // file that fails.
-ExitCode RunConvert(const Module& module, const ConvertOptions& options);
+ExitCode RunConvert(const vlw::Module& module, const ConvertOptions& options);
 // Changes tags where changes are given, and shows them. Goes on after a file that fails.
-ExitCode RunTag(const Module& module, const TagOptions& options);
+ExitCode RunTag(const vlw::Module& module, const TagOptions& options);
 // Takes an image file through a metadata object and writes the bytes that a host gets from it.
-ExitCode RunPicture(const Module& module, const PictureOptions& options);
+ExitCode RunPicture(const vlw::Module& module, const PictureOptions& options);

@@ -6,12 +6,14 @@
 #include <filesystem>
 #include <map>
 #include <mutex>
+#include <sstream>
 #include <thread>
 
 #include "host/Commands.h"
-#include "host/Conversion.h"
+#include "host/Failure.h"
 #include "host/Output.h"
 #include "host/Report.h"
+#include "host/TagChanges.h"
 
 namespace {
 
@@ -42,10 +44,74 @@ std::vector<Job> Plan(const ConvertOptions& options) {
     return jobs;
 }
 
+// What is the same for all files of one command.
+struct Rules {
+    const vlw::Module& module;
+    const std::vector<vlw::StockFormat>& formats;
+    const vlw::Conversion& conversion;
+    const TagChanges& changes;
+};
+
+// The text of a format that was made.
+std::string TextOf(const vlw::Format& made, const std::vector<vlw::StockFormat>& formats) {
+    for (const vlw::StockFormat& stock : formats)
+        if (stock.format.rate == made.rate && stock.format.channels == made.channels &&
+            stock.format.bits == made.bits)
+            return stock.text;
+    return {};
+}
+
+// Converts for one thread.
+class Worker {
+public:
+    explicit Worker(const Rules& rules) : m_rules(rules), m_converter(rules.module), m_reader(rules.module) {}
+
+    // Throws what fails. Tells on standard error what the output doesn't have of the input.
+    vlw::Converted Convert(const Job& job) {
+        if (IsSameFile(job.input, job.output))
+            throw Failure("The output is the input itself; choose another name for -o.");
+        std::error_code ignored;
+        const auto there = std::filesystem::status(job.output, ignored);
+        // What is there as a device or a pipe would be written to, never replaced.
+        if (std::filesystem::exists(there) && !std::filesystem::is_regular_file(there))
+            throw Failure(fmt::format("{} is no regular file; choose another name for -o.",
+                                      Report::Printable(job.output)));
+        vlw::Conversion conversion = m_rules.conversion;
+        vlw::Tags tags;
+        if (m_rules.changes.TakesAway()) {
+            m_reader.open(job.input);
+            tags = m_reader.tags();
+            conversion.flags = conversion.flags | vlw::Flags::no_tags;
+        }
+        m_rules.changes.ApplyTo(tags);
+        conversion.tags = &tags;
+        const vlw::Result<vlw::Converted> made = m_converter.try_run(job.input, job.output, conversion);
+        if (!made && made.error().code == vlw::Code::exists)
+            throw Failure(fmt::format("{} is there already; choose another name or use --overwrite.",
+                                      Report::Printable(job.output)));
+        Warn(job.input, made.value());
+        return *made;
+    }
+
+private:
+    void Warn(const std::string& input, const vlw::Converted& made) {
+        if (made.ending == vlw::Ending::cut)
+            Report::Complain(input,
+                             "Warning: " + Report::Printable(vlw_converter_error(m_converter.get())->text));
+        std::istringstream notes(made.notes);
+        for (std::string line; std::getline(notes, line);)
+            Report::Complain(input, "Note: " + Report::Printable(line) + '.');
+    }
+
+    const Rules& m_rules;
+    vlw::Converter m_converter;
+    vlw::Reader m_reader;
+};
+
 // Hands the jobs to its threads one by one; a file that fails stops none of the others.
 class Batch {
 public:
-    Batch(const ConversionRules& rules, const std::vector<Job>& jobs) : m_rules(rules), m_jobs(jobs) {}
+    Batch(const Rules& rules, const std::vector<Job>& jobs) : m_rules(rules), m_jobs(jobs) {}
 
     ExitCode Run(size_t threads) {
         {
@@ -60,29 +126,30 @@ public:
 
 private:
     void Work() {
+        Worker worker(m_rules);
         for (size_t i = m_next++; i < m_jobs.size(); i = m_next++) {
             try {
-                Tell(m_jobs[i], Convert(m_rules, m_jobs[i].input, m_jobs[i].output));
+                Tell(m_jobs[i], worker.Convert(m_jobs[i]));
             } catch (const std::exception& failure) {
                 m_failed = true;
-                Report::Complain(m_jobs[i].input, failure.what());
+                Report::Complain(m_jobs[i].input, failure);
             }
         }
     }
     // Nothing that follows could be told when standard output has failed, so the rest isn't begun.
-    void Tell(const Job& job, const Converted& done) {
+    void Tell(const Job& job, const vlw::Converted& done) {
         const std::lock_guard held(m_lock);
         try {
             m_output.Write(fmt::format("{} -> {}: {}, {}\n", Report::Printable(job.input),
-                                       Report::Printable(job.output), done.format.text,
-                                       Report::Duration(done.frames, done.format.rate)));
+                                       Report::Printable(job.output), TextOf(done.format, m_rules.formats),
+                                       Report::Duration(done.format.frames.value_or(0), done.format.rate)));
         } catch (const OutputFailure&) {
             m_outputFailure = std::current_exception();
             m_next = m_jobs.size();
         }
     }
 
-    const ConversionRules& m_rules;
+    const Rules& m_rules;
     const std::vector<Job>& m_jobs;
     std::atomic<size_t> m_next = 0;
     std::atomic<bool> m_failed = false;
@@ -93,11 +160,14 @@ private:
 
 }  // namespace
 
-ExitCode RunConvert(const Module& module, const ConvertOptions& options) {
-    const StockFormats formats(module, 0);
-    formats.RequirePossible(options.wish);
-    const ConversionRules rules{module, formats, options.wish, options.overwrite,
-                                Tags::ParseChanges(options.sets, {})};
+ExitCode RunConvert(const vlw::Module& module, const ConvertOptions& options) {
+    const TagChanges changes(options.sets, {});
+    const std::vector<vlw::StockFormat> formats = module.formats();
+    vlw::Conversion conversion;
+    ApplyWish(options.wish, formats, conversion);
+    conversion.flags = vlw::Flags::lossy | vlw::Flags::partial;
+    if (options.overwrite) conversion.flags = conversion.flags | vlw::Flags::overwrite;
+    const Rules rules{module, formats, conversion, changes};
     const std::vector<Job> jobs = Plan(options);
     const size_t wanted = options.jobs.value_or(std::max(1u, std::thread::hardware_concurrency()));
     return Batch(rules, jobs).Run(std::min(wanted, jobs.size()));

@@ -1,45 +1,40 @@
-#include <fmt/format.h>
-
-#include "host/AudioCopy.h"
 #include "host/Commands.h"
+#include "host/Failure.h"
 #include "host/Output.h"
 #include "host/Progress.h"
 #include "host/Report.h"
 
 namespace {
 
-Output OpenOutput(const DecodeOptions& options) {
-    Output output = options.output == "-" ? Output::Standard() : Output::File(options.output);
-    if (output.IsSameFile(options.file))
-        throw OutputFailure("The output is the input itself; choose another name for -o.");
-    return output;
+constexpr size_t kBlockFrames = 16384;
+
+// Of the source, as output frames.
+int64_t PromisedFrames(const vlw::Reader& reader) {
+    const vlw::Format format = reader.format();
+    const double promised = static_cast<double>(format.frames_promised.value_or(format.frames.value_or(0)));
+    return static_cast<int64_t>(promised * reader.rate() / format.rate);
 }
 
-int64_t Write(Source& source, uint32_t channels, int64_t promised, Output& output) {
+void Decode(const vlw::Module& module, const DecodeOptions& options) {
+    vlw::Reader reader(module);
+    reader.output(options.rate.value_or(0), options.channels.value_or(0));
+    reader.open(options.file);
+    const int64_t promised = PromisedFrames(reader);
+
+    Output output = Output::Named(options.output, options.file);
     Progress progress(promised);
-    int64_t done = 0;
-    return CopyAudio(source, channels, [&](const int16_t* samples, uint32_t frames) {
-        output.Write(samples, size_t{frames} * channels * sizeof *samples);
-        progress.Show(done += frames);
-    });
-}
-
-void Decode(const Module& module, const DecodeOptions& options) {
-    Source source(module, options.file);
-    const uint32_t channels = options.channels.value_or(source.Format().channels);
-    const uint32_t rate = options.rate.value_or(source.Format().rate);
-    source.SetOutput(channels, rate);
-    const int64_t promised = source.Length();
-
-    Output output = OpenOutput(options);
-    const int64_t total = Write(source, channels, promised, output);
+    auto blocks = reader.blocks(kBlockFrames);
+    for (const auto& block : blocks) {
+        output.Write(block.data(), block.size() * sizeof *block.data());
+        progress.Show(reader.tell());
+    }
     output.Commit();
-    WarnIfShort(options.file, source.Format(), rate, promised, total);
+    if (blocks.ending() == vlw::Ending::cut) Report::ComplainOfCut(options.file, reader.tell(), promised);
 }
 
 }  // namespace
 
-ExitCode RunDecode(const Module& module, const DecodeOptions& options) {
+ExitCode RunDecode(const vlw::Module& module, const DecodeOptions& options) {
     if (options.output == "-" && Output::Standard().IsTerminal()) {
         Report::Complain("", "Raw audio is no text for a terminal; name a file with -o or use a pipe.");
         return EXIT_USAGE;
@@ -49,8 +44,8 @@ ExitCode RunDecode(const Module& module, const DecodeOptions& options) {
         return EXIT_DONE;
     } catch (const OutputFailure&) {
         throw;
-    } catch (const Failure& failure) {
-        Report::Complain(options.file, failure.what());
+    } catch (const std::exception& failure) {
+        Report::Complain(options.file, failure);
         return EXIT_FAILED;
     }
 }

@@ -1,41 +1,81 @@
+#include <fmt/format.h>
+
+#include <nlohmann/json.hpp>
+
 #include "host/Commands.h"
+#include "host/Failure.h"
 #include "host/Output.h"
 #include "host/Report.h"
 
 namespace {
 
-FileReport Examine(const Module& module, const std::string& file) {
-    FileReport report;
-    report.file = file;
-    try {
-        Source source(module, file);
-        report.format = source.Format();
-        report.frames = source.CountFrames();
-    } catch (const Failure& failure) {
-        report.failed = true;
-        report.code = failure.Code();
-        report.reason = failure.what();
-    }
-    return report;
+constexpr size_t kBlockFrames = 16384;
+
+struct Found {
+    vlw::Format format;
+    int64_t frames = 0;
+    bool direct = false;  // the module reads it by itself; else it has to be decoded
+};
+
+// Only reading tells the length of some codecs.
+int64_t CountFrames(vlw::Reader& reader) {
+    for (auto block : reader.blocks(kBlockFrames)) static_cast<void>(block);
+    return reader.tell();
+}
+
+Found Examine(vlw::Reader& reader, const std::string& file) {
+    reader.open(file);
+    Found found{reader.format(), 0, false};
+    found.frames = found.format.frames ? *found.format.frames : CountFrames(reader);
+    constexpr uint32_t kPcm = 1;
+    found.direct = found.format.codec_tag == kPcm && (found.format.bits == 8 || found.format.bits == 16);
+    return found;
+}
+
+std::string Text(const std::string& file, const Found& found) {
+    const vlw::Format& format = found.format;
+    return fmt::format("{}\n  format   {} Hz, {} channel{}{}\n  length   {} frames, {}\n  reading  {}\n",
+                       Report::Printable(file), format.rate, format.channels, format.channels == 1 ? "" : "s",
+                       found.direct ? fmt::format(", {} bits", format.bits) : " when decoded", found.frames,
+                       Report::Duration(found.frames, format.rate),
+                       found.direct ? "directly" : "through a decoding graph");
+}
+
+nlohmann::ordered_json Json(const std::string& file, const Found& found) {
+    using Value = nlohmann::ordered_json;
+    const vlw::Format& format = found.format;
+    return {{"file", file},
+            {"direct", found.direct},
+            {"channels", format.channels},
+            {"rate", format.rate},
+            {"bits", found.direct ? Value(format.bits) : Value(nullptr)},
+            {"frames", found.frames},
+            {"seconds", static_cast<double>(found.frames) / format.rate}};
 }
 
 }  // namespace
 
-ExitCode RunInfo(const Module& module, const InfoOptions& options) {
+ExitCode RunInfo(const vlw::Module& module, const InfoOptions& options) {
+    vlw::Reader reader(module);
     Output output = Output::Standard();
-    std::vector<FileReport> reports;  // kept for JSON alone: lines for people come file by file
+    auto array = nlohmann::ordered_json::array();  // for JSON alone: lines for people come file by file
     ExitCode exitCode = EXIT_DONE;
     for (const std::string& file : options.files) {
-        FileReport report = Examine(module, file);
-        if (report.failed) {
+        try {
+            const Found found = Examine(reader, file);
+            if (options.json)
+                array.push_back(Json(file, found));
+            else
+                output.Write(Text(file, found));
+        } catch (const OutputFailure&) {
+            throw;
+        } catch (const std::exception& failure) {
             exitCode = EXIT_FAILED;
-            Report::Complain(file, report.reason);
-        } else if (!options.json) {
-            output.Write(Report::Text(report));
+            Report::Complain(file, failure);
+            array.push_back(Report::JsonFailure(file, failure));
         }
-        if (options.json) reports.push_back(std::move(report));
     }
-    if (options.json) output.Write(Report::Json(reports));
+    if (options.json) output.Write(Report::Json(array));
     output.Commit();
     return exitCode;
 }

@@ -1,12 +1,10 @@
-#include <fmt/format.h>
+#include <string>
 
-#include <filesystem>
-
-#include "capi/RegisteredModule.h"
+#include "capi/vlwav_more.h"
 #include "host/Commands.h"
+#include "host/Failure.h"
 #include "host/Output.h"
 #include "host/Report.h"
-#include "platform/base/LastError.h"
 
 namespace {
 
@@ -18,27 +16,20 @@ ExitCode Tell(const std::string& line) {
     return EXIT_DONE;
 }
 
-}  // namespace
-
-// The module's exports tell nobody what came of it, so the registry is asked.
-
-ExitCode RunRegister(const Module& module) {
-    module.Register();
-    std::string path;
-    ReadRegisteredModule(path);
-    std::error_code ignored;
-    if (!std::filesystem::equivalent(path, module.Path(), ignored))
-        throw Failure("The registry could not be written.");
-    return Tell("registered " + Report::Printable(path));
+void Require(const vlw::Module& module, vlw_code code) {
+    if (code != VLW_OK) throw Failure(vlw_module_error(module.get())->text);
 }
 
-ExitCode RunUnregister(const Module& module) {
-    module.Unregister();
-    std::string path;
-    const auto found = static_cast<DWORD>(ReadRegisteredModule(path));
-    if (found != ERROR_FILE_NOT_FOUND && found != ERROR_PATH_NOT_FOUND)
-        throw Failure("The registry could not be written.");
+}  // namespace
+
+ExitCode RunRegister(const vlw::Module& module) {
+    Require(module, vlw_module_register(module.get()));
+    return Tell("registered " + Report::Printable(std::string(module.path())));
+}
+
+ExitCode RunUnregister(const vlw::Module& module) {
+    Require(module, vlw_module_unregister(module.get()));
     return Tell("unregistered");
 }
 
-ExitCode RunWhere(const Module& module) { return Tell(module.Path()); }
+ExitCode RunWhere(const vlw::Module& module) { return Tell(std::string(module.path())); }

@@ -1,6 +1,3 @@
-// A regular file comes about in these steps: (1) refuse what can't be replaced, (2) a temporary beside the
-// target, (3) the bytes, (4) mode and flush, (5) close, (6) the name. Each may fail, and up to (6) the target
-// is as it was.
 #include "host/Output.h"
 
 #include <fcntl.h>
@@ -9,106 +6,45 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <utility>
 
 #include "host/Failure.h"
-#include "host/TemporaryCleanup.h"
 
 namespace {
 
-constexpr mode_t kPermissionBits = 07777;
-constexpr mode_t kNewFile = 0666;
-
-[[noreturn]] void FailWriting(const std::string& name, int error) {
-    throw OutputFailure(fmt::format("Writing to {} failed: {}.", name, std::strerror(error)));
-}
-
-// Asked once: the mask can only be read by changing it, which other threads would see.
-mode_t CreationMask() {
-    static const mode_t s_mask = [] {
-        const mode_t mask = umask(0);
-        umask(mask);
-        return mask;
-    }();
-    return s_mask;
-}
-
-// What a new file of this process, or the file that is replaced, would have as its mode.
-mode_t ModeFor(const struct stat* replaced) {
-    return replaced ? replaced->st_mode & kPermissionBits : kNewFile & ~CreationMask();
-}
-
-[[noreturn]] void FailExisting(const std::string& name) {
-    throw OutputFailure(fmt::format("{} is there already; choose another name or use --overwrite.", name));
-}
-
-// After symbolic links, so that a link stays one.
-std::string ResolveTarget(const std::string& path) {
-    std::error_code error;
-    const auto resolved = std::filesystem::weakly_canonical(path, error);
-    return error ? path : resolved.string();
+bool IsStandardOutput(const std::string& path) {
+    struct stat file {};
+    struct stat output {};
+    return stat(path.c_str(), &file) == 0 && fstat(STDOUT_FILENO, &output) == 0 &&
+           file.st_dev == output.st_dev && file.st_ino == output.st_ino;
 }
 
 }  // namespace
 
-Output Output::Standard() { return {STDOUT_FILENO, "standard output"}; }
+Output Output::Standard() { return Output("standard output"); }
 
-Output Output::File(const std::string& path, Existing existing) {
-    struct stat status {};
-    const bool exists = stat(path.c_str(), &status) == 0;
-    if (exists && existing == Existing::Kept) FailExisting(path);
-    if (exists && !S_ISREG(status.st_mode)) {  // a device or a pipe: it is written, never replaced
-        Output output(open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY), path);
-        if (output.m_descriptor < 0) output.Fail(errno);
-        return output;
-    }
-    // (1) To rename over a file takes no right on the file itself, so a write-protected one has to be
-    // asked for it.
-    if (exists && access(path.c_str(), W_OK) != 0) FailWriting(path, errno);
-
-    Output output(-1, path);
-    output.m_target = ResolveTarget(path);
-    // (2) In the folder of the target: a rename works within one file system alone.
-    std::string temporary = std::filesystem::path(output.m_target).parent_path() / ".vlwav-XXXXXX";
-    output.m_descriptor = TemporaryCleanup::Create(temporary);
-    if (output.m_descriptor < 0) output.Fail(errno);
-    output.m_temporary = temporary;
-    // For (4). Until then only the user can read it.
-    output.m_mode = ModeFor(exists ? &status : nullptr);
-    output.m_existing = existing;
+Output Output::File(const std::string& path) {
+    Output output(path);
+    vlw_file* file = nullptr;
+    if (vlw_file_new(&file) != VLW_OK) throw std::bad_alloc();
+    output.m_file.reset(file);
+    output.Require(vlw_file_create(file, path.c_str(), VLW_OVERWRITE));
     return output;
 }
 
-Output Output::Scratch() {
-    std::string path = TemporaryCleanup::NewPath();
-    Output output(TemporaryCleanup::Create(path), path);
-    if (output.m_descriptor < 0) TemporaryCleanup::FailWriting();
-    output.m_temporary = path;
-    return output;
-}
-
-Output::Output(Output&& other) noexcept
-    : m_descriptor(std::exchange(other.m_descriptor, -1)),
-      m_name(std::move(other.m_name)),
-      m_target(std::exchange(other.m_target, {})),
-      m_temporary(std::exchange(other.m_temporary, {})),
-      m_mode(other.m_mode),
-      m_existing(other.m_existing) {}
-
-Output::~Output() {
-    // Standard output stays open: it is the process's, not this object's.
-    if (m_descriptor > STDERR_FILENO) close(m_descriptor);
-    DropTemporary();
+Output Output::Named(const std::string& name, const std::string& input) {
+    if (name == "-" ? IsStandardOutput(input) : IsSameFile(name, input))
+        throw OutputFailure("The output is the input itself; choose another name for -o.");
+    return name == "-" ? Standard() : File(name);
 }
 
 void Output::Write(const void* data, size_t size) {
+    if (m_file) return Require(vlw_file_write(m_file.get(), data, size));
     const char* at = static_cast<const char*>(data);
     while (size > 0) {
-        // (3) A pipe takes what fits; the rest is written in the next turn.
-        const ssize_t done = write(m_descriptor, at, size);
+        // A pipe takes what fits; the rest is written in the next turn.
+        const ssize_t done = write(STDOUT_FILENO, at, size);
         if (done < 0 && errno == EINTR) continue;
         if (done < 0) Fail(errno);
         at += done;
@@ -117,44 +53,28 @@ void Output::Write(const void* data, size_t size) {
 }
 
 void Output::Commit() {
-    if (m_descriptor == STDOUT_FILENO) {
-        // A second descriptor is closed for the sake of what only a close reports (network file systems).
-        const int copy = dup(STDOUT_FILENO);
-        if (copy < 0 || close(copy) != 0) Fail(errno);
-        return;
-    }
-    // (4) Flushed before it gets its name, or a crash could leave the name on a file without its bytes.
-    const bool whole = m_temporary.empty() || (fchmod(m_descriptor, m_mode) == 0 && fsync(m_descriptor) == 0);
-    if (!whole) Fail(errno);
-    // (5) Some file systems report a failed write only here. The descriptor is gone either way.
-    if (close(std::exchange(m_descriptor, -1)) != 0) Fail(errno);
-    if (m_temporary.empty()) return;
-    // (6) The file may have come since (1), so the rename itself has to refuse.
-    const bool replace = m_existing == Existing::Replaced;
-    if (!TemporaryCleanup::Rename(m_temporary, m_target, replace)) {
-        if (errno == EEXIST && !replace) FailExisting(m_name);
-        Fail(errno);
-    }
-    // It isn't there any more under that name; the destructor must not look for it.
-    m_temporary.clear();
+    if (m_file) return Require(vlw_file_finish(m_file.get()));
+    // A second descriptor is closed for the sake of what only a close reports (network file systems).
+    const int copy = dup(STDOUT_FILENO);
+    if (copy < 0 || close(copy) != 0) Fail(errno);
 }
 
-bool Output::IsSameFile(const std::string& path) const {
-    struct stat input {};
-    struct stat mine {};
-    if (stat(path.c_str(), &input) != 0) return false;
-    // What is being written is a new file; what it will replace is the target.
-    const int failed = m_temporary.empty() ? fstat(m_descriptor, &mine) : stat(m_target.c_str(), &mine);
-    return failed == 0 && input.st_dev == mine.st_dev && input.st_ino == mine.st_ino;
+bool Output::IsTerminal() const { return !m_file && isatty(STDOUT_FILENO) != 0; }
+
+void Output::Require(vlw_code code) const {
+    if (code == VLW_OK) return;
+    const vlw_error* const error = vlw_file_error(m_file.get());
+    if (error->system != 0) Fail(error->system);
+    throw OutputFailure(error->text);
 }
 
-bool Output::IsTerminal() const { return isatty(m_descriptor) != 0; }
+void Output::Fail(int error) const {
+    throw OutputFailure(fmt::format("Writing to {} failed: {}.", m_name, std::strerror(error)));
+}
 
-void Output::Fail(int error) const { FailWriting(m_name, error); }
-
-void Output::DropTemporary() noexcept {
-    if (!m_temporary.empty()) TemporaryCleanup::Remove(m_temporary);
-    m_temporary.clear();
+bool IsSameFile(const std::string& a, const std::string& b) {
+    std::error_code ignored;
+    return std::filesystem::equivalent(a, b, ignored);
 }
 
 void HoldStandardDescriptors() {

@@ -8,10 +8,12 @@
 #include <functional>
 #include <sstream>
 
+#include "capi/vlwav_more.h"
 #include "host/Commands.h"
+#include "host/Failure.h"
 #include "host/Output.h"
 #include "host/Report.h"
-#include "host/TemporaryCleanup.h"
+#include "host/Signals.h"
 
 namespace {
 
@@ -26,11 +28,23 @@ struct CommonOptions {
     bool verbose = false;
 };
 
-Module LoadModule(const CommonOptions& options, Module::Search search) {
-    Module module(options.module, search);
+// Where a module is looked for when the user names none.
+enum class Search { RegistryFirst, BesideProgram };
+
+constexpr const char* kOrigins[] = {"", "by --module", "by the registry", "beside the program"};
+
+vlw::Module LoadModule(const CommonOptions& options, Search search) {
+    vlw::Module module;
+    vlw_code code = VLW_OK;
+    if (!options.module.empty() || search == Search::RegistryFirst)
+        code = vlw_module_load(module.get(), options.module.empty() ? nullptr : options.module.c_str());
+    else
+        code = vlw_module_load_beside(module.get());
+    if (code != VLW_OK)
+        throw Failure(std::string(vlw_module_error(module.get())->text) + " Name another with --module.");
     if (options.verbose)
-        Report::Complain(
-            "", std::string("module found ") + module.Origin() + ": " + Report::Printable(module.Path()));
+        Report::Complain("", std::string("module found ") + kOrigins[vlw_module_found(module.get())] + ": " +
+                                 Report::Printable(std::string(module.path())));
     return module;
 }
 
@@ -132,22 +146,22 @@ ExitCode Run(int argc, char** argv) {
     PictureOptions pictureOptions;
     const struct {
         const CLI::App* command;
-        std::function<ExitCode(const Module&)> run;
-        Module::Search search = Module::Search::RegistryFirst;
+        std::function<ExitCode(const vlw::Module&)> run;
+        Search search = Search::RegistryFirst;
     } commands[] = {
-        {AddInfo(app, infoOptions), [&](const Module& module) { return RunInfo(module, infoOptions); }},
+        {AddInfo(app, infoOptions), [&](const vlw::Module& module) { return RunInfo(module, infoOptions); }},
         {AddDecode(app, decodeOptions),
-         [&](const Module& module) { return RunDecode(module, decodeOptions); }},
+         [&](const vlw::Module& module) { return RunDecode(module, decodeOptions); }},
         {AddFormats(app, formatsOptions),
-         [&](const Module& module) { return RunFormats(module, formatsOptions); }},
+         [&](const vlw::Module& module) { return RunFormats(module, formatsOptions); }},
         {AddConvert(app, convertOptions),
-         [&](const Module& module) { return RunConvert(module, convertOptions); }},
-        {AddTag(app, tagOptions), [&](const Module& module) { return RunTag(module, tagOptions); }},
+         [&](const vlw::Module& module) { return RunConvert(module, convertOptions); }},
+        {AddTag(app, tagOptions), [&](const vlw::Module& module) { return RunTag(module, tagOptions); }},
         {AddPicture(app, pictureOptions),
-         [&](const Module& module) { return RunPicture(module, pictureOptions); }},
+         [&](const vlw::Module& module) { return RunPicture(module, pictureOptions); }},
         // What is to be registered isn't looked for in the registry.
         {app.add_subcommand("register", "Enter the module beside this program into the registry"),
-         RunRegister, Module::Search::BesideProgram},
+         RunRegister, Search::BesideProgram},
         {app.add_subcommand("unregister", "Take the module out of the registry"), RunUnregister},
         {app.add_subcommand("where", "Tell which module the other commands take"), RunWhere},
     };
@@ -168,7 +182,7 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);  // a reader that went away is a failed write, told as one
     std::signal(SIGXFSZ, SIG_IGN);  // so is a file that may not grow
     try {
-        TemporaryCleanup::WatchSignals();
+        Signals::Watch();
         return Run(argc, argv);
     } catch (const UsageFailure& failure) {
         Report::Complain("", failure.what());

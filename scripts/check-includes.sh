@@ -16,13 +16,13 @@ platform/file/posix:
 platform/file: platform/file/posix platform/sync platform/base
 platform/loader/posix: platform/base
 platform/loader: platform/loader/posix platform/sync platform/base
-platform/registry: platform/loader platform/file platform/base
+platform/registry: platform/loader platform/file platform/sync platform/base
 platform/com: platform/registry platform/loader platform/base
 platform/image: platform/com platform/loader platform/file platform/sync platform/base riff
-platform/media: platform/com platform/file platform/base riff
+platform/media: platform/com platform/file platform/sync platform/base riff
 platform/media/streamreader: platform/media platform/com platform/sync platform/base
 AudioCodec/shell/object: platform/com platform/sync platform/base
-AudioCodec/attributes: AudioCodec/shell/object platform/base riff
+AudioCodec/attributes: AudioCodec/shell/object platform/sync platform/base riff
 AudioCodec/shell/templates: AudioCodec/attributes AudioCodec/shell/object platform/com
 AudioCodec/wave/converter: AudioCodec/shell/object
 AudioCodec/wave/riff: AudioCodec/shell/object platform/com platform/file platform/base riff
@@ -33,10 +33,11 @@ AudioCodec/graph: AudioCodec/graph/filter AudioCodec/wave AudioCodec/wave/conver
 AudioCodec/shell: AudioCodec/wave AudioCodec/metadata AudioCodec/shell/templates AudioCodec/attributes AudioCodec/shell/object platform/registry platform/loader platform/file platform/sync platform/base
 capi/posix:
 capi: capi/posix AudioCodec/shell AudioCodec/wave AudioCodec/metadata AudioCodec/wave/riff AudioCodec/attributes AudioCodec/shell/object platform/registry platform/com platform/base riff
+capi/output: capi capi/posix
 capi/input: capi capi/posix platform/file platform/base riff
 capi/audio: capi/input capi capi/posix AudioCodec/wave AudioCodec/wave/converter AudioCodec/shell/object platform/com platform/base riff
-capi/handles: capi/audio capi/input capi platform/base riff
-host: capi AudioCodec/shell AudioCodec/wave AudioCodec/metadata AudioCodec/attributes AudioCodec/shell/object platform/image platform/com platform/file platform/base riff
+capi/handles: capi/audio capi/input capi/output capi/posix capi AudioCodec/wave AudioCodec/metadata platform/image platform/file platform/base riff
+host: capi
 '
 
 # The folders of the layer and of the C library that know a system, and what only they include there.
@@ -44,7 +45,7 @@ SYSTEM_FOLDERS='posix'
 SYSTEM_HEADERS='sys/[a-z]*|dirent|dlfcn|elf|fcntl|link|poll|pthread|pwd|sched|signal|unistd'
 
 includes="$(git ls-files -co --exclude-standard -- 'AudioCodec/*.h' 'AudioCodec/*.cpp' 'platform/*.h' 'platform/*.cpp' \
-  'riff/*.h' 'riff/*.cpp' 'capi/*.h' 'capi/*.cpp' 'host/*.h' 'host/*.cpp' | xargs grep -HE '^[[:space:]]*#[[:space:]]*include[[:space:]]*["<]')"
+  'riff/*.h' 'riff/*.cpp' 'capi/*.h' 'capi/*.hpp' 'capi/*.cpp' 'host/*.h' 'host/*.cpp' | xargs grep -HE '^[[:space:]]*#[[:space:]]*include[[:space:]]*["<]')"
 
 # Every include as "file included file"; one without a folder stands beside the file that names it.
 own="$(sed -nE 's/^([^:]*):[^"<]*"([^"]*)".*/\1 \2/p' <<<"$includes" |

@@ -1,21 +1,25 @@
 #!/usr/bin/env bash
 # What a change must pass before its tests are looked at: the floors that includes keep to,
-# format, no warning of either compiler, clang-tidy.
+# format, no warning of either compiler, the border of the C library, clang-tidy.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-need "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" "${BENCH_PACKAGES[@]}" "${PEER_PACKAGES[@]}" "${CLANG_PACKAGES[@]}"
+need "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" "${BENCH_PACKAGES[@]}" "${PEER_PACKAGES[@]}" "${CLANG_PACKAGES[@]}" \
+  "${ABI_PACKAGES[@]}"
 
 say "floors"
 scripts/check-includes.sh
 
 say "format"
 # The header of the C library has a form of its own, which is fixed.
-find AudioCodec platform capi host riff tests bench fuzz docs \( -name '*.h' -o -name '*.cpp' \) ! -path capi/vlwav.h -print0 |
+find AudioCodec platform capi host riff tests bench fuzz docs \
+  \( -name '*.h' -o -name '*.hpp' -o -name '*.cpp' -o -path 'docs/*.c' \) ! -path capi/vlwav.h -print0 |
   xargs -0 -r clang-format --dry-run -Werror
 
 build release "${SHIPPED[@]}" vl_bench # g++, warnings are errors; tests are built below and by test.sh
 build tsan                             # clang, likewise
+
+scripts/check-abi.sh
 
 # What ships; tests and benchmarks are held to the warnings of both compilers.
 say "clang-tidy"

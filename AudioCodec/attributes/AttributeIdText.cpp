@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include "AudioCodec/attributes/StoreTypeTable.h"
+#include "platform/sync/ForkPass.h"
 
 namespace {
 
@@ -23,6 +24,7 @@ const char* WordOf(uint32_t id) {
 }  // namespace
 
 const char* AttributeIdText(uint32_t id) {
+    const ForkPass pass;
     const std::lock_guard guard(s_textLock);
     std::snprintf(s_text, sizeof(s_text), "0x%08X (type:%s)", id, WordOf(id));
     return s_text;

@@ -20,6 +20,7 @@
 #include "AudioCodec/shell/object/HandedOut.h"
 #include "AudioCodec/shell/object/ModuleInstance.h"
 #include "AudioCodec/shell/object/Saturating.h"
+#include "platform/base/Process.h"
 #include "platform/loader/ModulePath.h"
 
 namespace {
@@ -83,6 +84,7 @@ Result CACReader::OpenStream(IStream* stream, uint32_t /*flags*/) {
 Result CACReader::OpenPath(const char16_t* path) {
     m_length = 0;
     m_duration = 0;
+    m_process = GetCurrentProcessId();
     const Result created = CreateFilterGraph(m_graph.Put(), m_control.Put(), m_seeking.Put());  // (1)
     if (created != RESULT_OK) return created;
     RefPtr<IBaseFilter> source;
@@ -101,6 +103,7 @@ Result CACReader::LoadFile(const char16_t* path, RefPtr<IBaseFilter>& source) {
 
 Result CACReader::OpenImage(IStream* stream) {
     m_length = 0;
+    m_process = GetCurrentProcessId();
     const Result created = CreateFilterGraph(m_graph.Put(), m_control.Put(), m_seeking.Put());  // (1)
     if (created != RESULT_OK) return created;
     const Result added = AddStreamSource(stream);
@@ -248,6 +251,7 @@ Result CACReader::ReadFrames(void* buffer, uint32_t frames, uint32_t* framesRead
 }
 
 Result CACReader::Read(void* buffer, uint32_t frames, uint32_t* framesRead, uint8_t* endOfStream) {
+    if (IsOfAnotherProcess()) return RESULT_FAILED;
     if (m_converter.IsConversionFree()) return ReadFrames(buffer, frames, framesRead, endOfStream);
     if (!buffer || !framesRead) return RESULT_BAD_ARGUMENT;
     return ReadConverted(static_cast<int16_t*>(buffer), frames, framesRead, endOfStream);
@@ -275,7 +279,7 @@ Result CACReader::RefillStaging(uint8_t* endOfStream) {
 Result CACReader::Seek(uint32_t origin, int64_t offset, int64_t* position) {
     m_staged.Drop();
     if (position) *position = 0;
-    if (!m_seeking) return RESULT_FAILED;
+    if (!m_seeking || IsOfAnotherProcess()) return RESULT_FAILED;
     // Media time, in units of 100 ns; the offset of a host counts output frames.
     int64_t target =
         Saturating::Mul(WholeSeconds(offset, static_cast<float>(m_outRate)), kTimeUnitsPerSecond);
@@ -329,7 +333,22 @@ Result CACReader::GetExtensionCount(uint32_t* /*count*/) { return RESULT_NOT_SUP
 
 Result CACReader::GetExtension(uint32_t /*index*/, char16_t** /*extension*/) { return RESULT_NOT_SUPPORTED; }
 
+bool CACReader::IsOfAnotherProcess() const { return m_graph && m_process != GetCurrentProcessId(); }
+
+// Neither stopped nor released: that would wait for a thread that doesn't exist here, and for locks that it
+// held when the process forked.
+void CACReader::Abandon() {
+    static_cast<void>(m_memReader.Detach());
+    static_cast<void>(m_memStream.release());
+    static_cast<void>(m_streamReader.Detach());
+    static_cast<void>(m_graph.Detach());
+    static_cast<void>(m_seeking.Detach());
+    static_cast<void>(m_control.Detach());
+    m_state = State::Closed;
+}
+
 Result CACReader::Close() {
+    if (IsOfAnotherProcess()) Abandon();
     // First the thread that moves data, then whoever waits for it: neither may meet an object that is gone.
     Regardless([&] {
         if (m_state == State::Running && m_control) m_control->Stop();

@@ -5,7 +5,10 @@
 //
 // Decisions: An Open on an open reader closes it first. Seek without a graph returns RESULT_FAILED. A source
 // whose frames have no size returns RESULT_NOT_PCM from Read, and so does one that isn't 16 bits wide where
-// it would have to be converted. An output rate of 0 returns length and positions of 0.
+// it would have to be converted. An output rate of 0 returns length and positions of 0. Read returns no
+// frames at the end and nowhere else, and no division into blocks changes a frame. In a child of the process
+// that opened it, where the threads of the graph don't exist, Read and Seek return RESULT_FAILED, and Close
+// lets go of the graph as it stands: its memory and its file stay with the child.
 #pragma once
 
 #include <memory>
@@ -67,11 +70,14 @@ private:
     Result ReadFrames(void* buffer, uint32_t frames, uint32_t* framesRead, uint8_t* endOfStream);
     Result ReadConverted(int16_t* output, uint32_t frames, uint32_t* framesRead, uint8_t* endOfStream);
     Result RefillStaging(uint8_t* endOfStream);
+    bool IsOfAnotherProcess() const;
+    void Abandon();
 
     RefPtr<IGraphBuilder> m_graph;  // null when closed
     RefPtr<IMediaSeeking> m_seeking;
     RefPtr<IMediaControl> m_control;
     State m_state = State::Closed;
+    uint32_t m_process = 0;  // that opened it
     int64_t m_duration = 0;  // in units of 100 ns
     RefPtr<CMemReader> m_memReader;
     std::unique_ptr<CMemStream> m_memStream;

@@ -7,11 +7,18 @@
 #include "AudioCodec/metadata/TagMapping.h"
 #include "AudioCodec/shell/object/Border.h"
 #include "AudioCodec/wave/riff/FormatInfo.h"
+#include "platform/base/LastError.h"
 
 namespace {
 
 constexpr InterfaceTableEntry kInterfaces[] = {
     {&IID_IAC3MetadataEditor, 0}, {&IID_IAttributeContainer64, 0}, {&IID_IBase, 0}, {nullptr, 0}};
+
+// The result is one for all reasons; the last error tells of memory, as of what the system refuses.
+Result CannotOpenOnThrow(bool noMemory) {
+    if (noMemory) SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return RESULT_CANNOT_OPEN;
+}
 
 }  // namespace
 
@@ -24,7 +31,7 @@ Result CACMetadataEditor::InternalQueryInterface(const GUID* iid, void** object)
 const char16_t* CACMetadataEditor::GetClassName() { return u"CACMetadataEditor"; }
 
 Result CACMetadataEditor::Open() {
-    const Result opened = AtBorder(RESULT_CANNOT_OPEN, [&] { return OpenFile(); });
+    const Result opened = AtBorder(CannotOpenOnThrow, [&] { return OpenFile(); });
     if (opened != RESULT_OK) m_wave.CloseFile();
     return opened;
 }

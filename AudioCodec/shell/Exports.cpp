@@ -5,6 +5,7 @@
 #include "AudioCodec/shell/CPrivateCodecMain.h"
 #include "AudioCodec/shell/ClassIds.h"
 #include "AudioCodec/shell/Registration.h"
+#include "AudioCodec/shell/UnloadCleanUp.h"
 #include "AudioCodec/shell/object/Border.h"
 #include "AudioCodec/shell/object/ModuleInstance.h"
 #include "platform/loader/ModulePath.h"
@@ -14,6 +15,7 @@ Result vlacwav3::DllVlGetClassObject(const GUID* clsid, const GUID* iid, void** 
     *object = nullptr;
     if (!clsid || !(*clsid == CLSID_VlACWav3)) return RESULT_NOT_FOUND;
     return AtBorder(RESULT_NO_MEMORY, [&] {
+        FollowProcess();
         auto codec = std::make_unique<CPrivateCodecMain>();
         const Result result = codec->QueryInterface(iid, object);
         if (result == RESULT_OK) static_cast<void>(codec.release());  // now the host's, by its reference

@@ -8,8 +8,8 @@ public:
     // Creates the mutex, or opens the one that is there. Without one, nobody is kept out.
     explicit ModuleTableLock(const char* name);
 
-    // Holds the lock for a scope. Where the wait doesn't end well the scope goes on without it, and nothing
-    // is given back: a mutex that an owner left behind when it ended isn't handed on.
+    // Holds the lock for a scope, also one that an owner left behind when it ended: not given back, it would
+    // keep all others waiting for ever. Where the wait fails the scope goes on without it.
     class Scope {
     public:
         explicit Scope(const ModuleTableLock& lock);

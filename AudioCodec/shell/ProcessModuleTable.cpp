@@ -11,6 +11,7 @@
 #include "platform/file/FileMapping.h"
 #include "platform/file/TempFolder.h"
 #include "platform/loader/Library.h"
+#include "platform/sync/ForkPass.h"
 
 namespace {
 
@@ -31,23 +32,30 @@ struct ObjectName {
     char text[32] = "";
 };
 
-// Empty where the path of the folder is too long.
+// However long: cut short, the path would name another folder.
 std::string TempFolder() {
-    char folder[260] = "";
-    return GetTempPathA(sizeof(folder), folder) < sizeof(folder) ? folder : "";
+    std::string folder(GetTempPathA(0, nullptr), '\0');
+    folder.resize(
+        std::min<size_t>(GetTempPathA(static_cast<DWORD>(folder.size()), folder.data()), folder.size()));
+    return folder;
 }
 
 }  // namespace
 
-ProcessModuleTable::ProcessModuleTable() : m_processId(GetCurrentProcessId()) {
+ProcessModuleTable::ProcessModuleTable() : m_processId(GetCurrentProcessId()) { Create({}); }
+
+void ProcessModuleTable::Create(const Words& words) {
     m_lock.reset(new (std::nothrow) ModuleTableLock(ObjectName(kMutexPrefix, m_processId).text));
     m_filePath = TempFolder() + "/" + ObjectName(kFilePrefix, m_processId).text;
-    if (m_lock) Attach();
+    if (m_lock) AttachWith(words);
 }
 
-ProcessModuleTable::~ProcessModuleTable() {
+ProcessModuleTable::~ProcessModuleTable() { LetGo(); }
+
+void ProcessModuleTable::LetGo() {
     m_lock.reset();
     if (m_view) UnmapViewOfFile(m_view);
+    m_view = nullptr;
     m_mapping.reset();
     m_file.reset();
 }
@@ -67,15 +75,31 @@ bool ProcessModuleTable::OpenMapping() {
     return true;
 }
 
-void ProcessModuleTable::Attach() {
+// Not at the fork: most children start another program, and are to be spared the file.
+void ProcessModuleTable::FollowProcess() {
+    if (m_processId == GetCurrentProcessId()) return;
+    const ProcessLock lock(m_follow);
+    if (m_processId == GetCurrentProcessId()) return;
+    // The parent's table may have changed since: a module that isn't loaded here is passed over when its turn
+    // comes.
+    Words words = {};
+    if (m_view) std::copy_n(m_view, kWords, words.begin());
+    LetGo();
+    m_processId = GetCurrentProcessId();
+    Create(words);
+}
+
+void ProcessModuleTable::Attach() { AttachWith({}); }
+
+void ProcessModuleTable::AttachWith(const Words& words) {
     const ModuleTableLock::Scope scope(*m_lock);
     if (m_view) return;
     const bool isNew = OpenMapping();
     if (!m_mapping) return;
     m_view = static_cast<uint64_t*>(MapViewOfFile(m_mapping.get(), FILE_MAP_ALL_ACCESS, 0, 0, 0));
-    // Empty before the lock is left, since whoever finds the table believes its count. One that is there is
-    // never emptied: it holds the entries of others.
-    if (m_view && isNew) std::fill_n(m_view, kWords, 0);
+    // Filled before the lock is left, since whoever finds the table believes its count. One that is there is
+    // left as it is: it holds the entries of others.
+    if (m_view && isNew) std::copy(words.begin(), words.end(), m_view);
 }
 
 // One word under the lock, for a caller that doesn't hold it: the table may have changed by the next call.
@@ -85,6 +109,9 @@ uint64_t ProcessModuleTable::WordAt(uint64_t place) const {
 }
 
 void ProcessModuleTable::NotifyModules(uint8_t flag) {
+    if (!m_lock || !m_view) return;
+    if (m_view[0] == 0) return;  // most often: a child that ends needs no table for that
+    FollowProcess();
     if (!m_lock || !m_view) return;
     // The count is read afresh each time: a clean-up may change the table. Nothing is looked up under
     // the lock: the loader has one of its own, which a thread that loads a module holds while that

@@ -7,5 +7,7 @@
 
 #include <cstdint>
 
+// Gives the process a table of its own where it is a child of the one that loaded the module.
+void FollowProcess();
 // Asks the modules of the process to clean up. `flag` is 0 at detach.
 void CleanUpBeforeUnload(uint8_t flag);

@@ -6,10 +6,13 @@
 // RESULT_NOT_WAVE from the operations that would divide or read by it. Read without a direct source returns
 // RESULT_FAILED, or RESULT_NOT_PCM after a stream of another kind. Negative positions count as 0. An origin
 // above 2 returns RESULT_BAD_ARGUMENT and moves nothing, with conversion too. Every Open drops an inner
-// reader of an earlier one. With conversion the first Read of a source shorter than 25 frames, and a Read
-// after a Seek into the last 16, returns no frames. A position query (origin 1, offset 0) drops the staged
-// block: with conversion, ask where no frame may be missed only after a Read that used its block up, or count
-// what was read.
+// reader of an earlier one. Read returns no frames at the end and nowhere else, and no division into blocks
+// changes a frame. With conversion a source of 24 to 47 frames, and what is read after a Seek to a place from
+// which 16 to 47 source frames are left, begins up to 32 source frames late, or with as many passed over:
+// shorter ones and longer ones don't. A position query (origin 1, offset 0) drops the staged block: with
+// conversion, ask where no frame may be missed only after a Read that used its block up, or count what was
+// read. The tags are read at Open, by the
+// ATTR_INFO_ENCODING that is set then.
 #pragma once
 
 #include <memory>

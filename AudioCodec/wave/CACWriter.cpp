@@ -32,7 +32,7 @@ constexpr uint32_t kByteBlock = 65536;    // 8-bit audio is written in blocks of
 // What the converter must get at once after a reset to fill its history: with less, other than 32, the audio
 // comes out shifted, and with up to its reach it doesn't begin at all.
 constexpr uint32_t kFirstBlockFrames = 48;
-constexpr uint32_t kFilterReach = 16;
+constexpr uint32_t kFilterReach = 16;  // frames that it holds back
 
 constexpr uint64_t kNoLimit = std::numeric_limits<uint64_t>::max();
 
@@ -275,16 +275,12 @@ Result CACWriter::Convert(const int16_t*& input, uint32_t& remaining, uint64_t m
 void CACWriter::FlushGathered() {
     const auto frames = static_cast<int64_t>(m_gathered.size() / m_converter.SourceChannels());
     if (!m_gathering || frames == 0) return;
-    if (frames > kFilterReach) {
-        ConvertGathered(kNoLimit);
-    } else {
-        // Too few to start the filter: silence fills up the block, and only the frames' own share of the
-        // output is kept. One frame at least, so that no input vanishes without a trace.
-        m_gathered.resize(size_t{kFirstBlockFrames} * m_converter.SourceChannels());
-        const int64_t share = Saturating::MulDiv(frames, m_converter.PhaseCount(), m_converter.InputStep());
-        ConvertGathered(static_cast<uint64_t>(std::max<int64_t>(share, 1)));
-        m_converter.ResetToInputPosition(m_position);  // the silence after them has no tail
-    }
+    // Too few for the converter's history: silence fills it up, and only the frames' own share of the output
+    // is kept. One frame at least, so that no input vanishes without a trace.
+    m_gathered.resize(size_t{kFirstBlockFrames + kFilterReach} * m_converter.SourceChannels());
+    const int64_t share = Saturating::MulDiv(frames, m_converter.PhaseCount(), m_converter.InputStep());
+    ConvertGathered(static_cast<uint64_t>(std::max<int64_t>(share, 1)));
+    m_converter.ResetToInputPosition(m_position);  // the silence after them has no tail
     ExpectFirstBlock();
 }
 

@@ -13,6 +13,6 @@ constexpr bool IsDownMix(uint32_t from, uint32_t to) { return from == kSurround 
 // sides or at the back. Where no mask tells otherwise they are.
 constexpr bool IsSurround(uint32_t mask) { return mask == 0 || mask == 0x3F || mask == 0x60F; }
 
-constexpr bool CanMix(uint32_t from, uint32_t mask, uint32_t to) {
+constexpr bool CanMix(uint32_t from, uint32_t to, uint32_t mask = 0 /*of `from`*/) {
     return from == to || from == 1 || to == 1 || (IsDownMix(from, to) && IsSurround(mask));
 }

@@ -8,25 +8,10 @@
 #include "capi/Languages.h"
 #include "capi/Module.h"
 #include "platform/base/Utf.h"
-#include "riff/WaveTypes.h"
 
 namespace {
 
 const Module* Loaded(const vlw_module* module) { return module ? module->slot->loaded.get() : nullptr; }
-
-vlw_format ToFormat(const AudioFormatInfo& info) {
-    return {sizeof(vlw_format),
-            info.samplesPerSec,
-            info.channels,
-            info.bitsPerSample,
-            info.blockAlign,
-            0,
-            kFormatTagPcm,
-            VLW_UNKNOWN,
-            VLW_UNKNOWN,
-            "WAV",
-            "PCM"};
-}
 
 // Whether there is such a format to tell.
 vlw_code StateOf(const vlw_module* module, size_t index) {
@@ -68,7 +53,7 @@ size_t vlw_module_format_count(const vlw_module* module) {
 
 vlw_code vlw_module_format(const vlw_module* module, size_t index, vlw_format* format) {
     const vlw_code state = StateOf(module, index);
-    return state == VLW_OK ? PutFormat(ToFormat(module->slot->loaded->Formats()[index]), format) : state;
+    return state == VLW_OK ? PutFormat(RecordOf(module->slot->loaded->Formats()[index]), format) : state;
 }
 
 vlw_code vlw_module_format_text(const vlw_module* module, size_t index, const char* language, char** text) {

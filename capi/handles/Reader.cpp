@@ -2,23 +2,25 @@
 
 #include <algorithm>
 
+<<<<<<< HEAD
+=======
+#include "capi/FormatLimits.h"
+>>>>>>> main
 #include "capi/audio/ChannelMix.h"
 #include "capi/handles/SourceTags.h"
 #include "capi/input/SourceScan.h"
 
 namespace {
 
-constexpr uint32_t kLeastRate = 1000;
-constexpr uint32_t kMostRate = 768000;
-constexpr uint32_t kMostChannels = 255;
 constexpr size_t kPassedOver = 8192;  // samples in a block that nobody wants
 
 }  // namespace
 
 void Reader::SetOutput(uint32_t rate, uint32_t channels) {
-    if (rate != 0 && (rate < kLeastRate || rate > kMostRate))
+    if (rate != 0 && !FormatLimits::IsRate(rate))
         throw Failure(VLW_UNSUPPORTED, "Rates are 1000 to 768000 frames per second.");
-    if (channels > kMostChannels) throw Failure(VLW_UNSUPPORTED, "There are 255 channels at the most.");
+    if (channels > FormatLimits::kMostChannels)
+        throw Failure(VLW_UNSUPPORTED, "There are 255 channels at the most.");
     if (m_file && m_file->wasRead)
         throw Failure(VLW_BAD_STATE, "The file's first frame has been read; its output stays as it is.",
                       Name());
@@ -43,7 +45,7 @@ ConversionTarget Reader::Target(const SourceFacts& facts) const {
 
 void Reader::RequireChannels(const SourceFacts& facts) const {
     const uint32_t to = Target(facts).channels;
-    if (!CanMix(facts.channels, facts.channelMask, to))
+    if (!CanMix(facts.channels, to, facts.channelMask))
         throw Failure(VLW_UNSUPPORTED, std::to_string(to) + " channels can't be made of " +
                                            std::to_string(facts.channels) + "; one can.");
 }
@@ -75,21 +77,6 @@ void Reader::BuildStages() {
     }
     last->SeekTo(file.position);
     file.last = last;
-}
-
-vlw_format Reader::Format() const {
-    const SourceFacts& facts = m_file->facts;
-    return {sizeof(vlw_format),
-            facts.rate,
-            facts.channels,
-            facts.bits,
-            facts.blockBytes,
-            facts.channelMask,
-            facts.codecTag,
-            facts.frames.value_or(VLW_UNKNOWN),
-            facts.promised.value_or(VLW_UNKNOWN),
-            facts.container,
-            facts.codec};
 }
 
 Tags Reader::ReadTags() { return ReadSourceTags(*m_readers, *m_file->input, m_file->facts, m_text); }
@@ -154,7 +141,7 @@ Failure Reader::CutReason() const {
     const std::string name = Name().empty() ? "The source" : Name();
     std::string how = name + " ends early";
     if (facts.promised)
-        how += ": " + std::to_string(m_file->source->Position()) + " of " + std::to_string(*facts.promised) +
-               " promised frames are there";
+        how += ": " + std::to_string(facts.frames.value_or(m_file->source->Position())) + " of " +
+               std::to_string(*facts.promised) + " promised frames are there";
     return {VLW_CUT, how + '.', Name()};
 }

@@ -31,7 +31,7 @@ public:
     bool IsOpen() const { return m_file != nullptr; }
 
     // The rest needs an open file; those that fail throw Failure.
-    vlw_format Format() const;
+    const SourceFacts& Facts() const { return m_file->facts; }
     Tags ReadTags();
     uint32_t Rate() const;
     uint32_t Channels() const;
@@ -44,8 +44,8 @@ public:
     vlw_code Read(int16_t* buffer, size_t frames, size_t& done);
     // Why the last read was VLW_CUT.
     Failure CutReason() const;
-    const SourceFacts& Facts() const { return m_file->facts; }
     const std::string& Name() const { return m_file->input->Name(); }
+    Input& Source() { return *m_file->input; }
 
 private:
     struct OpenFile {

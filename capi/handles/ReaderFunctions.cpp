@@ -2,8 +2,9 @@
 #include <algorithm>
 
 #include "capi/FormatRecord.h"
-#include "capi/handles/Reader.h"
 #include "capi/audio/Samples.h"
+#include "capi/handles/FactsRecord.h"
+#include "capi/handles/Reader.h"
 #include "capi/input/MemoryInput.h"
 #include "capi/input/OpenInput.h"
 
@@ -109,7 +110,7 @@ void vlw_reader_close(vlw_reader* reader) {
 
 vlw_code vlw_reader_format(const vlw_reader* reader, vlw_format* format) {
     if (!reader) return VLW_BAD_ARGUMENT;
-    return IsOpen(reader) ? PutFormat(reader->work->Format(), format) : VLW_BAD_STATE;
+    return IsOpen(reader) ? PutFormat(RecordOf(reader->work->Facts()), format) : VLW_BAD_STATE;
 }
 
 vlw_code vlw_reader_tags(vlw_reader* reader, vlw_tags* tags) {

@@ -56,7 +56,31 @@ void DropTornEntry(std::vector<uint8_t>& entries) {
     entries.resize(whole);
 }
 
-std::vector<uint8_t> ReadEntries(Input& input, const SourceFacts& facts) {
+// Text of no told encoding: UTF-8 where it is that.
+std::string Decoded(const std::string& bytes) {
+    if (bytes.empty() || IsUtf8(bytes)) return bytes;
+    std::u16string units(bytes.size(), u'\0');
+    const auto count = static_cast<int>(bytes.size());
+    MultiByteToWideChar(CP_ACP, 0, bytes.data(), count, units.data(), count);
+    return Utf::ToUtf8(units);
+}
+
+// The tags that the module finds in the entries of a list.
+Tags ReadListTags(const ModuleReaders& readers, const std::vector<uint8_t>& entries, vlw_text text) {
+    BytesStream stream(FileOfList(entries));
+    const RefPtr<IAC3StreamReader> reader = readers.NewReader();
+    SetEncoding(*reader, text);
+    RequireModule(reader->OpenStream(&stream, OPEN_READ_ONLY), "Reading the tags of", {});
+    RefPtr<IAC3Metadata> metadata;
+    const Result result = reader->GetMetadata(metadata.Put());
+    reader->Close();
+    RequireModule(result, "Reading the tags of", {});
+    return ReadTags(*metadata);
+}
+
+}  // namespace
+
+std::vector<uint8_t> ReadListEntries(Input& input, const SourceFacts& facts) {
     if (!facts.infoList) return {};
     if (!input.IsSeekable()) return facts.infoEntries;
     if (facts.infoList->size > kEntriesMost)
@@ -70,35 +94,18 @@ std::vector<uint8_t> ReadEntries(Input& input, const SourceFacts& facts) {
     return entries;
 }
 
-// Text of no told encoding: UTF-8 where it is that.
-std::string Decoded(const std::string& bytes) {
-    if (bytes.empty() || IsUtf8(bytes)) return bytes;
-    std::u16string units(bytes.size(), u'\0');
-    const auto count = static_cast<int>(bytes.size());
-    MultiByteToWideChar(CP_ACP, 0, bytes.data(), count, units.data(), count);
-    return Utf::ToUtf8(units);
-}
-
-}  // namespace
-
-Tags ReadListTags(const ModuleReaders& readers, const std::vector<uint8_t>& entries, vlw_text text) {
-    std::vector<uint8_t> file(kSilence.begin(), kSilence.end());
+std::vector<uint8_t> FileOfList(const std::vector<uint8_t>& entries) {
+    std::vector<uint8_t> file(kSilence.size() + entries.size());
+    std::copy(kSilence.begin(), kSilence.end(), file.begin());
+    std::copy(entries.begin(), entries.end(), file.begin() + kSilence.size());
     StoreLE32(&file[kListSizePlace], static_cast<uint32_t>(entries.size() + kListTypeSize));
-    file.insert(file.end(), entries.begin(), entries.end());
-    BytesStream stream(std::move(file));
-    const RefPtr<IAC3StreamReader> reader = readers.NewReader();
-    SetEncoding(*reader, text);
-    RequireModule(reader->OpenStream(&stream, OPEN_READ_ONLY), "Reading the tags of", {});
-    RefPtr<IAC3Metadata> metadata;
-    const Result result = reader->GetMetadata(metadata.Put());
-    reader->Close();
-    RequireModule(result, "Reading the tags of", {});
-    return ReadTags(*metadata);
+    StoreLE32(&file[4], static_cast<uint32_t>(file.size() - kChunkHeaderSize));
+    return file;
 }
 
 Tags ReadSourceTags(const ModuleReaders& readers, Input& input, const SourceFacts& facts, vlw_text text) {
     Tags tags;
-    const std::vector<uint8_t> entries = ReadEntries(input, facts);
+    const std::vector<uint8_t> entries = ReadListEntries(input, facts);
     if (!entries.empty()) tags = ReadListTags(readers, entries, text);
     for (const auto& [keyword, bytes] : facts.texts)
         if (!tags.Find(keyword.c_str())) tags.Set(keyword.c_str(), Decoded(bytes).c_str());

@@ -1,8 +1,12 @@
 #include "capi/input/CallerStream.h"
 
 #include <algorithm>
+<<<<<<< HEAD
 #include <climits>
 #include <cstdio>
+=======
+#include <cerrno>
+>>>>>>> main
 #include <cstring>
 
 #include "capi/SystemFailure.h"
@@ -44,11 +48,18 @@ size_t CallerStream::Read(void* buffer, size_t count) const {
     return CountOf(m_stream.read(m_stream.user, buffer, count), count, "Reading from the program's stream");
 }
 
-size_t CallerStream::Write(const void* bytes, size_t count) const {
-    constexpr const char* kWhat = "Writing to the program's stream";
-    const size_t taken = CountOf(m_stream.write(m_stream.user, bytes, count), count, kWhat);
-    if (taken == 0) throw Failure(VLW_SYSTEM, std::string(kWhat) + " failed: it took nothing.");
-    return taken;
+int CallerStream::Write(const void* bytes, size_t count) const {
+    const auto* at = static_cast<const char*>(bytes);
+    while (count > 0) {
+        const int64_t done = m_stream.write(m_stream.user, at, count);
+        if (done == -EINTR) continue;
+        if (done < 0 && done >= -kLargestErrno) return static_cast<int>(-done);
+        // None, or more than were offered: a stream that can't be relied on.
+        if (done <= 0 || static_cast<uint64_t>(done) > count) return EIO;
+        at += done;
+        count -= static_cast<size_t>(done);
+    }
+    return 0;
 }
 
 std::optional<int64_t> CallerStream::Seek(int64_t offset, int whence) const {

@@ -25,8 +25,8 @@ public:
 
     // At least one byte; 0 is the end. Throws Failure.
     size_t Read(void* buffer, size_t count) const;
-    // At least one byte is taken. Throws Failure.
-    size_t Write(const void* bytes, size_t count) const;
+    // Writes all of it, in as many turns as the stream likes. Returns an errno, 0 for success.
+    int Write(const void* bytes, size_t count) const;
     // The new place; nothing where there is none to go to.
     std::optional<int64_t> Seek(int64_t offset, int whence) const;
     // Goes to a place that there is. Throws Failure.

@@ -11,13 +11,20 @@
 
 namespace {
 
+UniqueHandle OpenShared(const std::string& path, DWORD share) {
+    return TakeFile(CreateFileA(path.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING,
+                                FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
 // Keeps those from writing who heed share modes. Without a way to lock the file it is read all the same.
 UniqueHandle KeepFromWriters(const std::string& path, const Descriptor& file) {
     UniqueHandle kept;
     // By the descriptor first: the path may lead to another file by now.
     for (const std::string& way : {file.ReopeningPath(), path}) {
-        kept = TakeFile(CreateFileA(way.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+        kept = OpenShared(way, FILE_SHARE_READ);
+        // An editor lets others read, since it moves no audio. Who makes a file shares nothing.
+        if (!kept && GetLastError() == ERROR_SHARING_VIOLATION)
+            kept = OpenShared(way, FILE_SHARE_READ | FILE_SHARE_WRITE);
         if (!kept && GetLastError() == ERROR_SHARING_VIOLATION)
             throw Failure(VLW_IN_USE, "Opening " + path + " failed: another program has it open for writing.",
                           path);
@@ -37,17 +44,25 @@ std::unique_ptr<Input> InOrder(Descriptor source, std::string name) {
         name);
 }
 
-}  // namespace
-
-std::unique_ptr<Input> OpenPath(const char* path) {
+// `keep` answers what keeps others from a regular file.
+template <class Keep>
+std::unique_ptr<Input> OpenFileOf(const char* path, Keep keep) {
     Descriptor file;
     RequireSystem(file.Open(path), "Opening", path);
     uint64_t size = 0;
     if (file.IsRegular()) RequireSystem(file.Size(size), "Reading", path);
     // Files of the system's own making tell no size and are read like a device.
     if (size == 0) return InOrder(std::move(file), path);
-    UniqueHandle kept = KeepFromWriters(path, file);
+    UniqueHandle kept = keep(path, file);
     return std::make_unique<FileInput>(std::move(file), 0, size, path, std::move(kept));
+}
+
+}  // namespace
+
+std::unique_ptr<Input> OpenPath(const char* path) { return OpenFileOf(path, KeepFromWriters); }
+
+std::unique_ptr<Input> OpenPathUnshared(const char* path) {
+    return OpenFileOf(path, [](const std::string&, const Descriptor&) { return UniqueHandle(); });
 }
 
 std::unique_ptr<Input> OpenDescriptor(int number) {

@@ -30,6 +30,7 @@ struct Extent {
 struct SourceFacts {
     const char* container = "";
     const char* codec = "";
+    bool isWave = false;
     uint32_t rate = 0;
     uint32_t channels = 0;
     uint32_t bits = 0;         // of a stored sample; 0 where the codec has no fixed number

@@ -115,6 +115,7 @@ private:
         const WaveShape shape = ShapeOf(format);
         const WaveCodec& codec = FindWaveCodec(shape.tag);
         m_facts.container = "WAV";
+        m_facts.isWave = true;
         m_facts.codec = codec.name;
         m_facts.codecTag = shape.tag;
         m_facts.channelMask = shape.channelMask;

@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -53,6 +54,22 @@ int Descriptor::Open(const std::string& path) {
 
 int Descriptor::Duplicate(int number) { return Take(fcntl(number, F_DUPFD_CLOEXEC, 0)); }
 
+int Descriptor::OpenForWriting(const std::string& path) {
+    return Take(Repeat([&] { return open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY); }));
+}
+
+int Descriptor::MakeNameless(const std::string& folder, uint32_t mode) {
+    const int error =
+        Take(Repeat([&] { return open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, mode_t{mode}); }));
+    if (error != 0) return error;
+    return access(ReopeningPath().c_str(), F_OK) == 0 ? 0 : errno;
+}
+
+int Descriptor::MakeNew(const std::string& path, uint32_t mode) {
+    return Take(
+        Repeat([&] { return open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode_t{mode}); }));
+}
+
 int Descriptor::MakeInMemory() { return Take(memfd_create("vlwav", MFD_CLOEXEC)); }
 
 int Descriptor::ReadAt(void* buffer, size_t size, uint64_t place, size_t& done) const {
@@ -96,6 +113,30 @@ int Descriptor::Write(const void* bytes, size_t size) const {
     return 0;
 }
 
+int Descriptor::Flush() const {
+    if (Repeat([&] { return fsync(m_number); }) == 0) return 0;
+    return errno == EINVAL || errno == ENOTSUP || errno == EROFS ? 0 : errno;  // a pipe, a device
+}
+
+int Descriptor::TakeOver(uint32_t mode, uint32_t owner, uint32_t group) const {
+    // The mode comes last: a change of the owner takes rights away. Who isn't allowed to give a file away may
+    // still choose among his groups.
+    const bool same = fchown(m_number, owner, group) == 0;
+    if (!same && fchown(m_number, static_cast<uid_t>(-1), group) != 0) mode &= ~mode_t{S_ISGID};
+    if (!same) mode &= ~mode_t{S_ISUID};  // meant for the other owner's identity
+    return fchmod(m_number, mode) == 0 ? 0 : errno;
+}
+
+int Descriptor::Link(const std::string& path) const {
+    const int done = linkat(AT_FDCWD, ReopeningPath().c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW);
+    return done == 0 ? 0 : errno;
+}
+
+bool Descriptor::IsWritable() const {
+    const int flags = fcntl(m_number, F_GETFL);
+    return flags >= 0 && (flags & O_ACCMODE) != O_RDONLY;
+}
+
 bool Descriptor::IsRegular() const {
     struct stat status {};
     return fstat(m_number, &status) == 0 && S_ISREG(status.st_mode);
@@ -112,6 +153,13 @@ int Descriptor::Place(uint64_t& place) const {
     const off_t here = lseek(m_number, 0, SEEK_CUR);
     if (here < 0) return errno;
     place = static_cast<uint64_t>(here);
+    return 0;
+}
+
+int Descriptor::FreeRoom(uint64_t& bytes) const {
+    struct statvfs status {};
+    if (Repeat([&] { return fstatvfs(m_number, &status); }) != 0) return errno;
+    bytes = uint64_t{status.f_bavail} * status.f_frsize;
     return 0;
 }
 

@@ -9,7 +9,7 @@
 #include "platform/file/ErrorTable.h"
 #include "platform/file/File.h"
 #include "platform/file/FileObject.h"
-#include "platform/sync/Mutex.h"
+#include "platform/sync/ForkPass.h"
 #include "platform/sync/NamedObjects.h"
 
 namespace {
@@ -29,6 +29,7 @@ struct Views {
 
     // Built by the first view and gone after the last module that maps.
     static Views& Instance() {
+        const ForkPass pass;
         static Views views;
         return views;
     }
@@ -79,7 +80,7 @@ void* MapViewOfFile(HANDLE mapping, DWORD access, DWORD offsetHigh, DWORD offset
     if (const int error = object->m_file.Map(object->m_size, view)) return NoneWith(ErrorFromErrno(error));
     try {
         Views& views = Views::Instance();
-        const MutexLock lock(views.lock);
+        const ProcessLock lock(views.lock);
         views.sizes[view] = object->m_size;
         return view;
     } catch (const std::bad_alloc&) {
@@ -90,7 +91,7 @@ void* MapViewOfFile(HANDLE mapping, DWORD access, DWORD offsetHigh, DWORD offset
 
 BOOL UnmapViewOfFile(const void* view) {
     Views& views = Views::Instance();
-    const MutexLock lock(views.lock);
+    const ProcessLock lock(views.lock);
     const auto found = views.sizes.find(view);
     if (found == views.sizes.end()) return FailWith(ERROR_INVALID_PARAMETER);
     SystemFile::Unmap(const_cast<void*>(view), found->second);

@@ -6,7 +6,7 @@
 #include "platform/base/Border.h"
 #include "platform/image/ImageFunctions.h"
 #include "platform/loader/UniqueLibrary.h"
-#include "platform/sync/Mutex.h"
+#include "platform/sync/ForkPass.h"
 
 namespace ImageLibrary {
 namespace {
@@ -31,19 +31,19 @@ void Start() VL_REQUIRES(g_lock) {
 }  // namespace
 
 void CountImage() {
-    const MutexLock lock(g_lock);
+    const ProcessLock lock(g_lock);
     ++g_images;
 }
 
 void DropImage() {
-    const MutexLock lock(g_lock);
+    const ProcessLock lock(g_lock);
     if (--g_images != 0) return;
     g_functions = nullptr;
     g_library.Reset();
 }
 
 const ImageFunctions* Use() {
-    const MutexLock lock(g_lock);
+    const ProcessLock lock(g_lock);
     if (!g_functions) Start();
     return g_functions;
 }

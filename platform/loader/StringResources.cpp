@@ -4,7 +4,7 @@
 
 #include "platform/base/LastError.h"
 #include "platform/loader/posix/LoadedModule.h"
-#include "platform/sync/Mutex.h"
+#include "platform/sync/ForkPass.h"
 
 namespace {
 
@@ -16,6 +16,7 @@ struct BlockTables {
 
     // Built by the first module that has resources, and gone after the last.
     static BlockTables& Instance() {
+        const ForkPass pass;
         static BlockTables instance;
         return instance;
     }
@@ -23,7 +24,7 @@ struct BlockTables {
 
 Blocks BlocksOf(HMODULE module) {
     BlockTables& all = BlockTables::Instance();
-    const MutexLock held(all.lock);
+    const ProcessLock held(all.lock);
     const auto found = all.tables.find(module);
     return found == all.tables.end() ? Blocks() : found->second;
 }
@@ -38,14 +39,14 @@ std::nullptr_t NotFound(DWORD error) {
 HMODULE VlAddStringBlocks(const StringBlock* blocks, size_t count) {
     const HMODULE module = FindLoadedModule(blocks).handle;
     BlockTables& all = BlockTables::Instance();
-    const MutexLock held(all.lock);
+    const ProcessLock held(all.lock);
     all.tables[module] = Blocks(blocks, count);
     return module;
 }
 
 void VlRemoveStringBlocks(HMODULE module) {
     BlockTables& all = BlockTables::Instance();
-    const MutexLock held(all.lock);
+    const ProcessLock held(all.lock);
     all.tables.erase(module);
 }
 

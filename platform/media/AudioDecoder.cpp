@@ -5,6 +5,7 @@
 
 #include "platform/media/MediaSample.h"
 #include "platform/media/SampleConversion.h"
+#include "platform/sync/ForkPass.h"
 
 static_assert(MediaSample::kPadding >= AV_INPUT_BUFFER_PADDING_SIZE);
 
@@ -37,6 +38,7 @@ HRESULT AudioDecoder::Open(const CodecDescription& description) {
     m_frame.reset(av_frame_alloc());
     if (!m_context || !m_packet || !m_frame) return E_OUTOFMEMORY;
     Describe(description, *m_context);
+    const ForkPass pass;  // some codecs are opened under a lock of their library
     if (avcodec_open2(m_context.get(), codec, nullptr) < 0) return VFW_E_TYPE_NOT_ACCEPTED;
     m_channels = description.block.channels;
     m_sampleRate = description.block.sampleRate;

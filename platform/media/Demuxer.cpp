@@ -12,6 +12,7 @@
 
 #include "platform/media/AiffHead.h"
 #include "platform/media/MediaTime.h"
+#include "platform/sync/ForkPass.h"
 
 namespace {
 
@@ -99,6 +100,7 @@ HRESULT Demuxer::OpenFormat() {
     m_format.reset(context);
     // After the head was read, which may be of any length: this bounds the packets that are tried.
     context->probesize = kBytesForTheHead;
+    const ForkPass pass;  // it opens decoders too, under a lock of their library
     if (avformat_find_stream_info(context, nullptr) < 0) return VFW_E_INVALID_FILE_FORMAT;
     const int stream = av_find_best_stream(context, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
     if (stream < 0) return VFW_E_INVALID_FILE_FORMAT;

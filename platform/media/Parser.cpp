@@ -8,6 +8,7 @@
 #include "platform/media/CodecBlock.h"
 #include "platform/media/MediaTime.h"
 #include "platform/media/PinLists.h"
+#include "platform/sync/StartThread.h"
 
 namespace {
 
@@ -87,7 +88,7 @@ HRESULT Parser::SeekTo(REFERENCE_TIME position) {
 HRESULT Parser::StartWorker() {
     const int64_t frame = TimeToFrames(m_start, m_sampleRate);
     return AtBorder(E_OUTOFMEMORY, [&] {
-        m_worker = std::thread([this, frame] { Work(frame); });
+        m_worker = StartThread([this, frame] { Work(frame); });
         return S_OK;
     });
 }

@@ -7,6 +7,7 @@
 #include "platform/base/Border.h"
 #include "platform/base/LastError.h"
 #include "platform/registry/RegistryFile.h"
+#include "platform/sync/ForkPass.h"
 
 namespace {
 
@@ -57,6 +58,7 @@ constexpr DWORD ErrorOfThrow(bool noMemory) { return noMemory ? ERROR_NOT_ENOUGH
 
 template <class Work>
 LONG Answer(Work work) {
+    const ForkPass pass;  // the database has locks of its own, which a child must not find taken
     return static_cast<LONG>(AtBorder(ErrorOfThrow, work));
 }
 
@@ -132,6 +134,7 @@ LONG RegQueryValueExA(HKEY key, const char* name, DWORD* reserved, DWORD* type, 
 
 LONG RegCloseKey(HKEY key) {
     if (!key) return static_cast<LONG>(ERROR_INVALID_HANDLE);
+    const ForkPass pass;
     if (!FindRoot(key)) delete reinterpret_cast<OpenKey*>(key);
     return static_cast<LONG>(ERROR_SUCCESS);
 }

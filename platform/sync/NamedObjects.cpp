@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "platform/base/Border.h"
-#include "platform/sync/Mutex.h"
+#include "platform/sync/ForkPass.h"
 
 struct NamedObjects::Table {
     Mutex lock;
@@ -22,6 +22,7 @@ struct NamedObjects::Table {
 
 // One for the process, built by the first named object and gone after the last module that uses one.
 NamedObjects::Table& NamedObjects::Instance() {
+    const ForkPass pass;
     static Table table;
     return table;
 }
@@ -35,7 +36,7 @@ HANDLE NamedObjects::CreateOrOpen(const char* name, uint32_t kind,
     Table& table = Instance();
     const auto onThrow = [](bool) -> HANDLE { return SetLastError(ERROR_NOT_ENOUGH_MEMORY), nullptr; };
     return AtBorder(onThrow, [&]() -> HANDLE {
-        const MutexLock lock(table.lock);
+        const ProcessLock lock(table.lock);
         if (table.objects.contains(name)) {
             const HANDLE handle = table.OpenLocked(name, kind);
             if (handle) SetLastError(ERROR_ALREADY_EXISTS);
@@ -52,13 +53,13 @@ HANDLE NamedObjects::CreateOrOpen(const char* name, uint32_t kind,
 
 HANDLE NamedObjects::Open(const char* name, uint32_t kind) {
     Table& table = Instance();
-    const MutexLock lock(table.lock);
+    const ProcessLock lock(table.lock);
     return table.OpenLocked(name ? name : "", kind);
 }
 
 bool NamedObjects::GiveUp(NamedObject& object) {
     Table& table = Instance();
-    const MutexLock lock(table.lock);
+    const ProcessLock lock(table.lock);
     if (--object.m_handles != 0) return false;
     table.objects.erase(object.m_name);
     return true;

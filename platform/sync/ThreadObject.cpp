@@ -2,9 +2,11 @@
 
 #include <utility>
 
+#include "platform/sync/StartThread.h"
+
 ThreadObject::ThreadObject(std::function<void()> work) : WaitableObject(kKind) {
     m_link->object = this;
-    m_thread = std::thread([link = m_link, work = std::move(work)] {
+    m_thread = StartThread([link = m_link, work = std::move(work)] {
         work();
         End(*link);
     });

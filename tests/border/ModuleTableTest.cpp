@@ -115,6 +115,27 @@ TEST_F(ModuleTable, AnExitAndAThreadThatLoadsAModuleDoNotWaitForEachOther) {
     });
 }
 
+TEST_F(ModuleTable, ALockThatItsOwnerLeftBehindIsGivenBack) {
+    ExpectWell([] {
+        alarm(20);
+        if (!Load(VL_MODULE)) return false;
+        const UniqueHandle lock(CreateMutexA(nullptr, FALSE, ProcessObjectName("~VLMMN_").c_str()));
+        std::jthread([&] { WaitForSingleObject(lock.get(), INFINITE); }).join();
+        if (!Load(VL_PROBE_MODULE)) return false;  // attaches under it
+        DWORD taken = WAIT_TIMEOUT;
+        std::jthread([&] { taken = WaitForSingleObject(lock.get(), 0); }).join();
+        return taken == WAIT_OBJECT_0;
+    });
+}
+
+TEST_F(ModuleTable, ItsFileLiesInATemporaryFolderOfAnyLength) {
+    const std::string folder = m_temp.Native(std::string(200, 'a') + "/" + std::string(200, 'b'));
+    std::filesystem::create_directories(folder);
+    setenv("TMPDIR", folder.c_str(), 1);
+    ExpectWell([] { return Load(VL_MODULE) && Words(); });
+    EXPECT_TRUE(std::filesystem::is_empty(folder));
+}
+
 TEST_F(ModuleTable, ACountThatIsTooLargeEndsWithTheTable) {
     ExpectWell([] {
         const HMODULE first = Load(VL_FIRST_MODULE);

@@ -1,7 +1,16 @@
-# The README's C++ block must be the example's text.
-file(READ ${README} readme)
-file(READ ${EXAMPLE} example)
-string(FIND "${readme}" "```cpp\n${example}```" at)
-if(at EQUAL -1)
-  message(FATAL_ERROR "The C++ block of README.md differs from docs/example-host.cpp; copy the latter into it.")
+# A text must show examples as they stand in their files, each in a block of its language: EXAMPLES is a file, or a
+# folder of which it shows all.
+file(READ ${TEXT} text)
+if(IS_DIRECTORY ${EXAMPLES})
+  file(GLOB EXAMPLES ${EXAMPLES}/*)
 endif()
+if(NOT EXAMPLES)
+  message(FATAL_ERROR "There is no example to compare ${TEXT} with.")
+endif()
+foreach(file IN LISTS EXAMPLES)
+  file(READ ${file} example)
+  string(FIND "${text}" "```${LANGUAGE}\n${example}```" at)
+  if(at EQUAL -1)
+    message(SEND_ERROR "${TEXT} has no block with the text of ${file}; copy it there.")
+  endif()
+endforeach()

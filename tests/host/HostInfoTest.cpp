@@ -15,7 +15,7 @@ TEST_F(HostInfo, TellsFormatAndLengthAtTheSourcesOwnRateAndGoesOnBehindAFileThat
               "  length   12345 frames, 0:01.543\n  reading  directly\n"
               "locked.wav\n  format   44100 Hz, 2 channels, 16 bits\n"
               "  length   10 frames, 0:00.000\n  reading  directly\n");
-    EXPECT_EQ(run.err.find("vlwav: missing.wav: The file could not be opened"), 0u) << run.err;
+    EXPECT_EQ(run.err.find("vlwav: missing.wav: No such file or directory"), 0u) << run.err;
 }
 
 TEST_F(HostInfo, JsonIsOneArrayAlsoWhenFilesFailOrHaveNamesThatAreNoUtf8) {

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <csignal>
 
 #include "platform/base/LastError.h"
 #include "platform/base/UniqueHandle.h"
@@ -181,6 +182,24 @@ TEST(NamedObjectsThreads, ThreadsThatOpenAndCloseMeetTheSameMutex) {
         }
     });
     EXPECT_EQ(counter, kThreads * kSteps / 4);
+}
+
+TEST(Threads, BeginWithAllSignalsBlockedAndTheCallersMaskStays) {
+    sigset_t own = {};
+    sigset_t inThread = {};
+    sigset_t after = {};
+    pthread_sigmask(SIG_SETMASK, nullptr, &own);
+    const auto ask = [](void* mask) -> DWORD {
+        pthread_sigmask(SIG_SETMASK, nullptr, static_cast<sigset_t*>(mask));
+        return 0;
+    };
+    const UniqueHandle thread(CreateThread(nullptr, 0, ask, &inThread, 0, nullptr));
+    ASSERT_EQ(WaitForSingleObject(thread.get(), INFINITE), WAIT_OBJECT_0);
+    pthread_sigmask(SIG_SETMASK, nullptr, &after);
+    for (const int signal : {SIGHUP, SIGINT, SIGUSR1, SIGTERM, SIGCHLD, SIGPROF, SIGRTMIN, SIGRTMAX}) {
+        EXPECT_EQ(sigismember(&inThread, signal), 1) << signal;
+        EXPECT_EQ(sigismember(&own, signal), sigismember(&after, signal)) << signal;
+    }
 }
 
 }  // namespace

@@ -33,6 +33,104 @@ Samples ReadAll(CACStreamReader& reader, uint32_t channels, const std::vector<ui
     }
 }
 
+ByteStream Stream(const Shape& shape, const Samples& samples) {
+    const auto channels = static_cast<uint16_t>(shape.channels);
+    return ByteStream(WavImage().Fmt(1, channels, shape.rate, 16).Data(samples).Image());
+}
+
+// A host reads until it gets 0 frames, so one early 0 loses the rest of the file.
+TEST(StreamReaderBlocks, NoSizeEndsEarlyOrChangesASample) {
+    for (const auto& [from, to] : Passages()) {
+        const Samples noise = Noise(24000 / from.channels * from.channels);
+        const Samples whole = Converted(noise, from, to, &CSampleRateConverter::ResetToOutputPosition);
+        ByteStream stream = Stream(from, noise);
+        const RefPtr<CACStreamReader> reader = NewReader(to);
+        for (const uint32_t block : kBlockSizes) {
+            stream.position = 0;
+            ASSERT_EQ(reader->OpenStream(&stream, 0), RESULT_OK);
+            EXPECT_TRUE(ReadAll(*reader, to.channels, {block}) == whole)
+                << from.rate << " to " << to.rate << ", " << from.channels << " channels, block " << block;
+        }
+    }
+}
+
+// How many frames come of N source frames at L/M, to the frame: hosts give lengths by it.
+int64_t DueFrames(int64_t frames, const CSampleRateConverter& ratio) {
+    // A first offer that isn't short has all its frames in their place. One of 24 to 47 frames begins late,
+    // or with its first frames passed over.
+    const int64_t heard = frames < 24 || frames >= 48 ? frames : 2 * frames - 32;
+    return (heard * ratio.PhaseCount() + ratio.InputStep() - 1) / ratio.InputStep();
+}
+
+TEST(StreamReaderBlocks, EveryLengthGivesTheFramesThatAreDueAndNoneAfterThem) {
+    for (const auto& [from, to] : Passages()) {
+        CSampleRateConverter ratio;
+        ratio.Configure(1, static_cast<int32_t>(from.rate), 1, static_cast<int32_t>(to.rate));
+        const RefPtr<CACStreamReader> reader = NewReader(to);
+        for (const uint32_t frames :
+             {0U, 1U, 2U, 15U, 16U, 17U, 23U, 24U, 31U, 32U, 47U, 48U, 49U, 60U, 341U, 1023U, 1025U, 4097U}) {
+            const Samples noise = Noise(size_t{frames} * from.channels);
+            ByteStream stream = Stream(from, noise);
+            for (const uint32_t block : {10000U, 5U}) {
+                stream.position = 0;
+                ASSERT_EQ(reader->OpenStream(&stream, 0), RESULT_OK);
+                const Samples all =
+                    ReadAll(*reader, to.channels, {block * std::max(1U, to.rate / from.rate)});
+                ASSERT_EQ(static_cast<int64_t>(all.size() / to.channels), DueFrames(frames, ratio))
+                    << frames << " frames, " << from.rate << " to " << to.rate;
+                if (frames >= 48) {
+                    ASSERT_EQ(all, Converted(noise, from, to, &CSampleRateConverter::ResetToOutputPosition));
+                }
+                uint32_t read = 9;
+                Samples more(to.channels);
+                EXPECT_EQ(reader->Read(more.data(), 1, &read, nullptr), RESULT_OK);
+                EXPECT_EQ(read, 0U);
+            }
+        }
+    }
+}
+
+// A seek needs 48 source frames from its place on, or a place within the last 15. Whoever wants a frame
+// between moves to a place before that and drops what comes first.
+TEST(StreamReaderBlocks, SeeksNearTheEndGiveTheFramesOfThatPlace) {
+    constexpr int64_t kFrames = 3000;
+    for (const auto& [from, to] : Passages()) {
+        const Samples noise = Noise(size_t{kFrames} * from.channels);
+        const Samples whole = Converted(noise, from, to, &CSampleRateConverter::ResetToOutputPosition);
+        const auto length = static_cast<int64_t>(whole.size() / to.channels);
+        CSampleRateConverter ratio;
+        ratio.Configure(1, static_cast<int32_t>(from.rate), 1, static_cast<int32_t>(to.rate));
+        ByteStream stream = Stream(from, noise);
+        const RefPtr<CACStreamReader> reader = NewReader(to);
+        ASSERT_EQ(reader->OpenStream(&stream, 0), RESULT_OK);
+        for (int64_t place = length; place >= 0 && place > length - 500; place -= 1 + (length - place) / 9) {
+            const int64_t left = kFrames - place * ratio.InputStep() / ratio.PhaseCount();  // in the source
+            const int64_t enough = (kFrames - 48) * ratio.PhaseCount() / ratio.InputStep();
+            const int64_t start = left > 15 && left < 48 ? std::min(place, enough) : place;
+            ASSERT_EQ(reader->Seek(0, start, nullptr), RESULT_OK);
+            const Samples rest = ReadAll(*reader, to.channels, {700});
+            const auto expected = whole.begin() + std::min(start, length) * to.channels;
+            ASSERT_EQ(rest, Samples(expected, whole.end())) << start << " of " << length;
+        }
+    }
+}
+
+// The converter wants 48 frames at once, after a seek 64: more than 4096 bytes hold of many channels.
+TEST(StreamReaderBlocks, ManyChannelsArriveInTheirPlaceAlsoAfterASeek) {
+    for (const uint32_t channels : {33U, 64U, 100U, 255U, 3000U}) {
+        const Shape from{channels, 44100};
+        const Samples noise = Noise(size_t{400} * channels);
+        const Samples whole =
+            Converted(noise, from, {1, 48000}, &CSampleRateConverter::ResetToOutputPosition);
+        ByteStream stream = Stream(from, noise);
+        const RefPtr<CACStreamReader> reader = NewReader({1, 48000});
+        ASSERT_EQ(reader->OpenStream(&stream, 0), RESULT_OK);
+        EXPECT_EQ(ReadAll(*reader, 1, {50}), whole) << channels;
+        ASSERT_EQ(reader->Seek(0, 200, nullptr), RESULT_OK);
+        EXPECT_EQ(ReadAll(*reader, 1, {50}), Samples(whole.begin() + 200, whole.end())) << channels;
+    }
+}
+
 struct Source {
     uint16_t channels, bits;
     Shape output;

@@ -16,15 +16,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "AudioCodec/shell/object/Saturating.h"
+#include "AudioCodec/wave/converter/ConversionRatio.h"
 #include "AudioCodec/wave/converter/ConverterKernels.h"
 
 namespace {
 
-constexpr int32_t kLargestPhaseCount = 1002;
-constexpr int32_t kPast = 32;  // values of a history row in front of what is being taken in
 constexpr int32_t kHistoryRow = 64;
 constexpr int32_t kReach = 16;      // input frames to each side of the filter's centre
 constexpr uint32_t kPlanMost = 64;  // output frames computed in one go
@@ -32,7 +30,6 @@ constexpr double kFullScale = 32767.0;
 constexpr double kInputLimit = 0.999;
 constexpr int32_t kOutputLimit = 32767;
 constexpr double kPi = 3.141592653589793;
-constexpr double kMustBeatBy = 0.9999847412109375;  // 1 - 2^-16: a later ratio wins by more than a rounding
 
 // sin(pi x) / (pi x). The sine repeats every 2, so whole turns are taken off before the factor pi
 // rounds the angle.
@@ -79,31 +76,9 @@ int16_t ToSample(double value) {
 
 }  // namespace
 
-// (a) Every L up to the largest is tried with the M nearest to it. The relative error counts, since it is
-// what an hour of audio comes out too long or too short by. An exact ratio of small numbers is kept: none can
-// beat an error of 0.
-CSampleRateConverter::Ratio CSampleRateConverter::FindRatio(int32_t srcRate, int32_t dstRate) {
-    Ratio ratio{1, 1};
-    // An M of 0 has an error of exactly 1, so it is never taken and nothing divides by it later.
-    double best = 1.0;
-    for (int32_t i = 1; i <= kLargestPhaseCount; ++i) {
-        const double x = static_cast<double>(i) * srcRate / dstRate;
-        // Written so that a NaN is no candidate either: 0/0 when both rates are 0.
-        if (!(x > 0.0 && x < std::numeric_limits<int32_t>::max())) continue;
-        // NOLINTNEXTLINE(bugprone-incorrect-roundings): the formula adds and truncates
-        const auto k = static_cast<int32_t>(x + 0.5);
-        const double error = std::fabs((k - x) / x);
-        if (error < best) {
-            ratio = {i, k};
-            best = error * kMustBeatBy;
-        }
-    }
-    return ratio;
-}
-
 void CSampleRateConverter::Configure(uint32_t srcChannels, int32_t srcRate, uint32_t dstChannels,
                                      int32_t dstRate) {
-    const Ratio ratio = FindRatio(srcRate, dstRate);
+    const ConversionRatio ratio = FindConversionRatio(srcRate, dstRate);  // (a)
     const int64_t phaseCount = ratio.phaseCount;
     const int64_t inputStep = ratio.inputStep;
     const double relative = static_cast<double>(dstRate) / srcRate;
@@ -137,6 +112,7 @@ void CSampleRateConverter::Configure(uint32_t srcChannels, int32_t srcRate, uint
     // The first input frame lands at value 16, under the centre of the first output frame. The values in
     // front of it are 0: before the start there is silence.
     m_warmup = kReach;
+    m_stretches = true;
     // As many zeros bring the last real frame under the filter's centre.
     m_tail = kReach;
 }
@@ -149,9 +125,12 @@ void CSampleRateConverter::Process(const int16_t* input, uint32_t* inFrames, int
     *outFrames = 0;
     if (!IsConfigured()) return;
 
-    // Taking less than the warm-up would raise it above 32 below, and its frames would land in front
-    // of the row.
-    if (offered < m_warmup) return;
+    // Before any input there is no signal, so there are no zeros after one either.
+    if (offered == 0 && m_warmup > 0) return;
+    if (offered != 0 && offered < m_warmup) {
+        if (room != 0) *inFrames = TakeShortWarmup(input, offered);
+        return;
+    }
     StretchWarmup(offered);
     // The source has ended. What is left of the tail stays in m_tail for the next call.
     if (offered == 0) {
@@ -177,14 +156,33 @@ void CSampleRateConverter::Process(const int16_t* input, uint32_t* inFrames, int
     }
 }
 
+// An offer that can't even fill the warm-up is a source that ends here: owners who have more offer it at
+// once. Zeros of the tail fill the row up, so that the frames stand where they would in a longer source; the
+// rest of the tail brings them under the centre. More zeros than the tail has mean that the place lies after
+// the end, where no frame is due.
+uint32_t CSampleRateConverter::TakeShortWarmup(const int16_t* input, int64_t offered) {
+    TakeIn(input, offered);
+    m_warmup -= static_cast<int32_t>(offered);
+    const int16_t* silence = nullptr;
+    TakeIn(silence, m_warmup);
+    m_tail -= std::min(m_warmup, m_tail);
+    m_warmup = 0;
+    return static_cast<uint32_t>(offered);
+}
+
 // A first offer that doesn't fill what the row has room for moves where its frames land: at value offered -
 // m_warmup instead of 32 - m_warmup. So after Configure the audio comes late for 33 to 47 frames, the first
-// ones are passed over for 24 to 31, and fewer produce nothing in this call; owners who mind offer 48 at
-// first. The new warm-up is at most 32, since the offer isn't shorter than the old one: nothing lands in
-// front of the row.
+// ones are passed over for 24 to 31, and 16 to 23 produce nothing and aren't consumed; owners who mind offer
+// WantedOffer() at first. The new warm-up is at most 32, since the offer isn't shorter than the old one:
+// nothing lands in front of the row.
 void CSampleRateConverter::StretchWarmup(int64_t offered) {
-    const int64_t whole = int64_t{m_warmup} + kPast;
-    if (m_warmup > 0 && offered < whole) m_warmup = static_cast<int32_t>(whole - offered);
+    if (m_warmup > 0 && m_stretches && offered < WantedOffer())
+        m_warmup = static_cast<int32_t>(WantedOffer() - offered);
+}
+
+void CSampleRateConverter::EndWith(uint32_t frames) {
+    const int64_t stretched = int64_t{WantedOffer()} - frames;
+    if (m_warmup > 0 && frames < stretched) m_stretches = false;
 }
 
 // (1) From value 32 - m_warmup on, so that the last frame of the warm-up stands right in front of value 32.
@@ -301,6 +299,7 @@ int64_t CSampleRateConverter::ResetToOutputPosition(int64_t position) {
     m_tail = kReach;
     // The filter meets 16 frames in front of the target too, as far as there are any: they are read again.
     m_warmup = static_cast<int32_t>(std::min<int64_t>(source, kReach)) + kReach;
+    m_stretches = true;
     return source - (m_warmup - kReach);
 }
 
@@ -318,6 +317,7 @@ int64_t CSampleRateConverter::ResetToInputPosition(int64_t position) {
     ClearPast();
     // A writer can't read back: in front of the place there is silence, as at the start.
     m_warmup = kReach;
+    m_stretches = true;
     m_tail = kReach;
     return Saturating::Add(Saturating::Mul(m_phaseCount, cycles), m_phase);
 }

@@ -5,9 +5,10 @@
 // its owners refuse them where they must. One thread at a time. Configure, one reset, then any number of
 // Process calls.
 //
-// Decisions: an offer shorter than the warm-up is not taken and changes nothing, so that the warm-up never
-// exceeds 32 and nothing lands outside its row; negative positions count as 0; rates that give no ratio (0,
-// negative) leave L = M = 1.
+// Decisions: an offer shorter than the warm-up ends it, as a source that has no more: its frames are
+// consumed, and zeros of the tail stand after them. So the warm-up never exceeds 32 and nothing lands outside
+// its row. A call without input before any has come changes nothing. Negative positions count as 0. Rates
+// that give no ratio (0, negative) leave L = M = 1.
 #pragma once
 
 #include <cstdint>
@@ -17,14 +18,6 @@ struct PlannedFrame;
 
 class CSampleRateConverter {
 public:
-    // A ratio of output to input frames: L output frames for M input frames.
-    struct Ratio {
-        int32_t phaseCount;  // L, 1 to 1002
-        int32_t inputStep;   // M
-    };
-    // The best L/M near dstRate/srcRate, rates in Hz.
-    static Ratio FindRatio(int32_t srcRate, int32_t dstRate);
-
     // Builds the filter for a pair of formats and stands at the start of the input. The costly step. Throws
     // std::bad_alloc, and then stays as it was.
     void Configure(uint32_t srcChannels, int32_t srcRate, uint32_t dstChannels, int32_t dstRate);
@@ -33,6 +26,14 @@ public:
     // count as consumed, the others are to be offered again; *outFrames written. With no frames on offer it
     // feeds the zeros of the tail instead, and `input` may be null. Allocates nothing.
     void Process(const int16_t* input, uint32_t* inFrames, int16_t* output, uint32_t* outFrames);
+
+    // The fewest frames that a call should be offered where the source has them: while the converter warms up
+    // as many as its history has room for, so that the audio begins in its place; later 1.
+    uint32_t WantedOffer() const { return m_warmup > 0 ? static_cast<uint32_t>(m_warmup + kPast) : 1; }
+    // Tells that the next offer has `frames` and is all that the source still has. If Process wouldn't
+    // consume them however often they come, 16 to 23 after Configure, it then does, and they come out in
+    // their place.
+    void EndWith(uint32_t frames);
 
     // For a reader: the next output frame will be `position`. Returns the input frame to read from.
     int64_t ResetToOutputPosition(int64_t position);
@@ -50,6 +51,9 @@ public:
     int32_t InputStep() const { return m_inputStep; }    // M; 0 before Configure
 
 private:
+    static constexpr int32_t kPast = 32;  // values of a history row in front of what is being taken in
+
+    uint32_t TakeShortWarmup(const int16_t* input, int64_t offered);
     void StretchWarmup(int64_t offered);
     void TakeIn(const int16_t*& input, int64_t frames);
     int64_t EndWarmup(int64_t& batch, int64_t& offered);
@@ -71,5 +75,6 @@ private:
     int32_t m_phase = 0;            // row of m_taps for the next output frame
     int64_t m_readPos = 0;          // read place in the history
     int32_t m_warmup = 0;           // input frames still to come before the next output frame
+    bool m_stretches = true;        // a short first offer moves where its frames land
     int32_t m_tail = 0;             // zero frames still to be fed at the end
 };

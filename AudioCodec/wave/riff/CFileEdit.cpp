@@ -2,13 +2,16 @@
 
 #include <algorithm>
 
+#include "platform/base/LastError.h"
 #include "platform/file/FilePointer.h"
 
 CFileEdit::CFileEdit(HANDLE file) : m_file(file), m_size(SizeOfFile(file)), m_firstSize(m_size) {}
 
 CFileEdit::~CFileEdit() {
+    const DWORD reason = GetLastError();  // of what failed, not of the undoing
     // The last change first: where two overlap, the older one knows what the file held at the beginning.
     while (!m_changes.empty() && TakeBack(m_changes.back())) m_changes.pop_back();
+    SetLastError(reason);
 }
 
 bool CFileEdit::TakeBack(const Change& change) {

@@ -72,6 +72,8 @@ int MoveAll(size_t size, size_t& done, int onNothing, Call call) {
 }  // namespace
 
 PosixFile::~PosixFile() {
+    // A child of this process may hold the open file too, and with it the locks.
+    if (m_lockedBy == getpid()) UnlockAll();
     if (m_descriptor >= 0) close(m_descriptor);  // never repeated: the descriptor is gone after EINTR too
 }
 
@@ -206,6 +208,7 @@ int PosixFile::Map(size_t size, void*& view) const {
 void PosixFile::Unmap(void* view, size_t size) { munmap(view, size); }
 
 int PosixFile::Lock(int64_t byte) const {
+    m_lockedBy = getpid();
     // Locks of the open file: those of a process would go as soon as it closes any descriptor of the file.
     struct flock lock = ByteLock(m_readable ? F_RDLCK : F_WRLCK, byte);
     const int error = Answer(Repeat([&] { return fcntl(m_descriptor, F_OFD_SETLK, &lock); }));
@@ -216,6 +219,12 @@ int PosixFile::Lock(int64_t byte) const {
 void PosixFile::Unlock(int64_t byte) const {
     struct flock lock = ByteLock(F_UNLCK, byte);
     Repeat([&] { return fcntl(m_descriptor, F_OFD_SETLK, &lock); });
+}
+
+void PosixFile::UnlockAll() const {
+    struct flock locks = ByteLock(F_UNLCK, 0);
+    locks.l_len = 0;  // to the end
+    Repeat([&] { return fcntl(m_descriptor, F_OFD_SETLK, &locks); });
 }
 
 int PosixFile::IsLockedByOther(int64_t byte, bool& locked) const {

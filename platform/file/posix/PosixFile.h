@@ -21,7 +21,9 @@ class PosixFile {
 public:
     PosixFile() = default;
     PosixFile(PosixFile&& other) noexcept
-        : m_descriptor(std::exchange(other.m_descriptor, -1)), m_readable(other.m_readable) {}
+        : m_descriptor(std::exchange(other.m_descriptor, -1)),
+          m_readable(other.m_readable),
+          m_lockedBy(std::exchange(other.m_lockedBy, 0)) {}
     PosixFile& operator=(PosixFile&&) = delete;
     ~PosixFile();
 
@@ -55,7 +57,8 @@ public:
     int Map(size_t size, void*& view) const;
     static void Unmap(void* view, size_t size);
 
-    // Shared locks on single bytes, seen by every other open file of any process and gone with this object.
+    // Shared locks on single bytes, seen by every other open file of any process and gone with this object,
+    // though not with its copy in a child of the process.
     // EAGAIN if the lock can't be had.
     int Lock(int64_t byte) const;
     void Unlock(int64_t byte) const;
@@ -65,7 +68,9 @@ private:
     int OpenDescriptor(const std::string& path, const OpenMode& mode, bool& created);
     int OpenNameless(const std::string& path);
     int CheckOpened(bool write, bool created) const;
+    void UnlockAll() const;
 
     int m_descriptor = -1;
-    bool m_readable = true;  // a shared lock needs a descriptor that may be read
+    bool m_readable = true;          // a shared lock needs a descriptor that may be read
+    mutable int64_t m_lockedBy = 0;  // the process that took a lock; 0: none
 };

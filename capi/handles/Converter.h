@@ -1,0 +1,50 @@
+// Makes a WAV file of a file of any kind: from a reader to a writer, tags from one to the other. The target
+// appears whole or not at all.
+//
+// Decisions: a target that is the source itself, under whatever name, is VLW_BAD_ARGUMENT. Of a source that
+// is known to be cut nothing is written unless that is wanted. One thread does the work whatever is asked
+// for.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "capi/handles/Reader.h"
+#include "capi/handles/Writer.h"
+
+class Converter {
+public:
+    explicit Converter(ModuleUse& module) : m_module(module), m_reader(module), m_writer(module) {}
+
+    // What the run before made isn't told any more.
+    void Forget() noexcept;
+    // VLW_OK, or VLW_CUT with VLW_PARTIAL. Throws Failure.
+    vlw_code Run(const char* source, const char* target, const vlw_conversion& wish);
+    // Why the last run was VLW_CUT.
+    Failure CutReason() const { return m_reader.CutReason(); }
+    void Release() noexcept;  // the source, after a run
+
+    // Of the last run that made a file.
+    const std::optional<vlw_format>& Made() const { return m_made; }
+    const std::string& Notes() const { return m_notes; }
+
+private:
+    AudioFormatInfo ChooseTarget(const vlw_conversion& wish) const;
+    void SetUp(const AudioFormatInfo& format, const vlw_conversion& wish);
+    vlw_code Copy(const vlw_conversion& wish);
+    Tags CollectTags(const vlw_conversion& wish);
+    void NoteFormat(const AudioFormatInfo& format);
+    void NoteRest();
+    int64_t InSourceFrames(int64_t frames) const;
+    void Note(const std::string& line);
+
+    ModuleUse& m_module;
+    Reader m_reader;
+    Writer m_writer;
+    std::optional<vlw_format> m_made;
+    std::string m_notes;
+};
+
+struct vlw_converter : FileHandle<Converter> {
+    using FileHandle::FileHandle;
+};

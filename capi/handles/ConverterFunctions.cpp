@@ -1,0 +1,57 @@
+// The functions of vlwav.h that convert.
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+
+#include "capi/FormatRecord.h"
+#include "capi/handles/Converter.h"
+
+namespace {
+
+constexpr size_t kFirstSize = offsetof(vlw_conversion, user) + sizeof(void*);  // in version 1.0
+constexpr uint32_t kKnownFlags = VLW_OVERWRITE | VLW_LOSSY | VLW_PARTIAL | VLW_NO_TAGS | VLW_NO_CHUNKS;
+
+// What the program's record, which may be older or newer than the library's, asks for. False where it can't
+// be understood.
+bool TakeWish(const vlw_conversion* given, vlw_conversion& wish) {
+    if (!given) return true;
+    if (given->size < kFirstSize) return false;
+    std::memcpy(&wish, given, std::min(given->size, sizeof wish));
+    return (wish.flags & ~kKnownFlags) == 0 && wish.text >= VLW_TEXT_AUTO && wish.text <= VLW_TEXT_UTF8;
+}
+
+}  // namespace
+
+vlw_code vlw_converter_new(vlw_module* module, vlw_converter** converter) {
+    return NewHandle(converter, module);
+}
+
+void vlw_converter_free(vlw_converter* converter) { delete converter; }
+
+const vlw_error* vlw_converter_error(const vlw_converter* converter) {
+    return converter ? converter->error.Get() : nullptr;
+}
+
+vlw_code vlw_converter_run(vlw_converter* converter, const char* source, const char* target,
+                           const vlw_conversion* conversion) {
+    const vlw_code code = Guarded(converter, [&] {
+        converter->work->Forget();
+        vlw_conversion wish{};
+        if (!source || !target || !TakeWish(conversion, wish)) return VLW_BAD_ARGUMENT;
+        const vlw_code end = converter->work->Run(source, target, wish);
+        if (end == VLW_CUT) throw converter->work->CutReason();
+        return end;
+    });
+    if (converter) converter->work->Release();
+    return code;
+}
+
+vlw_code vlw_converter_format(const vlw_converter* converter, vlw_format* format) {
+    if (!converter) return VLW_BAD_ARGUMENT;
+    const std::optional<vlw_format>& made = converter->work->Made();
+    return made ? PutFormat(*made, format) : VLW_BAD_STATE;
+}
+
+const char* vlw_converter_notes(const vlw_converter* converter) {
+    return converter ? converter->work->Notes().c_str() : nullptr;
+}

@@ -1,0 +1,10 @@
+// What a source holds beside audio and tags, by names for people: what a file that is made of it won't have.
+#pragma once
+
+#include <string>
+
+#include "capi/input/Input.h"
+
+// "\"bext\", list \"adtl\", text \"ISFT\"", or nothing. Of a source that isn't WAV, or is read in order,
+// nothing is known. Throws what reading throws.
+std::string NameRest(Input& input);

@@ -1,0 +1,44 @@
+#include "capi/handles/TagTrial.h"
+
+#include <algorithm>
+
+#include "capi/SystemFailure.h"
+#include "capi/TagLosses.h"
+#include "capi/handles/WaveObjects.h"
+#include "capi/output/OutputFile.h"
+
+namespace {
+
+constexpr const char* kName = "a trial of the tags";
+constexpr AudioShape kShape = {8000, 1};  // any that is written without a conversion
+constexpr uint64_t kBareFile = 44;        // bytes of a file without audio and tags
+
+uint32_t IndexOfShape(const Module& module) {
+    const std::vector<AudioFormatInfo>& formats = module.Formats();
+    for (uint32_t index = 0; index < formats.size(); ++index)
+        if (formats[index].samplesPerSec == kShape.rate && formats[index].channels == kShape.channels)
+            return index;
+    return 0;
+}
+
+}  // namespace
+
+TagTrial::TagTrial(const Module& module, const Tags& tags, vlw_text text,
+                   const std::string& temporaryFolder) {
+    if (!tags.AllTexts().empty()) Try(module, tags, text, temporaryFolder);
+    m_losses = TagLosses(tags, m_kept);
+}
+
+void TagTrial::Try(const Module& module, const Tags& tags, vlw_text text,
+                   const std::string& temporaryFolder) {
+    OutputFile file;
+    RequireSystem(file.MakeInMemory(temporaryFolder), "Making", kName);
+    const RefPtr<IAC3Writer> writer =
+        OpenWriter(module, kShape, IndexOfShape(module), text, file.Path(), {kName, {}});
+    GiveTags(*writer, tags);
+    RequireOf(writer->Close(), "Writing", {kName, {}});
+    m_kept = TagsOf(*OpenReader(module, text, file.Path(), {kName, {}}));
+    uint64_t size = 0;
+    RequireSystem(file.Bytes().Size(size), "Reading", kName);
+    m_bytes = size - std::min(size, kBareFile);
+}

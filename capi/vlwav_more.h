@@ -1,0 +1,66 @@
+/**
+ * @file vlwav_more.h
+ * Functions of libvlwav.so.1 that came after vlwav.h was settled, by the rules of growth that stand there:
+ * how the module was found, its entry in the registry, the languages of its texts, pictures made anew, and
+ * whole files of any bytes. The command vlwav uses them. Symbol version VLWAV_1.1.
+ */
+#ifndef VLWAV_MORE_H
+#define VLWAV_MORE_H
+
+#include "vlwav.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** How a module was found. */
+typedef enum vlw_found {
+    VLW_FOUND_NOT = 0,         /* nothing is loaded */
+    VLW_FOUND_BY_PATH = 1,     /* the program named it */
+    VLW_FOUND_BY_REGISTRY = 2, /* it is the registered one */
+    VLW_FOUND_BESIDE = 3       /* it is that of this library's installation */
+} vlw_found;
+
+/** As vlw_module_load, but the module of this library's installation, whatever is registered. [handle] */
+VLW_CHECKED vlw_code vlw_module_load_beside(vlw_module* module);
+/** [any once it is loaded] */
+VLW_API vlw_found vlw_module_found(const vlw_module* module);
+/** Enters the loaded module into the user's registry, and takes out the one that is there. VLW_SYSTEM where
+ * the registry can't be written, VLW_BAD_STATE without a module. [handle] */
+VLW_CHECKED vlw_code vlw_module_register(vlw_module* module);
+VLW_CHECKED vlw_code vlw_module_unregister(vlw_module* module);
+
+/** The tags of the languages that vlw_module_format_text has texts in ("de", "de-DE", …); NULL past the last.
+ * Lent for ever. Beside them it takes the platform's language numbers, as decimal text. [any] */
+VLW_API const char* vlw_language(size_t index);
+/** Whether a text names one of them, or such a number. [any] */
+VLW_API int vlw_is_language(const char* text);
+
+/** Decodes a picture (JPEG, PNG, GIF, BMP) and encodes it as "jpg" or "bmp". *made is given, to vlw_free.
+ * VLW_BAD_VALUE for bytes that aren't a whole picture, VLW_BAD_ARGUMENT for another kind, VLW_NO_DECODER
+ * without the library for pictures, VLW_BAD_STATE without a module. [handle] */
+VLW_CHECKED vlw_code vlw_picture_convert(vlw_module* module, const void* bytes, size_t size, const char* kind,
+                                         void** made, size_t* made_size);
+
+/** A file of any bytes, which comes into being whole, in vlw_file_finish: until then, and if anything fails,
+ * there is no file, or the old one. A device or a pipe that stands at the path gets each byte at once. */
+typedef struct vlw_file vlw_file;
+VLW_API vlw_code vlw_file_new(vlw_file** file);                /* [any] */
+VLW_API void vlw_file_free(vlw_file* file);                    /* drops an unfinished file. [handle] */
+VLW_API const vlw_error* vlw_file_error(const vlw_file* file); /* [handle] */
+/** VLW_EXISTS where there is a regular file and `flags` has no VLW_OVERWRITE, which is the only one. [handle]
+ */
+VLW_CHECKED vlw_code vlw_file_create(vlw_file* file, const char* path, uint32_t flags);
+/** Takes all bytes or fails; after a failure the file can only be dropped. [handle] */
+VLW_CHECKED vlw_code vlw_file_write(vlw_file* file, const void* bytes, size_t size);
+VLW_CHECKED vlw_code vlw_file_finish(vlw_file* file); /* [handle] */
+
+/** Removes what unfinished files of this process are called now, for a program that is about to end by a
+ * signal. Most file systems have nameless files, and there is nothing to remove. [any] */
+VLW_API void vlw_remove_temporaries(void);
+
+#ifdef __cplusplus
+} /* extern "C" */
+#endif
+
+#endif /* VLWAV_MORE_H */

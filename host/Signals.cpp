@@ -1,0 +1,42 @@
+#include "host/Signals.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstring>
+#include <thread>
+
+#include "capi/vlwav_more.h"
+#include "host/ExitCodes.h"
+#include "host/Report.h"
+
+namespace Signals {
+namespace {
+
+constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
+[[noreturn]] void End(int number) {
+    vlw_remove_temporaries();
+    Report::Complain("", fmt::format("Interrupted by SIG{}; what was not whole yet has been removed.",
+                                     sigabbrev_np(number)));
+    _exit(EXIT_FAILED);
+}
+
+}  // namespace
+
+void Watch() {
+    sigset_t watched;
+    sigemptyset(&watched);
+    for (const int number : kSignals) {
+        struct sigaction now {};
+        if (sigaction(number, nullptr, &now) == 0 && now.sa_handler != SIG_IGN) sigaddset(&watched, number);
+    }
+    pthread_sigmask(SIG_BLOCK, &watched, nullptr);  // for the threads of later too
+    std::thread([watched] {
+        int number = 0;
+        if (sigwait(&watched, &number) == 0) End(number);
+    }).detach();
+}
+
+}  // namespace Signals
