@@ -24,7 +24,9 @@ AudioStream::AudioStream(Input& input, const SourceFacts& facts, uint32_t frameB
 
 void AudioStream::ShowFrom(uint64_t audioByte) {
     m_windowAt = audioByte;
+    m_seen = audioByte;
     m_place = 0;
+    m_failure = nullptr;
     // As large as can be told where the end isn't known: a decoder then reads on until there is nothing.
     const uint64_t left =
         m_facts.audioBytes ? *m_facts.audioBytes - std::min(*m_facts.audioBytes, audioByte) : kLargestSize;
@@ -44,12 +46,13 @@ int32_t AudioStream::Read(void* buffer, uint32_t size, uint32_t* done) {
     auto* const bytes = static_cast<uint8_t*>(buffer);
     *done = ReadHead(bytes, size);
     if (*done == size || m_isHidden) return PLATFORM_OK;
+    // A decoder that went on after a gap would take the middle of a block for its start.
+    if (HasFailed()) return PLATFORM_FAILED;
     try {
         *done += ReadAudio(bytes + *done, size - *done);
         return PLATFORM_OK;
     } catch (...) {
-        const std::lock_guard held(m_failureLock);
-        m_failure = std::current_exception();
+        KeepFailure();
         return PLATFORM_FAILED;
     }
 }
@@ -62,7 +65,7 @@ uint32_t AudioStream::ReadHead(uint8_t* buffer, uint32_t size) {
     return done;
 }
 
-// Throws only where not even one frame can be had; the next read then meets the same place again.
+// Throws only where not even one frame can be had; the next read fails where this one was cut short.
 uint32_t AudioStream::ReadAudio(uint8_t* buffer, uint32_t size) {
     const uint64_t start = m_windowAt + m_place - m_head.size();
     const uint64_t most = m_facts.audioBytes ? *m_facts.audioBytes : m_facts.declaredBytes.value_or(kEndless);
@@ -78,8 +81,9 @@ uint32_t AudioStream::ReadAudio(uint8_t* buffer, uint32_t size) {
         const uint64_t torn = (start + done) % m_frameBytes;
         if (torn >= done) throw;
         done -= torn;
+        KeepFailure();
     }
-    m_seen = std::max<uint64_t>(m_seen, start + done);
+    m_seen = start + done;
     m_place += done;
     return static_cast<uint32_t>(done);
 }
@@ -99,6 +103,16 @@ size_t AudioStream::ReadAhead(uint64_t at, uint8_t* buffer, size_t size) {
     m_blockAt = at;
     m_blockBytes = got;
     return got == 0 ? 0 : ReadAhead(at, buffer, size);
+}
+
+void AudioStream::KeepFailure() {
+    const std::lock_guard held(m_failureLock);
+    m_failure = std::current_exception();
+}
+
+bool AudioStream::HasFailed() const {
+    const std::lock_guard held(m_failureLock);
+    return m_failure != nullptr;
 }
 
 void AudioStream::ThrowFailure() {

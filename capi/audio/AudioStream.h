@@ -19,21 +19,25 @@ public:
     // Both are borrowed. Of a read that a failure cuts short, whole frames of `frameBytes` are given.
     AudioStream(Input& input, const SourceFacts& facts, uint32_t frameBytes);
 
-    // The audio begins at this byte of it from now on, and the stream is read from its start.
+    // The audio begins at this byte of it from now on, and the stream is read from its start, without a
+    // failure. Nobody may be reading.
     void ShowFrom(uint64_t audioByte);
 
     // As if there were no audio yet, for who walks over all chunks before he reads.
     void HideAudio(bool hidden) { m_isHidden = hidden; }
 
+    // Whether the input failed. All reads of audio fail from then on, until it is thrown.
+    bool HasFailed() const;
     // Throws what failed since the last call, and forgets it.
     void ThrowFailure();
-    // Audio bytes that came since the input was opened, counted from the audio's start.
+    // Where the last read of audio ended, in bytes from the audio's start.
     uint64_t BytesSeen() const { return m_seen; }
 
     int32_t Read(void* buffer, uint32_t size, uint32_t* done) override;
 
 private:
     uint64_t SizeOfStream() const override;
+    void KeepFailure();
     uint32_t ReadHead(uint8_t* buffer, uint32_t size);
     uint32_t ReadAudio(uint8_t* buffer, uint32_t size);
     size_t ReadAhead(uint64_t at, uint8_t* buffer, size_t size);
@@ -48,6 +52,6 @@ private:
     uint64_t m_blockAt = 0;
     size_t m_blockBytes = 0;
     std::atomic<uint64_t> m_seen = 0;
-    std::mutex m_failureLock;
+    mutable std::mutex m_failureLock;
     std::exception_ptr m_failure;
 };

@@ -16,7 +16,7 @@
 namespace {
 
 constexpr uint32_t kBytesPerSample = 2;
-constexpr size_t kMostAtOnce = size_t{1} << 20;  // frames
+constexpr size_t kMostAtOnce = size_t{1} << 14;  // frames; what they are made of is kept until all came
 constexpr size_t kDropped = 4096;                // samples in a block that nobody wants
 constexpr int64_t kRunIn = 64;                   // source frames; the filter reaches 16 to each side
 constexpr int64_t kLeast = 48;                   // source frames that the converter needs to begin as usual
@@ -59,6 +59,15 @@ public:
     void BeginAt(int64_t frame) {
         m_begin = frame;
         m_place = 0;
+        m_cutShort = nullptr;
+    }
+    // No frame before this one will be needed again.
+    void KeepFrom(int64_t frame) {
+        const size_t gone = Samples(std::clamp<int64_t>(frame - m_keptAt, 0, KeptFrames()));
+        // Not for every few frames, so that what is kept isn't moved again and again.
+        if (gone < m_kept.size() / 2) return;
+        m_kept.erase(m_kept.begin(), m_kept.begin() + static_cast<std::ptrdiff_t>(gone));
+        m_keptAt += static_cast<int64_t>(gone / m_source.Channels());
     }
     // Until then there is a head alone, for the module's look at all chunks.
     void BeginAudio() { m_hasAudio = true; }
@@ -79,6 +88,7 @@ public:
         }
         if (!m_hasAudio) return PLATFORM_OK;
         try {
+            if (m_cutShort) std::rethrow_exception(std::exchange(m_cutShort, nullptr));
             const size_t frames = ReadFrames(reinterpret_cast<int16_t*>(bytes), size / m_frameBytes);
             *done = static_cast<uint32_t>(frames * m_frameBytes);
             m_place += *done;
@@ -98,8 +108,9 @@ private:
         const uint32_t channels = m_source.Channels();
         size_t done = 0;
         if (!m_end || start < *m_end) {
-            if (m_source.Position() != start) m_source.SeekTo(start);
-            done = ReadSource(buffer, frames);
+            done = TakeKept(start, buffer, frames);
+            if (done < frames)
+                done += ReadSource(start + static_cast<int64_t>(done), buffer + Samples(done), frames - done);
             if (m_source.Position() < start) m_end = m_source.Position();  // it had fewer than that
         }
         // A source shorter than the filter's beginning gets silence after it.
@@ -113,11 +124,29 @@ private:
         return done;
     }
 
-    size_t ReadSource(int16_t* buffer, size_t frames) {
+    size_t Samples(uint64_t frames) const { return static_cast<size_t>(frames) * m_source.Channels(); }
+    int64_t KeptFrames() const { return static_cast<int64_t>(m_kept.size() / m_source.Channels()); }
+
+    // A source in order gives its frames once, and a failure makes the module begin anew.
+    size_t TakeKept(int64_t start, int16_t* buffer, size_t frames) const {
+        if (start < m_keptAt || start >= m_keptAt + KeptFrames()) return 0;
+        const int64_t from = start - m_keptAt;
+        const size_t done = std::min(frames, static_cast<size_t>(KeptFrames() - from));
+        std::copy_n(m_kept.begin() + static_cast<std::ptrdiff_t>(Samples(from)), Samples(done), buffer);
+        return done;
+    }
+
+    size_t ReadSource(int64_t start, int16_t* buffer, size_t frames) {
+        if (m_source.Position() != start) m_source.SeekTo(start);
+        if (m_keptAt + KeptFrames() != start) {
+            m_kept.clear();
+            m_keptAt = start;
+        }
         size_t done = 0;
         try {
             while (done < frames) {
-                const size_t got = m_source.Read(buffer + done * m_source.Channels(), frames - done);
+                const size_t got = m_source.Read(buffer + Samples(done), frames - done);
+                m_kept.insert(m_kept.end(), buffer + Samples(done), buffer + Samples(done + got));
                 if (got == 0) {
                     m_end = m_source.Position();
                     break;
@@ -125,7 +154,8 @@ private:
                 done += got;
             }
         } catch (...) {
-            if (done == 0) throw;  // else the next call meets it
+            if (done == 0) throw;
+            m_cutShort = std::current_exception();  // the next read fails at once
         }
         return done;
     }
@@ -134,8 +164,11 @@ private:
     const uint32_t m_frameBytes;
     uint8_t m_head[kHeadSize] = {};
     bool m_hasAudio = false;
+    std::vector<int16_t> m_kept;  // the last frames of the source
+    int64_t m_keptAt = 0;         // the first of them
     int64_t m_begin = 0;
     std::optional<int64_t> m_end;
+    std::exception_ptr m_cutShort;
     std::exception_ptr m_failure;
 };
 
@@ -143,6 +176,7 @@ ConvertedFrames::ConvertedFrames(const ModuleReaders& readers, FrameSource& sour
                                  const ConversionTarget& target)
     : m_sourceRate(sourceRate),
       m_rate(target.rate),
+      m_ratio(RatioOf(sourceRate, target.rate)),
       m_channels(target.channels),
       m_stream(std::make_unique<SourceStream>(source, sourceRate)),
       m_reader(readers.NewReader()) {
@@ -160,14 +194,18 @@ void ConvertedFrames::SeekTo(int64_t frame) {
     if (m_standsAt != frame) m_standsAt = kMoveFirst;
 }
 
+// After so many cycles the module can begin for the frame.
+int64_t ConvertedFrames::CyclesBefore(int64_t frame) const {
+    const int64_t source = Saturating::MulDiv(frame, m_ratio.inputStep, m_ratio.phaseCount);
+    return std::max<int64_t>(source - kRunIn, 0) / m_ratio.inputStep;
+}
+
 void ConvertedFrames::Stand() {
     if (m_standsAt == kMoveFirst) {
-        const ConversionRatio ratio = RatioOf(m_sourceRate, m_rate);
-        const int64_t source = Saturating::MulDiv(m_position, ratio.inputStep, ratio.phaseCount);
-        const int64_t cycles = std::max<int64_t>(source - kRunIn, 0) / ratio.inputStep;
-        m_stream->BeginAt(cycles * ratio.inputStep);
+        const int64_t cycles = CyclesBefore(m_position);
+        m_stream->BeginAt(cycles * m_ratio.inputStep);
         RequireModule(m_reader->Seek(ORIGIN_START, 0, nullptr), "Moving in", "the converted audio");
-        m_standsAt = cycles * ratio.phaseCount;
+        m_standsAt = cycles * m_ratio.phaseCount;
     }
     int16_t dropped[kDropped];
     while (m_standsAt < m_position) {
@@ -203,5 +241,6 @@ size_t ConvertedFrames::ReadSome(int16_t* buffer, size_t frames) {
         done = static_cast<uint32_t>(std::clamp<int64_t>(left, 0, done));
     }
     m_standsAt += done;
+    m_stream->KeepFrom(CyclesBefore(m_standsAt) * m_ratio.inputStep);
     return done;
 }

@@ -6,6 +6,7 @@
 
 #include <memory>
 
+#include "AudioCodec/wave/converter/ConversionRatio.h"
 #include "capi/audio/FrameSource.h"
 #include "capi/audio/ModuleReaders.h"
 
@@ -32,11 +33,13 @@ public:
 private:
     class SourceStream;
 
+    int64_t CyclesBefore(int64_t frame) const;
     void Stand();
     size_t ReadSome(int16_t* buffer, size_t frames);
 
     const uint32_t m_sourceRate;
     const uint32_t m_rate;
+    const ConversionRatio m_ratio;
     const uint32_t m_channels;
     std::unique_ptr<SourceStream> m_stream;
     RefPtr<vlacwav3::IAC3StreamReader> m_reader;

@@ -17,6 +17,7 @@ SourceFrames::SourceFrames(ModuleReaders& readers, Input& input, const SourceFac
       m_facts(facts),
       m_stream(input, facts, facts.directBits != 0 ? facts.unit.bytes : 1),
       m_reader(facts.directBits != 0 ? readers.Direct() : readers.Decoding()) {
+    KeepUnit();
     Open();
 }
 
@@ -39,17 +40,37 @@ void SourceFrames::Open() {
 
 void SourceFrames::SeekTo(int64_t frame) { m_position = frame; }
 
+// The last place at or before the frame where decoding can begin.
+int64_t SourceFrames::UnitStart(int64_t frame) const {
+    return CanJump() ? frame / m_facts.unit.frames * m_facts.unit.frames : 0;
+}
+
+uint64_t SourceFrames::ByteOf(int64_t unitStart) const {
+    return static_cast<uint64_t>(unitStart / std::max<int64_t>(m_facts.unit.frames, 1)) * m_facts.unit.bytes;
+}
+
+// A decoder reads ahead, and begins anew after a failure: what it read since then must still be there.
+void SourceFrames::KeepUnit() {
+    if (!m_input.IsSeekable() && m_facts.directBits == 0 && CanJump())
+        m_input.KeepFrom(m_facts.audioPlace + ByteOf(UnitStart(m_standsAt)));
+}
+
+// A decoder's thread may be reading, which has to end before the stream is changed under it.
+void SourceFrames::Release() {
+    if (!m_isOpen || m_facts.directBits != 0) return;
+    m_reader.Close();
+    m_isOpen = false;
+}
+
 // Brings the module to the position.
 void SourceFrames::Stand() {
     if (m_last) std::rethrow_exception(m_last);
-    const UnitSize& unit = m_facts.unit;
     const bool inReach = m_isOpen && m_standsAt <= m_position;
-    const bool canJump = unit.bytes != 0 && unit.standsAlone;
-    const int64_t start = canJump ? m_position / unit.frames * unit.frames : 0;
+    const int64_t start = UnitStart(m_position);
     // A few frames on are nearer by reading than by a new start.
-    if (!inReach || (canJump && start > m_standsAt + static_cast<int64_t>(unit.frames))) {
-        m_isOpen = m_isOpen && m_facts.directBits != 0;
-        m_stream.ShowFrom(static_cast<uint64_t>(start / std::max<int64_t>(unit.frames, 1)) * unit.bytes);
+    if (!inReach || (CanJump() && start > m_standsAt + static_cast<int64_t>(m_facts.unit.frames))) {
+        Release();
+        m_stream.ShowFrom(ByteOf(start));
         if (m_isOpen)
             RequireModule(m_reader.Seek(ORIGIN_START, 0, nullptr), "Moving in", m_input.Name());
         else
@@ -88,19 +109,25 @@ size_t SourceFrames::ReadSome(int16_t* buffer, size_t frames) {
     uint8_t ignored = 0;
     const auto wanted = static_cast<uint32_t>(std::min(frames, kMostAtOnce));
     const Result result = m_reader.Read(buffer, wanted, &done, &ignored);
-    if (done == 0) {
+    // Of a torn block decoders make frames that aren't there.
+    if (m_facts.directBits == 0 && m_facts.unit.bytes != 0) {
+        const int64_t there = m_facts.unit.FramesIn(m_stream.BytesSeen()) - m_standsAt;
+        done = static_cast<uint32_t>(std::clamp<int64_t>(there, 0, done));
+    }
+    // A decoder tells a failed read as the end, and doesn't read on: the next call opens anew at the
+    // position. A direct read just goes on.
+    if (done == 0 && m_stream.HasFailed()) {
+        Release();
         try {
-            // A decoder tells a failed read as the end.
             m_stream.ThrowFailure();
         } catch (...) {
-            // Nor does it read on: the next call opens anew at the position. A direct read just goes on.
-            m_isOpen = m_isOpen && m_facts.directBits != 0;
-            if (!m_isOpen && !m_input.IsSeekable()) m_last = std::current_exception();
+            if (!m_isOpen && !m_input.IsSeekable() && !CanJump()) m_last = std::current_exception();
             throw;
         }
     }
     RequireModule(result, "Reading", m_input.Name());
     m_standsAt += done;
+    KeepUnit();
     return done;
 }
 

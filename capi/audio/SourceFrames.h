@@ -24,10 +24,15 @@ public:
 private:
     void Open();
     std::optional<int64_t> Length() const;
+    bool CanJump() const { return m_facts.unit.bytes != 0 && m_facts.unit.standsAlone; }
+    int64_t UnitStart(int64_t frame) const;
+    uint64_t ByteOf(int64_t unitStart) const;
+    void KeepUnit();
+    void Release();
     void Stand();
     size_t ReadSome(int16_t* buffer, size_t frames);
 
-    const Input& m_input;
+    Input& m_input;
     const SourceFacts& m_facts;
     AudioStream m_stream;
     vlacwav3::IAC3StreamReader& m_reader;

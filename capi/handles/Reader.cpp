@@ -2,7 +2,10 @@
 
 #include <algorithm>
 
+<<<<<<< HEAD
+=======
 #include "capi/FormatLimits.h"
+>>>>>>> main
 #include "capi/audio/ChannelMix.h"
 #include "capi/handles/SourceTags.h"
 #include "capi/input/SourceScan.h"
@@ -42,7 +45,7 @@ ConversionTarget Reader::Target(const SourceFacts& facts) const {
 
 void Reader::RequireChannels(const SourceFacts& facts) const {
     const uint32_t to = Target(facts).channels;
-    if (!CanMix(facts.channels, to))
+    if (!CanMix(facts.channels, to, facts.channelMask))
         throw Failure(VLW_UNSUPPORTED, std::to_string(to) + " channels can't be made of " +
                                            std::to_string(facts.channels) + "; one can.");
 }

@@ -12,8 +12,9 @@ constexpr uint32_t kSound = FourCC("SSND");
 constexpr uint32_t kVersion = FourCC("FVER");
 constexpr size_t kCommonSize = 18;  // of "COMM"; in AIFC the codec's tag follows
 constexpr size_t kCodecTagSize = 4;
-constexpr uint32_t kCommonMost = 1024;  // with the codec's name
-constexpr uint32_t kSoundHead = 8;      // offset and block size
+constexpr uint32_t kCommonMost = 1024;    // with the codec's name
+constexpr uint32_t kSoundHead = 8;        // offset and block size
+constexpr uint32_t kUntold = 0xFFFFFFFF;  // as a size, by programs that write to a pipe
 constexpr uint32_t kTextMost = 1u << 20;
 constexpr uint32_t kExtendedBias = 16383 + 63;  // of an 80-bit number whose mantissa is a whole one
 
@@ -99,9 +100,11 @@ private:
             const Chunk& chunk = walk.Current();
             bool whole = true;
             if (chunk.id == ChunkId::kCommon && chunk.size >= kCommonSize) whole = TakeCommon(walk);
-            if (chunk.id == kSound && chunk.size >= kSoundHead) {
+            if (chunk.id == kSound) {
                 whole = TakeSound(walk);
-                if (!m_input.IsSeekable()) return;  // the audio must be read from here
+                // In order the audio must be read from here; and after a size that isn't told nothing is
+                // known.
+                if (!m_input.IsSeekable() || !m_soundBytes) return;
             }
             for (const TextRow& row : kTexts)
                 if (chunk.id == row.id && chunk.size <= kTextMost) whole = TakeText(walk, row.keyword);
@@ -122,8 +125,11 @@ private:
         const uint64_t offset = LoadBE32(head);
         m_hasSound = true;
         m_facts.audioPlace = walk.Current().Content() + kSoundHead + offset;
-        const uint64_t size = walk.Current().size - kSoundHead;
-        m_soundBytes = size - std::min(size, offset);
+        const uint64_t size = walk.Current().size;
+        if (size >= kSoundHead && size != kUntold)
+            m_soundBytes = size - kSoundHead - std::min(size - kSoundHead, offset);
+        else
+            m_soundBytes.reset();
         return true;
     }
 
@@ -156,16 +162,18 @@ private:
     // "COMM" counts units. Programs that write to a pipe leave both sizes 0, or out of all bounds.
     void Measure(uint32_t units, uint32_t unitFrames) {
         constexpr uint32_t kNotTold = 0x7F000000;
-        const bool told = (units != 0 || m_soundBytes == 0) && units < kNotTold;
+        const bool told = (units != 0 || m_soundBytes == 0u) && units < kNotTold;
         if (told && m_facts.unit.bytes != 0)
             m_facts.declaredBytes = uint64_t{units} * m_facts.unit.bytes;
         else if (told)
             m_facts.declaredBytes = m_soundBytes;
+        // Nor may a decoder believe it.
+        if (!told) StoreBE32(&m_common[2], 0);
         if (m_input.IsSeekable()) {
             const uint64_t left = *m_input.Size() - std::min(*m_input.Size(), m_facts.audioPlace);
             m_facts.audioBytes = std::min(left, m_facts.declaredBytes.value_or(left));
             // The chunk ends it too, where its size can be true.
-            if (told) m_facts.audioBytes = std::min(*m_facts.audioBytes, m_soundBytes);
+            if (told && m_soundBytes) m_facts.audioBytes = std::min(*m_facts.audioBytes, *m_soundBytes);
         }
         CountFrames(m_facts, int64_t{units} * std::max(unitFrames, 1u));
     }
@@ -196,7 +204,7 @@ private:
     bool m_isAifc = false;
     std::vector<uint8_t> m_common;
     bool m_hasSound = false;
-    uint64_t m_soundBytes = 0;  // as declared, after the offset
+    std::optional<uint64_t> m_soundBytes;  // as declared, after the offset; nothing where that can't be true
     SourceFacts m_facts;
 };
 

@@ -1,7 +1,12 @@
 #include "capi/input/CallerStream.h"
 
 #include <algorithm>
+<<<<<<< HEAD
+#include <climits>
+#include <cstdio>
+=======
 #include <cerrno>
+>>>>>>> main
 #include <cstring>
 
 #include "capi/SystemFailure.h"
@@ -61,4 +66,14 @@ std::optional<int64_t> CallerStream::Seek(int64_t offset, int whence) const {
     if (!m_stream.seek) return std::nullopt;
     const int64_t place = m_stream.seek(m_stream.user, offset, whence);
     return place < 0 ? std::nullopt : std::optional(place);
+}
+
+void CallerStream::MoveTo(int64_t place) const {
+    constexpr const char* kWhat = "Moving in the program's stream";
+    const int64_t answer = m_stream.seek(m_stream.user, place, SEEK_SET);
+    if (answer < 0 && answer >= -kLargestErrno) throw SystemFailure(static_cast<int>(-answer), kWhat, {});
+    if (answer != place)
+        throw Failure(VLW_BAD_ARGUMENT, std::string(kWhat) + " failed: the callback answered " +
+                                            std::to_string(answer) + " for the place " +
+                                            std::to_string(place) + '.');
 }

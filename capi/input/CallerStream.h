@@ -29,6 +29,8 @@ public:
     int Write(const void* bytes, size_t count) const;
     // The new place; nothing where there is none to go to.
     std::optional<int64_t> Seek(int64_t offset, int whence) const;
+    // Goes to a place that there is. Throws Failure.
+    void MoveTo(int64_t place) const;
 
 private:
     vlw_stream m_stream;

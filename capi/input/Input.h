@@ -3,6 +3,7 @@
 // source itself is never asked by two at once.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
@@ -17,11 +18,14 @@ public:
 
     // Reads up to `count` bytes at a place: at least one, 0 only at the end. Throws Failure where not even
     // one can be had; a later call tries again. In order only: places ascend, but for the last few thousand
-    // bytes.
+    // bytes and those that are kept.
     size_t ReadAt(uint64_t place, void* buffer, size_t count) {
         const std::lock_guard held(m_lock);
         return Get(place, buffer, count);
     }
+    // Of an input in order, bytes from this place on may be asked for again, and none before it. Never waits
+    // for a read.
+    void KeepFrom(uint64_t place) { m_keptFrom = place; }
     // As ReadAt, but fewer than `count` bytes are the end. After a failure nothing of it is told.
     size_t ReadWholeAt(uint64_t place, void* buffer, size_t count);
 
@@ -33,10 +37,13 @@ public:
 protected:
     Input(std::optional<uint64_t> size, std::string name) : m_size(size), m_name(std::move(name)) {}
 
+    uint64_t KeptFrom() const { return m_keptFrom; }
+
 private:
     virtual size_t Get(uint64_t place, void* buffer, size_t count) = 0;
 
     std::mutex m_lock;
+    std::atomic<uint64_t> m_keptFrom = UINT64_MAX;
     const std::optional<uint64_t> m_size;
     const std::string m_name;
 };

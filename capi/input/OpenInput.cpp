@@ -81,8 +81,7 @@ std::unique_ptr<Input> OpenStream(std::shared_ptr<const CallerStream> stream) {
     const std::optional<int64_t> end = start ? stream->Seek(0, SEEK_END) : std::nullopt;
     if (end && *end >= *start)
         return std::make_unique<StreamInput>(std::move(stream), *start, static_cast<uint64_t>(*end - *start));
-    if (end && stream->Seek(*start, SEEK_SET) != start)
-        throw Failure(VLW_SYSTEM, "Moving in the program's stream failed.");
+    if (end) stream->MoveTo(*start);
     return std::make_unique<OrderedInput>(
         [stream](void* buffer, size_t count) { return stream->Read(buffer, count); }, std::string());
 }

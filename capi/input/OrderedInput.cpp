@@ -28,12 +28,16 @@ size_t OrderedInput::Get(uint64_t place, void* buffer, size_t count) {
 
 // Goes on by what the source has. False at its end.
 bool OrderedInput::Fill() {
-    if (m_held > kKept) {
-        const size_t gone = m_held - kKept;
-        std::memmove(m_block.data(), m_block.data() + gone, kKept);
+    const uint64_t end = m_blockAt + m_held;
+    const uint64_t kept = std::min(KeptFrom(), end - std::min<uint64_t>(m_held, kKept));
+    const auto gone = static_cast<size_t>(kept - std::min(kept, m_blockAt));
+    // Not for every few bytes, so that what is kept isn't moved again and again.
+    if (gone >= m_held / 2) {
+        std::memmove(m_block.data(), m_block.data() + gone, m_held - gone);
         m_blockAt += gone;
-        m_held = kKept;
+        m_held -= gone;
     }
+    if (m_block.size() < m_held + kBlock) m_block.resize(m_held + kBlock);
     const size_t got = m_takeNext(m_block.data() + m_held, m_block.size() - m_held);
     m_held += got;
     return got != 0;

@@ -1,5 +1,6 @@
 // A pipe, a socket, a device, or any other source that gives its bytes once and in order. They come in
-// blocks, of which the end is kept, so that what was looked at can be read again.
+// blocks, of which the end is kept, so that what was looked at can be read again,
+// and as much before it as is asked for.
 #pragma once
 
 #include <functional>
@@ -19,7 +20,7 @@ private:
     bool Fill();
 
     const TakeNext m_takeNext;
-    std::vector<char> m_block;
-    uint64_t m_blockAt = 0;  // its place in the source
-    size_t m_held = 0;       // bytes of it that are there
+    std::vector<char> m_block;  // room for what is kept and one more read
+    uint64_t m_blockAt = 0;     // its place in the source
+    size_t m_held = 0;          // bytes of it that are there
 };

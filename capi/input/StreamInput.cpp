@@ -1,18 +1,12 @@
 #include "capi/input/StreamInput.h"
 
-#include <cstdio>
-
-#include "capi/Failure.h"
-
 StreamInput::StreamInput(std::shared_ptr<const CallerStream> stream, uint64_t start, uint64_t size)
     : Input(size, {}), m_stream(std::move(stream)), m_start(start) {}
 
 size_t StreamInput::Get(uint64_t place, void* buffer, size_t count) {
     if (m_place != place) {
-        const auto target = static_cast<int64_t>(m_start + place);
         m_place.reset();
-        if (m_stream->Seek(target, SEEK_SET) != target)
-            throw Failure(VLW_SYSTEM, "Moving in the program's stream failed.");
+        m_stream->MoveTo(static_cast<int64_t>(m_start + place));
     }
     m_place.reset();  // after a failure the stream may stand anywhere
     const size_t done = m_stream->Read(buffer, count);

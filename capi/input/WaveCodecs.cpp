@@ -31,7 +31,7 @@ UnitSize ByteUnit(const WaveFormat& format) {
 }
 
 // A block begins with a head of so many bytes for each channel, which holds `headFrames`; then come 4 bits a
-// sample, in steps of `stepBytes` for each channel (Microsoft, "New Multimedia Data Types and Data
+// sample, in steps of `stepBytes` for all channels (Microsoft, "New Multimedia Data Types and Data
 // Techniques", 1994).
 UnitSize AdpcmUnit(const WaveFormat& format, uint32_t headBytes, uint32_t headFrames, uint32_t stepBytes) {
     UnitSize unit;
@@ -39,8 +39,7 @@ UnitSize AdpcmUnit(const WaveFormat& format, uint32_t headBytes, uint32_t headFr
     if (format.bitsPerSample != 4 || format.channels == 0 || format.blockAlign < head) return unit;
     unit.headBytes = head;
     unit.headFrames = headFrames;
-    // Of two channels each byte of MS ADPCM holds a sample of both.
-    unit.stepBytes = std::max(stepBytes * format.channels, 1u);
+    unit.stepBytes = stepBytes;
     unit.stepFrames = unit.stepBytes * 2 / format.channels;
     unit.frames = headFrames + (format.blockAlign - head) / unit.stepBytes * unit.stepFrames;
     unit.bytes = format.blockAlign;
@@ -48,9 +47,12 @@ UnitSize AdpcmUnit(const WaveFormat& format, uint32_t headBytes, uint32_t headFr
     return unit;
 }
 
-UnitSize ImaUnit(const WaveFormat& format) { return AdpcmUnit(format, 4, 1, 4); }
+UnitSize ImaUnit(const WaveFormat& format) { return AdpcmUnit(format, 4, 1, 4u * format.channels); }
 
-UnitSize MicrosoftUnit(const WaveFormat& format) { return AdpcmUnit(format, 7, 2, 1); }
+// Of two channels each byte holds a sample of both.
+UnitSize MicrosoftUnit(const WaveFormat& format) {
+    return AdpcmUnit(format, 7, 2, format.channels > 2 ? format.channels : 1);
+}
 
 // ETSI GSM 06.10 in pairs of frames: 65 bytes are 320 samples. What comes before a block is part of it.
 UnitSize GsmUnit(const WaveFormat& format) {
