@@ -2,10 +2,7 @@
 
 #include <algorithm>
 
-<<<<<<< HEAD
-=======
 #include "capi/FormatLimits.h"
->>>>>>> main
 #include "capi/audio/ChannelMix.h"
 #include "capi/handles/SourceTags.h"
 #include "capi/input/SourceScan.h"

@@ -1,12 +1,8 @@
 #include "capi/input/CallerStream.h"
 
 #include <algorithm>
-<<<<<<< HEAD
-#include <climits>
-#include <cstdio>
-=======
 #include <cerrno>
->>>>>>> main
+#include <cstdio>
 #include <cstring>
 
 #include "capi/SystemFailure.h"
