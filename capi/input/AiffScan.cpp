@@ -77,15 +77,7 @@ public:
         m_input.ReadWholeAt(0, header, sizeof header);
         m_isAifc = LoadLE32(header + 8) == ChunkId::kAifc;
         m_facts.container = "AIFF";
-        if (m_input.IsSeekable()) {
-            InputBlocks blocks(m_input);
-            blocks.MoveTo(kFileHeaderSize);
-            Walk(blocks);
-        } else {
-            InputInOrder bytes(m_input);
-            bytes.Skip(kFileHeaderSize);
-            Walk(bytes);
-        }
+        WalkChunks(m_input, [this](ByteSource& source) { Walk(source); });
         if (m_common.empty()) throw Damaged(m_input, "it has no format.");
         if (!m_hasSound) throw Damaged(m_input, "it has no audio.");
         Describe();

@@ -26,15 +26,7 @@ public:
     explicit WaveScanner(Input& input) : m_input(input) {}
 
     SourceFacts Run() {
-        if (m_input.IsSeekable()) {
-            InputBlocks blocks(m_input);
-            blocks.MoveTo(kFileHeaderSize);
-            Walk(blocks);
-        } else {
-            InputInOrder bytes(m_input);
-            bytes.Skip(kFileHeaderSize);
-            Walk(bytes);
-        }
+        WalkChunks(m_input, [this](ByteSource& source) { Walk(source); });
         if (!m_chunks.format) throw Damaged(m_input, "it has no format.");
         if (!m_chunks.data) throw Damaged(m_input, "it has no audio.");
         DescribeFormat();

@@ -1,5 +1,5 @@
-// Opens a file for writing as programs over the layer do, says "held" and its process, and waits to be ended; or says that it
-// was refused.
+// Opens a file for writing as programs over the layer do, sharing it with nobody, says "held" and its
+// process, and waits to be ended; or says that it was refused.
 #include <unistd.h>
 
 #include <cstdio>
@@ -9,8 +9,8 @@
 
 int main(int argc, char** argv) {
     if (argc != 2) return 2;
-    const UniqueHandle file = TakeFile(CreateFileA(argv[1], GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
-                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const UniqueHandle file = TakeFile(CreateFileA(argv[1], GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                                                   OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file) {
         std::puts("refused");
         return 0;
