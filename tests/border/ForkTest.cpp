@@ -21,11 +21,7 @@
 namespace {
 
 constexpr size_t kFrames = 3000;
-#ifdef __SANITIZE_ADDRESS__
-constexpr int kForks = 30;  // of a process with its shadow memory, each takes a second
-#else
 constexpr int kForks = 200;
-#endif
 constexpr size_t kLong = 300000;  // frames, more than a graph decodes ahead
 
 // The exit code of a child that runs `work`, which is to return 0; -1 if it hangs or dies. It leaves by
@@ -82,6 +78,9 @@ protected:
 };
 
 TEST_F(Fork, AChildReadsWhileTheParentsThreadsWereInTheMidstOfIt) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer's own allocator stays locked in a child";
+#endif
     std::atomic<bool> stop = false;
     std::atomic<uint32_t> failed = 0;
     std::vector<std::jthread> threads;
