@@ -132,6 +132,7 @@ size_t SourceFrames::ReadSome(int16_t* buffer, size_t frames) {
 }
 
 bool SourceFrames::EndedEarly() const {
+    if (m_facts.frames && m_position < *m_facts.frames) return true;  // it has become shorter
     if (m_facts.promised) return m_position < *m_facts.promised;
     if (m_facts.IsCut()) return true;
     return !m_facts.audioBytes && m_facts.declaredBytes && m_stream.BytesSeen() < *m_facts.declaredBytes;

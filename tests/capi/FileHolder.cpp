@@ -1,5 +1,5 @@
-// Opens a file for writing as programs over the layer do, sharing it with nobody, says "held" and its
-// process, and waits to be ended; or says that it was refused.
+// Opens a file for itself alone as programs over the layer do, says "held" and its process, and waits to be
+// ended; or says that it was refused.
 #include <unistd.h>
 
 #include <cstdio>
