@@ -17,7 +17,9 @@ bool TakeWish(const vlw_conversion* given, vlw_conversion& wish) {
     if (!given) return true;
     if (given->size < kFirstSize) return false;
     std::memcpy(&wish, given, std::min(given->size, sizeof wish));
-    return (wish.flags & ~kKnownFlags) == 0 && wish.text >= VLW_TEXT_AUTO && wish.text <= VLW_TEXT_UTF8;
+    uint32_t text = 0;  // as a number: a program in C may put any into it
+    std::memcpy(&text, &wish.text, sizeof text);
+    return (wish.flags & ~kKnownFlags) == 0 && text <= VLW_TEXT_UTF8;
 }
 
 }  // namespace

@@ -77,15 +77,7 @@ public:
         m_input.ReadWholeAt(0, header, sizeof header);
         m_isAifc = LoadLE32(header + 8) == ChunkId::kAifc;
         m_facts.container = "AIFF";
-        if (m_input.IsSeekable()) {
-            InputBlocks blocks(m_input);
-            blocks.MoveTo(kFileHeaderSize);
-            Walk(blocks);
-        } else {
-            InputInOrder bytes(m_input);
-            bytes.Skip(kFileHeaderSize);
-            Walk(bytes);
-        }
+        WalkChunks(m_input, [this](ByteSource& source) { Walk(source); });
         if (m_common.empty()) throw Damaged(m_input, "it has no format.");
         if (!m_hasSound) throw Damaged(m_input, "it has no audio.");
         Describe();
@@ -161,8 +153,7 @@ private:
 
     // "COMM" counts units. Programs that write to a pipe leave both sizes 0, or out of all bounds.
     void Measure(uint32_t units, uint32_t unitFrames) {
-        constexpr uint32_t kNotTold = 0x7F000000;
-        const bool told = (units != 0 || m_soundBytes == 0u) && units < kNotTold;
+        const bool told = (units != 0 || m_soundBytes == 0u) && !IsOutOfBounds(units);
         if (told && m_facts.unit.bytes != 0)
             m_facts.declaredBytes = uint64_t{units} * m_facts.unit.bytes;
         else if (told)
@@ -176,6 +167,15 @@ private:
             if (told && m_soundBytes) m_facts.audioBytes = std::min(*m_facts.audioBytes, *m_soundBytes);
         }
         CountFrames(m_facts, int64_t{units} * std::max(unitFrames, 1u));
+    }
+
+    // Some count units up to the bound, others bytes, cut down to whole frames.
+    bool IsOutOfBounds(uint32_t units) const {
+        constexpr uint32_t kBound = 0x7F000000;
+        constexpr uint32_t kCutMost = 255;
+        const uint64_t bytes = uint64_t{units} * std::max(m_facts.unit.bytes, 1u);
+        const bool isTrue = m_input.IsSeekable() && *m_input.Size() >= m_facts.audioPlace + bytes;
+        return units >= kBound || (bytes <= kBound && bytes > kBound - kCutMost && !isTrue);
     }
 
     void PutHead() {

@@ -11,7 +11,11 @@
 
 namespace {
 
-constexpr uint32_t kNotTold = 0xFFFFFFFF;  // as a size, by programs that write to a pipe
+// As a size, by programs that write to a pipe. The second is cut down to whole frames, which are 255 bytes at
+// the most.
+constexpr uint32_t kNotTold = 0xFFFFFFFF;
+constexpr uint32_t kNotToldEither = 0x7FFFF000;
+constexpr uint32_t kCutMost = 255;
 constexpr uint32_t kHeldListMost = 64u << 20;
 
 struct WaveChunks {
@@ -26,15 +30,7 @@ public:
     explicit WaveScanner(Input& input) : m_input(input) {}
 
     SourceFacts Run() {
-        if (m_input.IsSeekable()) {
-            InputBlocks blocks(m_input);
-            blocks.MoveTo(kFileHeaderSize);
-            Walk(blocks);
-        } else {
-            InputInOrder bytes(m_input);
-            bytes.Skip(kFileHeaderSize);
-            Walk(bytes);
-        }
+        WalkChunks(m_input, [this](ByteSource& source) { Walk(source); });
         if (!m_chunks.format) throw Damaged(m_input, "it has no format.");
         if (!m_chunks.data) throw Damaged(m_input, "it has no audio.");
         DescribeFormat();
@@ -93,6 +89,8 @@ private:
     // (2) 0 is a size too: nothing is there, or a chain of chunks follows that ends where the file does.
     bool IsNotTold(const Chunk& data) {
         if (data.declared == kNotTold) return true;
+        if (data.declared <= kNotToldEither && data.declared > kNotToldEither - kCutMost)
+            return !m_input.IsSeekable() || *m_input.Size() < data.Content() + data.declared;
         if (data.declared != 0) return false;
         if (m_input.IsSeekable()) return *m_input.Size() > data.Content() && !ChunksFollow(data.Content());
         uint8_t id[4];

@@ -37,8 +37,16 @@ Descriptor::~Descriptor() {
     if (m_number >= 0) close(m_number);
 }
 
+// Never one of the first three: in a program that closed those, what is written to its standard output or
+// read from its input must not meet a file of the library.
 int Descriptor::Take(int number) {
     if (number < 0) return errno;
+    if (number <= STDERR_FILENO) {
+        const int low = std::exchange(number, fcntl(number, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+        const int error = errno;
+        close(low);
+        if (number < 0) return error;
+    }
     if (m_number >= 0) close(m_number);
     m_number = number;
     return 0;

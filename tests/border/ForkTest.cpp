@@ -21,6 +21,7 @@
 namespace {
 
 constexpr size_t kFrames = 3000;
+constexpr int kForks = 200;
 constexpr size_t kLong = 300000;  // frames, more than a graph decodes ahead
 
 // The exit code of a child that runs `work`, which is to return 0; -1 if it hangs or dies. It leaves by
@@ -29,7 +30,7 @@ template <class Work>
 int InChild(Work work, bool wholeEnd = false) {
     const pid_t child = fork();
     if (child == 0) {
-        alarm(20);
+        alarm(60);  // a hang, however busy the machine is
         const int code = work();
         if (wholeEnd) std::exit(code);
         _exit(code);
@@ -77,6 +78,9 @@ protected:
 };
 
 TEST_F(Fork, AChildReadsWhileTheParentsThreadsWereInTheMidstOfIt) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer's own allocator stays locked in a child";
+#endif
     std::atomic<bool> stop = false;
     std::atomic<uint32_t> failed = 0;
     std::vector<std::jthread> threads;
@@ -87,7 +91,7 @@ TEST_F(Fork, AChildReadsWhileTheParentsThreadsWereInTheMidstOfIt) {
         });
     }
     int good = 0;
-    for (int i = 0; i < 200; ++i) {
+    for (int i = 0; i < kForks; ++i) {
         RefPtr<IAC3StreamReader> running = Open(m_long);
         ASSERT_TRUE(running);
         int16_t sample = 0;
@@ -104,22 +108,22 @@ TEST_F(Fork, AChildReadsWhileTheParentsThreadsWereInTheMidstOfIt) {
     }
     stop = true;
     threads.clear();
-    EXPECT_EQ(good, 200);
+    EXPECT_EQ(good, kForks);
     EXPECT_EQ(failed, 0U);
 }
 
 TEST_F(Fork, AReaderOfTheParentOpensAnewInTheChild) {
     const RefPtr<IAC3StreamReader> reader = Open(m_long);
     ASSERT_TRUE(reader);
-    int16_t sample = 0;
+    int16_t frame[2] = {};  // a new open begins with two channels
     uint32_t frames = 0;
-    ASSERT_EQ(reader->Read(&sample, 1, &frames, nullptr), RESULT_OK);
+    ASSERT_EQ(reader->Read(frame, 1, &frames, nullptr), RESULT_OK);
     EXPECT_EQ(InChild([&] {
                   if (reader->Open(m_decoded.Wide().c_str(), OPEN_READ_ONLY) != RESULT_OK) return 1;
-                  return reader->Read(&sample, 1, &frames, nullptr) == RESULT_OK && frames == 1 ? 0 : 2;
+                  return reader->Read(frame, 1, &frames, nullptr) == RESULT_OK && frames == 1 ? 0 : 2;
               }),
               0);
-    EXPECT_EQ(reader->Read(&sample, 1, &frames, nullptr), RESULT_OK);
+    EXPECT_EQ(reader->Read(frame, 1, &frames, nullptr), RESULT_OK);
 }
 
 // The table of this process, for as long as the process; null without one.

@@ -103,7 +103,7 @@ static void all_kinds(void) {
     }
     bytes aiff = make_aiff(2, 9001), mp3 = make_mp3(20, 20 * 1152);
     put_file("a.aiff", aiff);
-    as_the_command(converter, "a.aiff", "AIFF", 0, VLW_NO_TAGS);
+    as_the_command(converter, "a.aiff", "AIFF", 0, 0);
     put_file("mp3.wav", mp3);
     as_the_command(converter, "mp3.wav", "MP3", 0, 0);
     /* Heads of pipes and crashed recorders. */

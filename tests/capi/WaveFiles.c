@@ -245,7 +245,7 @@ bytes contents(const char *path) {
 
 void put_file(const char *path, bytes content) {
     FILE *const file = fopen(path, "wb");
-    CHECK(file && fwrite(content.at, 1, content.size, file) == content.size && fclose(file) == 0);
+    CHECK(file && (content.size == 0 || fwrite(content.at, 1, content.size, file) == content.size) && fclose(file) == 0);
 }
 
 int file_is(const char *path, bytes expected) {
