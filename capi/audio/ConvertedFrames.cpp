@@ -124,7 +124,10 @@ private:
         return done;
     }
 
-    size_t Samples(uint64_t frames) const { return static_cast<size_t>(frames) * m_source.Channels(); }
+    template <class Count>
+    size_t Samples(Count frames) const {
+        return static_cast<size_t>(frames) * m_source.Channels();
+    }
     int64_t KeptFrames() const { return static_cast<int64_t>(m_kept.size() / m_source.Channels()); }
 
     // A source in order gives its frames once, and a failure makes the module begin anew.

@@ -9,7 +9,6 @@
 namespace {
 
 constexpr uint32_t kSound = FourCC("SSND");
-constexpr uint32_t kVersion = FourCC("FVER");
 constexpr size_t kCommonSize = 18;  // of "COMM"; in AIFC the codec's tag follows
 constexpr size_t kCodecTagSize = 4;
 constexpr uint32_t kCommonMost = 1024;    // with the codec's name
