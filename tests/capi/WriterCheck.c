@@ -151,7 +151,7 @@ static void *drain(void *pipe_end) {
 
 static void through_pipe(vlw_writer *writer, uint32_t channels, bytes expected) {
     int ends[2];
-    pthread_t thread;
+    pthread_t thread = 0;
     void *got;
     CHECK(pipe(ends) == 0 && pthread_create(&thread, NULL, drain, &ends[0]) == 0);
     CHECK(vlw_writer_create_fd(writer, ends[1], 0) == VLW_OK);
