@@ -80,12 +80,16 @@ static int other_threads(int *open) {
     for (const struct dirent *entry; (entry = readdir(folder));) {
         char path[300], line[256];
         unsigned long long blocked = 0;
+        int living = 0; /* the system tells nothing of a thread that is ending, and 0 threads beside it */
         if (entry->d_name[0] == '.' || atoi(entry->d_name) == getpid()) continue;
         snprintf(path, sizeof path, "/proc/self/task/%s/status", entry->d_name);
         FILE *const file = fopen(path, "r");
-        while (file && fgets(line, sizeof line, file))
+        while (file && fgets(line, sizeof line, file)) {
+            (void)sscanf(line, "Threads: %d", &living);
             if (sscanf(line, "SigBlk: %llx", &blocked) == 1) break;
+        }
         if (file) fclose(file);
+        if (living == 0) continue;
         ++count;
         /* All but 9 and 19, which nobody can block, and 32 and 33, which are the C library's. */
         if ((blocked | 1ull << 8 | 1ull << 18 | 1ull << 31 | 1ull << 32) != UINT64_MAX) ++*open;

@@ -102,7 +102,8 @@ static void in_use(vlw_reader *reader, const char *holder, const sound *made) {
     FILE *told = popen(command, "r");
     CHECK(told && fgets(line, sizeof line, told) && same(line, "held\n"));
     CHECK(failed(reader, vlw_reader_open(reader, path), VLW_IN_USE, 0, path));
-    CHECK(kill(atoi(fgets(line, sizeof line, told) ? line : "0"), SIGTERM) == 0);
+    const int process = fgets(line, sizeof line, told) ? atoi(line) : 0;
+    CHECK(process > 1 && kill(process, SIGTERM) == 0);
     pclose(told);
     CHECK(vlw_reader_open(reader, path) == VLW_OK && reads_as(reader, made->samples, 0, made->frames, 100, VLW_END));
     told = popen(command, "r");
