@@ -132,7 +132,7 @@ void Writer::CreateAt(int number, uint32_t flags) {
     Start(ToDescriptor(std::move(descriptor), {}), plan, {});
 }
 
-void Writer::CreateStream(std::shared_ptr<const CallerStream> stream, uint32_t flags) {
+void Writer::CreateStream(const std::shared_ptr<const CallerStream>& stream, uint32_t flags) {
     Begin(flags);
     if (!stream || !stream->CanWrite())
         throw Failure(VLW_BAD_ARGUMENT, "A target needs a stream with `write`.");

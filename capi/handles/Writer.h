@@ -25,7 +25,7 @@ public:
     // Begin a file in place of one that isn't finished. Throw Failure, and there is none then.
     void CreateFile(const std::string& path, uint32_t flags);
     void CreateAt(int descriptor, uint32_t flags);
-    void CreateStream(std::shared_ptr<const CallerStream> stream, uint32_t flags);
+    void CreateStream(const std::shared_ptr<const CallerStream>& stream, uint32_t flags);
     void CreateInMemory(uint32_t flags);
 
     // Take all frames or throw Failure, and then the file can only be dropped.

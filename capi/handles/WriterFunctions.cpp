@@ -60,7 +60,7 @@ vlw_code vlw_writer_create_stream(vlw_writer* writer, const vlw_stream* stream, 
     } catch (...) {
         return Guarded(writer, [] { return VLW_NO_MEMORY; });
     }
-    return Do(writer, [&](Writer& work) { work.CreateStream(std::move(taken), flags); });
+    return Do(writer, [&](Writer& work) { work.CreateStream(taken, flags); });
 }
 
 vlw_code vlw_writer_create_memory(vlw_writer* writer, uint32_t flags) {

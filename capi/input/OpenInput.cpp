@@ -33,7 +33,7 @@ UniqueHandle KeepFromWriters(const std::string& path, const Descriptor& file) {
     return kept;
 }
 
-std::unique_ptr<Input> InOrder(Descriptor source, std::string name) {
+std::unique_ptr<Input> InOrder(Descriptor source, const std::string& name) {
     const auto shared = std::make_shared<const Descriptor>(std::move(source));
     return std::make_unique<OrderedInput>(
         [shared, name](void* buffer, size_t count) {

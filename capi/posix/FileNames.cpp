@@ -40,7 +40,8 @@ int Resolve(std::string& path) {
         if (size < 0) return 0;  // no link: what else is wrong shows when the file is made
         if (static_cast<size_t>(size) == sizeof target) return ENAMETOOLONG;
         const std::string next(target, static_cast<size_t>(size));
-        path = next.starts_with('/') ? next : FolderOf(path) + '/' + next;
+        path = next.starts_with('/') ? std::string() : FolderOf(path) + '/';
+        path += next;
     }
     return ELOOP;
 }

@@ -77,7 +77,7 @@ protected:
     LoadedModule m_module{VL_MODULE};
 };
 
-TEST_F(Fork, AChildReadsWhileTheParentsThreadsWereInTheMidstOfIt) {
+TEST_F(Fork, AChildReadsWhateverOthersOfTheParentWereInTheMidstOf) {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "the sanitizer's own allocator stays locked in a child";
 #endif
