@@ -41,7 +41,7 @@ private:
         std::unique_ptr<Input> input;  // for looking, beside the editor
         SourceFacts facts;
         RefPtr<vlacwav3::IAC3MetadataEditor> editor;
-        vlw_text text;
+        vlw_text text = VLW_TEXT_AUTO;
         Tags before;
         vlw_tags tags;  // the program's
     };

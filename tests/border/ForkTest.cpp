@@ -165,7 +165,7 @@ TEST_F(Fork, AChildHasAModuleTableOfItsOwnWithWhatTheParentsHeld) {
     words[0] = 0;
 }
 
-TEST(ForkPass, AForkWaitsForOtherThreadsThatHaveOneButNotForItself) {
+TEST(ForkPass, AForkWaitsForOthersThatHaveOneButNotForItself) {
     using Clock = std::chrono::steady_clock;
     constexpr std::chrono::milliseconds kWhile(200);
     std::atomic<bool> inside = false;
