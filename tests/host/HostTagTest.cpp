@@ -83,8 +83,7 @@ TEST_F(HostTag, AFileThatCannotBeChangedFailsAndTheOthersGoOn) {
     WriteImage("late.wav", WavImage().Chunk("bext", "xx").Fmt(1, 1, 8000, 16).Data({1, 2, 3}));
     const RunResult run =
         Vlwav("tag --json --set genre=Folk locked.wav missing.wav wide.wav cut.wav late.wav");
-    for (const char* line :
-         {"locked.wav: Permission denied", "missing.wav: No such file"})
+    for (const char* line : {"locked.wav: Permission denied", "missing.wav: No such file"})
         ExpectEnd(run, 1, line);
     const json array = json::parse(run.out);
     ASSERT_EQ(array.size(), 5u);
