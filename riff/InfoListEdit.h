@@ -15,7 +15,7 @@
 #include "riff/InfoChunks.h"
 
 struct InfoChange {
-    uint32_t id;
+    uint32_t id = 0;
     std::optional<std::string> bytes;  // the entry's new content; nothing: it goes
 };
 
