@@ -55,10 +55,7 @@ vlw_code Converter::Run(const char* source, const char* target, const vlw_conver
     m_reader.SetOutput(0, 0);
     m_reader.SetText(wish.text);
     m_reader.Open(OpenPath(source));  // (1)
-    if (m_reader.Facts().IsCut() && !(wish.flags & VLW_PARTIAL)) {
-        const Failure reason = m_reader.CutReason();
-        throw Failure(VLW_DAMAGED, reason.what(), reason.Path());
-    }
+    if (m_reader.Facts().IsCut() && !(wish.flags & VLW_PARTIAL)) RefuseCut();
     const AudioFormatInfo format = ChooseTarget(wish);  // (2)
     SetUp(format, wish);
     m_writer.CreateFile(target, wish.flags & (VLW_OVERWRITE | VLW_LOSSY));
@@ -81,6 +78,11 @@ vlw_code Converter::Run(const char* source, const char* target, const vlw_conver
     return end;
 }
 
+void Converter::RefuseCut() const {
+    const Failure reason = m_reader.CutReason();
+    throw Failure(VLW_DAMAGED, reason.what(), reason.Path());
+}
+
 void Converter::Forget() noexcept {
     m_notes.clear();
     m_made.reset();
@@ -98,7 +100,7 @@ AudioFormatInfo Converter::ChooseTarget(const vlw_conversion& wish) const {
     if (!Fulfils(format, wanted))
         throw Failure(VLW_UNSUPPORTED, DescribeFormat(wanted) + " can't be written; the nearest format is " +
                                            DescribeFormat(format) + '.');
-    if (!CanMix(facts.channels, format.channels))
+    if (!CanMix(facts.channels, format.channels, facts.channelMask))
         throw Failure(VLW_UNSUPPORTED, std::to_string(format.channels) + " channels can't be made of " +
                                            std::to_string(facts.channels) + "; one can.");
     return format;
@@ -132,10 +134,7 @@ vlw_code Converter::Copy(const vlw_conversion& wish) {
         size_t got = 0;
         code = m_reader.Read(block.data(), kBlockFrames, got);
         m_writer.Write(block.data(), got);
-        if (code == VLW_CUT && !(wish.flags & VLW_PARTIAL)) {
-            const Failure reason = m_reader.CutReason();
-            throw Failure(VLW_DAMAGED, reason.what(), reason.Path());
-        }
+        if (code == VLW_CUT && !(wish.flags & VLW_PARTIAL)) RefuseCut();
         if (code != VLW_OK) {
             const int64_t all = total != VLW_UNKNOWN ? total : InSourceFrames(m_reader.Position());
             progress.TellNow(all, all);

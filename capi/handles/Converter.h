@@ -29,6 +29,7 @@ public:
     const std::string& Notes() const { return m_notes; }
 
 private:
+    [[noreturn]] void RefuseCut() const;
     AudioFormatInfo ChooseTarget(const vlw_conversion& wish) const;
     void SetUp(const AudioFormatInfo& format, const vlw_conversion& wish);
     vlw_code Copy(const vlw_conversion& wish);

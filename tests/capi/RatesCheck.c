@@ -130,11 +130,18 @@ static void mixes(vlw_reader *reader) {
     sound made = make_sound(EXTENSIBLE_16, 48000, 6, 10);
     snprintf(s_where, sizeof s_where, "speakers");
     const struct { uint32_t mask; vlw_code expected; } masks[] = {{0x3F, VLW_OK}, {0x60F, VLW_OK}, {0, VLW_OK}, {0x137, VLW_UNSUPPORTED}, {0xFF, VLW_UNSUPPORTED}};
-    CHECK_AT(set_output(reader, 0, 2) == VLW_OK);
+    vlw_conversion stereo = {.size = sizeof stereo, .channels = 2};
+    vlw_converter *converter = NULL;
+    CHECK_AT(vlw_converter_new(NULL, &converter) == VLW_OK && set_output(reader, 0, 2) == VLW_OK);
     for (size_t i = 0; i < sizeof masks / sizeof *masks; ++i) {
         put_le32(made.file + 40, masks[i].mask);
         CHECK_AT(vlw_reader_open_memory(reader, made.file, made.size) == masks[i].expected);
+        FILE *const file = fopen("speakers.wav", "wb");
+        CHECK_AT(file && fwrite(made.file, 1, made.size, file) == made.size && fclose(file) == 0);
+        CHECK_AT(vlw_converter_run(converter, "speakers.wav", "stereo.wav", &stereo) == masks[i].expected);
+        CHECK_AT((remove("stereo.wav") == 0) == (masks[i].expected == VLW_OK) && remove("speakers.wav") == 0);
     }
+    vlw_converter_free(converter);
     free_sound(&made);
     CHECK_AT(set_output(reader, 0, 0) == VLW_OK);
 }
