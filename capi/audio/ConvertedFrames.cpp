@@ -19,7 +19,6 @@ constexpr uint32_t kBytesPerSample = 2;
 constexpr size_t kMostAtOnce = size_t{1} << 14;  // frames; what they are made of is kept until all came
 constexpr size_t kDropped = 4096;                // samples in a block that nobody wants
 constexpr int64_t kRunIn = 64;                   // source frames; the filter reaches 16 to each side
-constexpr int64_t kLeast = 48;                   // source frames that the converter needs to begin as usual
 constexpr int64_t kMoveFirst = -1;
 
 constexpr size_t kHeadSize = kFileHeaderSize + kChunkHeaderSize + kPcmFormatSize + kChunkHeaderSize;
@@ -115,9 +114,10 @@ private:
         }
         // A source shorter than the filter's beginning gets silence after it.
         const int64_t here = start + static_cast<int64_t>(done);
-        if (m_end && *m_end < kLeast && here >= *m_end && here < kLeast && m_begin == 0) {
-            const auto silence =
-                static_cast<size_t>(std::min<int64_t>(static_cast<int64_t>(frames - done), kLeast - here));
+        if (m_end && *m_end < kLeastSourceFrames && here >= *m_end && here < kLeastSourceFrames &&
+            m_begin == 0) {
+            const auto silence = static_cast<size_t>(
+                std::min<int64_t>(static_cast<int64_t>(frames - done), kLeastSourceFrames - here));
             std::fill_n(buffer + done * channels, silence * channels, int16_t{0});
             done += silence;
         }

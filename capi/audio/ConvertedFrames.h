@@ -15,6 +15,9 @@ struct ConversionTarget {
     uint32_t channels;
 };
 
+// The converter needs so many source frames to begin as usual; of a source that has fewer, silence follows.
+inline constexpr int64_t kLeastSourceFrames = 48;
+
 // How many frames come of so many source frames.
 int64_t ConvertedLength(int64_t frames, uint32_t fromRate, uint32_t toRate);
 

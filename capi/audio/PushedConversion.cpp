@@ -4,12 +4,13 @@
 #include <cmath>
 
 #include "capi/ModuleFailure.h"
+#include "capi/audio/ConvertedFrames.h"
 
 namespace {
 
 constexpr uint32_t kBytesPerSample = 2;
 constexpr uint32_t kBlockFrames = 1024;
-constexpr size_t kLeast = 48;         // frames that the reader needs to begin as usual
+constexpr size_t kLeast = kLeastSourceFrames;
 constexpr double kRatioError = 1e-4;  // frames, of so few
 // What the reader takes in beyond what a block needs: a staged block, 32 frames of the filter to begin with,
 // and some for the rounding.
