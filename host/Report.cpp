@@ -28,9 +28,8 @@ void Complain(const std::string& file, const std::exception& failure) {
     Complain(file, Printable(ReasonOf(failure, file)));
 }
 
-void ComplainOfCut(const std::string& file, int64_t frames, int64_t promised) {
-    Complain(file, fmt::format("Warning: the file seems cut off, {} of the promised {} frames came.", frames,
-                               promised));
+std::string Exists(const std::string& output) {
+    return fmt::format("{} is there already; choose another name or use --overwrite.", Printable(output));
 }
 
 std::string Duration(int64_t frames, uint32_t rate) {
