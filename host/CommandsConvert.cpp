@@ -147,7 +147,10 @@ public:
     ExitCode Run(size_t threads) {
         {
             std::vector<std::jthread> workers;
-            for (size_t i = 1; i < threads; ++i) workers.emplace_back([this] { Work(); });
+            try {
+                for (size_t i = 1; i < threads; ++i) workers.emplace_back([this] { Work(); });
+            } catch (const std::exception&) {  // the work is done by fewer
+            }
             Work();
         }
         if (m_outputFailure) std::rethrow_exception(m_outputFailure);
@@ -157,6 +160,14 @@ public:
 
 private:
     void Work() {
+        try {
+            WorkOff();
+        } catch (const std::exception& failure) {
+            m_failed = true;
+            Report::Complain("", failure);
+        }
+    }
+    void WorkOff() {
         Worker worker(m_rules);
         for (size_t i = m_next++; i < m_jobs.size(); i = m_next++) {
             try {

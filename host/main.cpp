@@ -203,10 +203,10 @@ int main(int argc, char** argv) {
         Signals::Watch();
         return Run(argc, argv);
     } catch (const UsageFailure& failure) {
-        Report::Complain("", failure.what());
+        Report::Complain("", failure);
         return EXIT_USAGE;
     } catch (const std::exception& failure) {
-        Report::Complain("", failure.what());
+        Report::Complain("", failure);
         return EXIT_FAILED;
     }
 }
