@@ -52,9 +52,8 @@ uint32_t FramesOf(int64_t time, uint32_t rate) {
 
 std::u16string FolderOfModule() {
     char16_t path[kPathUnits] = {};
-    GetModuleFileNameW(GetModuleInstance(), path, kPathUnits);
-    const std::u16string_view whole(path);
-    return std::u16string(whole.substr(0, whole.rfind(u'/')));
+    VlGetModuleFolder(GetModuleInstance(), path, kPathUnits);
+    return path;
 }
 
 // For the steps of Close: an exception in one doesn't stop those after it.

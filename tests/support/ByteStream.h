@@ -10,7 +10,7 @@
 #include "platform/base/Types.h"
 #include "platform/com/Stream.h"
 
-class ByteStream final : public IStream {
+class ByteStream : public IStream {
 public:
     explicit ByteStream(std::vector<uint8_t> bytes) : m_bytes(std::move(bytes)) {}
 
