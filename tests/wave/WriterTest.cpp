@@ -193,14 +193,16 @@ TEST(Writer, StatesGiveTheirCodes) {
     EXPECT_EQ(writer->Write(frame, 1, &accepted), RESULT_NOT_OPEN);
     EXPECT_EQ(file.Bytes().size(), kHeader);
 
-    // Without a selection the file of the last format stands; with one that exists, nothing changes.
+    // An Open that fails changes nothing in a file that exists; a new one gets the header of no format.
     EXPECT_EQ(writer->SelectFormat(kMono8At8000), RESULT_OK);
     const Bytes before = file.Bytes();
     EXPECT_EQ(writer->Open(file.Wide().c_str(), 0), RESULT_FAILED);
-    EXPECT_EQ(file.Bytes(), before);
     EXPECT_EQ(writer->Write(frame, 1, &accepted), RESULT_WRITE_FAILED);
     EXPECT_EQ(NewWriter()->Open(file.Wide().c_str(), OPEN_OVERWRITE), RESULT_FAILED);
-    EXPECT_EQ(file.Bytes().size(), 46U);  // the header of the empty format
+    EXPECT_EQ(file.Bytes(), before);
+    const ScopedFile fresh;
+    EXPECT_EQ(NewWriter()->Open(fresh.Wide().c_str(), OPEN_OVERWRITE), RESULT_FAILED);
+    EXPECT_EQ(fresh.Bytes().size(), 46U);
 }
 
 TEST(Writer, TheNextOpenCompletesTheFileAndALaterSelectionDoesNotReachIt) {
