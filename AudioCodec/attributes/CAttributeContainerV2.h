@@ -102,7 +102,7 @@ private:
 
     uint32_t m_refCount = 0;
     bool m_isGoing = false;  // in the destructor: takes no interface any more
-    RecursiveLock m_lock;  // guards everything here
+    RecursiveLock m_lock;    // guards everything here
     std::map<uint32_t, std::unique_ptr<AttributeValue>> m_attributes;
     Holders m_interfaces;  // in order of addition
 };
