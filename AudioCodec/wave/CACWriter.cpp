@@ -169,8 +169,9 @@ Result CACWriter::CompleteFile() {
         return RESULT_OK;
     });
     // Whatever failed above: the sizes in the header are true only after this.
+    const Result written = m_wave.WriteChanges();
     m_wave.CloseFile();
-    return completed;
+    return completed == RESULT_OK ? written : completed;
 }
 
 void CACWriter::StoreTags() {
