@@ -76,15 +76,22 @@ TEST(Save, FilesOfMoreThan4GiB) {
     Save(file, kOld);
     EXPECT_EQ(count.BytesWritten(), 0u) << "audio after 4 GiB";
 
-    const WavImage head = Pcm().Chunk("data", kAudio).Header("bext", 0xFFFFFFF0);
-    WriteSparse(file, head, head.Image().size() + uint64_t{0xFFFFFFF0}, None().Chunk("bext", ""));
-    Save(file, kOld);
-    CWaveFile wave;
-    ASSERT_EQ(wave.OpenForReading(file.Wide().c_str(), true), RESULT_OK);
-    EXPECT_EQ(wave.Chunks(), kOld);
-    std::string riff(8, '\0');
-    std::ifstream(file.Path(), std::ios::binary).read(riff.data(), 8);
-    EXPECT_EQ(Number(riff, 4), 0xFFFFFFFFu);
+    // The last of the even sizes that leave room for a list of 38 bytes, though not for its copy; and the
+    // next.
+    for (const uint32_t size : {0xFFFFFFACu, 0xFFFFFFAEu}) {
+        const Tags& fresh = kNewTags[3];
+        WriteSparse(file, Pcm().Header("data", size), 44 + uint64_t{size},
+                    None().Chunk("LIST", ListOf(kOld)));
+        const WithFaults bytes({.flushes = false});
+        Save(file, fresh);
+        EXPECT_EQ(bytes.BytesWritten() != 0, size == 0xFFFFFFACu);
+        CWaveFile wave;
+        ASSERT_EQ(wave.OpenForReading(file.Wide().c_str(), true), RESULT_OK);
+        EXPECT_EQ(wave.Chunks(), size == 0xFFFFFFACu ? fresh : kOld);
+        std::string riff(8, '\0');
+        std::ifstream(file.Path(), std::ios::binary).read(riff.data(), 8);
+        EXPECT_EQ(Number(riff, 4), size == 0xFFFFFFACu ? std::filesystem::file_size(file.Path()) - 8 : 0u);
+    }
 }
 
 TEST(Save, CostsTheSameForAFileOf500MB) {

@@ -65,6 +65,8 @@ bool CTagSave::Plan(uint64_t entries) {
     // The tail will be a chunk by then: with a header in front, and a pad byte after it if it is odd.
     m_end = m_layout.End() + (tail == 0 ? 0 : kChunkHeaderSize + tail + (tail & 1));
     m_place = m_layout.EndsWithList() ? m_layout.Last().offset : m_end;
+    // The RIFF size has 32 bits. The copy alone may reach further, for as long as it stands.
+    if (m_place + list > kLargestNumber) return false;
     m_copyAt = m_place == m_end ? m_end : FindCopyPlace(m_end, m_place + list);
     // The filler of step 2 spans all of this, and a header's size has 32 bits.
     return m_copyAt - m_place <= kLargestNumber;

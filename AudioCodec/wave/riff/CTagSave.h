@@ -13,8 +13,8 @@
 //
 // Decisions: the size of a last chunk that lies is set right. Bytes at the end that are no chunk go into a
 // JUNK chunk; if they are more than 1 MiB, or if a number doesn't fit into 32 bits, the file is left as it
-// was. What an interrupted save left without an id at the end of the file is cut away. In a file above 4 GiB
-// the RIFF size is the largest there is.
+// was; so is one that would end up longer than 4 GiB. What an interrupted save left without an id at the end
+// of the file is cut away.
 #pragma once
 
 #include <string>
