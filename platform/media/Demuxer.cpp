@@ -70,7 +70,8 @@ HRESULT Demuxer::Open() {
     // a new one.
     m_io = std::make_unique<ReaderIo>(m_reader, m_honoursPositions, m_stop);
     HRESULT result = OpenFormat();
-    if (SUCCEEDED(result) && !ReadPacket(*m_first)) av_packet_unref(m_first.get());
+    // A file without any packet is one all the same.
+    if (SUCCEEDED(result)) result = ReadPacket(*m_first);
     if (m_stop) result = E_FAIL;  // some read failed for that alone: nothing that came of it can be trusted
     if (FAILED(result)) {
         m_format.reset();
@@ -85,9 +86,8 @@ HRESULT Demuxer::Open() {
 HRESULT Demuxer::OpenFormat() {
     std::array<char, 12> head = {};
     AVIOContext* const io = m_io->Context();
-    if (avio_read(io, std::bit_cast<unsigned char*>(head.data()), int{head.size()}) != int{head.size()}) {
-        return VFW_E_INVALID_FILE_FORMAT;
-    }
+    const int read = avio_read(io, std::bit_cast<unsigned char*>(head.data()), int{head.size()});
+    if (read != int{head.size()}) return ReasonOf(read);
     avio_seek(io, 0, SEEK_SET);  // within its buffer: nothing is asked for twice
     const AVInputFormat* const format = FindFormat({head.data(), head.size()});
     if (!format) return VFW_E_INVALID_FILE_FORMAT;
@@ -95,15 +95,18 @@ HRESULT Demuxer::OpenFormat() {
     const bool isLittleEndian = MakeBigEndian({io->buf_ptr, static_cast<size_t>(io->buf_end - io->buf_ptr)});
     AVFormatContext* context = OrThrow(avformat_alloc_context());
     context->pb = io;
-    if (avformat_open_input(&context, "", format, nullptr) < 0)
-        return VFW_E_INVALID_FILE_FORMAT;  // freed there
+    const int opened = avformat_open_input(&context, "", format, nullptr);
+    if (opened < 0) return ReasonOf(opened);  // freed there
     m_format.reset(context);
+    // A chunk that couldn't be looked for isn't one that is missing.
+    if (FAILED(m_io->Failure())) return m_io->Failure();
     // After the head was read, which may be of any length: this bounds the packets that are tried.
     context->probesize = kBytesForTheHead;
     const ForkPass pass;  // it opens decoders too, under a lock of their library
-    if (avformat_find_stream_info(context, nullptr) < 0) return VFW_E_INVALID_FILE_FORMAT;
+    const int found = avformat_find_stream_info(context, nullptr);
+    if (found < 0) return ReasonOf(found);
     const int stream = av_find_best_stream(context, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
-    if (stream < 0) return VFW_E_INVALID_FILE_FORMAT;
+    if (stream < 0) return ReasonOf(stream);
     m_stream = static_cast<size_t>(stream);
     if (isLittleEndian) {
         AVCodecID& id = context->streams[m_stream]->codecpar->codec_id;
@@ -120,6 +123,12 @@ HRESULT Demuxer::OpenFormat() {
     const int channels = codec.ch_layout.nb_channels;
     const bool known = codec.sample_rate > 0 && codec.sample_rate <= kTimeUnitsPerSecond && channels > 0;
     return known && channels <= kMostChannels ? S_OK : VFW_E_INVALID_FILE_FORMAT;
+}
+
+// What an error of the libraries, in front of the first packet, comes from.
+HRESULT Demuxer::ReasonOf(int error) const {
+    if (FAILED(m_io->Failure())) return m_io->Failure();
+    return error == AVERROR(ENOMEM) ? E_OUTOFMEMORY : VFW_E_INVALID_FILE_FORMAT;
 }
 
 HRESULT Demuxer::Duration(REFERENCE_TIME& duration) const {
@@ -157,6 +166,7 @@ HRESULT Demuxer::MoveTo(int64_t frame, int64_t& place) {
     // (1) The first packet, read by Open, isn't read again: some sources can't.
     if (frame == 0 && m_atStart) return S_OK;
     const std::optional<int64_t> direct = PlaceOf(frame);
+    if (direct) m_io->Resume();
     if (direct && avio_seek(m_format->pb, *direct, SEEK_SET) >= 0) {
         av_packet_unref(m_first.get());
         // (2) What the demuxer had read ahead belongs to the old place.
@@ -175,14 +185,21 @@ HRESULT Demuxer::Next(AVPacket& packet) {
         av_packet_move_ref(&packet, m_first.get());
         return S_OK;
     }
-    return ReadPacket(packet) ? S_OK : S_FALSE;
+    return ReadPacket(packet);
 }
 
-bool Demuxer::ReadPacket(AVPacket& packet) {
+HRESULT Demuxer::ReadPacket(AVPacket& packet) {
     // Between packets the wish to stop is seen here, inside of one by ReaderIo.
-    while (!m_stop && av_read_frame(m_format.get(), &packet) >= 0) {
-        if (packet.stream_index == static_cast<int>(m_stream) && packet.size > 0) return true;
+    while (!m_stop) {
+        const int read = av_read_frame(m_format.get(), &packet);
+        const HRESULT failure = m_io->Failure();
+        if (read == AVERROR(ENOMEM)) return E_OUTOFMEMORY;
+        if (read < 0) return FAILED(failure) ? failure : S_FALSE;
+        // Where a failure tore it, a packet isn't what stands in the file. Of PCM all that came of it is
+        // good.
+        const bool isGood = SUCCEEDED(failure) || IsPlainPcm(Codec().codec_id);
+        if (isGood && packet.stream_index == static_cast<int>(m_stream) && packet.size > 0) return S_OK;
         av_packet_unref(&packet);
     }
-    return false;
+    return S_FALSE;
 }
