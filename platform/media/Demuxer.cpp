@@ -60,10 +60,10 @@ Demuxer::Demuxer(IAsyncReader& reader, bool honoursPositions, const std::atomic<
     : m_reader(reader),
       m_honoursPositions(honoursPositions),
       m_stop(stop),
-      m_first(OrThrow(av_packet_alloc())) {}
+      m_ahead(OrThrow(av_packet_alloc())) {}
 
 HRESULT Demuxer::Open() {
-    av_packet_unref(m_first.get());
+    av_packet_unref(m_ahead.get());
     m_format.reset();
     m_atStart = false;
     // A source that doesn't honour positions still goes back for a read at 0, so each Open begins with
@@ -71,14 +71,14 @@ HRESULT Demuxer::Open() {
     m_io = std::make_unique<ReaderIo>(m_reader, m_honoursPositions, m_stop);
     HRESULT result = OpenFormat();
     // A file without any packet is one all the same.
-    if (SUCCEEDED(result)) result = ReadPacket(*m_first);
+    if (SUCCEEDED(result)) result = ReadPacket(*m_ahead);
     if (m_stop) result = E_FAIL;  // some read failed for that alone: nothing that came of it can be trusted
     if (FAILED(result)) {
         m_format.reset();
         return result;
     }
     // Where the demuxer found the audio: it knows the layout of each format, so nothing is parsed here again.
-    m_dataStart = m_first->size > 0 ? m_first->pos : -1;
+    m_dataStart = m_ahead->size > 0 ? m_ahead->pos : -1;
     m_atStart = true;
     return S_OK;
 }
@@ -168,7 +168,7 @@ HRESULT Demuxer::MoveTo(int64_t frame, int64_t& place) {
     const std::optional<int64_t> direct = PlaceOf(frame);
     if (direct) m_io->Resume();
     if (direct && avio_seek(m_format->pb, *direct, SEEK_SET) >= 0) {
-        av_packet_unref(m_first.get());
+        av_packet_unref(m_ahead.get());
         // (2) What the demuxer had read ahead belongs to the old place.
         avformat_flush(m_format.get());
         m_atStart = false;
@@ -181,24 +181,26 @@ HRESULT Demuxer::MoveTo(int64_t frame, int64_t& place) {
 
 HRESULT Demuxer::Next(AVPacket& packet) {
     m_atStart = false;
-    if (m_first->size > 0) {
-        av_packet_move_ref(&packet, m_first.get());
-        return S_OK;
-    }
-    return ReadPacket(packet);
+    HRESULT result = S_OK;
+    if (m_ahead->size > 0)
+        av_packet_move_ref(&packet, m_ahead.get());
+    else
+        result = ReadPacket(packet);
+    if (result != S_OK || SUCCEEDED(m_io->Failure()) || IsPlainPcm(Codec().codec_id)) return result;
+    // The last packet in front of a failure may be torn by it, and isn't what stands in the file then. Of PCM
+    // all that came of it is good.
+    result = ReadPacket(*m_ahead);
+    if (result != S_OK) av_packet_unref(&packet);
+    return result;
 }
 
 HRESULT Demuxer::ReadPacket(AVPacket& packet) {
     // Between packets the wish to stop is seen here, inside of one by ReaderIo.
     while (!m_stop) {
         const int read = av_read_frame(m_format.get(), &packet);
-        const HRESULT failure = m_io->Failure();
         if (read == AVERROR(ENOMEM)) return E_OUTOFMEMORY;
-        if (read < 0) return FAILED(failure) ? failure : S_FALSE;
-        // Where a failure tore it, a packet isn't what stands in the file. Of PCM all that came of it is
-        // good.
-        const bool isGood = SUCCEEDED(failure) || IsPlainPcm(Codec().codec_id);
-        if (isGood && packet.stream_index == static_cast<int>(m_stream) && packet.size > 0) return S_OK;
+        if (read < 0) return FAILED(m_io->Failure()) ? m_io->Failure() : S_FALSE;
+        if (packet.stream_index == static_cast<int>(m_stream) && packet.size > 0) return S_OK;
         av_packet_unref(&packet);
     }
     return S_FALSE;

@@ -42,7 +42,7 @@ private:
     std::unique_ptr<ReaderIo> m_io;
     UniqueFormatContext m_format;  // null after a failed Open; goes in front of m_io
     size_t m_stream = 0;
-    UniquePacket m_first;      // read by Open, not yet given; empty after that
+    UniquePacket m_ahead;      // read, not yet given; else empty
     int64_t m_dataStart = -1;  // where the first packet's bytes lie in the file, if known
     bool m_atStart = false;    // nothing was given since Open
 };
