@@ -279,6 +279,10 @@ Result CACReader::Seek(uint32_t origin, int64_t offset, int64_t* position) {
     m_staged.Drop();
     if (position) *position = 0;
     if (!m_seeking || IsOfAnotherProcess()) return RESULT_FAILED;
+    return AtBorder(RESULT_FAILED, [&] { return MoveTo(origin, offset, position); });
+}
+
+Result CACReader::MoveTo(uint32_t origin, int64_t offset, int64_t* position) {
     // Media time, in units of 100 ns; the offset of a host counts output frames.
     int64_t target =
         Saturating::Mul(WholeSeconds(offset, static_cast<float>(m_outRate)), kTimeUnitsPerSecond);

@@ -45,26 +45,30 @@ HRESULT AudioDecoder::Open(const CodecDescription& description) {
     return S_OK;
 }
 
-void AudioDecoder::Send(std::span<BYTE> packet) {
-    if (packet.empty()) {
-        avcodec_send_packet(m_context.get(), nullptr);
-        return;
-    }
+HRESULT AudioDecoder::Send(std::span<BYTE> packet) {
     m_packet->data = packet.data();
     m_packet->size = static_cast<int>(packet.size());
-    avcodec_send_packet(m_context.get(), m_packet.get());  // a packet that it refuses is a damaged one
+    m_hasTaken = m_hasTaken || !packet.empty();
+    // A packet that it refuses is a damaged one.
+    const int sent = avcodec_send_packet(m_context.get(), packet.empty() ? nullptr : m_packet.get());
+    return sent == AVERROR(ENOMEM) ? E_OUTOFMEMORY : S_OK;
 }
 
-const AVFrame* AudioDecoder::Receive() {
+HRESULT AudioDecoder::Receive(const AVFrame*& frame) {
+    frame = nullptr;
     // Damage costs frames; the decoder has dropped what was damaged when it tells of it.
     constexpr int kMostFailures = 64;
     for (int failures = 0; failures < kMostFailures;) {
         const int result = avcodec_receive_frame(m_context.get(), m_frame.get());
-        if (result == AVERROR(EAGAIN) || result == AVERROR_EOF) return nullptr;
+        if (result == AVERROR(ENOMEM)) return E_OUTOFMEMORY;
+        if (result == AVERROR(EAGAIN) || result == AVERROR_EOF) break;
         if (result < 0) ++failures;
-        if (result >= 0 && Fits(*m_frame)) return m_frame.get();
+        if (result < 0 || !Fits(*m_frame)) continue;
+        m_hasGiven = true;
+        frame = m_frame.get();
+        break;
     }
-    return nullptr;
+    return S_OK;
 }
 
 // The format was promised when the filters were connected: a damaged frame may show another.

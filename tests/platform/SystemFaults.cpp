@@ -4,8 +4,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdarg>
+#include <limits>
 
 namespace {
 
@@ -20,6 +22,9 @@ struct State {
     size_t written = 0;
 };
 thread_local State t_state;
+
+constexpr int kNoErrors = std::numeric_limits<int>::max();
+std::atomic<int> s_readsUntilErrors = kNoErrors;
 
 template <class Function>
 Function* Next(const char* name) {
@@ -52,6 +57,10 @@ ssize_t Faulty(Function* next, int file, Buffer buffer, size_t size, off_t place
 extern "C" {
 __attribute__((visibility("default"))) ssize_t pread(int file, void* buffer, size_t size, off_t place) {
     static auto* const next = Next<decltype(pread)>("pread");
+    if (s_readsUntilErrors != kNoErrors && s_readsUntilErrors-- <= 0) {
+        errno = EIO;
+        return -1;
+    }
     return Faulty(next, file, buffer, size, place);
 }
 __attribute__((visibility("default"))) ssize_t pwrite(int file, const void* buffer, size_t size,
@@ -97,3 +106,6 @@ int WithFaults::CallsSeen() const { return t_state.calls; }
 int WithFaults::ChangesSeen() const { return t_state.changes; }
 size_t WithFaults::BytesMoved() const { return t_state.moved; }
 size_t WithFaults::BytesWritten() const { return t_state.written; }
+
+WithReadErrors::WithReadErrors(int calls) { s_readsUntilErrors = calls; }
+WithReadErrors::~WithReadErrors() { s_readsUntilErrors = kNoErrors; }

@@ -30,3 +30,12 @@ public:
     size_t BytesMoved() const;  // read or written
     size_t BytesWritten() const;
 };
+
+// Makes pread fail in all threads of the process after so many calls, until the object ends.
+class WithReadErrors {
+public:
+    explicit WithReadErrors(int calls);
+    WithReadErrors(const WithReadErrors&) = delete;
+    WithReadErrors& operator=(const WithReadErrors&) = delete;
+    ~WithReadErrors();
+};
