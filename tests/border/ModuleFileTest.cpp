@@ -43,6 +43,9 @@ TEST(ShippedFiles, ShowTheirOwnPrefixUnderAVersionAndAreHardened) {
             EXPECT_NE(elf.find(mark), std::string::npos) << mark;
         EXPECT_TRUE(std::regex_search(elf, std::regex("GNU_STACK .* RW  *0x10\n")));
     }
+#ifdef _FORTIFY_SOURCE
+    EXPECT_NE(TextOf("nm -D '" VL_MODULE "'").find("_chk@"), std::string::npos);
+#endif
     EXPECT_NE(TextOf("readelf -d '" VL_BUILD "/lib/libvlplatform.so'").find("[libvlplatform.so.3]"),
               std::string::npos);
 }

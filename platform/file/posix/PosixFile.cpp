@@ -12,8 +12,8 @@
 
 namespace {
 
-// No thread is cancelled in the middle: what was opened would stay open, and what is closed is often closed by
-// a destructor, which lets nothing through.
+// No thread is cancelled in the middle: what was opened would stay open, and what is closed is often closed
+// by a destructor, which lets nothing through.
 template <class Call>
 auto Repeat(Call call) {
     const CancellationOff off;
