@@ -10,7 +10,9 @@
 namespace {
 
 constexpr std::chrono::seconds kPatience(5);
-constexpr std::chrono::milliseconds kPause(5);  // between two looks whether it's our turn
+// Between two looks whether it's our turn. Short: who registers again and again leaves gaps that are no
+// longer.
+constexpr std::chrono::milliseconds kPause(1);
 
 // In the head of the database: whose it is, and by which version of the tables. A later version that this
 // code can't read has a greater number.
