@@ -30,7 +30,7 @@ constexpr ReasonRow kReasons[] = {
 std::string PathOf(DWORD which) {
     std::array<char, 4096> path{};
     const DWORD size = VlGetRegistryPath(which, path.data(), path.size());
-    return size != 0 ? path.data() : "the registry of a user without a home folder";
+    return size != 0 ? path.data() : "";
 }
 
 }  // namespace
@@ -39,6 +39,7 @@ Failure RegistryFailure(LONG error, const std::string& what, DWORD which) {
     const auto code = static_cast<DWORD>(error);
     if (code == ERROR_NOT_ENOUGH_MEMORY) throw std::bad_alloc();
     const std::string file = PathOf(which);
+    if (file.empty()) return {VLW_SYSTEM, what + " failed: the user has no home folder for a registry."};
     const std::string start = what + " failed: " + file + ": ";
     for (const ReasonRow& row : kReasons)
         if (row.platform == code) return {row.code, start + row.reason + '.', file};

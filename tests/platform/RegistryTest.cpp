@@ -237,7 +237,7 @@ TEST_F(RegistryPlaces, TheUsersLiesOverTheSystemsWhichShowThroughWhereItHasNothi
 }
 
 TEST_F(RegistryPlaces, AreMadeForTheUserAloneAndTheSystemsForAllToReadWhateverTheMask) {
-    for (const mode_t mask : {0, 077, 0777}) {
+    for (const mode_t mask : {0U, 077U, 0777U}) {
         const mode_t before = umask(mask);
         Enter(VL_REGISTRY_USER, "user");
         Enter(VL_REGISTRY_SYSTEM, "system");
