@@ -8,7 +8,9 @@
 #include "AudioCodec/shell/object/ResultTexts.h"
 #include "AudioCodec/wave/IAC3Writer.h"
 #include "capi/RegisteredModule.h"
+#include "capi/RegistryFailure.h"
 #include "platform/base/LastError.h"
+#include "platform/registry/RegistryTransaction.h"
 
 namespace {
 
@@ -21,6 +23,16 @@ void Require(Result result, const std::string& path) {
     const ResultText* const row = FindResultText(result);
     throw Failure(VLW_NO_MODULE, path + " doesn't work as a codec module: " + (row ? row->text : "it fails."),
                   path);
+}
+
+// ERROR_SUCCESS where the registry has the file at `wanted`, or nothing where that is empty.
+DWORD LookForRegistered(const std::string& wanted) {
+    std::string path;
+    const auto error = static_cast<DWORD>(ReadRegisteredModule(path));
+    if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) return error;
+    std::error_code ignored;
+    const bool found = path == wanted || std::filesystem::equivalent(path, wanted, ignored);
+    return found ? ERROR_SUCCESS : ERROR_GEN_FAILURE;
 }
 
 RefPtr<IAC3Writer> CreateWriter(const Module& module) {
@@ -80,27 +92,26 @@ std::u16string Module::FormatText(uint32_t index, uint32_t language) const {
     return text.Get();
 }
 
-void Module::CallServerExport(const char* name) const {
+// The exports tell nobody what came of it. What failed in the module's own transaction is heard from this one
+// around it, and what the registry has at its end shows whether the module did anything.
+void Module::ChangeRegistry(const char* name, const char* what, bool system,
+                            const std::string& wanted) const {
     const auto call = reinterpret_cast<int32_t (*)()>(m_file.Find(name));
     if (!call) throw Failure(VLW_NO_MODULE, m_path + " can't be registered.", m_path);
-    call();
+    const DWORD which = system ? VL_REGISTRY_SYSTEM : VL_REGISTRY_USER;
+    RegistryTransaction transaction(which);
+    LONG error = transaction.Begun();
+    if (error == 0) {
+        call();
+        error = transaction.End(static_cast<LONG>(LookForRegistered(wanted)));
+    }
+    if (error != 0) throw RegistryFailure(error, what, which);
 }
 
-// The exports tell nobody what came of it, so the registry is asked.
-
-void Module::Register() const {
-    CallServerExport("DllRegisterServer");
-    std::string path;
-    ReadRegisteredModule(path);
-    std::error_code ignored;
-    if (!std::filesystem::equivalent(path, m_path, ignored))
-        throw Failure(VLW_SYSTEM, "The registry could not be written.");
+void Module::Register(bool system) const {
+    ChangeRegistry("DllRegisterServer", "Registering", system, m_path);
 }
 
-void Module::Unregister() const {
-    CallServerExport("DllUnregisterServer");
-    std::string path;
-    const auto found = static_cast<DWORD>(ReadRegisteredModule(path));
-    if (found != ERROR_FILE_NOT_FOUND && found != ERROR_PATH_NOT_FOUND)
-        throw Failure(VLW_SYSTEM, "The registry could not be written.");
+void Module::Unregister(bool system) const {
+    ChangeRegistry("DllUnregisterServer", "Unregistering", system, {});
 }

@@ -38,9 +38,10 @@ public:
 
     vlw_found Found() const { return m_found; }
 
-    // Enter the module into the registry, and take out the one that is there. Throw Failure.
-    void Register() const;
-    void Unregister() const;
+    // Enter the module into the user's registry or the system's, and take out the one that is there. All or
+    // nothing. Throw Failure.
+    void Register(bool system) const;
+    void Unregister(bool system) const;
 
 private:
     struct Place {
@@ -50,7 +51,8 @@ private:
     static Place Find(const char* path);
     static Place FindBeside();
     explicit Module(const Place& place);
-    void CallServerExport(const char* name) const;
+    // Calls an export, after which `wanted` is to be the registered path; empty: none.
+    void ChangeRegistry(const char* name, const char* what, bool system, const std::string& wanted) const;
 
     std::string m_path;
     vlw_found m_found;

@@ -16,20 +16,19 @@ constexpr ErrorRow kErrors[] = {
     {EFBIG, VLW_TOO_LARGE},     {EBUSY, VLW_IN_USE},        {ETXTBSY, VLW_IN_USE},
 };
 
-vlw_code CodeOf(int error) {
+}  // namespace
+
+vlw_code SystemCode(int error) {
     for (const ErrorRow& row : kErrors)
         if (row.system == error) return row.code;
     return VLW_SYSTEM;
 }
 
-// The reason in English, whatever the program's locale is.
-std::string ReasonOf(int error) {
+std::string SystemReason(int error) {
     const char* const text = strerrordesc_np(error);
     return text ? text : "unknown error " + std::to_string(error);
 }
 
-}  // namespace
-
 Failure SystemFailure(int error, const std::string& what, const std::string& path) {
-    return {CodeOf(error), what + " failed: " + ReasonOf(error) + '.', path, error};
+    return {SystemCode(error), what + " failed: " + SystemReason(error) + '.', path, error};
 }

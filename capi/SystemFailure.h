@@ -9,6 +9,10 @@
 // and ends with the system's own reason.
 Failure SystemFailure(int error, const std::string& what, const std::string& path);
 
+// The same apart: the library's code, and the system's reason in English, whatever the program's locale is.
+vlw_code SystemCode(int error);
+std::string SystemReason(int error);
+
 // Throws it where there is an error.
 inline void RequireSystem(int error, const char* doing, const std::string& path) {
     if (error != 0) throw SystemFailure(error, doing + (' ' + (path.empty() ? "the source" : path)), path);

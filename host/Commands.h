@@ -48,6 +48,10 @@ struct TagOptions {
     bool json = false;
 };
 
+struct RegistryOptions {
+    bool system = false;  // the registry of all users, instead of the user's own
+};
+
 // All commands throw a UsageFailure for options that make no sense, before anything is touched, and an
 // OutputFailure when standard output fails.
 
@@ -62,8 +66,8 @@ struct PictureOptions {
 ExitCode RunInfo(const vlw::Module& module, const InfoOptions& options);
 // Enter the module into the registry, or take out the one that is there. Throw Failure where that
 // can't be written.
-ExitCode RunRegister(const vlw::Module& module);
-ExitCode RunUnregister(const vlw::Module& module);
+ExitCode RunRegister(const vlw::Module& module, const RegistryOptions& options);
+ExitCode RunUnregister(const vlw::Module& module, const RegistryOptions& options);
 // Tells which module the other commands take.
 ExitCode RunWhere(const vlw::Module& module);
 // Writes the file's audio as raw signed 16-bit little-endian PCM.

@@ -22,13 +22,15 @@ void Require(const vlw::Module& module, vlw_code code) {
 
 }  // namespace
 
-ExitCode RunRegister(const vlw::Module& module) {
-    Require(module, vlw_module_register(module.get()));
+ExitCode RunRegister(const vlw::Module& module, const RegistryOptions& options) {
+    const auto enter = options.system ? &vlw_module_register_system : &vlw_module_register;
+    Require(module, enter(module.get()));
     return Tell("registered " + Report::Printable(std::string(module.path())));
 }
 
-ExitCode RunUnregister(const vlw::Module& module) {
-    Require(module, vlw_module_unregister(module.get()));
+ExitCode RunUnregister(const vlw::Module& module, const RegistryOptions& options) {
+    const auto takeOut = options.system ? &vlw_module_unregister_system : &vlw_module_unregister;
+    Require(module, takeOut(module.get()));
     return Tell("unregistered");
 }
 

@@ -134,6 +134,12 @@ CLI::App* AddPicture(CLI::App& app, PictureOptions& options) {
     return picture;
 }
 
+CLI::App* AddRegistry(CLI::App& app, const char* name, const char* help, RegistryOptions& options) {
+    CLI::App* command = app.add_subcommand(name, help);
+    command->add_flag("--system", options.system, "The registry of all users, which takes root's rights");
+    return command;
+}
+
 // --help and --version too are output that can fail; all else that parsing ends with is wrong usage.
 ExitCode TellParseEnd(const CLI::App& app, const CLI::ParseError& end) {
     std::ostringstream out;
@@ -162,6 +168,7 @@ ExitCode Run(int argc, char** argv) {
     ConvertOptions convertOptions;
     TagOptions tagOptions;
     PictureOptions pictureOptions;
+    RegistryOptions registryOptions;
     const struct {
         const CLI::App* command;
         std::function<ExitCode(const vlw::Module&)> run;
@@ -178,9 +185,12 @@ ExitCode Run(int argc, char** argv) {
         {AddPicture(app, pictureOptions),
          [&](const vlw::Module& module) { return RunPicture(module, pictureOptions); }},
         // What is to be registered isn't looked for in the registry.
-        {app.add_subcommand("register", "Enter the module beside this program into the registry"),
-         RunRegister, Search::BesideProgram},
-        {app.add_subcommand("unregister", "Take the module out of the registry"), RunUnregister},
+        {AddRegistry(app, "register", "Enter the module beside this program into the registry",
+                     registryOptions),
+         [&](const vlw::Module& module) { return RunRegister(module, registryOptions); },
+         Search::BesideProgram},
+        {AddRegistry(app, "unregister", "Take the module out of the registry", registryOptions),
+         [&](const vlw::Module& module) { return RunUnregister(module, registryOptions); }},
         {app.add_subcommand("where", "Tell which module the other commands take"), RunWhere},
     };
     try {

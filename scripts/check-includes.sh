@@ -16,7 +16,8 @@ platform/file/posix: platform/base/posix
 platform/file: platform/file/posix platform/sync platform/base
 platform/loader/posix: platform/base
 platform/loader: platform/loader/posix platform/sync platform/base
-platform/registry: platform/loader platform/file platform/sync platform/base
+platform/registry/posix:
+platform/registry: platform/registry/posix platform/loader platform/file platform/sync platform/base
 platform/com: platform/registry platform/loader platform/base
 platform/image: platform/com platform/loader platform/file platform/sync platform/base riff
 platform/media: platform/com platform/file platform/sync platform/base riff

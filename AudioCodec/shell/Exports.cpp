@@ -4,11 +4,10 @@
 
 #include "AudioCodec/shell/CPrivateCodecMain.h"
 #include "AudioCodec/shell/ClassIds.h"
+#include "AudioCodec/shell/OwnPath.h"
 #include "AudioCodec/shell/Registration.h"
 #include "AudioCodec/shell/UnloadCleanUp.h"
 #include "AudioCodec/shell/object/Border.h"
-#include "AudioCodec/shell/object/ModuleInstance.h"
-#include "platform/loader/ModulePath.h"
 
 Result vlacwav3::DllVlGetClassObject(const GUID* clsid, const GUID* iid, void** object) {
     if (!object) return RESULT_BAD_ARGUMENT;
@@ -32,9 +31,7 @@ constexpr int32_t kServerDone = 1;  // of both server exports, whatever came of 
 
 int32_t vlacwav3::DllRegisterServer() {
     return AtBorder(kServerDone, [] {
-        char path[1024] = "";
-        GetModuleFileNameA(GetModuleInstance(), path, sizeof(path));
-        Registration::RegisterCodec(CLSID_VlACWav3, path);
+        Registration::RegisterCodec(CLSID_VlACWav3, OwnPath());
         return kServerDone;
     });
 }

@@ -2,13 +2,17 @@
 // static constructors and the detach before all static destructors. Thread notifications don't exist here.
 #include "platform/loader/ModuleEntry.h"
 
+#include "AudioCodec/shell/OwnPath.h"
 #include "AudioCodec/shell/UnloadCleanUp.h"
 #include "AudioCodec/shell/object/ModuleInstance.h"
 
 namespace {
 
 BOOL ModuleEntry(HMODULE instance, DWORD reason, void* /*reserved*/) {
-    if (reason == DLL_PROCESS_ATTACH) SetModuleInstance(instance);
+    if (reason == DLL_PROCESS_ATTACH) {
+        SetModuleInstance(instance);
+        NoteOwnPath(instance);
+    }
     if (reason == DLL_PROCESS_DETACH) {
         // Cleared first: what the clean-up calls must find a module that is on its way out.
         SetModuleInstance(nullptr);

@@ -24,6 +24,13 @@ vlw_code WithLoaded(vlw_module* module, Work&& work) {
     });
 }
 
+vlw_code Change(vlw_module* module, void (Module::*change)(bool) const, bool system) {
+    return WithLoaded(module, [&](const Module& loaded) {
+        (loaded.*change)(system);
+        return VLW_OK;
+    });
+}
+
 }  // namespace
 
 vlw_code vlw_module_load_beside(vlw_module* module) {
@@ -39,18 +46,11 @@ vlw_found vlw_module_found(const vlw_module* module) {
     return loaded ? loaded->Found() : VLW_FOUND_NOT;
 }
 
-vlw_code vlw_module_register(vlw_module* module) {
-    return WithLoaded(module, [](const Module& loaded) {
-        loaded.Register();
-        return VLW_OK;
-    });
-}
-
-vlw_code vlw_module_unregister(vlw_module* module) {
-    return WithLoaded(module, [](const Module& loaded) {
-        loaded.Unregister();
-        return VLW_OK;
-    });
+vlw_code vlw_module_register(vlw_module* module) { return Change(module, &Module::Register, false); }
+vlw_code vlw_module_unregister(vlw_module* module) { return Change(module, &Module::Unregister, false); }
+vlw_code vlw_module_register_system(vlw_module* module) { return Change(module, &Module::Register, true); }
+vlw_code vlw_module_unregister_system(vlw_module* module) {
+    return Change(module, &Module::Unregister, true);
 }
 
 const char* vlw_language(size_t index) {

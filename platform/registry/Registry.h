@@ -1,14 +1,22 @@
-// The registry: keys with values below two roots, kept in one file that all processes of the user share.
-// The file is $VELTO_REGISTRY if that is set, else "velto/registry.db" in $XDG_DATA_HOME or
-// ~/.local/share; it and its folder are made by the first that writes. Each call is whole or has not been,
-// whatever ends the process.
+// The registry: keys with values below two roots, kept in files that processes share. The user's own file is
+// $VELTO_REGISTRY if that is set, and then no other is looked at; else "velto/registry.db" in $XDG_DATA_HOME,
+// or in .local/share of his home folder, which the system knows where $HOME isn't set. It and its folders are
+// made by the first that writes, for the user alone. Over the system's it lies: /etc/velto/registry.db, or
+// $VELTO_SYSTEM_REGISTRY, and "velto/registry.db" in each of $XDG_DATA_DIRS.
+//
+// The first file in this order that has a key or value answers; one that can't be read ends the order. What
+// is changed, and keys with rights to change, are those of the user's file: where something is taken out of
+// it, what the system's has shows through again. A file that is no registry, or one of a later version, stays
+// as it is. Each call is whole or has not been, whatever ends the process; RegistryTransaction.h makes one of
+// several.
 //
 // Names are bytes; the case of ASCII letters in them doesn't count. A path of keys has "\" between its names.
 // All functions return ERROR_SUCCESS or the platform's code: ERROR_FILE_NOT_FOUND where there is no such key
 // or value, ERROR_ACCESS_DENIED without the rights to the file or the key, ERROR_INVALID_PARAMETER for what
 // isn't supported, ERROR_MOD_NOT_FOUND where the database's library isn't installed, ERROR_BAD_PATHNAME for a
-// path with an empty name, ERROR_BUSY when others kept the file busy for too long, ERROR_KEY_DELETED for a
-// key that has been deleted. The last error stays as it is. Any thread; a key's handle may be shared.
+// path with an empty name, ERROR_BUSY when others kept the file busy for 5 seconds, ERROR_KEY_DELETED for a
+// key that has been deleted, ERROR_NOT_REGISTRY_FILE and ERROR_REVISION_MISMATCH for a file that isn't
+// touched. The last error stays as it is. Any thread; a key's handle may be shared.
 #pragma once
 
 #include "platform/base/Types.h"
@@ -41,8 +49,8 @@ VL_PLATFORM_API LONG RegCreateKeyExA(HKEY key, const char* path, DWORD reserved,
                                      DWORD options, REGSAM rights, SECURITY_ATTRIBUTES* security,
                                      HKEY* opened, DWORD* disposition);
 
-// Opens a key that exists. An empty or null path opens `key` itself once more. Rights to change anything need
-// a file that can be written.
+// Opens a key that exists. An empty or null path opens `key` itself once more. With rights to change anything
+// it is the user's own, in a file that can be written.
 VL_PLATFORM_API LONG RegOpenKeyExA(HKEY key, const char* path, DWORD options, REGSAM rights, HKEY* opened);
 
 // Deletes a key with its values; one that has keys below it returns ERROR_ACCESS_DENIED.

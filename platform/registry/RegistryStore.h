@@ -17,6 +17,13 @@ public:
     static constexpr Key kLocalMachine = 2;
 
     virtual ~RegistryStore() = default;
+
+    // From here to End what is done is one transaction, which others see whole or not at all. All its waits
+    // together have the patience of one.
+    virtual DWORD Begin() = 0;
+    // Not `keep`: takes all back. What can't be kept is taken back too.
+    virtual DWORD End(bool keep) = 0;
+
     // A path is names with "\" between them, none of them empty; an empty path is `from` itself.
     virtual DWORD FindKey(Key from, std::string_view path, Key& key) = 0;
     virtual DWORD CreateKey(Key from, std::string_view path, Key& key, bool& created) = 0;
@@ -26,6 +33,6 @@ public:
 };
 
 // What libvlregistry.so exports as "VlOpenRegistryStore": opens the store in the file at `path`, absolute;
-// the file is created only for writing. Throws std::bad_alloc.
+// the file is created only for writing. Doesn't look into it. Throws std::bad_alloc.
 using OpenRegistryStoreFunction = DWORD (*)(const std::string& path, bool forWriting,
                                             std::unique_ptr<RegistryStore>& store);

@@ -1,13 +1,23 @@
 #include "platform/registry/SqliteStore.h"
 
 #include <algorithm>
+#include <thread>
 #include <utility>
 
 #include "platform/base/LastError.h"
+#include "platform/file/ErrorTable.h"
 
 namespace {
 
-constexpr int kPatience = 20000;  // milliseconds
+constexpr std::chrono::seconds kPatience(5);
+// Between two looks whether it's our turn. Short: who registers again and again leaves gaps that are no
+// longer.
+constexpr std::chrono::milliseconds kPause(1);
+
+// In the head of the database: whose it is, and by which version of the tables. A later version that this
+// code can't read has a greater number.
+constexpr int64_t kMark = 0x564C5247;
+constexpr int64_t kVersion = 1;
 
 // Names are compared without regard to the case of A to Z. Values go with their key; a key that still has
 // keys below it can't be deleted, since nothing cascades there.
@@ -24,6 +34,16 @@ constexpr const char* kTables =
     " data BLOB NOT NULL,"
     " PRIMARY KEY(key, name)) WITHOUT ROWID;"
     "INSERT OR IGNORE INTO keys(id, name) VALUES(1, 'HKEY_CLASSES_ROOT'), (2, 'HKEY_LOCAL_MACHINE');";
+
+// How a piece of work begins, and its two ends.
+struct Frame {
+    const char* begin;
+    const char* keep;
+    const char* undo;
+};
+// The right to write is taken at once: two that have read can't both go on to write.
+constexpr Frame kWhole = {"BEGIN IMMEDIATE", "COMMIT", "ROLLBACK"};
+constexpr Frame kPart = {"SAVEPOINT part", "RELEASE part", "ROLLBACK TO part; RELEASE part"};
 
 struct ErrorRow {
     int database;
@@ -42,7 +62,7 @@ constexpr ErrorRow kErrors[] = {
     {SQLITE_FULL, ERROR_DISK_FULL},
     {SQLITE_IOERR, ERROR_REGISTRY_IO_FAILED},
     {SQLITE_CORRUPT, ERROR_REGISTRY_CORRUPT},
-    {SQLITE_NOTADB, ERROR_REGISTRY_CORRUPT},
+    {SQLITE_NOTADB, ERROR_NOT_REGISTRY_FILE},
     {SQLITE_CONSTRAINT, ERROR_KEY_DELETED},  // what it would belong to is gone
 };
 
@@ -114,27 +134,104 @@ DWORD SqliteStore::Open(const std::string& path, bool forWriting) {
     const int error = sqlite3_open_v2(path.c_str(), &database, flags, nullptr);
     // Also after a failure there is a connection, which has to be closed.
     m_database.reset(database);
-    if (error != SQLITE_OK) return ErrorFromDatabase(error);
-    sqlite3_busy_timeout(database, kPatience);
+    if (error != SQLITE_OK) {
+        const int reason = database ? sqlite3_system_errno(database) : 0;
+        return reason != 0 ? ErrorFromErrno(reason) : ErrorFromDatabase(error);
+    }
+    sqlite3_busy_handler(database, &WaitForTurn, this);
     if (!forWriting) return ERROR_SUCCESS;
     if (sqlite3_db_readonly(database, "main")) return ERROR_ACCESS_DENIED;
     // Each connection has to ask for them, and without them a deleted key would leave its values.
-    if (const DWORD failed = Run("PRAGMA foreign_keys = ON")) return failed;
-    // The tables are asked for before they are made, so that opening a store in use doesn't wait for a
-    // turn to write.
-    const DWORD found = Run("SELECT 1 FROM entries LIMIT 0");
-    return found == ERROR_FILE_NOT_FOUND ? Transact([&] { return Run(kTables); }) : found;
+    return Run("PRAGMA foreign_keys = ON");
+}
+
+// One patience for all waits of a transaction, its end included.
+void SqliteStore::StartWaiting() {
+    if (!m_inTransaction) m_patienceEnds = std::chrono::steady_clock::now() + kPatience;
+}
+
+int SqliteStore::WaitForTurn(void* store, int /*looks*/) {
+    if (std::chrono::steady_clock::now() >= static_cast<SqliteStore*>(store)->m_patienceEnds) return 0;
+    std::this_thread::sleep_for(kPause);
+    return 1;
+}
+
+// Anything but a registry of a version that is known, or an empty database, is somebody else's.
+DWORD SqliteStore::Recognise(bool& marked) {
+    Statement head(m_database.get(),
+                   "SELECT application_id, user_version, (SELECT group_concat(name) FROM"
+                   " (SELECT name FROM sqlite_master WHERE name NOT GLOB 'sqlite_*' ORDER BY name))"
+                   " FROM pragma_application_id, pragma_user_version");
+    if (head.Step() != SQLITE_ROW) return Failure();
+    const int64_t mark = head.Number(0);
+    const int64_t version = head.Number(1);
+    const std::string tables = head.Bytes(2);
+    marked = mark == kMark;
+    if (marked) return version > kVersion ? ERROR_REVISION_MISMATCH : ERROR_SUCCESS;
+    // Registries were without marks once; they are known by their tables.
+    const bool ours = mark == 0 && version == 0 && (tables.empty() || tables == "entries,keys");
+    return ours ? ERROR_SUCCESS : ERROR_NOT_REGISTRY_FILE;
+}
+
+DWORD SqliteStore::MakeTables() {
+    return Run((kTables + ("PRAGMA application_id = " + std::to_string(kMark)) +
+                "; PRAGMA user_version = " + std::to_string(kVersion))
+                   .c_str());
+}
+
+DWORD SqliteStore::BeginWriting() {
+    if (const DWORD error = Run(kWhole.begin)) return error;
+    // Looked at under the lock: before it, another version may have been here.
+    bool marked = false;
+    DWORD error = Recognise(marked);
+    if (error == ERROR_SUCCESS && !marked) error = MakeTables();
+    if (error != ERROR_SUCCESS) Run(kWhole.undo);
+    return error;
+}
+
+// After grave errors the database takes back the whole by itself; what came now would stand alone.
+DWORD SqliteStore::BeginPart() {
+    return sqlite3_get_autocommit(m_database.get()) ? ERROR_REGISTRY_IO_FAILED : Run(kPart.begin);
+}
+
+DWORD SqliteStore::Begin() {
+    const std::lock_guard lock(m_lock);
+    StartWaiting();
+    const DWORD error = BeginWriting();
+    m_inTransaction = error == ERROR_SUCCESS;
+    return error;
+}
+
+DWORD SqliteStore::End(bool keep) {
+    const std::lock_guard lock(m_lock);
+    m_inTransaction = false;
+    if (sqlite3_get_autocommit(m_database.get())) return keep ? ERROR_REGISTRY_IO_FAILED : ERROR_SUCCESS;
+    const DWORD error = Run(keep ? kWhole.keep : kWhole.undo);
+    // The transaction is still open then.
+    if (keep && error != ERROR_SUCCESS) Run(kWhole.undo);
+    return error;
 }
 
 template <class Work>
 DWORD SqliteStore::Transact(Work work) {
-    // The right to write is taken at once: two that have read can't both go on to write.
-    if (const DWORD error = Run("BEGIN IMMEDIATE")) return error;
+    const std::lock_guard lock(m_lock);
+    StartWaiting();
+    const Frame& frame = m_inTransaction ? kPart : kWhole;
+    if (const DWORD error = m_inTransaction ? BeginPart() : BeginWriting()) return error;
     DWORD error = work();
-    if (error == ERROR_SUCCESS) error = Run("COMMIT");
+    if (error == ERROR_SUCCESS) error = Run(frame.keep);
     // After a COMMIT that failed too: the transaction is still open then, and the next one couldn't begin.
-    if (error != ERROR_SUCCESS) Run("ROLLBACK");
+    if (error != ERROR_SUCCESS) Run(frame.undo);
     return error;
+}
+
+template <class Work>
+DWORD SqliteStore::Look(Work work) {
+    const std::lock_guard lock(m_lock);
+    StartWaiting();
+    bool marked = false;
+    const DWORD error = Recognise(marked);
+    return error == ERROR_SUCCESS ? work() : error;
 }
 
 DWORD SqliteStore::FindChild(Key parent, std::string_view name, Key& key) {
@@ -161,12 +258,10 @@ DWORD SqliteStore::Walk(Key from, std::string_view path, Key& key) {
 }
 
 DWORD SqliteStore::FindKey(Key from, std::string_view path, Key& key) {
-    const std::lock_guard lock(m_lock);
-    return Walk(from, path, key);
+    return Look([&] { return Walk(from, path, key); });
 }
 
 DWORD SqliteStore::CreateKey(Key from, std::string_view path, Key& key, bool& created) {
-    const std::lock_guard lock(m_lock);
     return Transact([&] {
         created = false;
         while (!path.empty()) {
@@ -182,7 +277,6 @@ DWORD SqliteStore::CreateKey(Key from, std::string_view path, Key& key, bool& cr
 }
 
 DWORD SqliteStore::DeleteKey(Key from, std::string_view path) {
-    const std::lock_guard lock(m_lock);
     return Transact([&] {
         Key key = 0;
         if (const DWORD error = Walk(from, path, key)) return error;
@@ -194,22 +288,23 @@ DWORD SqliteStore::DeleteKey(Key from, std::string_view path) {
 }
 
 DWORD SqliteStore::SetValue(Key key, std::string_view name, DWORD type, std::string_view data) {
-    const std::lock_guard lock(m_lock);
-    // One statement is a transaction by itself. It waits for its turn like the others.
-    Statement statement(m_database.get(), "INSERT OR REPLACE INTO entries VALUES(?, ?, ?, ?)");
-    const int result = statement.Bind(key).BindText(name).Bind(type).BindBytes(data).Step();
-    return result == SQLITE_DONE ? ERROR_SUCCESS : Failure();
+    return Transact([&] {
+        Statement statement(m_database.get(), "INSERT OR REPLACE INTO entries VALUES(?, ?, ?, ?)");
+        const int result = statement.Bind(key).BindText(name).Bind(type).BindBytes(data).Step();
+        return result == SQLITE_DONE ? ERROR_SUCCESS : Failure();
+    });
 }
 
 DWORD SqliteStore::GetValue(Key key, std::string_view name, DWORD& type, std::string& data) {
-    const std::lock_guard lock(m_lock);
-    Statement statement(m_database.get(), "SELECT type, data FROM entries WHERE key = ? AND name = ?");
-    const int result = statement.Bind(key).BindText(name).Step();
-    if (result == SQLITE_DONE) return ERROR_FILE_NOT_FOUND;
-    if (result != SQLITE_ROW) return Failure();
-    type = static_cast<DWORD>(statement.Number(0));
-    data = statement.Bytes(1);
-    return ERROR_SUCCESS;
+    return Look([&] {
+        Statement statement(m_database.get(), "SELECT type, data FROM entries WHERE key = ? AND name = ?");
+        const int result = statement.Bind(key).BindText(name).Step();
+        if (result == SQLITE_DONE) return ERROR_FILE_NOT_FOUND;
+        if (result != SQLITE_ROW) return Failure();
+        type = static_cast<DWORD>(statement.Number(0));
+        data = statement.Bytes(1);
+        return ERROR_SUCCESS;
+    });
 }
 
 // The library's only export: see RegistryStore.h.

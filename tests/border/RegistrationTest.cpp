@@ -12,6 +12,7 @@
 #include "platform/com/ClassFactory.h"
 #include "platform/com/RefPtr.h"
 #include "platform/media/MediaResults.h"
+#include "platform/registry/RegistryTransaction.h"
 #include "platform/registry/UniqueKey.h"
 #include "tests/border/LoadedModule.h"
 #include "tests/support/ModuleLog.h"
@@ -43,6 +44,12 @@ protected:
         const LONG result = RegQueryValueExA(key.get(), "InProcServer", nullptr, nullptr,
                                              reinterpret_cast<BYTE*>(path), &size);
         return result == 0 ? std::string(path, size) : "";
+    }
+    // Whether the registry has both entries or none, in one moment.
+    static bool IsWhole() {
+        RegistryTransaction moment;
+        const bool whole = ClassPath().empty() == !Open(HKEY_LOCAL_MACHINE, kEntryKey);
+        return moment.End(0) == 0 && whole;
     }
     static int32_t Call(const LoadedModule& module, const char* name) {
         return module.Find<int32_t()>(name)();
@@ -114,8 +121,17 @@ TEST_F(Registration, TellsNobodyOfARegistryThatRefuses) {
     EXPECT_EQ(ClassPath(), "");
 }
 
-TEST_F(Registration, ManyProcessesAtOnceAndThoseThatAreKilledLeaveASoundRegistry) {
-    constexpr size_t kEnd = 8, kAreKilled = 6;
+TEST_F(Registration, WorksInExitHandlersAndOnThreadsThatOutliveStaticObjects) {
+    for (const char* when : {"first handler", "last handler", "unloaded", "thread"}) {
+        const std::string line = std::string("'" VL_REGISTER_AT_EXIT "' '") + when + "'";
+        EXPECT_EQ(std::system(line.c_str()), 0) << when;  // NOLINT(bugprone-command-processor)
+        EXPECT_EQ(ClassPath(), fs::canonical(VL_MODULE)) << when;
+        fs::remove(m_folder.Native("registry"));
+    }
+}
+
+TEST_F(Registration, ManyProcessesAtOnceAndThoseThatAreKilledLeaveAWholeRegistry) {
+    constexpr size_t kAreKilled = 12, kEnd = 8;
     const LoadedModule module(VL_MODULE);
     std::vector<pid_t> children;
     for (size_t i = 0; i < kEnd + kAreKilled; ++i) {
@@ -129,25 +145,26 @@ TEST_F(Registration, ManyProcessesAtOnceAndThoseThatAreKilledLeaveASoundRegistry
         do {
             Call(module, "DllRegisterServer");
             Call(module, "DllUnregisterServer");
-        } while (i >= kEnd);
+        } while (i < kAreKilled);
         good = good && RegSetValueExA(key, "done", 0, REG_SZ, nullptr, 0) == 0;
         std::_Exit(good ? 0 : 1);
     }
     for (size_t i = 0; i < children.size(); ++i) {
-        if (i >= kEnd) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(2 + 7 * (i - kEnd)));
+        if (i < kAreKilled) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1 + 3 * i));
             kill(children[i], SIGKILL);
         }
         int status = -1;
         waitpid(children[i], &status, 0);
-        EXPECT_TRUE(i >= kEnd || status == 0);
+        EXPECT_TRUE(i < kAreKilled || status == 0);
+        const std::string path = ClassPath();  // the first to open it may be a reader
+        EXPECT_TRUE(path.empty() || path == fs::canonical(VL_MODULE)) << path;
+        EXPECT_TRUE(IsWhole());
     }
-    const std::string path = ClassPath();  // the first to open it is a reader
-    EXPECT_TRUE(path.empty() || path == fs::canonical(VL_MODULE)) << path;
     EXPECT_EQ(Call(module, "DllRegisterServer"), 1);
     EXPECT_EQ(ClassPath(), fs::canonical(VL_MODULE));
     EXPECT_TRUE(Open(HKEY_LOCAL_MACHINE, kEntryKey));
-    for (size_t i = 0; i < kEnd; ++i) {
+    for (size_t i = kAreKilled; i < children.size(); ++i) {
         const UniqueKey key = Open(HKEY_CLASSES_ROOT, ("own\\" + std::to_string(i)).c_str());
         EXPECT_EQ(RegQueryValueExA(key.get(), "done", nullptr, nullptr, nullptr, nullptr), 0);
     }

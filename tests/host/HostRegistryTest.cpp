@@ -1,5 +1,9 @@
 // The commands that enter the module into the registry, and a program that has nothing but the registry to
 // find it by.
+#include <sqlite3.h>
+
+#include <chrono>
+#include <utility>
 
 #include "tests/host/VlwavTest.h"
 
@@ -46,18 +50,53 @@ TEST_F(HostRegistry, TheModuleThatIsNamedGoesFirstAndARegisteredFileThatIsGoneCo
     ExpectEnd(Vlwav("where --verbose"), 0, "beside the program: " + kModule);
 }
 
-TEST_F(HostRegistry, SaysThatTheRegistryCanNotBeWritten) {
+TEST_F(HostRegistry, SaysWhichRegistryCanNotBeWrittenAndWhy) {
     Vlwav("register");
     fs::permissions(m_folder / ".registry", fs::perms::owner_read);
     WriteBytes("text", std::string(5000, 't'));
-    for (const char* command :
-         {"VELTO_REGISTRY=a.wav/registry '" VLWAV_PATH "' register",
-          "VELTO_REGISTRY=text '" VLWAV_PATH "' register", "VELTO_REGISTRY=text '" VLWAV_PATH "' unregister",
-          "'" VLWAV_PATH "' unregister"}) {
-        const RunResult refused = Run(command);
-        ExpectEnd(refused, 1, "registry");
+    const std::pair<const char*, const char*> rows[] = {
+        {"", "/.registry: Permission denied."},
+        {"VELTO_REGISTRY=text", "/text: it is no registry of this system."},
+        {"VELTO_REGISTRY=a.wav/registry", "/a.wav/registry: Not a directory."},
+    };
+    for (const auto& [environment, reason] : rows) {
+        const RunResult refused = Run(std::string(environment) + " '" VLWAV_PATH "' register");
+        ExpectEnd(refused, 1, reason);
+        EXPECT_EQ(refused.err.find("vlwav: Registering failed: /"), 0U) << refused.err;
         EXPECT_EQ(refused.out, "");
+        ExpectEnd(Run(std::string(environment) + " '" VLWAV_PATH "' unregister"), 1, reason);
     }
+}
+
+TEST_F(HostRegistry, WaitsFiveSecondsForAnotherProgramThatHoldsTheRegistryAndNoMore) {
+    Vlwav("register");
+    sqlite3* holder = nullptr;
+    sqlite3_open((m_folder / ".registry").c_str(), &holder);
+    ASSERT_EQ(sqlite3_exec(holder, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+    const auto start = std::chrono::steady_clock::now();
+    ExpectEnd(Vlwav("register"), 1, "/.registry: another program has held it for 5 seconds.");
+    const auto took = std::chrono::steady_clock::now() - start;
+    EXPECT_TRUE(took > std::chrono::milliseconds(4900) && took < std::chrono::seconds(8));
+    sqlite3_close(holder);
+}
+
+TEST_F(HostRegistry, TheSystemsRegistryIsForAllUsersAndTheirOwnLiesOverIt) {
+    fs::create_symlink(kModule, m_folder / "own.so");
+    const std::string prefix = "env -u VELTO_REGISTRY XDG_DATA_HOME='" + m_folder.string() +
+                               "/data' VELTO_SYSTEM_REGISTRY=system/registry.db ";
+    const auto run = [&](const std::string& program, const char* arguments) {
+        return Run(prefix + program + " " + arguments);
+    };
+    EXPECT_EQ(run("'" VLWAV_PATH "'", "register --system").exitCode, 0);
+    EXPECT_EQ(run("alone/vlwav", "where").out, kModule + "\n");
+    EXPECT_EQ(run("alone/vlwav", "register --module own.so").exitCode, 0);
+    EXPECT_EQ(run("alone/vlwav", "where").out, (fs::canonical(m_folder) / "own.so\n").string());
+    EXPECT_EQ(run("alone/vlwav", "unregister").exitCode, 0);
+    EXPECT_EQ(run("alone/vlwav", "where").out, kModule + "\n");
+    EXPECT_EQ(run("alone/vlwav", "unregister --system").exitCode, 0);
+    EXPECT_EQ(run("alone/vlwav", "where").exitCode, 1);
+    fs::create_directory(m_folder / "directory");
+    ExpectEnd(Run("VELTO_SYSTEM_REGISTRY=directory '" VLWAV_PATH "' register --system"), 1, "/directory: ");
 }
 
 TEST_F(HostRegistry, ReadingAFileWhereNothingIsRegisteredLoadsNoDatabase) {

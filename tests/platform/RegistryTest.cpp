@@ -1,10 +1,16 @@
 #include "platform/registry/Registry.h"
 
 #include <gtest/gtest.h>
+#include <pwd.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
 
 #include <cstdlib>
+#include <thread>
+#include <tuple>
 
 #include "platform/base/LastError.h"
+#include "platform/registry/RegistryTransaction.h"
 #include "platform/registry/UniqueKey.h"
 #include "tests/support/ScopedFile.h"
 
@@ -30,6 +36,13 @@ protected:
     static LONG Set(const UniqueKey& key, const char* name, const std::string& text) {
         return RegSetValueExA(key.get(), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.data()),
                               static_cast<DWORD>(text.size()));
+    }
+    // Runs statements on a file, as another program would.
+    static void Sql(const std::string& file, const char* statements) {
+        sqlite3* database = nullptr;
+        sqlite3_open(file.c_str(), &database);
+        EXPECT_EQ(sqlite3_exec(database, statements, nullptr, nullptr, nullptr), SQLITE_OK) << statements;
+        sqlite3_close(database);
     }
     std::string Get(const UniqueKey& key, const char* name) {
         char text[100];
@@ -110,20 +123,147 @@ TEST_F(Registry, RightsThatAreRefusedAndBrokenFilesGiveTheirCodes) {
     EXPECT_EQ(RegDeleteKeyA(HKEY_CLASSES_ROOT, "a"), 5);
 
     std::ofstream(m_folder.Native("text")) << std::string(5000, 't');
-    setenv("VELTO_REGISTRY", m_folder.Native("text").c_str(), 1);
-    EXPECT_FALSE(Open(HKEY_CLASSES_ROOT, "a"));
-    EXPECT_EQ(m_result, 1015);
     setenv("VELTO_REGISTRY", m_folder.Native("text/registry").c_str(), 1);
     EXPECT_FALSE(Create(HKEY_CLASSES_ROOT, "a"));
     EXPECT_EQ(m_result, 3);
 }
 
-TEST_F(Registry, LiesInTheUsersDataFolderWhereNothingElseIsSaid) {
+TEST_F(Registry, LeavesAloneWhatIsNoRegistryOrALaterOne) {
+    const std::tuple<const char*, const char*, LONG> rows[] = {
+        {"foreign", "CREATE TABLE keys(id); CREATE TABLE entries(id); CREATE TABLE more(id)", 1017},
+        {"marked by others", "PRAGMA application_id = 7", 1017},
+        {"versioned by others", "PRAGMA user_version = 1", 1017},
+        {"later", "PRAGMA application_id = 0x564C5247; PRAGMA user_version = 2", 1306},
+        {"text", nullptr, 1017},
+    };
+    for (const auto& [name, statements, code] : rows) {
+        const std::string file = m_folder.Native(name);
+        if (statements) Sql(file, statements);
+        if (!statements) std::ofstream(file) << std::string(5000, 't');
+        const std::string before = FileContents(file);
+        setenv("VELTO_REGISTRY", file.c_str(), 1);
+        EXPECT_FALSE(Open(HKEY_CLASSES_ROOT, "a"));
+        EXPECT_EQ(m_result, code) << name;
+        EXPECT_FALSE(Create(HKEY_CLASSES_ROOT, "a"));
+        EXPECT_EQ(m_result, code) << name;
+        EXPECT_TRUE(FileContents(file) == before) << name;
+    }
+}
+
+TEST_F(Registry, TakesOverOneThatIsKnownByItsTablesAlone) {
+    Create(HKEY_CLASSES_ROOT, "a");
+    const auto head = [&] { return FileContents(m_file).substr(60, 12); };  // version and mark
+    const std::string marked = head();
+    Sql(m_file, "PRAGMA application_id = 0; PRAGMA user_version = 0");
+    EXPECT_TRUE(Open(HKEY_CLASSES_ROOT, "a"));
+    EXPECT_EQ(head(), std::string(12, '\0'));
+    EXPECT_TRUE(Create(HKEY_CLASSES_ROOT, "b"));
+    EXPECT_EQ(head(), marked);
+    EXPECT_TRUE(Open(HKEY_CLASSES_ROOT, "a"));
+}
+
+TEST_F(Registry, ATransactionIsKeptWholeOrNotAtAll) {
+    const auto change = [&](LONG inner, LONG outer) {
+        RegistryTransaction transaction;
+        RegistryTransaction within;
+        Set(Create(HKEY_CLASSES_ROOT, "a\\b"), "v", "x");
+        EXPECT_EQ(RegDeleteKeyA(HKEY_CLASSES_ROOT, "a"), 5);  // a call that fails takes back itself alone
+        EXPECT_EQ(RegDeleteKeyA(HKEY_CLASSES_ROOT, "none"), 2);
+        within.End(inner);
+        std::jthread([&] { EXPECT_FALSE(Open(HKEY_CLASSES_ROOT, "a")); }).join();
+        return transaction.End(outer);
+    };
+    EXPECT_EQ(change(7, 0), 7);
+    EXPECT_EQ(change(0, 8), 8);
+    {
+        const RegistryTransaction dropped;
+        EXPECT_TRUE(Create(HKEY_CLASSES_ROOT, "a"));
+    }
+    EXPECT_FALSE(Open(HKEY_CLASSES_ROOT, "a"));
+    EXPECT_EQ(change(0, 0), 0);
+    EXPECT_EQ(Get(Open(HKEY_CLASSES_ROOT, "a\\b"), "v"), "x");
+}
+
+// The places of all registries, below the test's folder.
+class RegistryPlaces : public Registry {
+protected:
+    RegistryPlaces() {
+        unsetenv("VELTO_REGISTRY");
+        for (const auto& [variable, value] : m_places) setenv(variable, value.c_str(), 1);
+    }
+    ~RegistryPlaces() override {
+        for (const auto& [variable, value] : m_places) unsetenv(variable);
+    }
+    // The value of the one key of all tests, as it is seen from outside.
+    std::string Seen() { return Get(Open(HKEY_CLASSES_ROOT, "a"), "v"); }
+    // Sets it in the user's registry, or the one that the environment calls the system's.
+    void Enter(DWORD which, const char* value) {
+        RegistryTransaction transaction(which);
+        EXPECT_EQ(transaction.End(Set(Create(HKEY_CLASSES_ROOT, "a"), "v", value)), 0);
+    }
+    static mode_t Mode(const std::string& path) {
+        struct stat status {};
+        return stat(path.c_str(), &status) == 0 ? status.st_mode & 0777 : 0;
+    }
+
+    const std::pair<const char*, std::string> m_places[3] = {
+        {"XDG_DATA_HOME", m_folder.Native("home/data")},
+        {"VELTO_SYSTEM_REGISTRY", m_folder.Native("etc/registry.db")},
+        {"XDG_DATA_DIRS", "relative:" + m_folder.Native("none") + ":" + m_folder.Native("share")},
+    };
+};
+
+TEST_F(RegistryPlaces, TheUsersLiesOverTheSystemsWhichShowThroughWhereItHasNothing) {
+    const std::string shared = m_folder.Native("share/velto/registry.db");
+    setenv("VELTO_SYSTEM_REGISTRY", shared.c_str(), 1);
+    Enter(VL_REGISTRY_SYSTEM, "shared");
+    setenv("VELTO_SYSTEM_REGISTRY", m_folder.Native("etc/registry.db").c_str(), 1);
+    EXPECT_EQ(Seen(), "shared");
+    Enter(VL_REGISTRY_SYSTEM, "system");
+    EXPECT_EQ(Seen(), "system");
+    EXPECT_FALSE(Open(HKEY_CLASSES_ROOT, "a", KEY_ALL_ACCESS));  // the user has none to change
+    EXPECT_FALSE(fs::exists(m_folder.Native("home")));
+    Create(HKEY_CLASSES_ROOT, "a");
+    EXPECT_EQ(Seen(), "system");  // his key has no such value
+    Enter(VL_REGISTRY_USER, "user");
+    EXPECT_EQ(Seen(), "user");
+    setenv("VELTO_REGISTRY", m_file.c_str(), 1);
+    EXPECT_EQ(Seen(), "none");
     unsetenv("VELTO_REGISTRY");
-    setenv("XDG_DATA_HOME", m_folder.Native("data").c_str(), 1);
-    EXPECT_TRUE(Create(HKEY_CLASSES_ROOT, "a"));
-    EXPECT_TRUE(fs::exists(m_folder.Native("data/velto/registry.db")));
+    EXPECT_EQ(RegDeleteKeyA(HKEY_CLASSES_ROOT, "a"), 0);
+    EXPECT_EQ(Seen(), "system");
+    std::ofstream(m_folder.Native("home/data/velto/registry.db")) << std::string(5000, 't');
+    EXPECT_EQ(Seen(), "none");  // rather than another module than the user's
+}
+
+TEST_F(RegistryPlaces, AreMadeForTheUserAloneAndTheSystemsForAllToReadWhateverTheMask) {
+    for (const mode_t mask : {0U, 077U, 0777U}) {
+        const mode_t before = umask(mask);
+        Enter(VL_REGISTRY_USER, "user");
+        Enter(VL_REGISTRY_SYSTEM, "system");
+        umask(before);
+        EXPECT_EQ(Mode(m_folder.Native("home/data")), 0700U);
+        EXPECT_EQ(Mode(m_folder.Native("home/data/velto")), 0700U);
+        EXPECT_EQ(Mode(m_folder.Native("home/data/velto/registry.db")), 0600U);
+        EXPECT_EQ(Mode(m_folder.Native("etc")), 0755U);
+        EXPECT_EQ(Mode(m_folder.Native("etc/registry.db")), 0644U);
+        fs::remove_all(m_folder.Native("home"));
+        fs::remove_all(m_folder.Native("etc"));
+    }
+}
+
+TEST_F(RegistryPlaces, TheSystemKnowsTheHomeOfAUserWithoutTheVariable) {
+    const auto path = [] {
+        char text[1000] = "";
+        return std::string(text, VlGetRegistryPath(VL_REGISTRY_USER, text, sizeof(text)));
+    };
+    EXPECT_EQ(path(), m_folder.Native("home/data/velto/registry.db"));
     unsetenv("XDG_DATA_HOME");
+    const std::string home = std::getenv("HOME");
+    EXPECT_EQ(path(), home + "/.local/share/velto/registry.db");
+    unsetenv("HOME");
+    EXPECT_EQ(path(), std::string(getpwuid(geteuid())->pw_dir) + "/.local/share/velto/registry.db");
+    setenv("HOME", home.c_str(), 1);
 }
 
 }  // namespace
