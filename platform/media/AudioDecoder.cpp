@@ -1,5 +1,6 @@
 #include "platform/media/AudioDecoder.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -48,7 +49,7 @@ HRESULT AudioDecoder::Open(const CodecDescription& description) {
 HRESULT AudioDecoder::Send(std::span<BYTE> packet) {
     m_packet->data = packet.data();
     m_packet->size = static_cast<int>(packet.size());
-    m_hasTaken = m_hasTaken || !packet.empty();
+    m_taken += packet.size();
     // A packet that it refuses is a damaged one.
     const int sent = avcodec_send_packet(m_context.get(), packet.empty() ? nullptr : m_packet.get());
     return sent == AVERROR(ENOMEM) ? E_OUTOFMEMORY : S_OK;
@@ -77,4 +78,11 @@ bool AudioDecoder::Fits(const AVFrame& frame) const {
            frame.nb_samples > 0 && CanConvert(static_cast<AVSampleFormat>(frame.format));
 }
 
-void AudioDecoder::Flush() { avcodec_flush_buffers(m_context.get()); }
+bool AudioDecoder::UnderstoodNothing() const {
+    return !m_hasGiven && m_taken >= static_cast<uint64_t>(std::max(m_context->block_align, 1));
+}
+
+void AudioDecoder::Flush() {
+    m_taken = 0;
+    avcodec_flush_buffers(m_context.get());
+}

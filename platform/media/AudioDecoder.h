@@ -23,8 +23,8 @@ public:
     // call. E_OUTOFMEMORY, else S_OK.
     HRESULT Receive(const AVFrame*& frame);
 
-    // Packets have come, and not one frame of them.
-    bool UnderstoodNothing() const { return m_hasTaken && !m_hasGiven; }
+    // More has come than a torn block, and not one frame of it.
+    bool UnderstoodNothing() const;
 
     // Forgets what was sent; the next packet may come from anywhere.
     void Flush();
@@ -37,6 +37,6 @@ private:
     UniqueFrame m_frame;
     int m_channels = 0;
     int m_sampleRate = 0;
-    bool m_hasTaken = false;
-    bool m_hasGiven = false;
+    uint64_t m_taken = 0;     // bytes since the last Flush
+    bool m_hasGiven = false;  // a frame, ever
 };

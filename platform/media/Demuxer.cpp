@@ -70,8 +70,10 @@ HRESULT Demuxer::Open() {
     // a new one.
     m_io = std::make_unique<ReaderIo>(m_reader, m_honoursPositions, m_stop);
     HRESULT result = OpenFormat();
-    // A file without any packet is one all the same.
-    if (SUCCEEDED(result)) result = ReadPacket(*m_ahead);
+    // A file without any packet is one all the same. Where the source failed, be it while audio was tried or
+    // chunks were looked for, Next tells it.
+    const HRESULT first = SUCCEEDED(result) ? ReadPacket(*m_ahead) : S_FALSE;
+    if (FAILED(first) && SUCCEEDED(m_io->Failure())) result = first;
     if (m_stop) result = E_FAIL;  // some read failed for that alone: nothing that came of it can be trusted
     if (FAILED(result)) {
         m_format.reset();
@@ -98,8 +100,6 @@ HRESULT Demuxer::OpenFormat() {
     const int opened = avformat_open_input(&context, "", format, nullptr);
     if (opened < 0) return ReasonOf(opened);  // freed there
     m_format.reset(context);
-    // A chunk that couldn't be looked for isn't one that is missing.
-    if (FAILED(m_io->Failure())) return m_io->Failure();
     // After the head was read, which may be of any length: this bounds the packets that are tried.
     context->probesize = kBytesForTheHead;
     const ForkPass pass;  // it opens decoders too, under a lock of their library
