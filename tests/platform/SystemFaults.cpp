@@ -39,6 +39,11 @@ bool ChangeFails() {
     return faults.changesUntilError >= 0 && (left == 0 || (left < 0 && faults.lasting));
 }
 
+void Record(FileChange::Kind kind, off_t place, const void* bytes = "", size_t size = 0) {
+    if (auto* const recorded = t_state.faults.recorded)
+        recorded->push_back({kind, static_cast<uint64_t>(place), {static_cast<const char*>(bytes), size}});
+}
+
 template <class Function, class Buffer>
 ssize_t Faulty(Function* next, int file, Buffer buffer, size_t size, off_t place) {
     ++t_state.calls;
@@ -75,16 +80,21 @@ __attribute__((visibility("default"))) ssize_t pwrite(int file, const void* buff
         return torn;
     }
     const ssize_t written = Faulty(next, file, buffer, size, place);
-    if (written > 0) t_state.written += static_cast<size_t>(written);
+    if (written <= 0) return written;
+    t_state.written += static_cast<size_t>(written);
+    Record(FileChange::Kind::Write, place, buffer, static_cast<size_t>(written));
     return written;
 }
 __attribute__((visibility("default"))) int ftruncate(int file, off_t size) noexcept {
     static auto* const next = Next<int(int, off_t)>("ftruncate");
-    return ChangeFails() ? -1 : next(file, size);
+    if (ChangeFails()) return -1;
+    Record(FileChange::Kind::Cut, size);
+    return next(file, size);
 }
 __attribute__((visibility("default"))) int fsync(int file) {
     static auto* const next = Next<int(int)>("fsync");
     if (ChangeFails()) return -1;
+    Record(FileChange::Kind::Flush, 0);
     return t_state.faults.flushes ? next(file) : 0;
 }
 __attribute__((visibility("default"))) int fcntl(int file, int command, ...) {
