@@ -4,6 +4,7 @@
 #include <new>
 
 #include "capi/ErrorRecord.h"
+#include "platform/base/Border.h"
 
 // Runs `work`, which returns a code or throws, for a handle with a field `error`. VLW_BAD_ARGUMENT without a
 // handle.
@@ -11,6 +12,7 @@ template <class Handle, class Work>
 vlw_code Guarded(Handle* handle, Work&& work) noexcept {
     if (!handle) return VLW_BAD_ARGUMENT;
     handle->error.Clear();
+    const CancellationOff off;
     try {
         const vlw_code code = work();
         return code < VLW_OK ? handle->error.Set(code) : code;
@@ -27,6 +29,7 @@ vlw_code Guarded(Handle* handle, Work&& work) noexcept {
 template <class Handle, class... Arguments>
 vlw_code NewHandle(Handle** receiver, const Arguments&... arguments) noexcept {
     if (!receiver) return VLW_BAD_ARGUMENT;
+    const CancellationOff off;
     try {
         *receiver = new Handle(arguments...);
         return VLW_OK;

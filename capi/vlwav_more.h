@@ -48,6 +48,15 @@ VLW_API int vlw_is_language(const char* text);
 VLW_CHECKED vlw_code vlw_picture_convert(vlw_module* module, const void* bytes, size_t size, const char* kind,
                                          void** made, size_t* made_size);
 
+/** Whether the open file's head tells how much audio there is: 1 or 0. Recordings that were piped or whose
+ * recorder was killed have none, and are read to the end of the file. [handle] */
+VLW_API int vlw_reader_length_told(const vlw_reader* reader);
+
+enum {
+    VLW_NOT_EMPTY =
+        32 /* for vlw_conversion: of a source without a single frame nothing is made, VLW_DAMAGED */
+};
+
 /** A file of any bytes, which comes into being whole, in vlw_file_finish: until then, and if anything fails,
  * there is no file, or the old one. A device or a pipe that stands at the path gets each byte at once. */
 typedef struct vlw_file vlw_file;

@@ -20,6 +20,8 @@ struct DecodeOptions {
     std::optional<uint32_t> rate;      // Hz; the source's own where missing
     std::optional<uint32_t> channels;  // likewise
     std::string output = "-";          // a path, "-" is standard output
+    bool overwrite = false;
+    bool partial = false;  // of a file that ends early what is there is enough
 };
 
 struct FormatsOptions {
@@ -32,6 +34,8 @@ struct ConvertOptions {
     std::string output;  // a file, or a folder, which several files need
     FormatWish wish;
     bool overwrite = false;
+    bool partial = false;           // of a file that ends early what is there is enough
+    bool lossy = false;             // tags that the output can't keep may change or go
     std::optional<uint32_t> jobs;   // files at once; as many as there are cores where missing
     std::vector<std::string> sets;  // "NAME=VALUE"
 };
@@ -40,6 +44,7 @@ struct TagOptions {
     std::vector<std::string> files;
     std::vector<std::string> sets;    // "NAME=VALUE"
     std::vector<std::string> clears;  // names
+    bool lossy = false;               // tags that the file can't keep may change
     bool json = false;
 };
 
@@ -54,6 +59,7 @@ struct PictureOptions {
     std::string file;
     std::string format;  // "jpg", "bmp"; empty: as it is
     std::string output;  // a path, "-" is standard output
+    bool overwrite = false;
 };
 
 // Tells each file's format and length on standard output; goes on after a file that fails.

@@ -9,6 +9,7 @@
 #include <sstream>
 #include <thread>
 
+#include "capi/vlwav_more.h"
 #include "host/Commands.h"
 #include "host/Failure.h"
 #include "host/Output.h"
@@ -61,12 +62,34 @@ std::string TextOf(const vlw::Format& made, const std::vector<vlw::StockFormat>&
     return {};
 }
 
+std::vector<std::string> Lines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream rest(text);
+    for (std::string line; std::getline(rest, line);) lines.push_back(line);
+    return lines;
+}
+
+// Of what a conversion gave up, whether it is channels, rate or bits: those stand in the file's line. Tags
+// and chunks are named in quotes.
+bool IsOfFormat(const std::string& note) {
+    return note.find(" → ") != note.npos && note.find('"') == note.npos;
+}
+
+// " (6 channels → mono, 24 → 16 bits)", or nothing.
+std::string FormatLosses(const std::string& notes) {
+    std::string text;
+    for (const std::string& line : Lines(notes))
+        if (IsOfFormat(line)) text += (text.empty() ? " (" : ", ") + line;
+    return text.empty() ? text : text + ')';
+}
+
 // Converts for one thread.
 class Worker {
 public:
     explicit Worker(const Rules& rules) : m_rules(rules), m_converter(rules.module), m_reader(rules.module) {}
 
-    // Throws what fails. Tells on standard error what the output doesn't have of the input.
+    // Throws what fails. Tells on standard error what the output doesn't have of the input, but for the
+    // format.
     vlw::Converted Convert(const Job& job) {
         if (IsSameFile(job.input, job.output))
             throw Failure("The output is the input itself; choose another name for -o.");
@@ -86,21 +109,29 @@ public:
         m_rules.changes.ApplyTo(tags);
         conversion.tags = &tags;
         const vlw::Result<vlw::Converted> made = m_converter.try_run(job.input, job.output, conversion);
-        if (!made && made.error().code == vlw::Code::exists)
-            throw Failure(fmt::format("{} is there already; choose another name or use --overwrite.",
-                                      Report::Printable(job.output)));
-        Warn(job.input, made.value());
+        if (!made) Refuse(job, made.error());
+        Warn(job.input, *made);
         return *made;
     }
 
 private:
+    // With what the user can do about it.
+    [[noreturn]] void Refuse(const Job& job, const vlw::Failure& failure) {
+        if (failure.code == vlw::Code::exists) throw Failure(Report::Exists(job.output));
+        if (failure.code == vlw::Code::would_lose)
+            throw Failure(failure.text + " With --lossy it is made all the same.");
+        // A damaged file that can be opened ends early.
+        if (failure.code == vlw::Code::damaged && m_reader.try_open(job.input) && m_reader.frames() != 0)
+            throw Failure(failure.text + Report::kPartialHint);
+        throw vlw::Error(failure);
+    }
+
     void Warn(const std::string& input, const vlw::Converted& made) {
         if (made.ending == vlw::Ending::cut)
             Report::Complain(input,
-                             "Warning: " + Report::Printable(vlw_converter_error(m_converter.get())->text));
-        std::istringstream notes(made.notes);
-        for (std::string line; std::getline(notes, line);)
-            Report::Complain(input, "Note: " + Report::Printable(line) + '.');
+                             "Note: " + Report::Printable(vlw_converter_error(m_converter.get())->text));
+        for (const std::string& line : Lines(made.notes))
+            if (!IsOfFormat(line)) Report::Complain(input, "Note: " + Report::Printable(line) + '.');
     }
 
     const Rules& m_rules;
@@ -116,7 +147,10 @@ public:
     ExitCode Run(size_t threads) {
         {
             std::vector<std::jthread> workers;
-            for (size_t i = 1; i < threads; ++i) workers.emplace_back([this] { Work(); });
+            try {
+                for (size_t i = 1; i < threads; ++i) workers.emplace_back([this] { Work(); });
+            } catch (const std::exception&) {  // the work is done by fewer
+            }
             Work();
         }
         if (m_outputFailure) std::rethrow_exception(m_outputFailure);
@@ -126,6 +160,14 @@ public:
 
 private:
     void Work() {
+        try {
+            WorkOff();
+        } catch (const std::exception& failure) {
+            m_failed = true;
+            Report::Complain("", failure);
+        }
+    }
+    void WorkOff() {
         Worker worker(m_rules);
         for (size_t i = m_next++; i < m_jobs.size(); i = m_next++) {
             try {
@@ -140,9 +182,10 @@ private:
     void Tell(const Job& job, const vlw::Converted& done) {
         const std::lock_guard held(m_lock);
         try {
-            m_output.Write(fmt::format("{} -> {}: {}, {}\n", Report::Printable(job.input),
+            m_output.Write(fmt::format("{} -> {}: {}, {}{}\n", Report::Printable(job.input),
                                        Report::Printable(job.output), TextOf(done.format, m_rules.formats),
-                                       Report::Duration(done.format.frames.value_or(0), done.format.rate)));
+                                       Report::Duration(done.format.frames.value_or(0), done.format.rate),
+                                       FormatLosses(done.notes)));
         } catch (const OutputFailure&) {
             m_outputFailure = std::current_exception();
             m_next = m_jobs.size();
@@ -165,8 +208,11 @@ ExitCode RunConvert(const vlw::Module& module, const ConvertOptions& options) {
     const std::vector<vlw::StockFormat> formats = module.formats();
     vlw::Conversion conversion;
     ApplyWish(options.wish, formats, conversion);
-    conversion.flags = vlw::Flags::lossy | vlw::Flags::partial;
-    if (options.overwrite) conversion.flags = conversion.flags | vlw::Flags::overwrite;
+    conversion.flags = static_cast<vlw::Flags>(VLW_NOT_EMPTY);
+    for (const auto& [wanted, flag] : {std::pair(options.overwrite, vlw::Flags::overwrite),
+                                       {options.partial, vlw::Flags::partial},
+                                       {options.lossy, vlw::Flags::lossy}})
+        if (wanted) conversion.flags = conversion.flags | flag;
     const Rules rules{module, formats, conversion, changes};
     const std::vector<Job> jobs = Plan(options);
     const size_t wanted = options.jobs.value_or(std::max(1u, std::thread::hardware_concurrency()));

@@ -1,3 +1,4 @@
+#include "capi/vlwav_more.h"
 #include "host/Commands.h"
 #include "host/Failure.h"
 #include "host/Output.h"
@@ -15,21 +16,33 @@ int64_t PromisedFrames(const vlw::Reader& reader) {
     return static_cast<int64_t>(promised * reader.rate() / format.rate);
 }
 
-void Decode(const vlw::Module& module, const DecodeOptions& options) {
+// Standard output has had the bytes, so there a file that ends early is told; a file isn't made of it.
+ExitCode TellCut(const vlw::Reader& reader, const DecodeOptions& options, bool isFile) {
+    const std::string reason = vlw_reader_error(reader.get())->text;
+    if (!options.partial && isFile) throw Failure(reason + Report::kPartialHint);
+    Report::Complain(options.file, (options.partial ? "Note: " : "") + Report::Printable(reason));
+    return options.partial ? EXIT_DONE : EXIT_FAILED;
+}
+
+ExitCode Decode(const vlw::Module& module, const DecodeOptions& options) {
     vlw::Reader reader(module);
     reader.output(options.rate.value_or(0), options.channels.value_or(0));
     reader.open(options.file);
     const int64_t promised = PromisedFrames(reader);
 
-    Output output = Output::Named(options.output, options.file);
+    Output output = Output::Named(options.output, options.file, options.overwrite);
     Progress progress(promised);
     auto blocks = reader.blocks(kBlockFrames);
     for (const auto& block : blocks) {
         output.Write(block.data(), block.size() * sizeof *block.data());
         progress.Show(reader.tell());
     }
+    const bool cut = blocks.ending() == vlw::Ending::cut;
+    const ExitCode code = cut ? TellCut(reader, options, output.IsFile()) : EXIT_DONE;
+    if (reader.tell() == 0) throw Failure("It has no audio.");
     output.Commit();
-    if (blocks.ending() == vlw::Ending::cut) Report::ComplainOfCut(options.file, reader.tell(), promised);
+    if (vlw_reader_length_told(reader.get()) == 0) Report::Complain(options.file, Report::kNoLengthNote);
+    return code;
 }
 
 }  // namespace
@@ -40,8 +53,7 @@ ExitCode RunDecode(const vlw::Module& module, const DecodeOptions& options) {
         return EXIT_USAGE;
     }
     try {
-        Decode(module, options);
-        return EXIT_DONE;
+        return Decode(module, options);
     } catch (const OutputFailure&) {
         throw;
     } catch (const std::exception& failure) {

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "capi/vlwav_more.h"
 #include "host/Commands.h"
 #include "host/Failure.h"
 #include "host/Output.h"
@@ -13,20 +14,26 @@ constexpr size_t kBlockFrames = 16384;
 
 struct Found {
     vlw::Format format;
-    int64_t frames = 0;
+    int64_t frames = 0;   // that are there
     bool direct = false;  // the module reads it by itself; else it has to be decoded
+    bool lengthTold = false;
+    bool cut = false;  // there is less than the head promises
 };
 
 // Only reading tells the length of some codecs.
-int64_t CountFrames(vlw::Reader& reader) {
-    for (auto block : reader.blocks(kBlockFrames)) static_cast<void>(block);
-    return reader.tell();
+void CountFrames(vlw::Reader& reader, Found& found) {
+    auto blocks = reader.blocks(kBlockFrames);
+    for (auto block : blocks) static_cast<void>(block);
+    found.frames = reader.tell();
+    found.cut = blocks.ending() == vlw::Ending::cut;
 }
 
 Found Examine(vlw::Reader& reader, const std::string& file) {
     reader.open(file);
-    Found found{reader.format(), 0, false};
-    found.frames = found.format.frames ? *found.format.frames : CountFrames(reader);
+    Found found{reader.format(), 0, false, vlw_reader_length_told(reader.get()) != 0};
+    found.frames = found.format.frames.value_or(0);
+    found.cut = found.frames < found.format.frames_promised.value_or(0);
+    if (!found.format.frames) CountFrames(reader, found);
     constexpr uint32_t kPcm = 1;
     found.direct = found.format.codec_tag == kPcm && (found.format.bits == 8 || found.format.bits == 16);
     return found;
@@ -34,10 +41,15 @@ Found Examine(vlw::Reader& reader, const std::string& file) {
 
 std::string Text(const std::string& file, const Found& found) {
     const vlw::Format& format = found.format;
-    return fmt::format("{}\n  format   {} Hz, {} channel{}{}\n  length   {} frames, {}\n  reading  {}\n",
+    std::string remark;
+    if (found.cut) remark = "; cut off";
+    if (found.cut && format.frames_promised)
+        remark += fmt::format(", {} frames are promised", *format.frames_promised);
+    if (!found.lengthTold) remark = "; the head doesn't tell it";
+    return fmt::format("{}\n  format   {} Hz, {} channel{}{}\n  length   {} frames, {}{}\n  reading  {}\n",
                        Report::Printable(file), format.rate, format.channels, format.channels == 1 ? "" : "s",
                        found.direct ? fmt::format(", {} bits", format.bits) : " when decoded", found.frames,
-                       Report::Duration(found.frames, format.rate),
+                       Report::Duration(found.frames, format.rate), remark,
                        found.direct ? "directly" : "through a decoding graph");
 }
 
@@ -50,6 +62,8 @@ nlohmann::ordered_json Json(const std::string& file, const Found& found) {
             {"rate", format.rate},
             {"bits", found.direct ? Value(format.bits) : Value(nullptr)},
             {"frames", found.frames},
+            {"promised", format.frames_promised ? Value(*format.frames_promised) : Value(nullptr)},
+            {"present", found.frames},
             {"seconds", static_cast<double>(found.frames) / format.rate}};
 }
 
@@ -63,6 +77,8 @@ ExitCode RunInfo(const vlw::Module& module, const InfoOptions& options) {
     for (const std::string& file : options.files) {
         try {
             const Found found = Examine(reader, file);
+            if (found.cut)
+                Report::Complain(file, "Warning: the file ends before the audio that its head promises.");
             if (options.json)
                 array.push_back(Json(file, found));
             else

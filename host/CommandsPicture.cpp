@@ -1,5 +1,6 @@
-#include <fstream>
-#include <iterator>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -16,15 +17,19 @@ struct Freed {
 };
 
 std::vector<char> ReadFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::vector<char> bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    if (!file || bytes.empty())
-        throw Failure("The picture could not be read; check that it exists and that you may read it.");
+    const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(std::fopen(path.c_str(), "rb"),
+                                                                  &std::fclose);
+    std::vector<char> bytes;
+    char block[65536];
+    for (size_t got = 1; file && got != 0; bytes.insert(bytes.end(), block, block + got))
+        got = std::fread(block, 1, sizeof block, file.get());
+    if (!file || std::ferror(file.get())) throw Failure(std::string(strerrordesc_np(errno)) + '.');
+    if (bytes.empty()) throw Failure("It is empty.");
     return bytes;
 }
 
 void Write(const PictureOptions& options, const void* bytes, size_t size) {
-    Output output = Output::Named(options.output, options.file);
+    Output output = Output::Named(options.output, options.file, options.overwrite);
     output.Write(bytes, size);
     output.Commit();
 }

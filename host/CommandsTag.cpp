@@ -10,16 +10,24 @@
 
 namespace {
 
-// What the file can't keep is told, and saved as far as it goes.
-void Change(vlw::Editor& editor, const std::string& file, const TagChanges& changes) {
+// What the file can't keep is refused, or told and saved as far as it goes.
+void Change(vlw::Editor& editor, const std::string& file, const TagChanges& changes, bool lossy) {
     editor.open(file);
+    const vlw::Format format = editor.format();
     vlw::TagsRef tags = editor.tags();
     changes.ApplyTo(tags);
     const vlw::Result<> saved = editor.try_save();
-    if (saved) return;
-    if (saved.error().code != vlw::Code::would_lose) throw vlw::Error(saved.error());
-    Report::Complain(file, "Warning: " + Report::Printable(saved.error().text));
-    editor.save(vlw::Flags::lossy);
+    if (!saved) {
+        if (saved.error().code != vlw::Code::would_lose) throw vlw::Error(saved.error());
+        if (!lossy) throw Failure(saved.error().text + " With --lossy it is saved as far as it goes.");
+        editor.save(vlw::Flags::lossy);
+        Report::Complain(file, "Note: " + Report::Printable(saved.error().text));
+    }
+    // A list that follows ends the audio, so from now on the head tells what is there.
+    if (format.frames && format.frames_promised && *format.frames < *format.frames_promised)
+        Report::Complain(file, fmt::format("Note: {} of {} promised frames are there; the head may tell only "
+                                           "these from now on.",
+                                           *format.frames, *format.frames_promised));
 }
 
 vlw::Tags Held(vlw::Reader& reader, const std::string& file) {
@@ -63,7 +71,7 @@ ExitCode RunTag(const vlw::Module& module, const TagOptions& options) {
     ExitCode exitCode = EXIT_DONE;
     for (const std::string& file : options.files) {
         try {
-            if (!changes.IsEmpty()) Change(editor, file, changes);
+            if (!changes.IsEmpty()) Change(editor, file, changes, options.lossy);
             const vlw::Tags tags = Held(reader, file);
             if (options.json)
                 array.push_back(Json(file, tags));

@@ -10,6 +10,7 @@
 #include <filesystem>
 
 #include "host/Failure.h"
+#include "host/Report.h"
 
 namespace {
 
@@ -24,19 +25,21 @@ bool IsStandardOutput(const std::string& path) {
 
 Output Output::Standard() { return Output("standard output"); }
 
-Output Output::File(const std::string& path) {
+Output Output::File(const std::string& path, bool overwrite) {
     Output output(path);
     vlw_file* file = nullptr;
     if (vlw_file_new(&file) != VLW_OK) throw std::bad_alloc();
     output.m_file.reset(file);
-    output.Require(vlw_file_create(file, path.c_str(), VLW_OVERWRITE));
+    const vlw_code code = vlw_file_create(file, path.c_str(), overwrite ? VLW_OVERWRITE : 0);
+    if (code == VLW_EXISTS) throw OutputFailure(Report::Exists(path));
+    output.Require(code);
     return output;
 }
 
-Output Output::Named(const std::string& name, const std::string& input) {
+Output Output::Named(const std::string& name, const std::string& input, bool overwrite) {
     if (name == "-" ? IsStandardOutput(input) : IsSameFile(name, input))
         throw OutputFailure("The output is the input itself; choose another name for -o.");
-    return name == "-" ? Standard() : File(name);
+    return name == "-" ? Standard() : File(name, overwrite);
 }
 
 void Output::Write(const void* data, size_t size) {

@@ -13,10 +13,9 @@ class Output {
 public:
     // Standard output. The descriptor stays open.
     static Output Standard();
-    // The file at `path`, in place of what is there.
-    static Output File(const std::string& path);
-    // Either, as the user names it: "-" is standard output. Refuses the input itself, under whatever name.
-    static Output Named(const std::string& name, const std::string& input);
+    // Where the user wants it: "-" is standard output, all else a file, which refuses to replace another
+    // unless `overwrite` is set. The input itself is refused under whatever name.
+    static Output Named(const std::string& name, const std::string& input, bool overwrite);
 
     // Writes all of it or throws.
     void Write(const void* data, size_t size /*bytes*/);
@@ -27,12 +26,14 @@ public:
 
     // Whether someone would see the bytes on a screen.
     bool IsTerminal() const;
+    bool IsFile() const { return m_file != nullptr; }
 
 private:
     struct Closer {
         void operator()(vlw_file* file) const noexcept { vlw_file_free(file); }
     };
 
+    static Output File(const std::string& path, bool overwrite);
     explicit Output(std::string name) : m_name(std::move(name)) {}
     void Require(vlw_code code) const;
     [[noreturn]] void Fail(int error) const;

@@ -3,11 +3,26 @@
 #include <fmt/format.h>
 
 #include <cstdio>
+#include <new>
 #include <nlohmann/json.hpp>
 
 #include "host/Reason.h"
 
 namespace Report {
+namespace {
+
+// Without memory for the line it says that alone.
+template <class MakeLine>
+void TellLine(MakeLine makeLine) noexcept {
+    try {
+        std::fputs(makeLine().c_str(), stderr);
+    } catch (const std::bad_alloc&) {
+        std::fputs("vlwav: Cannot allocate memory.\n", stderr);
+    }
+}
+
+}  // namespace
+
 using OrderedJson = nlohmann::ordered_json;
 
 std::string Json(const OrderedJson& value) {
@@ -19,18 +34,21 @@ OrderedJson JsonFailure(const std::string& file, const std::exception& failure) 
 }
 
 void Complain(const std::string& file, const std::string& reason) {
-    const std::string line = file.empty() ? fmt::format("vlwav: {}\n", reason)
-                                          : fmt::format("vlwav: {}: {}\n", Printable(file), reason);
-    std::fputs(line.c_str(), stderr);
+    TellLine([&] {
+        return file.empty() ? fmt::format("vlwav: {}\n", reason)
+                            : fmt::format("vlwav: {}: {}\n", Printable(file), reason);
+    });
 }
 
 void Complain(const std::string& file, const std::exception& failure) {
-    Complain(file, Printable(ReasonOf(failure, file)));
+    TellLine([&] {
+        return (file.empty() ? "vlwav: " : "vlwav: " + Printable(file) + ": ") +
+               Printable(ReasonOf(failure, file)) + '\n';
+    });
 }
 
-void ComplainOfCut(const std::string& file, int64_t frames, int64_t promised) {
-    Complain(file, fmt::format("Warning: the file seems cut off, {} of the promised {} frames came.", frames,
-                               promised));
+std::string Exists(const std::string& output) {
+    return fmt::format("{} is there already; choose another name or use --overwrite.", Printable(output));
 }
 
 std::string Duration(int64_t frames, uint32_t rate) {

@@ -16,8 +16,13 @@ nlohmann::ordered_json JsonFailure(const std::string& file, const std::exception
 // A line on standard error: "vlwav: FILE: reason", without the file where it is empty.
 void Complain(const std::string& file, const std::string& reason);
 void Complain(const std::string& file, const std::exception& failure);
-// Warns where a file ended before the `promised` frames.
-void ComplainOfCut(const std::string& file, int64_t frames, int64_t promised);
+// What a file that ends early is refused with, after the library's sentence.
+inline constexpr const char* kPartialHint = " With --partial what is there is taken.";
+// Of a file whose head doesn't tell its length.
+inline constexpr const char* kNoLengthNote =
+    "Note: its head tells no length; it was read to the end of the file.";
+// Why an output isn't made where there is a file.
+std::string Exists(const std::string& output);
 
 // h:mm:ss.mmm, hours only where there are any.
 std::string Duration(int64_t frames, uint32_t rate /*frames per second, not 0*/);

@@ -20,6 +20,13 @@ constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
     vlw_remove_temporaries();
     Report::Complain("", fmt::format("Interrupted by SIG{}; what was not whole yet has been removed.",
                                      sigabbrev_np(number)));
+    // As the signal ends a program that doesn't watch for it, so that a shell stops its loop too.
+    std::signal(number, SIG_DFL);
+    sigset_t ending;
+    sigemptyset(&ending);
+    sigaddset(&ending, number);
+    kill(getpid(), number);
+    pthread_sigmask(SIG_UNBLOCK, &ending, nullptr);
     _exit(EXIT_FAILED);
 }
 

@@ -1,4 +1,5 @@
-// Signals that end the program: unfinished files go, standard error says why, and it ends with 1.
+// Signals that end the program: unfinished files go, standard error says why, and the signal then does what
+// it does.
 #pragma once
 
 namespace Signals {

@@ -55,6 +55,18 @@ CLI::App* AddInfo(CLI::App& app, InfoOptions& options) {
     return info;
 }
 
+void AddOverwrite(CLI::App* command, bool& overwrite) {
+    command->add_flag("--overwrite", overwrite, "Replace what is there already");
+}
+
+void AddPartial(CLI::App* command, bool& partial) {
+    command->add_flag("--partial", partial, "Of a file that ends early take what is there");
+}
+
+void AddLossy(CLI::App* command, bool& lossy) {
+    command->add_flag("--lossy", lossy, "Let tags change or go that can't be kept as they are");
+}
+
 CLI::App* AddDecode(CLI::App& app, DecodeOptions& options) {
     CLI::App* decode = app.add_subcommand("decode", "Write the audio as raw signed 16-bit little-endian PCM");
     decode->add_option("FILE", options.file, "Audio file")->required();
@@ -64,6 +76,8 @@ CLI::App* AddDecode(CLI::App& app, DecodeOptions& options) {
         ->check(CLI::Range(uint32_t{1}, kMaxChannels));
     decode->add_option("-o,--output", options.output, "File to write, - is standard output")
         ->capture_default_str();
+    AddOverwrite(decode, options.overwrite);
+    AddPartial(decode, options.partial);
     return decode;
 }
 
@@ -90,7 +104,9 @@ CLI::App* AddConvert(CLI::App& app, ConvertOptions& options) {
     convert->add_option("--rate", options.wish.rate, "Frames per second")->excludes(format);
     convert->add_option("--channels", options.wish.channels, "Channels")->excludes(format);
     convert->add_option("--bits", options.wish.bits, "Bits of a sample")->excludes(format);
-    convert->add_flag("--overwrite", options.overwrite, "Replace files that are there already");
+    AddOverwrite(convert, options.overwrite);
+    AddPartial(convert, options.partial);
+    AddLossy(convert, options.lossy);
     convert->add_option("--jobs", options.jobs, "Files at once; as many as there are cores if not given")
         ->check(CLI::Range(uint32_t{1}, kMaxJobs));
     AddRepeatable(convert, "--set", options.sets, "NAME=VALUE: a tag of the output, in place of the input's");
@@ -102,6 +118,7 @@ CLI::App* AddTag(CLI::App& app, TagOptions& options) {
     tag->add_option("FILE", options.files, "WAV files")->required();
     AddRepeatable(tag, "--set", options.sets, "NAME=VALUE: a tag to set; the others stay");
     AddRepeatable(tag, "--clear", options.clears, "NAME: a tag to take away");
+    AddLossy(tag, options.lossy);
     tag->add_flag("--json", options.json, "One JSON array instead of lines");
     return tag;
 }
@@ -113,6 +130,7 @@ CLI::App* AddPicture(CLI::App& app, PictureOptions& options) {
     picture->add_option("--to", options.format, "Decode it and write it anew; as it is if not given")
         ->check(CLI::IsMember({"jpg", "bmp"}));
     picture->add_option("-o,--output", options.output, "File to write, - is standard output")->required();
+    AddOverwrite(picture, options.overwrite);
     return picture;
 }
 
@@ -195,10 +213,10 @@ int main(int argc, char** argv) {
         Signals::Watch();
         return Run(argc, argv);
     } catch (const UsageFailure& failure) {
-        Report::Complain("", failure.what());
+        Report::Complain("", failure);
         return EXIT_USAGE;
     } catch (const std::exception& failure) {
-        Report::Complain("", failure.what());
+        Report::Complain("", failure);
         return EXIT_FAILED;
     }
 }

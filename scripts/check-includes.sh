@@ -11,8 +11,8 @@ riff:
 platform/base/posix:
 platform/base: platform/base/posix
 platform/sync/posix:
-platform/sync: platform/sync/posix platform/base
-platform/file/posix:
+platform/sync: platform/sync/posix platform/base/posix platform/base
+platform/file/posix: platform/base/posix
 platform/file: platform/file/posix platform/sync platform/base
 platform/loader/posix: platform/base
 platform/loader: platform/loader/posix platform/sync platform/base

@@ -18,7 +18,7 @@ export VELTO_REGISTRY="$out/registry.db" # so that no other module is taken that
 say "the recording, as vlwav sees it"
 "$vlwav" info "$recording"
 say "decoding to 44100 Hz stereo: $raw"
-"$vlwav" decode "$recording" --rate 44100 --channels 2 -o "$raw"
+"$vlwav" decode "$recording" --rate 44100 --channels 2 -o "$raw" --overwrite
 
 # measure LABEL SOX_INPUT...: one line of what sox finds
 measure() {
@@ -65,6 +65,6 @@ sox "$recording" -e ima-adpcm "$out/compressed.wav"
 sox "$recording" "$out/recording.aiff"
 "$vlwav" info "$out/compressed.wav" "$out/recording.aiff"
 for file in compressed.wav recording.aiff; do
-  "$vlwav" decode "$out/$file" --rate 44100 --channels 2 -o "$raw"
+  "$vlwav" decode "$out/$file" --rate 44100 --channels 2 -o "$raw" --overwrite
   measure "${file%.*}" "${as_raw[@]}"
 done

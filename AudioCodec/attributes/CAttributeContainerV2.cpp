@@ -10,7 +10,13 @@
 
 using Guard = std::lock_guard<RecursiveLock>;
 
-CAttributeContainerV2::~CAttributeContainerV2() { CAttributeContainerV2::Clear(); }
+CAttributeContainerV2::~CAttributeContainerV2() {
+    // An object that goes may call back: with a reference to itself the store isn't ended a second time, and
+    // from here on nothing is hung up that the members' own end would find.
+    ++m_refCount;
+    m_isGoing = true;
+    CAttributeContainerV2::Clear();
+}
 
 Result CAttributeContainerV2::QueryInterface(const GUID* iid, void** object) {
     if (!object) return RESULT_BAD_ARGUMENT;

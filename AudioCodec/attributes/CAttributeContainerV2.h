@@ -101,7 +101,8 @@ private:
     Holders::const_iterator FindHolder(const GUID* iid, const IBase* object, uint32_t index) const;
 
     uint32_t m_refCount = 0;
-    RecursiveLock m_lock;  // guards everything here
+    bool m_isGoing = false;  // in the destructor: takes no interface any more
+    RecursiveLock m_lock;    // guards everything here
     std::map<uint32_t, std::unique_ptr<AttributeValue>> m_attributes;
     Holders m_interfaces;  // in order of addition
 };

@@ -50,6 +50,7 @@ Result CAttributeContainerV2::GetInterfaceFlag(const GUID* iid, uint32_t index, 
 Result CAttributeContainerV2::AddInterface(const GUID* iid, IBase* object, uint8_t addRef) {
     const Guard guard(m_lock);
     if (!iid || !object) return RESULT_BAD_ARGUMENT;
+    if (m_isGoing) return RESULT_FAILED;
     return AtBorder(RESULT_NO_MEMORY, [&] {
         auto holder = std::make_unique<InterfaceHolder>(iid, object, addRef != 0);
         const Result status = holder->GetStatus();

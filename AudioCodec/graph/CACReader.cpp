@@ -52,9 +52,8 @@ uint32_t FramesOf(int64_t time, uint32_t rate) {
 
 std::u16string FolderOfModule() {
     char16_t path[kPathUnits] = {};
-    GetModuleFileNameW(GetModuleInstance(), path, kPathUnits);
-    const std::u16string_view whole(path);
-    return std::u16string(whole.substr(0, whole.rfind(u'/')));
+    VlGetModuleFolder(GetModuleInstance(), path, kPathUnits);
+    return path;
 }
 
 // For the steps of Close: an exception in one doesn't stop those after it.
@@ -280,6 +279,10 @@ Result CACReader::Seek(uint32_t origin, int64_t offset, int64_t* position) {
     m_staged.Drop();
     if (position) *position = 0;
     if (!m_seeking || IsOfAnotherProcess()) return RESULT_FAILED;
+    return AtBorder(RESULT_FAILED, [&] { return MoveTo(origin, offset, position); });
+}
+
+Result CACReader::MoveTo(uint32_t origin, int64_t offset, int64_t* position) {
     // Media time, in units of 100 ns; the offset of a host counts output frames.
     int64_t target =
         Saturating::Mul(WholeSeconds(offset, static_cast<float>(m_outRate)), kTimeUnitsPerSecond);

@@ -6,9 +6,10 @@
 // Decisions: An Open on an open reader closes it first. Seek without a graph returns RESULT_FAILED. A source
 // whose frames have no size returns RESULT_NOT_PCM from Read, and so does one that isn't 16 bits wide where
 // it would have to be converted. An output rate of 0 returns length and positions of 0. Read returns no
-// frames at the end and nowhere else, and no division into blocks changes a frame. In a child of the process
-// that opened it, where the threads of the graph don't exist, Read and Seek return RESULT_FAILED, and Close
-// lets go of the graph as it stands: its memory and its file stay with the child.
+// frames at the end and nowhere else, and no division into blocks changes a frame. A source that fails is no
+// end: after the frames in front of it Read returns the failure, a negative number, until a Seek. In a child
+// of the process that opened it, where the threads of the graph don't exist, Read and Seek return
+// RESULT_FAILED, and Close lets go of the graph as it stands: its memory and its file stay with the child.
 #pragma once
 
 #include <memory>
@@ -68,6 +69,7 @@ private:
 
     Result StartGraph();
     Result ReadFrames(void* buffer, uint32_t frames, uint32_t* framesRead, uint8_t* endOfStream);
+    Result MoveTo(uint32_t origin, int64_t offset, int64_t* position);
     Result ReadConverted(int16_t* output, uint32_t frames, uint32_t* framesRead, uint8_t* endOfStream);
     Result RefillStaging(uint8_t* endOfStream);
     bool IsOfAnotherProcess() const;

@@ -95,7 +95,8 @@ bool PictureSet::DecodePicture(const PictureRecord& record, CImage** image) {
     // The stream borrows the record's bytes for the time of the Load.
     const auto stream = RefPtr<CMemoryStream>::Adopt(new CMemoryStream(
         record.fileName.c_str(), record.data.get(), static_cast<uint32_t>(record.size), 0, &result));
-    *image = new CImage;
+    *image = VlCreateImage();
+    if (!*image) throw std::bad_alloc();
     return FAILED((*image)->Load(stream.Get()));
 }
 

@@ -1,11 +1,9 @@
 #include "AudioCodec/metadata/TagList.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
-#include <cwctype>
-
-#include "platform/base/CodePage1252.h"
 
 namespace {
 
@@ -39,18 +37,23 @@ TagEntry TakeEntry(const char16_t*& at) {
     return entry;
 }
 
-// One character of the code page in lower case, by the rules of the host's locale.
-char Lowered(char c) {
-    const bool ascii = (c & 0x80) == 0;
-    if (ascii && (c < 'A' || c > 'Z')) return c;
-    WCHAR unit = static_cast<unsigned char>(c);
-    if (!ascii) MultiByteToWideChar(CP_ACP, 0, &c, 1, &unit, 1);
-    unit = static_cast<WCHAR>(std::towlower(unit));
-    if (unit < 0x80) return static_cast<char>(unit);
-    char lowered = c;
-    WideCharToMultiByte(CP_ACP, 0, &unit, 1, &lowered, 1, nullptr, nullptr);
+struct Capitals {
+    uint8_t first, last;
+    uint8_t distance;  // to the small letters
+};
+constexpr Capitals kCapitals[] = {
+    {'A', 'Z', 0x20},   {0xC0, 0xD6, 0x20}, {0xD8, 0xDE, 0x20},
+    {0x8A, 0x8A, 0x10}, {0x8C, 0x8C, 0x10}, {0x8E, 0x8E, 0x10},  // S and Z with caron, OE
+    {0x9F, 0x9F, 0x60},                                          // Y with diaeresis
+};
+// Each character of the code page in lower case.
+constexpr auto kLowered = [] {
+    std::array<char, 256> lowered{};
+    for (size_t byte = 0; byte < lowered.size(); ++byte) lowered[byte] = static_cast<char>(byte);
+    for (const auto& [first, last, distance] : kCapitals)
+        for (size_t byte = first; byte <= last; ++byte) lowered[byte] = static_cast<char>(byte + distance);
     return lowered;
-}
+}();
 
 }  // namespace
 
@@ -86,7 +89,7 @@ void TagList::Append(std::string_view name, std::u16string_view value) {
 
 std::string LoweredTagName(std::string_view name) {
     std::string lowered(name);
-    std::transform(lowered.begin(), lowered.end(), lowered.begin(), Lowered);
+    for (char& c : lowered) c = kLowered[static_cast<uint8_t>(c)];
     return lowered;
 }
 

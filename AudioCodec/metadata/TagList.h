@@ -43,7 +43,8 @@ private:
     std::u16string m_units;
 };
 
-// A name as lists have it: each letter of the ANSI code page in lower case. Throws std::bad_alloc.
+// A name as lists have it: each letter of the ANSI code page in lower case, whatever the host's locale: a
+// title is to be found in Turkish too, where "I" has another small letter. Throws std::bad_alloc.
 std::string LoweredTagName(std::string_view name);
 
 // Appends a tag: the name, in the ANSI code page, in lower case, the value without the blanks (0x20) at its

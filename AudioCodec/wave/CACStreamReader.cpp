@@ -115,7 +115,7 @@ Result CACStreamReader::OpenInner(const char16_t* path, uint32_t flags) {
 Result CACStreamReader::OpenStream(IStream* stream, uint32_t flags) {
     if (m_inner) return m_inner->OpenStream(stream, flags);
     const auto onThrow = [this](bool) { return ForgetSource(), RESULT_FAILED; };  // as in Open
-    return AtBorder(onThrow, [&] { return OpenImage(stream, flags); });
+    return AtStreamBorder(onThrow, [&] { return OpenImage(stream, flags); });
 }
 
 Result CACStreamReader::OpenImage(IStream* stream, uint32_t flags) {
@@ -152,7 +152,7 @@ Result CACStreamReader::Read(void* buffer, uint32_t frames, uint32_t* framesRead
     if (endOfStream) *endOfStream = 0;
     *framesRead = 0;
     auto* const output = static_cast<int16_t*>(buffer);
-    return AtBorder(RESULT_FAILED, [&] {
+    return AtStreamBorder(RESULT_FAILED, [&] {
         return m_converter.IsConversionFree() ? ReadSourceFrames(output, frames, framesRead, endOfStream)
                                               : ReadConverted(output, frames, framesRead, endOfStream);
     });
@@ -173,8 +173,8 @@ Result CACStreamReader::ReadConverted(int16_t* output, uint32_t frames, uint32_t
 Result CACStreamReader::RefillStaging(uint8_t* endOfStream) {
     return m_staged.Refill(
         m_converter.SourceChannels(), [&](int16_t* buffer, uint32_t frames, uint32_t* framesRead) {
-            return AtBorder(RESULT_FAILED,
-                            [&] { return ReadSourceFrames(buffer, frames, framesRead, endOfStream); });
+            return AtStreamBorder(RESULT_FAILED,
+                                  [&] { return ReadSourceFrames(buffer, frames, framesRead, endOfStream); });
         });
 }
 

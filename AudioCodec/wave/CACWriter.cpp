@@ -135,7 +135,9 @@ Result CACWriter::OpenFile(const char16_t* path, uint32_t flags) {
         m_converter.Configure(m_inputFormat.channels, static_cast<int32_t>(m_inputFormat.samplesPerSec),
                               m_fileFormat.channels, static_cast<int32_t>(m_fileFormat.samplesPerSec));
     }
-    const Result opened = m_wave.OpenForWriting(path, (flags & OPEN_OVERWRITE) != 0);
+    // Without a format the Open fails in any case, which is no reason to empty a file.
+    const bool overwrite = m_formatSelected && (flags & OPEN_OVERWRITE) != 0;
+    const Result opened = m_wave.OpenForWriting(path, overwrite);
     // Also after a failed open: from here on Write reports RESULT_WRITE_FAILED instead of RESULT_FAILED.
     m_wave.BeginAudio(m_fileFormat);
     if (!m_formatSelected || opened != RESULT_OK) {
@@ -167,8 +169,9 @@ Result CACWriter::CompleteFile() {
         return RESULT_OK;
     });
     // Whatever failed above: the sizes in the header are true only after this.
+    const Result written = m_wave.WriteChanges();
     m_wave.CloseFile();
-    return completed;
+    return completed == RESULT_OK ? written : completed;
 }
 
 void CACWriter::StoreTags() {

@@ -3,17 +3,17 @@
 // into the file at Close. One thread at a time.
 //
 // Decisions: Open refuses an input format that can't be converted into the selected one, before a file is
-// touched; an Open while a file is being written completes that one first, as Close does. After a failed
-// Open no file is left open. Audio after the start and after a Seek is gathered up to one filling of the
-// converter, so that a file doesn't depend on the sizes of the blocks; an input shorter than those 48 frames
-// is filled up with silence for the filter and brings its share of frames. Seek with conversion gives up the
-// tail that the filter still holds, as Close doesn't. Negative positions count as 0, an origin above 2
-// returns RESULT_BAD_ARGUMENT and moves nothing, and so do null receivers. Offsets are held within 64
-// bits instead of being cut. A file doesn't grow beyond 4 GiB: Write returns RESULT_WRITE_FAILED there.
-// Without memory Open returns RESULT_FAILED, Write and Close RESULT_NO_MEMORY, and Close ends the file
-// without its tags. ATTR_EDIT_CHANGED_ONLY and ATTR_INFO_ENCODING are looked at when the tags go in, at
-// Close. With the first a number that its chunk wouldn't give back goes into "vltg"; else both roads make one
-// file.
+// touched, and without a selected one makes a new file but empties none; an Open while a file is being
+// written completes that one first, as Close does. After a failed Open no file is left open. Audio after the
+// start and after a Seek is gathered up to one filling of the converter, so that a file doesn't depend on the
+// sizes of the blocks; an input shorter than those 48 frames is filled up with silence for the filter and
+// brings its share of frames. Seek with conversion gives up the tail that the filter still holds, as Close
+// doesn't. Negative positions count as 0, an origin above 2 returns RESULT_BAD_ARGUMENT and moves nothing,
+// and so do null receivers. Offsets are held within 64 bits instead of being cut. A file doesn't grow beyond
+// 4 GiB: Write returns RESULT_WRITE_FAILED there. Without memory Open returns RESULT_FAILED, Write and Close
+// RESULT_NO_MEMORY, and Close ends the file without its tags. ATTR_EDIT_CHANGED_ONLY and ATTR_INFO_ENCODING
+// are looked at when the tags go in, at Close. With the first a number that its chunk wouldn't give back goes
+// into "vltg"; else both roads make one file.
 #pragma once
 
 #include <vector>

@@ -34,7 +34,8 @@ struct IAC3Writer : IAttributeContainer64 {
     virtual Result GetLength(uint64_t* frames /*out: accepted since the writer was made*/) = 0;
     // Writes what is held back, and the metadata, ends the file and takes back the selected format; the next
     // file needs a SelectFormat of its own. RESULT_OK, also where the system could not write: compare the
-    // file with what was accepted where that matters. RESULT_NO_MEMORY: the file is without its metadata.
+    // file with what was accepted where that matters. RESULT_NO_MEMORY: the file is without its metadata, and
+    // so it is with RESULT_WRITE_FAILED, where they would reach past 4 GiB.
     virtual Result Close() = 0;
     // What Write will be given. Channels and rate are cut to 16 bits; samples are 16 bits wide, whatever
     // bytesPerSample says. Always RESULT_OK.

@@ -11,6 +11,7 @@
 #include "capi/audio/ChannelMix.h"
 #include "capi/handles/SourceRest.h"
 #include "capi/input/OpenInput.h"
+#include "capi/vlwav_more.h"
 
 namespace {
 
@@ -62,6 +63,8 @@ vlw_code Converter::Run(const char* source, const char* target, const vlw_conver
     vlw_code end = VLW_OK;
     try {
         end = Copy(wish);  // (4)
+        if ((wish.flags & VLW_NOT_EMPTY) && m_reader.Position() == 0)
+            throw Failure(VLW_DAMAGED, std::string(source) + " has no audio.", source);
         // Before the target is there: what fails must leave it as it was.
         NoteFormat(format);  // (5)
         if (!(wish.flags & VLW_NO_CHUNKS)) NoteRest();
@@ -161,10 +164,11 @@ void Converter::NoteFormat(const AudioFormatInfo& format) {
     // Of coded audio the width says nothing of what it is worth.
     if (facts.unit.frames == 1 && format.bitsPerSample < facts.bits)
         Note(std::to_string(facts.bits) + " → " + std::to_string(format.bitsPerSample) + " bits");
+    if (!facts.declaredBytes) Note("its head tells no length; it was read to the end of the file");
 }
 
 void Converter::NoteRest() {
-    const std::string rest = NameRest(m_reader.Source());
+    const std::string rest = NameRest(m_reader.Source(), m_reader.Facts());
     if (!rest.empty()) Note("the output doesn't have " + rest);
 }
 

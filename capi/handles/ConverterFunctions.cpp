@@ -5,11 +5,13 @@
 
 #include "capi/FormatRecord.h"
 #include "capi/handles/Converter.h"
+#include "capi/vlwav_more.h"
 
 namespace {
 
 constexpr size_t kFirstSize = offsetof(vlw_conversion, user) + sizeof(void*);  // in version 1.0
-constexpr uint32_t kKnownFlags = VLW_OVERWRITE | VLW_LOSSY | VLW_PARTIAL | VLW_NO_TAGS | VLW_NO_CHUNKS;
+constexpr uint32_t kKnownFlags =
+    VLW_OVERWRITE | VLW_LOSSY | VLW_PARTIAL | VLW_NO_TAGS | VLW_NO_CHUNKS | VLW_NOT_EMPTY;
 
 // What the program's record, which may be older or newer than the library's, asks for. False where it can't
 // be understood.

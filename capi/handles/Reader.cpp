@@ -137,8 +137,13 @@ Failure Reader::CutReason() const {
     const SourceFacts& facts = m_file->facts;
     const std::string name = Name().empty() ? "The source" : Name();
     std::string how = name + " ends early";
-    if (facts.promised)
-        how += ": " + std::to_string(facts.frames.value_or(m_file->source->Position())) + " of " +
-               std::to_string(*facts.promised) + " promised frames are there";
+    // Before the first is read only the bytes tell how many frames of some codecs there are.
+    const int64_t there = facts.frames.value_or(m_file->source->Position());
+    if (facts.promised && (facts.frames || there != 0))
+        how += ": " + std::to_string(there) + " of " + std::to_string(*facts.promised) +
+               " promised frames are there";
+    else if (facts.audioBytes && facts.declaredBytes)
+        how += ": " + std::to_string(*facts.audioBytes) + " of " + std::to_string(*facts.declaredBytes) +
+               " promised bytes of audio are there";
     return {VLW_CUT, how + '.', Name()};
 }

@@ -136,6 +136,10 @@ int vlw_reader_seekable(const vlw_reader* reader) {
     return IsOpen(reader) && reader->work->IsSeekable() ? 1 : 0;
 }
 
+int vlw_reader_length_told(const vlw_reader* reader) {
+    return IsOpen(reader) && reader->work->Facts().declaredBytes ? 1 : 0;
+}
+
 vlw_code vlw_reader_seek(vlw_reader* reader, int64_t frame) {
     return Guarded(reader, [&] { return IsOpen(reader) ? reader->work->SeekTo(frame) : VLW_BAD_STATE; });
 }

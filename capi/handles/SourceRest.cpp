@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -18,9 +19,12 @@ namespace {
 constexpr size_t kEntryBlock = 16384;  // bytes
 constexpr size_t kDateMost = 64;       // bytes of one that are told
 
-// Known to the module, or nothing but room.
-constexpr uint32_t kNotForeign[] = {ChunkId::kFmt, ChunkId::kData, ChunkId::kFact, ChunkId::kJunk,
-                                    ChunkId::kPad};
+// Format and audio of both containers, or nothing but room.
+constexpr uint32_t kNotForeign[] = {ChunkId::kFmt,  ChunkId::kData, ChunkId::kFact,
+                                    ChunkId::kJunk, ChunkId::kPad,  ChunkId::kCommon,
+                                    FourCC("SSND"), FourCC("FVER"), FourCC("FLLR")};
+// In AIFF, the first of each.
+constexpr uint32_t kOnceATag[] = {FourCC("NAME"), FourCC("AUTH"), FourCC("(c) "), FourCC("ANNO")};
 
 // A control character would reach a terminal.
 std::string Printable(std::string text) {
@@ -112,26 +116,33 @@ bool ListRest::TakeEntry(ChunkWalk& walk, uint32_t id, uint32_t held, uint32_t k
 
 class RestScan {
 public:
-    explicit RestScan(Input& input) : m_blocks(input) {}
+    RestScan(Input& input, const SourceFacts& facts) : m_blocks(input), m_facts(facts) {}
 
     std::vector<std::string> Run() {
         uint8_t header[kFileHeaderSize];
-        if (!m_blocks.Read(header, sizeof header) || LoadLE32(header) != ChunkId::kRiff ||
-            LoadLE32(header + 8) != ChunkId::kWave)
-            return {};
-        ChunkWalk walk(m_blocks, ByteOrder::Little, sizeof header);
-        while (walk.Next()) TakeChunk(walk);
+        if (!m_blocks.Read(header, sizeof header)) return {};
+        const bool isWave = LoadLE32(header) == ChunkId::kRiff;
+        ChunkWalk walk(m_blocks, isWave ? ByteOrder::Little : ByteOrder::Big, sizeof header);
+        while (walk.Next()) {
+            // What follows audio of no told size is audio too.
+            if (!m_facts.declaredBytes && walk.Current().Content() >= m_facts.audioPlace) break;
+            if (isWave && walk.Current().id == ChunkId::kList)
+                TakeList(walk);
+            else
+                TakeChunk(walk.Current().id);
+        }
         return Parts();
     }
 
 private:
-    void TakeChunk(ChunkWalk& walk) {
-        const uint32_t id = walk.Current().id;
-        if (id != ChunkId::kList) {
-            if (std::find(std::begin(kNotForeign), std::end(kNotForeign), id) == std::end(kNotForeign))
-                m_foreign.Add(ChunkName(id));
-            return;
-        }
+    void TakeChunk(uint32_t id) {
+        const bool isTag = std::find(std::begin(kOnceATag), std::end(kOnceATag), id) != std::end(kOnceATag);
+        if (isTag && m_tags.insert(id).second) return;
+        if (std::find(std::begin(kNotForeign), std::end(kNotForeign), id) == std::end(kNotForeign))
+            m_foreign.Add((isTag ? "a further " : "") + ChunkName(id));
+    }
+
+    void TakeList(ChunkWalk& walk) {
         uint8_t type[kListTypeSize] = {};
         const bool typed = walk.Current().size >= sizeof type && walk.Read(type, sizeof type);
         if (!typed || LoadLE32(type) != ChunkId::kInfo) {
@@ -154,7 +165,9 @@ private:
     }
 
     InputBlocks m_blocks;
+    const SourceFacts& m_facts;
     NameSample m_foreign;
+    std::set<uint32_t> m_tags;  // that came already
     ListRest m_list;
     bool m_listSeen = false;
     bool m_olderLists = false;
@@ -162,9 +175,9 @@ private:
 
 }  // namespace
 
-std::string NameRest(Input& input) {
+std::string NameRest(Input& input, const SourceFacts& facts) {
     if (!input.IsSeekable()) return {};
     std::string text;
-    for (const std::string& part : RestScan(input).Run()) text += (text.empty() ? "" : ", ") + part;
+    for (const std::string& part : RestScan(input, facts).Run()) text += (text.empty() ? "" : ", ") + part;
     return text;
 }

@@ -4,7 +4,8 @@
 #include <string>
 
 #include "capi/input/Input.h"
+#include "capi/input/SourceFacts.h"
 
-// "\"bext\", list \"adtl\", text \"ISFT\"", or nothing. Of a source that isn't WAV, or is read in order,
-// nothing is known. Throws what reading throws.
-std::string NameRest(Input& input);
+// "\"bext\", list \"adtl\", text \"ISFT\"", or nothing. Of a source that is read in order nothing is known.
+// Throws what reading throws.
+std::string NameRest(Input& input, const SourceFacts& facts);

@@ -55,7 +55,7 @@ std::string FolderOf(const std::string& path) {
 std::string Temporary(const std::string& folder) {
     unsigned char chance[kRandomLetters] = {};
     // What is missing of it stays 0: who makes the file tries other names for one that is taken.
-    static_cast<void>(getrandom(chance, sizeof chance, 0));
+    [[maybe_unused]] const ssize_t filled = getrandom(chance, sizeof chance, 0);
     std::string path = folder + "/.vlwav-";
     for (const unsigned char number : chance) path += kLetters[number % (sizeof kLetters - 1)];
     return path;

@@ -7,6 +7,7 @@
 
 #include "platform/base/PlatformResults.h"
 #include "platform/base/Records.h"
+#include "platform/base/Symbols.h"
 
 using BOOL = int32_t;  // 0 is failure or false
 using BYTE = uint8_t;
@@ -35,5 +36,5 @@ inline constexpr HRESULT E_INVALIDARG = PLATFORM_BAD_ARGUMENT;
 constexpr bool SUCCEEDED(HRESULT result) { return result >= 0; }
 constexpr bool FAILED(HRESULT result) { return result < 0; }
 
-// The layer's functions have C linkage, so that any module of the process can call them by name.
+// The layer's functions have C linkage, so that any module of the process can call them by name (Symbols.h).
 #define VL_PLATFORM_API extern "C" __attribute__((visibility("default")))

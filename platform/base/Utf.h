@@ -7,6 +7,6 @@
 #include <string_view>
 
 namespace Utf {
-__attribute__((visibility("default"))) std::u16string FromUtf8(std::string_view bytes);
-__attribute__((visibility("default"))) std::string ToUtf8(std::u16string_view text);
+std::u16string FromUtf8(std::string_view bytes);
+std::string ToUtf8(std::u16string_view text);
 }  // namespace Utf

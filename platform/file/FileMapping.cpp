@@ -9,10 +9,14 @@
 #include "platform/file/ErrorTable.h"
 #include "platform/file/File.h"
 #include "platform/file/FileObject.h"
+#include "platform/sync/FirstCopysFunction.h"
 #include "platform/sync/ForkPass.h"
 #include "platform/sync/NamedObjects.h"
 
 namespace {
+
+const FirstCopysFunction<decltype(CreateFileMappingA)> s_createMapping("VlCreateFileMappingA");
+const FirstCopysFunction<decltype(OpenFileMappingA)> s_openMapping("VlOpenFileMappingA");
 
 class MappingObject final : public NamedObject {
 public:
@@ -52,6 +56,8 @@ MappingObject* MakeMapping(const FileObject& file, size_t size) {
 
 HANDLE CreateFileMappingA(HANDLE file, SECURITY_ATTRIBUTES* security, DWORD protection, DWORD sizeHigh,
                           DWORD sizeLow, const char* name) {
+    if (s_createMapping.IsFor(name))
+        return s_createMapping(file, security, protection, sizeHigh, sizeLow, name);
     if (security || protection != PAGE_READWRITE) return NoneWith(ERROR_NOT_SUPPORTED);
     const auto* object = HandleObject::From<FileObject>(file);
     if (!object) return nullptr;
@@ -67,6 +73,7 @@ HANDLE CreateFileMappingA(HANDLE file, SECURITY_ATTRIBUTES* security, DWORD prot
 }
 
 HANDLE OpenFileMappingA(DWORD access, BOOL inherit, const char* name) {
+    if (s_openMapping.IsFor(name)) return s_openMapping(access, inherit, name);
     if (access != FILE_MAP_ALL_ACCESS || inherit) return NoneWith(ERROR_NOT_SUPPORTED);
     return NamedObjects::Open(name, MappingObject::kKind);
 }

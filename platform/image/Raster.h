@@ -18,10 +18,7 @@ constexpr uint32_t PackColor(uint32_t red, uint32_t green, uint32_t blue, uint32
     return alpha << 24 | red << 16 | green << 8 | blue;
 }
 
-namespace vlacwav3 {
-
-// Named in a public header, and known there by its name alone.
-struct __attribute__((visibility("default"))) Raster {
+struct Raster {
     // Takes memory for a black image. E_FAIL for a size out of bounds, before any memory
     // is taken; E_OUTOFMEMORY.
     HRESULT Allocate(uint32_t rasterWidth, uint32_t rasterHeight, PixelFormat pixelFormat);
@@ -54,5 +51,3 @@ struct __attribute__((visibility("default"))) Raster {
 private:
     uint32_t NearestIndex(uint32_t color) const;
 };
-
-}  // namespace vlacwav3

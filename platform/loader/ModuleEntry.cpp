@@ -5,7 +5,7 @@
 
 HMODULE VlModuleAttached(const void* address) {
     const LoadedModule module = FindLoadedModule(address);
-    ModuleTable::Instance().Add(module.handle, module.path);
+    ModuleTable::Instance().Add(module);
     return module.handle;
 }
 

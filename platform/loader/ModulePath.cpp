@@ -1,7 +1,6 @@
 #include "platform/loader/ModulePath.h"
 
 #include <algorithm>
-#include <string>
 
 #include "platform/base/LastError.h"
 #include "platform/base/Utf.h"
@@ -19,21 +18,26 @@ DWORD CopyOut(const Text& text, typename Text::value_type* buffer, DWORD size) {
     return size;
 }
 
-// The bytes of the path as `convert` makes them.
+// What `convert` makes of the module's place.
 template <class Unit, class Convert>
 DWORD GetPath(HMODULE module, Unit* buffer, DWORD size, Convert convert) {
-    const auto path = ModuleTable::Instance().PathOf(module);
-    if (path && buffer && size != 0) return CopyOut(convert(*path), buffer, size);
-    SetLastError(path ? ERROR_INSUFFICIENT_BUFFER : ERROR_INVALID_HANDLE);
+    const auto place = ModuleTable::Instance().Find(module);
+    if (place && buffer && size != 0) return CopyOut(convert(*place), buffer, size);
+    SetLastError(place ? ERROR_INSUFFICIENT_BUFFER : ERROR_INVALID_HANDLE);
     return 0;
 }
 
 }  // namespace
 
 DWORD GetModuleFileNameW(HMODULE module, WCHAR* buffer, DWORD size) {
-    return GetPath(module, buffer, size, Utf::FromUtf8);
+    return GetPath(module, buffer, size, [](const LoadedModule& place) { return Utf::FromUtf8(place.path); });
+}
+
+DWORD VlGetModuleFolder(HMODULE module, WCHAR* buffer, DWORD size) {
+    return GetPath(module, buffer, size,
+                   [](const LoadedModule& place) { return Utf::FromUtf8(place.folder); });
 }
 
 DWORD GetModuleFileNameA(HMODULE module, char* buffer, DWORD size) {
-    return GetPath(module, buffer, size, [](const std::string& path) { return path; });
+    return GetPath(module, buffer, size, [](const LoadedModule& place) { return place.path; });
 }

@@ -8,19 +8,19 @@ ModuleTable& ModuleTable::Instance() {
     return table;
 }
 
-void ModuleTable::Add(HMODULE module, const std::string& path) {
+void ModuleTable::Add(const LoadedModule& module) {
     const ProcessLock lock(m_lock);
-    m_paths[module] = path;
+    m_modules[module.handle] = module;
 }
 
 void ModuleTable::Remove(HMODULE module) {
     const ProcessLock lock(m_lock);
-    m_paths.erase(module);
+    m_modules.erase(module);
 }
 
-std::optional<std::string> ModuleTable::PathOf(HMODULE module) const {
+std::optional<LoadedModule> ModuleTable::Find(HMODULE module) const {
     const ProcessLock lock(m_lock);
-    const auto found = m_paths.find(module);
-    if (found == m_paths.end()) return std::nullopt;
+    const auto found = m_modules.find(module);
+    if (found == m_modules.end()) return std::nullopt;
     return found->second;
 }

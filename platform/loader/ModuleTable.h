@@ -3,9 +3,8 @@
 
 #include <map>
 #include <optional>
-#include <string>
 
-#include "platform/base/Types.h"
+#include "platform/loader/posix/LoadedModule.h"
 #include "platform/sync/Mutex.h"
 
 class ModuleTable {
@@ -13,11 +12,11 @@ public:
     // One for the process, built by the first module and gone after the last.
     static ModuleTable& Instance();
 
-    void Add(HMODULE module, const std::string& path);
+    void Add(const LoadedModule& module);
     void Remove(HMODULE module);
-    std::optional<std::string> PathOf(HMODULE module) const;
+    std::optional<LoadedModule> Find(HMODULE module) const;
 
 private:
     mutable Mutex m_lock;
-    std::map<HMODULE, std::string> m_paths VL_GUARDED_BY(m_lock);  // the system's bytes
+    std::map<HMODULE, LoadedModule> m_modules VL_GUARDED_BY(m_lock);
 };

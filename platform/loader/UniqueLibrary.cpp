@@ -1,7 +1,5 @@
 #include "platform/loader/UniqueLibrary.h"
 
-#include <filesystem>
-
 #include "platform/loader/posix/LoadedModule.h"
 #include "platform/sync/ForkPass.h"
 
@@ -12,8 +10,7 @@ UniqueLibrary UniqueLibrary::Load(const std::string& path) {
 
 UniqueLibrary UniqueLibrary::LoadSibling(const char* file) {
     static const char here = 0;
-    const std::filesystem::path own = FindLoadedModule(&here).path;
-    return Load((own.parent_path() / file).string());
+    return Load(FindLoadedModule(&here).folder + "/" + file);
 }
 
 void* UniqueLibrary::FindSymbol(const char* name) const {

@@ -13,8 +13,8 @@ public:
     UniqueLibrary() = default;
     // Loads the library at a path in the system's bytes; holds none if it can't be loaded.
     static UniqueLibrary Load(const std::string& path);
-    // The same for one that lies beside libvlplatform, wherever that was loaded from; `file` may have folders
-    // in front. Throws std::bad_alloc.
+    // The same for one that lies beside libvlplatform, wherever that file is, links followed; `file` may have
+    // folders in front. Throws std::bad_alloc.
     static UniqueLibrary LoadSibling(const char* file);
 
     explicit operator bool() const { return m_module != nullptr; }

@@ -1,5 +1,6 @@
 #include "platform/media/AudioDecoder.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -45,26 +46,30 @@ HRESULT AudioDecoder::Open(const CodecDescription& description) {
     return S_OK;
 }
 
-void AudioDecoder::Send(std::span<BYTE> packet) {
-    if (packet.empty()) {
-        avcodec_send_packet(m_context.get(), nullptr);
-        return;
-    }
+HRESULT AudioDecoder::Send(std::span<BYTE> packet) {
     m_packet->data = packet.data();
     m_packet->size = static_cast<int>(packet.size());
-    avcodec_send_packet(m_context.get(), m_packet.get());  // a packet that it refuses is a damaged one
+    m_taken += packet.size();
+    // A packet that it refuses is a damaged one.
+    const int sent = avcodec_send_packet(m_context.get(), packet.empty() ? nullptr : m_packet.get());
+    return sent == AVERROR(ENOMEM) ? E_OUTOFMEMORY : S_OK;
 }
 
-const AVFrame* AudioDecoder::Receive() {
+HRESULT AudioDecoder::Receive(const AVFrame*& frame) {
+    frame = nullptr;
     // Damage costs frames; the decoder has dropped what was damaged when it tells of it.
     constexpr int kMostFailures = 64;
     for (int failures = 0; failures < kMostFailures;) {
         const int result = avcodec_receive_frame(m_context.get(), m_frame.get());
-        if (result == AVERROR(EAGAIN) || result == AVERROR_EOF) return nullptr;
+        if (result == AVERROR(ENOMEM)) return E_OUTOFMEMORY;
+        if (result == AVERROR(EAGAIN) || result == AVERROR_EOF) break;
         if (result < 0) ++failures;
-        if (result >= 0 && Fits(*m_frame)) return m_frame.get();
+        if (result < 0 || !Fits(*m_frame)) continue;
+        m_hasGiven = true;
+        frame = m_frame.get();
+        break;
     }
-    return nullptr;
+    return S_OK;
 }
 
 // The format was promised when the filters were connected: a damaged frame may show another.
@@ -73,4 +78,11 @@ bool AudioDecoder::Fits(const AVFrame& frame) const {
            frame.nb_samples > 0 && CanConvert(static_cast<AVSampleFormat>(frame.format));
 }
 
-void AudioDecoder::Flush() { avcodec_flush_buffers(m_context.get()); }
+bool AudioDecoder::UnderstoodNothing() const {
+    return !m_hasGiven && m_taken >= static_cast<uint64_t>(std::max(m_context->block_align, 1));
+}
+
+void AudioDecoder::Flush() {
+    m_taken = 0;
+    avcodec_flush_buffers(m_context.get());
+}

@@ -1,5 +1,6 @@
 // One decoder of the libraries, on one thread of theirs: packets in, frames of its own form out. Damaged
-// packets give fewer frames, or none. Knows nothing of filters and of 16 bits.
+// packets give fewer frames, or none; that no frame ever came is known. Knows nothing of filters and of 16
+// bits.
 // One thread at a time.
 #pragma once
 
@@ -16,10 +17,14 @@ public:
     int SampleRate() const { return m_sampleRate; }  // Hz
 
     // Takes a packet in, after which kPadding zero bytes stand; an empty one ends the stream. Then Receive
-    // is to be called until it returns null.
-    void Send(std::span<BYTE> packet);
-    // The next frame, of the format above and a form that can be converted; valid until the next call.
-    const AVFrame* Receive();
+    // is to be called until it returns no frame. E_OUTOFMEMORY, else S_OK.
+    HRESULT Send(std::span<BYTE> packet);
+    // The next frame, of the format above and a form that can be converted, or null; valid until the next
+    // call. E_OUTOFMEMORY, else S_OK.
+    HRESULT Receive(const AVFrame*& frame);
+
+    // More has come than a torn block, and not one frame of it.
+    bool UnderstoodNothing() const;
 
     // Forgets what was sent; the next packet may come from anywhere.
     void Flush();
@@ -32,4 +37,6 @@ private:
     UniqueFrame m_frame;
     int m_channels = 0;
     int m_sampleRate = 0;
+    uint64_t m_taken = 0;     // bytes since the last Flush
+    bool m_hasGiven = false;  // a frame, ever
 };

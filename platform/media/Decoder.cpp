@@ -56,10 +56,15 @@ HRESULT Decoder::Input::Receive(IMediaSample* sample) {
 HRESULT Decoder::Input::EndOfStream() {
     const std::lock_guard lock(m_decoder.m_streamLock);
     if (m_decoder.m_flushing || !m_decoder.m_decoder) return S_OK;
-    // Codecs hold frames back; nothing more comes to push them out.
-    m_decoder.m_decoder->Send({});
-    AtBorder(ResultOfThrow, [&] { return m_decoder.DeliverFrames(); });
-    return m_decoder.m_output.DeliverEndOfStream();
+    const HRESULT result = AtBorder(ResultOfThrow, [&] { return m_decoder.DecodeRest(); });
+    return FAILED(result) ? m_decoder.m_output.DeliverFailure(result)
+                          : m_decoder.m_output.DeliverEndOfStream();
+}
+
+// Frames that the codec holds back may lack what didn't come, so they stay there.
+HRESULT Decoder::Input::StreamFailed(HRESULT reason) {
+    const std::lock_guard lock(m_decoder.m_streamLock);
+    return m_decoder.m_flushing ? S_OK : m_decoder.m_output.DeliverFailure(reason);
 }
 
 HRESULT Decoder::Input::BeginFlush() {
@@ -113,17 +118,26 @@ HRESULT Decoder::Decode(IMediaSample& sample) {
     }
     BYTE* data = nullptr;
     if (FAILED(sample.GetPointer(&data)) || sample.GetActualDataLength() <= 0) return S_OK;
-    m_decoder->Send({data, static_cast<size_t>(sample.GetActualDataLength())});
-    return DeliverFrames();
+    const HRESULT sent = m_decoder->Send({data, static_cast<size_t>(sample.GetActualDataLength())});
+    return FAILED(sent) ? sent : DeliverFrames();
+}
+
+// Codecs hold frames back; at the end nothing more comes to push them out.
+HRESULT Decoder::DecodeRest() {
+    HRESULT result = m_decoder->Send({});
+    if (SUCCEEDED(result)) result = DeliverFrames();
+    return SUCCEEDED(result) && m_decoder->UnderstoodNothing() ? VFW_E_INVALID_FILE_FORMAT : result;
 }
 
 HRESULT Decoder::DeliverFrames() {
-    while (const AVFrame* frame = m_decoder->Receive()) {
+    for (;;) {
+        const AVFrame* frame = nullptr;
+        HRESULT result = m_decoder->Receive(frame);
+        if (FAILED(result) || !frame) return result;
         // S_FALSE ends it as well: frames that nobody wants are not converted.
-        const HRESULT result = DeliverFrame(*frame);
+        result = DeliverFrame(*frame);
         if (result != S_OK) return result;
     }
-    return S_OK;
 }
 
 HRESULT Decoder::DeliverFrame(const AVFrame& frame) {

@@ -1,5 +1,6 @@
 // The "MS ACM Wrapper": a filter that takes packets of any audio codec that the libraries know and delivers
-// 16-bit PCM, on the sender's thread. Frames in front of the segment's start are dropped.
+// 16-bit PCM, on the sender's thread. Frames in front of the segment's start are dropped. A stream of which
+// no packet could be decoded doesn't end but fails, with VFW_E_INVALID_FILE_FORMAT.
 #pragma once
 
 #include "platform/media/AudioDecoder.h"
@@ -18,6 +19,7 @@ private:
 
         HRESULT Receive(IMediaSample* sample) override;
         HRESULT EndOfStream() override;
+        HRESULT StreamFailed(HRESULT reason) override;
         HRESULT BeginFlush() override;
         HRESULT EndFlush() override;
         HRESULT NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) override;
@@ -50,6 +52,7 @@ private:
     HRESULT Activate() override;
 
     HRESULT Decode(IMediaSample& sample);
+    HRESULT DecodeRest();
     HRESULT DeliverFrames();
     HRESULT DeliverFrame(const AVFrame& frame);
 

@@ -60,24 +60,27 @@ Demuxer::Demuxer(IAsyncReader& reader, bool honoursPositions, const std::atomic<
     : m_reader(reader),
       m_honoursPositions(honoursPositions),
       m_stop(stop),
-      m_first(OrThrow(av_packet_alloc())) {}
+      m_ahead(OrThrow(av_packet_alloc())) {}
 
 HRESULT Demuxer::Open() {
-    av_packet_unref(m_first.get());
+    av_packet_unref(m_ahead.get());
     m_format.reset();
     m_atStart = false;
     // A source that doesn't honour positions still goes back for a read at 0, so each Open begins with
     // a new one.
     m_io = std::make_unique<ReaderIo>(m_reader, m_honoursPositions, m_stop);
     HRESULT result = OpenFormat();
-    if (SUCCEEDED(result) && !ReadPacket(*m_first)) av_packet_unref(m_first.get());
+    // A file without any packet is one all the same. Where the source failed, be it while audio was tried or
+    // chunks were looked for, Next tells it.
+    const HRESULT first = SUCCEEDED(result) ? ReadPacket(*m_ahead) : S_FALSE;
+    if (FAILED(first) && SUCCEEDED(m_io->Failure())) result = first;
     if (m_stop) result = E_FAIL;  // some read failed for that alone: nothing that came of it can be trusted
     if (FAILED(result)) {
         m_format.reset();
         return result;
     }
     // Where the demuxer found the audio: it knows the layout of each format, so nothing is parsed here again.
-    m_dataStart = m_first->size > 0 ? m_first->pos : -1;
+    m_dataStart = m_ahead->size > 0 ? m_ahead->pos : -1;
     m_atStart = true;
     return S_OK;
 }
@@ -85,9 +88,8 @@ HRESULT Demuxer::Open() {
 HRESULT Demuxer::OpenFormat() {
     std::array<char, 12> head = {};
     AVIOContext* const io = m_io->Context();
-    if (avio_read(io, std::bit_cast<unsigned char*>(head.data()), int{head.size()}) != int{head.size()}) {
-        return VFW_E_INVALID_FILE_FORMAT;
-    }
+    const int read = avio_read(io, std::bit_cast<unsigned char*>(head.data()), int{head.size()});
+    if (read != int{head.size()}) return ReasonOf(read);
     avio_seek(io, 0, SEEK_SET);  // within its buffer: nothing is asked for twice
     const AVInputFormat* const format = FindFormat({head.data(), head.size()});
     if (!format) return VFW_E_INVALID_FILE_FORMAT;
@@ -95,15 +97,16 @@ HRESULT Demuxer::OpenFormat() {
     const bool isLittleEndian = MakeBigEndian({io->buf_ptr, static_cast<size_t>(io->buf_end - io->buf_ptr)});
     AVFormatContext* context = OrThrow(avformat_alloc_context());
     context->pb = io;
-    if (avformat_open_input(&context, "", format, nullptr) < 0)
-        return VFW_E_INVALID_FILE_FORMAT;  // freed there
+    const int opened = avformat_open_input(&context, "", format, nullptr);
+    if (opened < 0) return ReasonOf(opened);  // freed there
     m_format.reset(context);
     // After the head was read, which may be of any length: this bounds the packets that are tried.
     context->probesize = kBytesForTheHead;
     const ForkPass pass;  // it opens decoders too, under a lock of their library
-    if (avformat_find_stream_info(context, nullptr) < 0) return VFW_E_INVALID_FILE_FORMAT;
+    const int found = avformat_find_stream_info(context, nullptr);
+    if (found < 0) return ReasonOf(found);
     const int stream = av_find_best_stream(context, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
-    if (stream < 0) return VFW_E_INVALID_FILE_FORMAT;
+    if (stream < 0) return ReasonOf(stream);
     m_stream = static_cast<size_t>(stream);
     if (isLittleEndian) {
         AVCodecID& id = context->streams[m_stream]->codecpar->codec_id;
@@ -120,6 +123,12 @@ HRESULT Demuxer::OpenFormat() {
     const int channels = codec.ch_layout.nb_channels;
     const bool known = codec.sample_rate > 0 && codec.sample_rate <= kTimeUnitsPerSecond && channels > 0;
     return known && channels <= kMostChannels ? S_OK : VFW_E_INVALID_FILE_FORMAT;
+}
+
+// What an error of the libraries, in front of the first packet, comes from.
+HRESULT Demuxer::ReasonOf(int error) const {
+    if (FAILED(m_io->Failure())) return m_io->Failure();
+    return error == AVERROR(ENOMEM) ? E_OUTOFMEMORY : VFW_E_INVALID_FILE_FORMAT;
 }
 
 HRESULT Demuxer::Duration(REFERENCE_TIME& duration) const {
@@ -157,8 +166,9 @@ HRESULT Demuxer::MoveTo(int64_t frame, int64_t& place) {
     // (1) The first packet, read by Open, isn't read again: some sources can't.
     if (frame == 0 && m_atStart) return S_OK;
     const std::optional<int64_t> direct = PlaceOf(frame);
+    if (direct) m_io->Resume();
     if (direct && avio_seek(m_format->pb, *direct, SEEK_SET) >= 0) {
-        av_packet_unref(m_first.get());
+        av_packet_unref(m_ahead.get());
         // (2) What the demuxer had read ahead belongs to the old place.
         avformat_flush(m_format.get());
         m_atStart = false;
@@ -171,18 +181,27 @@ HRESULT Demuxer::MoveTo(int64_t frame, int64_t& place) {
 
 HRESULT Demuxer::Next(AVPacket& packet) {
     m_atStart = false;
-    if (m_first->size > 0) {
-        av_packet_move_ref(&packet, m_first.get());
-        return S_OK;
-    }
-    return ReadPacket(packet) ? S_OK : S_FALSE;
+    HRESULT result = S_OK;
+    if (m_ahead->size > 0)
+        av_packet_move_ref(&packet, m_ahead.get());
+    else
+        result = ReadPacket(packet);
+    if (result != S_OK || SUCCEEDED(m_io->Failure()) || IsPlainPcm(Codec().codec_id)) return result;
+    // The last packet in front of a failure may be torn by it, and isn't what stands in the file then. Of PCM
+    // all that came of it is good.
+    result = ReadPacket(*m_ahead);
+    if (result != S_OK) av_packet_unref(&packet);
+    return result;
 }
 
-bool Demuxer::ReadPacket(AVPacket& packet) {
+HRESULT Demuxer::ReadPacket(AVPacket& packet) {
     // Between packets the wish to stop is seen here, inside of one by ReaderIo.
-    while (!m_stop && av_read_frame(m_format.get(), &packet) >= 0) {
-        if (packet.stream_index == static_cast<int>(m_stream) && packet.size > 0) return true;
+    while (!m_stop) {
+        const int read = av_read_frame(m_format.get(), &packet);
+        if (read == AVERROR(ENOMEM)) return E_OUTOFMEMORY;
+        if (read < 0) return FAILED(m_io->Failure()) ? m_io->Failure() : S_FALSE;
+        if (packet.stream_index == static_cast<int>(m_stream) && packet.size > 0) return S_OK;
         av_packet_unref(&packet);
     }
-    return false;
+    return S_FALSE;
 }

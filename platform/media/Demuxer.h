@@ -12,7 +12,8 @@ public:
     // See ReaderIo for the arguments.
     Demuxer(IAsyncReader& reader, bool honoursPositions, const std::atomic<bool>& stop);
 
-    // Reads up to the first packet, from the start. VFW_E_INVALID_FILE_FORMAT for what can't be read.
+    // Reads up to the first packet, from the start. VFW_E_INVALID_FILE_FORMAT for what isn't understood, else
+    // the failure of the source.
     HRESULT Open();
 
     // Of the stream, after an Open that succeeded.
@@ -24,15 +25,16 @@ public:
     // Returns that place in frames, 0 or `frame`.
     HRESULT MoveTo(int64_t frame, int64_t& place);
 
-    // The next packet, or S_FALSE at the end, which damage also is.
+    // The next packet, or S_FALSE at the end, which damage also is, or the failure of the source.
     HRESULT Next(AVPacket& packet);
 
 private:
     const AVStream& Stream() const { return *m_format->streams[m_stream]; }
     HRESULT OpenFormat();
+    HRESULT ReasonOf(int error) const;
     // Where in the file a frame starts that can be decoded alone.
     std::optional<int64_t> PlaceOf(int64_t frame) const;
-    bool ReadPacket(AVPacket& packet);
+    HRESULT ReadPacket(AVPacket& packet);
 
     IAsyncReader& m_reader;
     const bool m_honoursPositions;
@@ -40,7 +42,7 @@ private:
     std::unique_ptr<ReaderIo> m_io;
     UniqueFormatContext m_format;  // null after a failed Open; goes in front of m_io
     size_t m_stream = 0;
-    UniquePacket m_first;      // read by Open, not yet given; empty after that
+    UniquePacket m_ahead;      // read, not yet given; else empty
     int64_t m_dataStart = -1;  // where the first packet's bytes lie in the file, if known
     bool m_atStart = false;    // nothing was given since Open
 };

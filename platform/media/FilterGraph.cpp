@@ -2,10 +2,18 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 #include "platform/media/Enumerators.h"
 #include "platform/media/Parser.h"
 #include "platform/media/PinLists.h"
+
+namespace {
+
+// By which a filter is found in the list.
+constexpr auto IdOf = [](const auto& member) { return member.filter.Get(); };
+
+}  // namespace
 
 HRESULT FilterGraph::QueryInterface(const GUID& iid, void** object) {
     return GiveFace({{IID_IGraphBuilder, static_cast<IGraphBuilder*>(this)},
@@ -20,7 +28,7 @@ FilterGraph::~FilterGraph() {
     Stop();
     // A filter may be held by others beyond this graph: it must not go on pointing at it, nor
     // at its neighbours.
-    while (!m_filters.empty()) RemoveFilter(m_filters.back().Get());
+    while (!m_members.empty()) RemoveFilter(m_members.back().filter.Get());
 }
 
 HRESULT FilterGraph::AddFilter(IBaseFilter* filter, const WCHAR* name) {
@@ -29,9 +37,10 @@ HRESULT FilterGraph::AddFilter(IBaseFilter* filter, const WCHAR* name) {
         const std::lock_guard lock(m_lock);
         // First what may throw: a filter that has joined must be in the list, or nobody would tell it when
         // the graph ends.
-        m_filters.push_back(Filter::Retain(filter));
+        m_order.reserve(m_members.size() + 1);
+        m_members.push_back({Filter::Retain(filter), PinsOf(*filter)});
         const HRESULT result = filter->JoinFilterGraph(this, name);
-        if (FAILED(result)) m_filters.pop_back();
+        if (FAILED(result)) m_members.pop_back();
         return result;
     });
 }
@@ -40,18 +49,18 @@ HRESULT FilterGraph::RemoveFilter(IBaseFilter* filter) {
     if (!filter) return E_POINTER;
     return AtBorder(ResultOfThrow, [&] {
         const std::lock_guard lock(m_lock);
-        const auto found = std::ranges::find(m_filters, filter, &Filter::Get);
-        if (found == m_filters.end()) return VFW_E_NOT_FOUND;
+        const auto found = std::ranges::find(m_members, filter, IdOf);
+        if (found == m_members.end()) return VFW_E_NOT_FOUND;
         // The list may have held the last reference.
-        const Filter alive = *found;
-        m_filters.erase(found);
-        alive->Stop();
-        for (const RefPtr<IPin>& pin : PinsOf(*alive)) {
+        const Member gone = std::move(*found);
+        m_members.erase(found);
+        gone.filter->Stop();
+        for (const Pin& pin : gone.pins) {
             // Each end drops its own half; an end left behind could never be connected again.
             if (const auto peer = PeerOf(*pin)) peer->Disconnect();
             pin->Disconnect();
         }
-        return alive->JoinFilterGraph(nullptr, nullptr);
+        return gone.filter->JoinFilterGraph(nullptr, nullptr);
     });
 }
 
@@ -59,7 +68,7 @@ HRESULT FilterGraph::EnumFilters(IEnumFilters** filters) {
     if (!filters) return E_POINTER;
     return AtBorder(ResultOfThrow, [&] {
         const std::lock_guard lock(m_lock);
-        return GiveEnumerator<FilterThings>(m_filters, filters);
+        return GiveEnumerator<FilterThings>(Filters(), filters);
     });
 }
 
@@ -67,7 +76,8 @@ HRESULT FilterGraph::FindFilterByName(const WCHAR* name, IBaseFilter** filter) {
     if (!name || !filter) return E_POINTER;
     *filter = nullptr;
     const std::lock_guard lock(m_lock);
-    for (const Filter& candidate : m_filters) {
+    for (const Member& member : m_members) {
+        const Filter& candidate = member.filter;
         FILTER_INFO info = {};
         if (FAILED(candidate->QueryFilterInfo(&info))) continue;
         // The answer comes with a reference.
@@ -108,37 +118,38 @@ HRESULT FilterGraph::ConnectThroughParser(IPin& output, IPin& input) {
     // is connected to.
     HRESULT result = AddFilter(parser.Get(), u"Wave Parser");
     if (FAILED(result)) return result;
-    const auto inputs = PinsOf(*parser, PINDIR_INPUT);
-    if (!inputs.empty() && SUCCEEDED(output.Connect(inputs.front().Get(), nullptr))) {
-        for (const auto& parsed : PinsOf(*parser, PINDIR_OUTPUT)) {
-            if (SUCCEEDED(parsed->Connect(&input, nullptr))) return S_OK;
-        }
-    }
+    const std::vector<Pin>& pins = m_members.back().pins;  // its input, its output
+    if (SUCCEEDED(output.Connect(pins.front().Get(), nullptr)) &&
+        SUCCEEDED(pins.back()->Connect(&input, nullptr)))
+        return S_OK;
     RemoveFilter(parser.Get());
     return VFW_E_CANNOT_CONNECT;
 }
 
 // Receivers come before those that send to them: so nobody sends to a stopped filter, and no filter is waited
 // for that itself waits for another.
-std::vector<FilterGraph::Filter> FilterGraph::FromTheLast() const {
-    std::vector<IBaseFilter*> seen;
-    std::vector<Filter> order;
-    for (const Filter& filter : m_filters) VisitBehind(filter.Get(), seen, order);
-    return order;
+void FilterGraph::PutInOrder() {
+    m_order.clear();
+    for (Member& member : m_members) member.isPlaced = false;
+    for (Member& member : m_members) PlaceAfterReceivers(member);
 }
 
-void FilterGraph::VisitBehind(IBaseFilter* filter, std::vector<IBaseFilter*>& seen,
-                              std::vector<Filter>& order) const {
-    const bool isOurs = std::ranges::find(m_filters, filter, &Filter::Get) != m_filters.end();
-    // Filters of another graph are not this one's to command; those seen are left out, so a circle ends too.
-    if (!isOurs || std::ranges::find(seen, filter) != seen.end()) return;
-    seen.push_back(filter);
-    for (const auto& output : PinsOf(*filter, PINDIR_OUTPUT)) {
-        const RefPtr<IPin> peer = PeerOf(*output);
-        if (peer) VisitBehind(OwnerOf(*peer).Get(), seen, order);
+void FilterGraph::PlaceAfterReceivers(Member& member) {
+    if (std::exchange(member.isPlaced, true)) return;  // so a circle ends too
+    for (const Pin& pin : member.pins) {
+        const Pin peer = IsOf(*pin, PINDIR_OUTPUT) ? PeerOf(*pin) : Pin();
+        if (!peer) continue;
+        // Filters of another graph are not this one's to command.
+        const auto next = std::ranges::find(m_members, OwnerOf(*peer).Get(), IdOf);
+        if (next != m_members.end()) PlaceAfterReceivers(*next);
     }
-    // After all that it sends to.
-    order.push_back(Filter::Retain(filter));
+    m_order.push_back(member.filter.Get());
+}
+
+std::vector<FilterGraph::Filter> FilterGraph::Filters() const {
+    std::vector<Filter> filters;
+    for (const Member& member : m_members) filters.push_back(member.filter);
+    return filters;
 }
 
 // All filters are asked, also after one that refuses or takes its time. The first failure is the result,
@@ -151,7 +162,8 @@ HRESULT FilterGraph::ChangeState(FILTER_STATE state, Change change) {
         // tell in GetState.
         m_state = state;
         HRESULT result = S_OK;
-        for (const Filter& filter : FromTheLast()) {
+        PutInOrder();
+        for (IBaseFilter* const filter : m_order) {
             const HRESULT its = change(*filter);
             if (FAILED(result)) continue;
             if (FAILED(its) || its == S_FALSE) result = its;
@@ -184,7 +196,7 @@ HRESULT FilterGraph::GetState(LONG milliseconds, OAFilterState* state) {
         const auto start = Clock::now();
         std::unique_lock lock(m_lock);
         *state = m_state;
-        const std::vector<Filter> filters = m_filters;
+        const std::vector<Filter> filters = Filters();
         lock.unlock();  // another thread may stop the graph meanwhile
         for (const Filter& filter : filters) {
             // One time for all filters together: each gets what those before it left.
@@ -203,8 +215,8 @@ HRESULT FilterGraph::GetState(LONG milliseconds, OAFilterState* state) {
 // it asks them.
 RefPtr<IMediaSeeking> FilterGraph::NextSeeking() {
     const std::lock_guard lock(m_lock);
-    for (const Filter& filter : m_filters) {
-        if (auto seeking = FaceOf<IMediaSeeking>(filter.Get(), IID_IMediaSeeking)) return seeking;
+    for (const Member& member : m_members) {
+        if (auto seeking = FaceOf<IMediaSeeking>(member.filter.Get(), IID_IMediaSeeking)) return seeking;
     }
     return {};
 }

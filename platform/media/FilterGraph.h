@@ -2,6 +2,9 @@
 // needed, changes the state of all of them in the right order, and passes questions on positions to the
 // filter that reads last. It stops and takes apart what is left when it goes. Names need not be unique; no
 // clock, no events, and no filters looked up for a file: those operations return E_NOTIMPL. Any thread.
+//
+// Decisions: a filter has all its pins when it comes. They are listed then and never again, so that nothing
+// that stops filters or takes them apart needs memory, nor starts them in an order that lacks some.
 #pragma once
 
 #include <mutex>
@@ -45,16 +48,24 @@ public:
 
 private:
     using Filter = RefPtr<IBaseFilter>;
+    using Pin = RefPtr<IPin>;
+    struct Member {
+        Filter filter;
+        std::vector<Pin> pins;
+        bool isPlaced = false;  // in m_order
+    };
 
     ~FilterGraph() override;
     RefPtr<IMediaSeeking> NextSeeking() override;
     HRESULT ConnectThroughParser(IPin& output, IPin& input);
     template <class Change>
     HRESULT ChangeState(FILTER_STATE state, Change change);
-    std::vector<Filter> FromTheLast() const;
-    void VisitBehind(IBaseFilter* filter, std::vector<IBaseFilter*>& seen, std::vector<Filter>& order) const;
+    void PutInOrder();
+    void PlaceAfterReceivers(Member& member);
+    std::vector<Filter> Filters() const;
 
     std::recursive_mutex m_lock;           // never taken by a thread that moves data; filters may call back
-    std::vector<Filter> m_filters;         // under m_lock
-    FILTER_STATE m_state = State_Stopped;  // under m_lock; the one last asked for
+    std::vector<Member> m_members;         // under m_lock, as all below
+    std::vector<IBaseFilter*> m_order;     // with room for all members
+    FILTER_STATE m_state = State_Stopped;  // the one last asked for
 };

@@ -81,52 +81,56 @@ HRESULT Parser::SeekTo(REFERENCE_TIME position) {
     // (5) A stopped graph is told too: positions are asked for before it runs.
     m_output.DeliverNewSegment(position, kEndOfTime);
     const HRESULT result = active ? StartWorker() : S_OK;  // (6)
-    if (FAILED(result)) m_output.DeliverEndOfStream();     // nobody shall wait for what doesn't come
+    if (FAILED(result)) m_output.DeliverFailure(result);   // nobody shall wait for what doesn't come
     return result;
 }
 
 HRESULT Parser::StartWorker() {
     const int64_t frame = TimeToFrames(m_start, m_sampleRate);
-    return AtBorder(E_OUTOFMEMORY, [&] {
+    return AtBorder(E_OUTOFMEMORY, [&] {  // or no thread could be had
         m_worker = StartThread([this, frame] { Work(frame); });
         return S_OK;
     });
 }
 
 // Leaves no worker, and the filters ready for the next one. The flush makes those that receive let go of the
-// worker, and the source of its requests.
+// worker, and the source of its requests. It also drops what was told of a worker that couldn't be started.
 void Parser::StopWorker() {
-    if (!m_worker.joinable()) return;
+    if (!m_reader) return;
     // (1) First, or the worker that the flush lets go would report the end of the stream.
     m_stop = true;
     m_output.DeliverBeginFlush();  // (2)
     m_reader->BeginFlush();
     // (3) Only then may samples be taken again, (4).
-    m_worker.join();
+    if (m_worker.joinable()) m_worker.join();
     m_reader->EndFlush();
     m_output.DeliverEndFlush();  // (4)
     m_stop = false;
 }
 
 void Parser::Work(int64_t startFrame) {
-    try {
-        PushPackets(startFrame);
-    } catch (...) {
-        // Ends the stream early, as damage does.
-    }
+    const HRESULT result = AtBorder(ResultOfThrow, [&] { return PushPackets(startFrame); });
     // A worker that was stopped says nothing: who reads would take a seek for the end.
-    if (!m_stop) m_output.DeliverEndOfStream();
+    if (m_stop) return;
+    if (FAILED(result))
+        m_output.DeliverFailure(result);
+    else
+        m_output.DeliverEndOfStream();
 }
 
-void Parser::PushPackets(int64_t startFrame) {
+// Until the end, the wish to stop, or a failure in front of the parser or after it.
+HRESULT Parser::PushPackets(int64_t startFrame) {
     int64_t place = 0;
-    if (FAILED(m_demuxer->MoveTo(startFrame, place))) return;
+    HRESULT result = m_demuxer->MoveTo(startFrame, place);
+    if (FAILED(result)) return result;
     // 0, or negative by what lies between the place where decoding can begin and the one that was asked for.
     REFERENCE_TIME time = FramesToTime(place - startFrame, m_sampleRate);
     const UniquePacket packet(av_packet_alloc());
-    if (!packet) return;
+    if (!packet) return E_OUTOFMEMORY;
     auto sample = Make<MediaSample>();
-    for (bool first = true; !m_stop && m_demuxer->Next(*packet) == S_OK; first = false) {
+    for (bool first = true; !m_stop; first = false) {
+        result = m_demuxer->Next(*packet);
+        if (result != S_OK) return result;
         // One sample does for all packets, unless someone kept the last one: its bytes must not
         // change under him.
         if (sample->IsShared()) sample = Make<MediaSample>();
@@ -138,6 +142,8 @@ void Parser::PushPackets(int64_t startFrame) {
             sample->SetTime(&time, nullptr);
         }
         // S_FALSE too: by a flush or for ever, nobody wants more.
-        if (m_output.Deliver(*sample) != S_OK) return;
+        result = m_output.Deliver(*sample);
+        if (result != S_OK) return result;
     }
+    return S_OK;
 }

@@ -57,7 +57,7 @@ private:
     HRESULT StartWorker();
     void StopWorker();
     void Work(int64_t startFrame);
-    void PushPackets(int64_t startFrame);
+    HRESULT PushPackets(int64_t startFrame);
 
     Input m_input;
     Output m_output;

@@ -30,8 +30,8 @@ HRESULT PinBase::Connect(IPin* receiver, const AM_MEDIA_TYPE* type) {
 }
 
 HRESULT PinBase::Attempt(IPin& receiver, const MediaType& type) {
+    m_type = type;  // may throw, and a pin with a peer is connected
     m_peer = RefPtr<IPin>::Retain(&receiver);
-    m_type = type;
     HRESULT result = receiver.ReceiveConnection(this, &type.Get());
     if (SUCCEEDED(result)) {
         result = AtBorder(ResultOfThrow, [&] { return Connected(receiver, m_type.Get()); });

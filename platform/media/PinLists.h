@@ -1,26 +1,32 @@
 // The pins of a filter that may be anyone's, as its enumerator returns them.
 #pragma once
 
+#include <new>
 #include <vector>
 
 #include "platform/com/RefPtr.h"
 #include "platform/media/FilterInterfaces.h"
 
+// Throws std::bad_alloc: a pin that couldn't be listed isn't one that is missing.
 inline std::vector<RefPtr<IPin>> PinsOf(IBaseFilter& filter) {
     std::vector<RefPtr<IPin>> pins;
     RefPtr<IEnumPins> enumerator;
-    if (FAILED(filter.EnumPins(enumerator.Put()))) return pins;
+    if (FAILED(filter.EnumPins(enumerator.Put()))) throw std::bad_alloc();
     RefPtr<IPin> pin;
-    while (enumerator->Next(1, pin.Put(), nullptr) == S_OK) pins.push_back(pin);
+    HRESULT result = S_OK;
+    while ((result = enumerator->Next(1, pin.Put(), nullptr)) == S_OK) pins.push_back(pin);
+    if (FAILED(result)) throw std::bad_alloc();
     return pins;
+}
+
+inline bool IsOf(IPin& pin, PIN_DIRECTION direction) {
+    PIN_DIRECTION its = PINDIR_INPUT;
+    return SUCCEEDED(pin.QueryDirection(&its)) && its == direction;
 }
 
 inline std::vector<RefPtr<IPin>> PinsOf(IBaseFilter& filter, PIN_DIRECTION direction) {
     std::vector<RefPtr<IPin>> pins = PinsOf(filter);
-    std::erase_if(pins, [&](const RefPtr<IPin>& pin) {
-        PIN_DIRECTION its = PINDIR_INPUT;
-        return FAILED(pin->QueryDirection(&its)) || its != direction;
-    });
+    std::erase_if(pins, [&](const RefPtr<IPin>& pin) { return !IsOf(*pin, direction); });
     return pins;
 }
 

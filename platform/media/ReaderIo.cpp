@@ -28,21 +28,34 @@ void ReaderIo::FreeContext::operator()(AVIOContext* context) const {
 }
 
 int ReaderIo::OnRead(void* self, uint8_t* buffer, int size) {
-    return AtBorder(AVERROR(ENOMEM), [&] { return static_cast<ReaderIo*>(self)->Read(buffer, size); });
+    return static_cast<ReaderIo*>(self)->Read(buffer, size);
 }
 
 int ReaderIo::Read(uint8_t* buffer, int size) {
     if (m_stop) return AVERROR_EXIT;
     if (m_position >= m_size) return AVERROR_EOF;
+    LONG done = 0;
     const auto length = static_cast<LONG>(std::min<LONGLONG>(size, m_size - m_position));
-    const auto sample = Make<MediaSample>(buffer, length);
-    REFERENCE_TIME start = m_position * kTimeUnitsPerSecond;
-    REFERENCE_TIME stop = start + length * kTimeUnitsPerSecond;
-    sample->SetTime(&start, &stop);
-    if (FAILED(m_reader.SyncReadAligned(sample.Get()))) return AVERROR(EIO);
-    const LONG done = sample->GetActualDataLength();
+    if (m_last == S_OK) m_last = AtBorder(ResultOfThrow, [&] { return ReadOn(buffer, length, done); });
     m_position += done;
+    if (FAILED(m_last)) return AVERROR(EIO);
     return done > 0 ? done : AVERROR_EOF;
+}
+
+HRESULT ReaderIo::ReadOn(uint8_t* buffer, LONG size, LONG& done) {
+    const auto sample = Make<MediaSample>(buffer, size);
+    REFERENCE_TIME start = m_position * kTimeUnitsPerSecond;
+    REFERENCE_TIME stop = start + size * kTimeUnitsPerSecond;
+    sample->SetTime(&start, &stop);
+    const HRESULT result = m_reader.SyncReadAligned(sample.Get());
+    if (FAILED(result)) return result;
+    done = sample->GetActualDataLength();
+    return done > 0 ? S_OK : S_FALSE;
+}
+
+void ReaderIo::Resume() {
+    m_last = S_OK;
+    m_context->error = 0;
 }
 
 int64_t ReaderIo::OnSeek(void* self, int64_t offset, int whence) {

@@ -1,6 +1,9 @@
 // Gives the demuxer the bytes of an IAsyncReader. A source that honours positions is read at any place; one
 // that doesn't is read in order from the start and never asked for another place, since it would answer with
 // its next bytes and the demuxer would lose some in silence. The size alone is known of both.
+//
+// A read that failed or brought nothing is the last one until Resume: the libraries would try again and take
+// what follows for what they missed.
 #pragma once
 
 #include <atomic>
@@ -19,6 +22,11 @@ public:
     AVIOContext* Context() const { return m_context.get(); }
     LONGLONG Size() const { return m_size; }  // bytes
 
+    // Of the read that failed, or S_OK. The libraries tell it as damage, or as the end.
+    HRESULT Failure() const { return FAILED(m_last) ? m_last : S_OK; }
+    // Lets reads through again, from wherever the next seek leads.
+    void Resume();
+
 private:
     struct FreeContext {
         void operator()(AVIOContext* context) const;
@@ -26,11 +34,13 @@ private:
     static int OnRead(void* self, uint8_t* buffer, int size);
     static int64_t OnSeek(void* self, int64_t offset, int whence);
     int Read(uint8_t* buffer, int size);
+    HRESULT ReadOn(uint8_t* buffer, LONG size, LONG& done);
 
     IAsyncReader& m_reader;
     const bool m_honoursPositions;
     const std::atomic<bool>& m_stop;
     LONGLONG m_size = 0;
     LONGLONG m_position = 0;  // of the next byte to ask for
+    HRESULT m_last = S_OK;    // S_FALSE: the source has ended early
     std::unique_ptr<AVIOContext, FreeContext> m_context;
 };

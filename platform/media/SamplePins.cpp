@@ -1,9 +1,10 @@
 #include "platform/media/SamplePins.h"
 
 HRESULT SampleInputPin::QueryInterface(const GUID& iid, void** object) {
-    return GiveFace(
-        {{IID_IPin, static_cast<IPin*>(this)}, {IID_IMemInputPin, static_cast<IMemInputPin*>(this)}}, iid,
-        object);
+    return GiveFace({{IID_IPin, static_cast<IPin*>(this)},
+                     {IID_IMemInputPin, static_cast<IMemInputPin*>(this)},
+                     {IID_IFailureSink, static_cast<IFailureSink*>(this)}},
+                    iid, object);
 }
 
 HRESULT SampleInputPin::GetAllocator(IMemAllocator** allocator) {
@@ -28,7 +29,13 @@ HRESULT SampleInputPin::ReceiveMultiple(IMediaSample** samples, LONG count, LONG
 
 HRESULT SampleOutputPin::Connected(IPin& peer, const AM_MEDIA_TYPE&) {
     m_receiver = FaceOf<IMemInputPin>(&peer, IID_IMemInputPin);
+    m_failures = FaceOf<IFailureSink>(&peer, IID_IFailureSink);
     return m_receiver ? S_OK : VFW_E_NO_TRANSPORT;
+}
+
+void SampleOutputPin::Disconnected() {
+    m_receiver.Reset();
+    m_failures.Reset();
 }
 
 HRESULT SampleOutputPin::Deliver(IMediaSample& sample) {
@@ -36,6 +43,10 @@ HRESULT SampleOutputPin::Deliver(IMediaSample& sample) {
 }
 
 HRESULT SampleOutputPin::DeliverEndOfStream() { return Peer() ? Peer()->EndOfStream() : VFW_E_NOT_CONNECTED; }
+
+HRESULT SampleOutputPin::DeliverFailure(HRESULT reason) {
+    return m_failures ? m_failures->StreamFailed(reason) : DeliverEndOfStream();
+}
 
 HRESULT SampleOutputPin::DeliverBeginFlush() { return Peer() ? Peer()->BeginFlush() : VFW_E_NOT_CONNECTED; }
 

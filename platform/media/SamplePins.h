@@ -3,10 +3,11 @@
 // GetAllocator has none to offer.
 #pragma once
 
+#include "platform/media/IFailureSink.h"
 #include "platform/media/PinBase.h"
 #include "platform/media/TransportInterfaces.h"
 
-class SampleInputPin : public PinBase, public IMemInputPin {
+class SampleInputPin : public PinBase, public IMemInputPin, public IFailureSink {
 public:
     SampleInputPin(FilterBase& filter, std::u16string_view name) : PinBase(filter, PINDIR_INPUT, name) {}
 
@@ -31,6 +32,8 @@ public:
     // Towards the connected pin; VFW_E_NOT_CONNECTED where there is none. See Peer for who may call these.
     HRESULT Deliver(IMediaSample& sample);
     HRESULT DeliverEndOfStream();
+    // To a filter that doesn't know of failures the stream just ends.
+    HRESULT DeliverFailure(HRESULT reason);
     HRESULT DeliverBeginFlush();
     HRESULT DeliverEndFlush();
     HRESULT DeliverNewSegment(REFERENCE_TIME start, REFERENCE_TIME stop);
@@ -38,8 +41,9 @@ public:
 protected:
     ~SampleOutputPin() = default;
     HRESULT Connected(IPin& peer, const AM_MEDIA_TYPE& type) override;
-    void Disconnected() override { m_receiver.Reset(); }
+    void Disconnected() override;
 
 private:
-    RefPtr<IMemInputPin> m_receiver;  // the peer's other face
+    RefPtr<IMemInputPin> m_receiver;  // the peer's other faces
+    RefPtr<IFailureSink> m_failures;  // null where it has none
 };

@@ -13,8 +13,9 @@ public:
     explicit MutexObject(bool initialOwner);
     ~MutexObject() override;
 
-    // Gives back one taking; false if the calling thread isn't the owner.
-    bool Release();
+    // Gives back one taking; false if the calling thread isn't the owner. By the copy of the layer that made
+    // the mutex, which counts what its threads own.
+    virtual bool Release();
 
 private:
     friend class OwnedMutexes;

@@ -1,5 +1,6 @@
 // Objects that have a name in the process, for all of its modules: mutexes, events, semaphores and mappings
-// of files share one table of names. A name lasts as long as handles to its object; case counts. Any thread.
+// of files share one table of names, that of the layer's first copy (FirstCopysFunction.h). A name lasts as
+// long as handles to its object; case counts. Any thread.
 //
 // Decisions: another handle to an object is the same value once more, and each is closed for itself.
 #pragma once

@@ -5,10 +5,15 @@
 
 #include "platform/base/LastError.h"
 #include "platform/sync/EventObject.h"
+#include "platform/sync/FirstCopysFunction.h"
 #include "platform/sync/MutexObject.h"
 #include "platform/sync/SemaphoreObject.h"
 
 namespace {
+const FirstCopysFunction<decltype(CreateMutexA)> s_createMutex("VlCreateMutexA");
+const FirstCopysFunction<decltype(CreateEventA)> s_createEvent("VlCreateEventA");
+const FirstCopysFunction<decltype(CreateSemaphoreA)> s_createSemaphore("VlCreateSemaphoreA");
+
 // A new object behind its handle, as all that create one do it.
 template <class Object, class... Arguments>
 HANDLE Create(const SECURITY_ATTRIBUTES* security, const char* name, Arguments... arguments) {
@@ -23,6 +28,7 @@ HANDLE Create(const SECURITY_ATTRIBUTES* security, const char* name, Arguments..
 }  // namespace
 
 HANDLE CreateMutexA(SECURITY_ATTRIBUTES* security, BOOL initialOwner, const char* name) {
+    if (s_createMutex.IsFor(name)) return s_createMutex(security, initialOwner, name);
     return Create<MutexObject>(security, name, initialOwner != FALSE);
 }
 
@@ -33,6 +39,7 @@ BOOL ReleaseMutex(HANDLE mutex) {
 }
 
 HANDLE CreateEventA(SECURITY_ATTRIBUTES* security, BOOL manualReset, BOOL initialState, const char* name) {
+    if (s_createEvent.IsFor(name)) return s_createEvent(security, manualReset, initialState, name);
     return Create<EventObject>(security, name, manualReset != FALSE, initialState != FALSE);
 }
 
@@ -49,6 +56,7 @@ BOOL ResetEvent(HANDLE event) {
 }
 
 HANDLE CreateSemaphoreA(SECURITY_ATTRIBUTES* security, LONG count, LONG maximum, const char* name) {
+    if (s_createSemaphore.IsFor(name)) return s_createSemaphore(security, count, maximum, name);
     if (count < 0 || maximum < 1 || count > maximum) return SetLastError(ERROR_INVALID_PARAMETER), nullptr;
     return Create<SemaphoreObject>(security, name, count, maximum);
 }

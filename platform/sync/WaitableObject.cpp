@@ -9,6 +9,7 @@
 #include <condition_variable>
 #include <utility>
 
+#include "platform/base/posix/CancellationOff.h"
 #include "platform/sync/Waitable.h"
 
 // One thread in a wait. Woken by any of its objects, it looks at all of them again.
@@ -72,6 +73,7 @@ DWORD WaitableObject::WaitForAny(std::span<WaitableObject* const> objects, DWORD
     // (1) Most waits end here, without a place in any queue.
     if (const DWORD taken = take(); taken != WAIT_TIMEOUT || milliseconds == 0) return taken;
 
+    const CancellationOff off;  // the library's own wait lets nothing through
     // One end for all the sleeps together. The clock is steady: a change of the time of day neither cuts nor
     // draws out a wait.
     const auto end = Waiter::Clock::now() + std::chrono::milliseconds(milliseconds);

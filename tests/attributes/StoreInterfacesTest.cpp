@@ -119,6 +119,24 @@ TEST_F(StoreInterfaces, AnObjectThatGoesMayCallBackIntoTheStore) {
     EXPECT_EQ(m_b.Count(), 1u);
 }
 
+TEST_F(StoreInterfaces, AnObjectThatGoesWithTheStoreMayCallBackToo) {
+    IAttributeContainer64* const owners[] = {new SampleObject, new CAttributeContainerV2};
+    for (IAttributeContainer64* owner : owners) {
+        owner->AddRef();
+        m_a.onRelease = [&] {
+            owner->AddRef();
+            owner->SetLong(2, 2);
+            owner->Clear();
+            owner->AddInterface(&kOne, &m_b, 1);  // too late: nothing would take it out in order
+            owner->Release();
+        };
+        owner->AddInterface(&kOne, &m_a, 1);
+        owner->AddInterface(&kTwo, &m_other, 1);
+        EXPECT_EQ(owner->Release(), 0u);
+        for (const CountedObject* object : {&m_a, &m_b, &m_other}) EXPECT_EQ(object->Count(), 1u);
+    }
+}
+
 TEST_F(StoreInterfaces, ACopyTakesReferencesOfItsOwnAndLeavesOutWhoRefuses) {
     CAttributeContainerV2 target;
     for (CountedObject* refuser : {&m_other, &m_a, &m_b}) {

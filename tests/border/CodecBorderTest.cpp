@@ -1,14 +1,23 @@
 // The codec main object as a host meets it: by path, by export, by the slots of its table of operations.
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <cstring>
 #include <string>
+#include <thread>
 
 #include "AudioCodec/attributes/AttributeIds.h"
 #include "AudioCodec/attributes/StoreTypes.h"
+#include "AudioCodec/metadata/IAC3Metadata.h"
+#include "AudioCodec/metadata/IAC3MetadataEditor.h"
 #include "AudioCodec/wave/IAC3StreamReader.h"
 #include "platform/base/Types.h"
 #include "tests/border/LoadedModule.h"
+#include "tests/support/ByteStream.h"
+#include "tests/support/ScopedFile.h"
+#include "tests/support/WavImage.h"
 
 namespace {
 
@@ -38,6 +47,59 @@ TEST_F(CodecBorder, GetClassObjectGivesItsCodesAndClearsTheReceiver) {
         EXPECT_EQ(m_module.Create(row.clsid, row.iid, nullptr), RESULT_BAD_ARGUMENT);
     }
     EXPECT_EQ(m_module.CreateCodec()->QueryInterface(&IID_IBase, nullptr), E_POINTER);
+}
+
+// A stream that never comes back once it has given all that it has.
+struct EndlessStream : ByteStream {
+    using ByteStream::ByteStream;
+    HRESULT Read(void* buffer, uint32_t size, uint32_t* done) override {
+        const HRESULT result = ByteStream::Read(buffer, size, done);
+        for (; *done == 0; pause()) isEndless = true;
+        return result;
+    }
+    std::atomic<bool> isEndless = false;
+};
+
+// The system ends a cancelled thread by something like an exception, which nobody may swallow.
+TEST_F(CodecBorder, AThreadThatIsCancelledInACallEndsAndNothingElseDoes) {
+    const auto codec = m_module.CreateCodec();
+    RefPtr<IAC3StreamReader> reader;
+    ASSERT_EQ(codec->CreateStreamReader(reader.Put()), RESULT_OK);
+    EndlessStream stream(WavImage().Fmt(1, 1, 8000, 16).Header("data", 8).Image());
+    int16_t samples[8] = {};
+    uint32_t frames = 0;
+    std::thread blocked([&] {
+        reader->OpenStream(&stream, 0);
+        reader->SetOutputFormat(2, 44100, 2);
+        reader->Read(samples, 8, &frames, nullptr);
+    });
+    while (!stream.isEndless) std::this_thread::yield();
+    pthread_cancel(blocked.native_handle());
+    blocked.join();
+    EXPECT_EQ(reader->Close(), RESULT_OK);
+
+    const ScopedFile file(WavImage().Fmt(1, 1, 8000, 16).Data({1, 2, 3}).Image());
+    bool isDone = false;
+    std::thread([&] {
+        pthread_cancel(pthread_self());
+        reader->Open(file.Wide().c_str(), 0);
+        reader->Read(samples, 8, &frames, nullptr);
+        reader.Reset();
+        RefPtr<IAC3MetadataEditor> editor;
+        codec->CreateMetadataEditor(file.Wide().c_str(), editor.Put());
+        editor->Open();
+        RefPtr<IAC3Metadata> tags;
+        editor->GetMetadata(tags.Put());
+        tags->SetString(ATTR_TITLE, u"title");
+        editor->SetMetadata(tags.Get());
+        editor->Save();
+        editor.Reset();
+        isDone = true;
+        pthread_testcancel();
+        isDone = false;
+    }).join();
+    EXPECT_TRUE(isDone);
+    EXPECT_EQ(frames, 8u);
 }
 
 // Identifiers are found by value: these lie in another module.

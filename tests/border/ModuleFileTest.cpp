@@ -1,5 +1,6 @@
 // The built file: what it exports, what it brings into the process, and how it comes and goes.
 #include <memory>
+#include <regex>
 
 #include "AudioCodec/metadata/IAC3Metadata.h"
 #include "AudioCodec/wave/IAC3StreamReader.h"
@@ -18,6 +19,35 @@ TEST(ModuleFile, ExportsItsFunctionsAndNothingElse) {
     const std::vector<uint8_t> names = OutputOf("nm -D --defined-only --format=just-symbols '" VL_MODULE "'");
     EXPECT_EQ(std::string(names.begin(), names.end()),
               "DllRegisterServer\nDllUnregisterServer\nDllVlGetClassObject\nGetCodecGUID\n");
+}
+
+std::string TextOf(const std::string& command) {
+    const std::vector<uint8_t> text = OutputOf(command);
+    return {text.begin(), text.end()};
+}
+
+// A host that has functions of the platform's names, or a standard library of its own, meets nothing of ours.
+TEST(ShippedFiles, ShowTheirOwnPrefixUnderAVersionAndAreHardened) {
+    const std::regex ours("(A VLPLATFORM_3|T Vl\\w+@@VLPLATFORM_3|T DllGetClassObject@@VLPLATFORM_3)\n");
+    for (const std::string file :
+         {"lib/libvlplatform.so", "lib/libvlimage.so", "lib/libvlregistry.so", "lib/libvlmedia.so",
+          "lib/Filters/VlDSAudioStreamReader.ax", "lib/VlACWav3.so", "lib/libvlwav.so", "bin/vlwav"}) {
+        SCOPED_TRACE(file);
+        const std::string path = " '" VL_BUILD "/" + file + "'";
+        if (file != "lib/VlACWav3.so" && file != "lib/libvlwav.so" && file != "bin/vlwav") {
+            const std::string names = TextOf("nm -D --defined-only" + path + " | cut -c18-");
+            EXPECT_EQ(std::regex_replace(names, ours, ""), "");
+        }
+        const std::string elf = TextOf("readelf -hldW --dyn-syms" + path);
+        for (const char* mark : {"DYN (", "GNU_RELRO", " NOW", "__stack_chk_fail"})
+            EXPECT_NE(elf.find(mark), std::string::npos) << mark;
+        EXPECT_TRUE(std::regex_search(elf, std::regex("GNU_STACK .* RW  *0x10\n")));
+    }
+#ifdef _FORTIFY_SOURCE
+    EXPECT_NE(TextOf("nm -D '" VL_MODULE "'").find("_chk@"), std::string::npos);
+#endif
+    EXPECT_NE(TextOf("readelf -d '" VL_BUILD "/lib/libvlplatform.so'").find("[libvlplatform.so.3]"),
+              std::string::npos);
 }
 
 TEST(ModuleFile, GoesWithItsStringResourcesWhenTheLastOneClosesItAndCanComeBack) {

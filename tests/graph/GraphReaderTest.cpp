@@ -6,6 +6,8 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <limits>
+#include <optional>
 #include <random>
 
 #include "AudioCodec/attributes/AttributeIds.h"
@@ -13,8 +15,10 @@
 #include "AudioCodec/graph/GraphHelpers.h"
 #include "AudioCodec/wave/CACStreamReader.h"
 #include "platform/media/streamreader/RingSize.h"
+#include "tests/platform/SystemFaults.h"
 #include "tests/platform/media/CommandLine.h"
 #include "tests/support/ByteStream.h"
+#include "tests/support/FailingAllocator.h"
 #include "tests/support/ScopedFile.h"
 #include "tests/support/Threads.h"
 #include "tests/wave/Converted.h"
@@ -158,6 +162,119 @@ TEST(GraphReader, FailuresGiveTheirCodes) {
     ByteStream broken({'x'});
     EXPECT_EQ(reader.OpenStream(&broken, 0), RESULT_SOURCE_NOT_LOADED);
 }
+
+// Forms whose packets are cut from the file in different ways.
+class GraphReaderFaults : public testing::TestWithParam<const char*> {
+protected:
+    void SetUp() override {
+        MakeFile(m_file.Path(), 2, kRate, GetParam(), "1.5");
+        m_path = m_file.Wide();
+        ASSERT_EQ(m_reader.Open(m_path.c_str(), 0), RESULT_OK);
+        ASSERT_EQ(m_reader.SetOutputFormat(2, kRate, 2), RESULT_OK);
+        m_whole = ReadAll(m_reader, 1000);
+        ASSERT_GT(m_whole.size(), 100000U);
+        m_read.resize(m_whole.size() + 2000);
+    }
+
+    // Reads what there is into m_read; also where no memory is left.
+    Result ReadOn(IAC3Reader& reader) {
+        Result result = RESULT_OK;
+        m_samples = 0;
+        uint32_t frames = 1;
+        uint8_t end = 0;
+        while (result == RESULT_OK && frames != 0 && m_samples <= m_whole.size()) {
+            result = reader.Read(&m_read[m_samples], 1000, &frames, &end);
+            if (result == RESULT_OK) m_samples += size_t{frames} * 2;
+        }
+        m_ended = end != 0;
+        return result;
+    }
+    bool IsWhole() const { return m_samples == m_whole.size() && IsPrefix(); }
+    bool IsPrefix() const {
+        return m_samples <= m_whole.size() &&
+               std::equal(m_whole.begin(), m_whole.begin() + std::ptrdiff_t(m_samples), m_read.begin());
+    }
+
+    const ScopedFile m_file;
+    std::u16string m_path;
+    CACMWAVReader m_reader;
+    Samples m_whole, m_read;
+    size_t m_samples = 0;
+    bool m_ended = false;
+};
+
+// What came before it, then the failure until a seek, and then all.
+TEST_P(GraphReaderFaults, AReadThatFailsIsNeverTheEnd) {
+    constexpr uint64_t kNever = std::numeric_limits<uint64_t>::max();
+    ByteStream stream(m_file.Bytes());
+    for (const bool fromStream : {false, true}) {
+        int told = 0;
+        for (int call = 0;; ++call) {
+            SCOPED_TRACE(call);
+            std::optional<WithReadErrors> errors;
+            if (!fromStream) errors.emplace(call);
+            stream.calls = 0;
+            stream.failFromCall = fromStream ? static_cast<uint64_t>(call) : kNever;
+            const Result opened =
+                fromStream ? m_reader.OpenStream(&stream, 0) : m_reader.Open(m_path.c_str(), 0);
+            if (opened != RESULT_OK) {
+                EXPECT_EQ(opened, RESULT_SOURCE_NOT_LOADED);
+                continue;
+            }
+            const Result read = ReadOn(m_reader);
+            ASSERT_TRUE(IsPrefix());
+            if (read == RESULT_OK) break;
+            ++told;
+            EXPECT_LT(read, 0);
+            EXPECT_FALSE(m_ended);
+            EXPECT_EQ(ReadOn(m_reader), read);
+            EXPECT_EQ(m_samples, 0U);
+            errors.reset();
+            stream.failFromCall = kNever;
+            EXPECT_EQ(m_reader.Seek(0, 0, nullptr), RESULT_OK);
+            EXPECT_EQ(ReadOn(m_reader), RESULT_OK);
+            ASSERT_TRUE(IsWhole());
+        }
+        EXPECT_TRUE(IsWhole());
+        EXPECT_GT(told, 0);
+    }
+}
+
+TEST_P(GraphReaderFaults, AnAllocationThatFailsIsNeverTheEnd) {
+    m_reader.Close();
+    const auto reader = RefPtr<CACStreamReader>::Retain(new CACStreamReader);
+    // One after the other while the graph is built, then some.
+    for (int allocations = 0;; allocations += 1 + allocations / 200) {
+        SCOPED_TRACE(allocations);
+        const FailingAllocation heap(allocations);
+        Result result = reader->Open(m_path.c_str(), OPEN_READ_ONLY);
+        if (result == RESULT_OK) result = reader->SetOutputFormat(2, kRate, 2);
+        for (int turn = 0; turn < 2 && result == RESULT_OK; ++turn) {
+            result = ReadOn(*reader);
+            ASSERT_TRUE(result == RESULT_OK ? IsWhole() : IsPrefix());
+            if (result == RESULT_OK) result = reader->Seek(ORIGIN_START, 0, nullptr);
+        }
+        reader->Close();
+        if (!heap.HasFailed()) break;
+    }
+    EXPECT_TRUE(IsWhole());
+}
+
+// Also where what follows would have come: a stream that has ended doesn't begin again inside a frame.
+TEST_P(GraphReaderFaults, AReadOfNothingIsTheEnd) {
+    ByteStream stream(m_file.Bytes());
+    stream.emptyCall = 4;
+    ASSERT_EQ(m_reader.OpenStream(&stream, 0), RESULT_OK);
+    for (const bool isFirst : {true, false}) {
+        EXPECT_EQ(ReadOn(m_reader), RESULT_OK);
+        EXPECT_TRUE(m_ended);
+        EXPECT_EQ(m_samples > 1000, isFirst);
+        EXPECT_LT(m_samples, m_whole.size());
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, GraphReaderFaults,
+                         testing::Values("-c:a pcm_s24le", "-c:a adpcm_ms", "-c:a libmp3lame -b:a 320k"));
 
 TEST(GraphReader, SearchesItsFilterWhereTheHostSays) {
     const ScopedFile file(TheRecording().image.Image());

@@ -37,12 +37,13 @@ TEST_F(HostConvert, WhatIsNotAskedForIsTheNearestToTheSource) {
     };
     const std::pair<const char*, std::vector<Source>> rows[] = {
         {"",
-         {{6, 44100, 16, "44.100 kHz, 16 Bits, Mono, 0:00.200"},
-          {2, 192000, 16, "48.000 kHz, 16 Bits, Stereo, 0:00.200"},
-          {2, 70000, 8, "48.000 kHz, 8 Bits, Stereo, 0:00.200"},
+         {{6, 44100, 16, "44.100 kHz, 16 Bits, Mono, 0:00.200 (6 channels → mono)"},
+          {2, 192000, 16, "48.000 kHz, 16 Bits, Stereo, 0:00.200 (192000 → 48000 Hz)"},
+          {2, 70000, 8, "48.000 kHz, 8 Bits, Stereo, 0:00.200 (70000 → 48000 Hz)"},
           {1, 27025, 8, "32.000 kHz, 8 Bits, Mono, 0:00.199"}}},
-        {" --bits 16 --channels 2", {{1, 12000, 8, "11.025 kHz, 16 Bits, Stereo, 0:00.200"}}},
-        {" --rate 32000", {{2, 48000, 16, "32.000 kHz, 16 Bits, Stereo, 0:00.200"}}}};
+        {" --bits 16 --channels 2",
+         {{1, 12000, 8, "11.025 kHz, 16 Bits, Stereo, 0:00.200 (12000 → 11025 Hz)"}}},
+        {" --rate 32000", {{2, 48000, 16, "32.000 kHz, 16 Bits, Stereo, 0:00.200 (48000 → 32000 Hz)"}}}};
     std::filesystem::create_directory(m_folder / "out");
     for (const auto& [options, sources] : rows) {
         std::string files;
@@ -102,7 +103,11 @@ TEST_F(HostConvert, WhatTheOutputLacksIsNamed) {
     list.Chunk("vltg", TagEntry("composer", "A") + TagEntry("Nonesuch", "B") + TagEntry("disc", "1") + '\0');
     WavImage image = WavImage().Fmt(1, 1, 8000, 16).Chunk("bext", "x").Chunk("JUNK", "x").Data({1, 2, 3});
     WriteImage("in.wav", image.Chunk("cue ", "abcd").Chunk("LIST", "adtlxxxx").Info(list));
-    const RunResult run = Vlwav("convert in.wav -o out.wav");
+    const auto before = Names();
+    ExpectEnd(Vlwav("convert in.wav -o out.wav"), 1,
+              "disc would become nothing instead of \"1\". With --lossy");
+    EXPECT_EQ(Names(), before);
+    const RunResult run = Vlwav("convert in.wav -o out.wav --lossy");
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(
         run.err,
@@ -110,6 +115,56 @@ TEST_F(HostConvert, WhatTheOutputLacksIsNamed) {
         "date, text \"ISFT\", tag disc, tag nonesuch.\n");
     const json tags = {{"title", "Name"}, {"composer", "A"}, {"track", 12}, {"year", 2001}};
     EXPECT_EQ(Json("tag out.wav")[0]["tags"], tags);
+    ASSERT_EQ(Run("sox out.wav plain.aiff").exitCode, 0);  // with a comment of its own
+    std::string form = Bytes("plain.aiff") + std::string("ANNO\0\0\0\2xxANNO\0\0\0\2yy", 20);
+    form[7] = static_cast<char>(form.size() - 8);
+    WriteBytes("in.aiff", form);
+    EXPECT_EQ(Vlwav("convert in.aiff -o out.wav --overwrite").err,
+              "vlwav: in.aiff: Note: the output doesn't have \"COMT\", a further \"ANNO\".\n");
+}
+
+// In each case a whole file, one that holds less than its head tells, and heads that tell nothing.
+TEST_F(HostConvert, LengthIsWhatTheFileHolds) {
+    WriteWav("whole.wav", 2, 44100, 16, 20000);
+    WriteWav("cut.wav", 2, 44100, 16, 20000);
+    std::filesystem::resize_file(m_folder / "cut.wav", 44 + 4 * 5000);
+    std::string bytes = Bytes("whole.wav");
+    WriteBytes("crashed.wav", bytes.replace(40, 4, 4, '\0'));
+    WriteBytes("piped.wav", bytes.replace(40, 4, 4, '\xFF'));
+    ASSERT_EQ(
+        Run("ffmpeg -loglevel error -i whole.wav -c:a adpcm_ms block.wav && head -c 9000 block.wav "
+            ">cutblock.wav &&"
+            "ffmpeg -loglevel error -i whole.wav -c:a libmp3lame mp3.wav && head -c 6000 mp3.wav >cutmp3.wav")
+            .exitCode,
+        0);
+    std::filesystem::create_directory(m_folder / "out");
+    for (const char* name : {"cut", "cutblock", "cutmp3"}) {
+        SCOPED_TRACE(name);
+        const std::string file = std::string(name) + ".wav";
+        EXPECT_NE(Vlwav("info " + file).out.find("; cut off, "), std::string::npos);
+        for (const std::string command : {"convert ", "decode "}) {
+            const auto before = Names();
+            ExpectEnd(Vlwav(command + file + " -o out/made"), 1, "promised ");
+            ExpectEnd(Vlwav(command + file + " -o out/made"), 1, "With --partial");
+            EXPECT_EQ(Names(), before);
+            ExpectEnd(Vlwav(command + file + " -o out/made --partial"), 0, "promised ");
+            EXPECT_EQ(Run("rm out/made").exitCode, 0);
+        }
+        EXPECT_EQ(Vlwav("decode " + file).exitCode, 1);
+    }
+    for (const std::string name : {"crashed.wav", "piped.wav"}) {
+        ExpectEnd(Vlwav("convert " + name + " -o out"), 0, "Note: its head tells no length");
+        EXPECT_TRUE(Bytes("out/" + name).substr(40) == Bytes("whole.wav").substr(40)) << name;
+        ExpectEnd(Vlwav("decode " + name + " -o raw --overwrite"), 0, "Note: its head tells no length");
+        EXPECT_TRUE(Bytes("raw") == bytes.substr(44)) << name;
+        EXPECT_EQ(Json("info " + name)[0]["present"], 20000);
+    }
+    for (const size_t size : {36u, 40u, 43u, 44u}) {
+        WriteBytes("none.wav", Bytes("whole.wav").replace(40, 4, 4, '\0').substr(0, size));
+        ExpectEnd(Vlwav("convert none.wav -o out"), 1, "no audio");
+        ExpectEnd(Vlwav("decode none.wav --partial"), 1, "no audio");
+    }
+    EXPECT_NE(Run("ls out/none.wav").exitCode, 0);
 }
 
 TEST_F(HostConvert, WhatIsDecodedKeepsItsSamplesAndTags) {
@@ -124,11 +179,13 @@ TEST_F(HostConvert, WhatIsDecodedKeepsItsSamplesAndTags) {
     const std::string before = Bytes("in.wav");
     ASSERT_EQ(Run("sox in.wav -t aiff other.aifc").exitCode, 0);
     std::filesystem::create_directory(m_folder / "out");
-    const RunResult run = Vlwav("convert --jobs 1 in.wav other.aifc -o out --set artist=Me");
+    const RunResult run = Vlwav("convert --jobs 1 in.wav other.aifc -o out --set artist=Me --lossy");
     EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '('), 2) << run.out;
+    EXPECT_NE(run.out.find("0:01.000 (24 → 16 bits)\n"), std::string::npos) << run.out;
     EXPECT_EQ(run.err,
-              "vlwav: in.wav: Note: 24 → 16 bits.\nvlwav: in.wav: Note: the output doesn't have tag disc.\n"
-              "vlwav: other.aifc: Note: 24 → 16 bits.\n");
+              "vlwav: in.wav: Note: the output doesn't have tag disc.\n"
+              "vlwav: other.aifc: Note: the output doesn't have \"COMT\".\n");
     for (const char* name : {"out/in.wav", "out/other.wav"})
         EXPECT_TRUE(Bytes(name).substr(44, narrow.size()) == narrow) << name;
     EXPECT_EQ(Json("tag out/in.wav")[0]["tags"], (json{{"title", "Name"}, {"artist", "Me"}}));

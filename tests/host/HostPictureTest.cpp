@@ -40,7 +40,7 @@ TEST_F(HostPicture, SaysWhyThereIsNoPicture) {
 
 TEST_F(HostPicture, WithoutTheLibrariesOnDemandAllElseWorks) {
     const auto folder = std::filesystem::path(VLWAV_PATH).parent_path().parent_path();
-    for (const char* file : {"bin/vlwav", "lib/VlACWav3.so", "lib/libvlplatform.so", "lib/libvlwav.so.1"})
+    for (const char* file : {"bin/vlwav", "lib/VlACWav3.so", "lib/libvlplatform.so.3", "lib/libvlwav.so.1"})
         std::filesystem::copy_file(folder / file, m_folder / std::filesystem::path(file).filename());
     EXPECT_EQ(Run("./vlwav picture in.bmp -o out").exitCode, 0);  // as it is
     WriteWav("wide.wav", 1, 8000, 24, 10);

@@ -19,7 +19,7 @@ protected:
         VlwavTest::SetUp();
         // The program with the libraries that it is linked to, and no module near.
         fs::create_directory(m_folder / "alone");
-        for (const char* library : {"libvlplatform.so", "libvlregistry.so", "libvlwav.so.1"})
+        for (const char* library : {"libvlplatform.so.3", "libvlregistry.so", "libvlwav.so.1"})
             fs::copy(fs::path(kModule).parent_path() / library, m_folder / "alone" / library);
         fs::copy(VLWAV_PATH, m_folder / "alone/vlwav");
         WriteWav("a.wav", 2, 44100, 16, 10);

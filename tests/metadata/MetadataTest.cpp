@@ -1,6 +1,9 @@
 // The metadata object, the transfer between tags and attributes, and the editor over real files.
 #include <gtest/gtest.h>
 
+#include <clocale>
+#include <cstdlib>
+
 #include "AudioCodec/attributes/AttributeIds.h"
 #include "AudioCodec/metadata/CACMetadataEditor.h"
 #include "AudioCodec/metadata/MetadataTransfer.h"
@@ -228,6 +231,23 @@ InfoChunks Stored(const TagPairs& pairs, InfoChunks chunks = {}) {
 TEST(Tags, NamesAreLoweredAndBlanksTrimmed) {
     TagList tags = ListOf({{u"TiTle", u"  North Wind "}, {u"a", u"   "}, {u" B", u"x\t"}});
     EXPECT_EQ(PairsOf(tags), (TagPairs{{u"title", u"North Wind"}, {u"a", u""}, {u" b", u"x\t"}}));
+}
+
+// In Turkish the small letter of "I" has no dot, and is none of the code page.
+TEST(Tags, NamesAreLoweredTheSameInEveryLocale) {
+    const auto check = [] {
+        EXPECT_EQ(LoweredTagName("TITLE \xC0\xC9\xD7\xDE\xDF\xE9\x8A\x8C\x8E\x9F@[\x80"),
+                  "title \xE0\xE9\xD7\xFE\xDF\xE9\x9A\x9C\x9E\xFF@[\x80");
+    };
+    check();
+    const TempFolder locales;
+    const std::string compile = "localedef -c -i tr_TR -f ISO-8859-9 " + locales.Native("tr_TR");
+    if (std::system((compile + " 2> /dev/null").c_str()) != 0) GTEST_SKIP() << "no localedef, or no locales";
+    setenv("LOCPATH", locales.Path().c_str(), 1);
+    EXPECT_TRUE(std::setlocale(LC_ALL, "tr_TR"));
+    check();
+    std::setlocale(LC_ALL, "C");
+    unsetenv("LOCPATH");
 }
 
 TEST(Tags, ChunksComeInTheOrderOfTheirIds) {

@@ -21,7 +21,7 @@ using Bytes = std::vector<uint8_t>;
 using ImagePtr = std::unique_ptr<CImage>;
 
 ImagePtr Photograph(int32_t width, int32_t height) {
-    auto image = std::make_unique<CImage>();
+    ImagePtr image(VlCreateImage());
     Paint(*image, width, height);
     return image;
 }
@@ -108,13 +108,13 @@ TEST(Pictures, AFilesBytesArriveAsTheyAreWhateverTheyHold) {
 
 TEST(Pictures, AnImageForNoPictureIsNoneAndForBrokenBytesEmpty) {
     const auto metadata = NewMetadata();
-    CImage here;
-    CImage* image = &here;
+    const ImagePtr here(VlCreateImage());
+    CImage* image = here.get();
     int32_t id = PICTURE_ID_NONE;
     char16_t* text = nullptr;
     EXPECT_EQ(metadata->GetPictureImage(nullptr, id, &text), RESULT_FAILED);
     EXPECT_EQ(metadata->GetPictureImage(&image, id, &text), RESULT_FAILED);
-    EXPECT_EQ(image, &here);
+    EXPECT_EQ(image, here.get());
     EXPECT_EQ(metadata->SetPictureFromFile(ScopedFile(Bytes{1, 2, 3}).Wide().c_str(), 3), RESULT_OK);
     EXPECT_EQ(metadata->GetPictureImage(nullptr, id, &text), RESULT_BAD_ARGUMENT);
     id = 4;
@@ -183,8 +183,8 @@ TEST_F(PicturesThroughFiles, AnImageComesBackAsItLookedAndItsBytesAreNotCopied) 
 TEST_F(PicturesThroughFiles, FailuresLeaveTheSetAndTheFolderAsTheyWere) {
     const auto metadata = NewMetadata();
     const ImagePtr photograph = Photograph(64, 64);
-    CImage empty;
-    EXPECT_EQ(metadata->SetPictureFromImage(&empty, 3, nullptr), RESULT_BAD_ARGUMENT);
+    const ImagePtr empty(VlCreateImage());
+    EXPECT_EQ(metadata->SetPictureFromImage(empty.get(), 3, nullptr), RESULT_BAD_ARGUMENT);
     const auto setWith = [&](int callsUntilError) {
         const WithFaults faults({.callsUntilError = callsUntilError, .error = EIO});
         return metadata->SetPictureFromImage(photograph.get(), 3, nullptr);

@@ -17,6 +17,7 @@
 namespace {
 
 using Bytes = std::vector<uint8_t>;
+using ImagePtr = std::unique_ptr<CImage>;
 
 HRESULT LoadBytes(CImage& image, const Bytes& bytes) {
     ByteStream stream(bytes);
@@ -30,12 +31,12 @@ constexpr int32_t kHeight = 19;
 
 class ImageDecoders : public testing::Test {  // CTest makes the pictures before
 protected:
-    ImageDecoders() { LoadBytes(m_keeper, {}); }
+    ImageDecoders() { LoadBytes(*m_keeper, {}); }
     static Bytes Picture(const std::string& name) {
         return FileContents<Bytes>(std::filesystem::path(VL_PICTURES) / name);
     }
 
-    CImage m_keeper;  // so that the library isn't started for each file
+    const ImagePtr m_keeper{VlCreateImage()};  // so that the library isn't started for each file
 };
 
 TEST_F(ImageDecoders, GivePixelsFormatsAndPalettesThatAnotherDecoderGives) {
@@ -62,7 +63,8 @@ TEST_F(ImageDecoders, GivePixelsFormatsAndPalettesThatAnotherDecoderGives) {
     for (const auto& format : formats)
         for (const std::string& name : format.names) {
             SCOPED_TRACE(name);
-            CImage image;
+            const ImagePtr imageOwner(VlCreateImage());
+            CImage& image = *imageOwner;
             const Bytes reference = Picture(name.substr(0, name.find('.')) + ".rgba");
             ASSERT_EQ(reference.size(), size_t{kWidth} * kHeight * 8);
             ASSERT_EQ(LoadBytes(image, Picture(name)), S_OK);
@@ -84,8 +86,10 @@ TEST_F(ImageDecoders, GivePixelsFormatsAndPalettesThatAnotherDecoderGives) {
 }
 
 TEST_F(ImageDecoders, AGifsFrameLiesWhereItsScreenHasIt) {
-    CImage frame;
-    CImage screen;
+    const ImagePtr frameOwner(VlCreateImage());
+    CImage& frame = *frameOwner;
+    const ImagePtr screenOwner(VlCreateImage());
+    CImage& screen = *screenOwner;
     ASSERT_EQ(LoadBytes(frame, Picture("cut.gif")), S_OK);
     ASSERT_EQ(LoadBytes(screen, Picture("offset.gif")), S_OK);
     ASSERT_TRUE(screen.GetWidth() == 40 && screen.GetHeight() == 30);
@@ -105,18 +109,21 @@ TEST_F(ImageDecoders, RefuseEveryPictureThatIsCutOff) {
         const auto enough =
             whole.end() - (name == "colors5.gif" ? 1 : 0);  // a GIF's frame may be the last thing
         for (auto end = whole.begin(); end != enough; ++end) {
-            CImage image;
+            const ImagePtr imageOwner(VlCreateImage());
+            CImage& image = *imageOwner;
             ASSERT_LT(LoadBytes(image, Bytes(whole.begin(), end)), 0) << name << " " << end - whole.begin();
             ASSERT_TRUE(image.IsNull());
         }
-        CImage image;
+        const ImagePtr imageOwner(VlCreateImage());
+        CImage& image = *imageOwner;
         EXPECT_EQ(LoadBytes(image, Bytes(whole.begin(), enough)), S_OK) << name;
     }
     // A JPEG's end that stands where its pixels should.
     const Bytes whole = Picture("rgb.jpg");
     Bytes early(whole.begin(), whole.end() - 100);
     early.insert(early.end(), {0xFF, 0xD9});
-    CImage image;
+    const ImagePtr imageOwner(VlCreateImage());
+    CImage& image = *imageOwner;
     EXPECT_LT(LoadBytes(image, early), 0);
 }
 
@@ -127,7 +134,8 @@ TEST_F(ImageDecoders, SurviveEveryByteThatIsWrong) {
             for (const int change : {0x01, 0x80, 0xFF}) {
                 Bytes broken = whole;
                 broken[i] = static_cast<uint8_t>(broken[i] ^ change);
-                CImage image;
+                const ImagePtr imageOwner(VlCreateImage());
+                CImage& image = *imageOwner;
                 const HRESULT result = LoadBytes(image, broken);  // a code, or some picture
                 ASSERT_EQ(image.IsNull() != 0, result < 0) << name << " " << i;
             }
@@ -146,7 +154,8 @@ TEST_F(ImageDecoders, RefuseSizesBeyondTheBoundsBeforeMemoryIsTaken) {
         Bytes bytes = Picture(row.name);
         for (const size_t place : {row.place, row.place + static_cast<size_t>(row.bytes)})
             StoreLE16(&bytes[place], row.side);
-        CImage image;
+        const ImagePtr imageOwner(VlCreateImage());
+        CImage& image = *imageOwner;
         EXPECT_LT(LoadBytes(image, bytes), 0) << row.name << " " << row.side;
     }
 }
@@ -176,7 +185,8 @@ std::string Indices(uint16_t bits, int32_t width, int32_t height, uint32_t compr
     Bytes rest;
     for (uint8_t i = 0; i < 16; ++i) rest.insert(rest.end(), {i, 0, 0, 0});
     rest.insert(rest.end(), pixels.begin(), pixels.end());
-    CImage image;
+    const ImagePtr imageOwner(VlCreateImage());
+    CImage& image = *imageOwner;
     if (LoadBytes(image, Bitmap(width, height, bits, compression, 16, rest)) != S_OK) return "";
     std::string text;
     for (int32_t y = 0; y < image.GetHeight(); ++y)
@@ -198,7 +208,8 @@ TEST(ImageBitmaps, RowsRunEitherWayAndRunLengthsStayInsideThePicture) {
 }
 
 TEST(ImageBitmaps, RefuseSizesAndTablesThatCantBeBeforeMemoryIsTaken) {
-    CImage image;
+    const ImagePtr imageOwner(VlCreateImage());
+    CImage& image = *imageOwner;
     const struct {
         int32_t width, height;
         uint16_t bits;
@@ -237,13 +248,15 @@ TEST(Image, FormatsGoOutAndComeBackAsTheyWere) {
                 {32, 1, "a.Jpeg", 24, 20}, {16, 0, "a.jpe", 24, 20}, {8, 0, "a.jfif", 24, 40}};
     for (const auto& row : rows) {
         SCOPED_TRACE(std::string(row.name) + " " + std::to_string(row.bits));
-        CImage image;
+        const ImagePtr imageOwner(VlCreateImage());
+        CImage& image = *imageOwner;
         Paint(image, 61, 43, row.bits, row.flags);
         const uint32_t glass = 0x7F112233;  // which the palette of a PNG keeps
         if (std::string_view(row.name) == "a.png" && image.SetPalette(0, 1, &glass))
             image.SetPixel(0, 0, glass);
         ASSERT_EQ(image.Save(folder.Wide(row.name).c_str(), nullptr), S_OK);
-        CImage back;
+        const ImagePtr backOwner(VlCreateImage());
+        CImage& back = *backOwner;
         ASSERT_EQ(LoadBytes(back, FileContents<Bytes>(folder.Native(row.name))), S_OK);
         EXPECT_EQ(back.GetBPP(), row.backBits);
         for (int32_t i = 0; i < 61 * 43; ++i) {
@@ -255,7 +268,8 @@ TEST(Image, FormatsGoOutAndComeBackAsTheyWere) {
 }
 
 TEST(Image, RefusesWhatLiesOutsideAndKeepsWhatItHas) {
-    CImage image;
+    const ImagePtr imageOwner(VlCreateImage());
+    CImage& image = *imageOwner;
     EXPECT_EQ(image.Load(nullptr), E_POINTER);
     EXPECT_EQ(image.Save(nullptr, nullptr), E_POINTER);
     EXPECT_EQ(image.GetBits(), nullptr);
@@ -282,7 +296,8 @@ TEST(TempFile, IsItsOwnersAloneAlsoWhenItIsWritten) {
     const mode_t mask = umask(0);
     WCHAR path[1040];
     ASSERT_TRUE(VlCreateTempFile(u"vltest", u".bmp", path, 1040));
-    CImage image;
+    const ImagePtr imageOwner(VlCreateImage());
+    CImage& image = *imageOwner;
     Paint(image, 5, 4);
     EXPECT_EQ(image.Save(path, nullptr), S_OK);
     umask(mask);

@@ -4,8 +4,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdarg>
+#include <limits>
 
 namespace {
 
@@ -21,6 +23,9 @@ struct State {
 };
 thread_local State t_state;
 
+constexpr int kNoErrors = std::numeric_limits<int>::max();
+std::atomic<int> s_readsUntilErrors = kNoErrors;
+
 template <class Function>
 Function* Next(const char* name) {
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
@@ -32,6 +37,11 @@ bool ChangeFails() {
     const int left = faults.changesUntilError - t_state.changes++;
     errno = faults.error;
     return faults.changesUntilError >= 0 && (left == 0 || (left < 0 && faults.lasting));
+}
+
+void Record(FileChange::Kind kind, off_t place, const void* bytes = "", size_t size = 0) {
+    if (auto* const recorded = t_state.faults.recorded)
+        recorded->push_back({kind, static_cast<uint64_t>(place), {static_cast<const char*>(bytes), size}});
 }
 
 template <class Function, class Buffer>
@@ -52,6 +62,10 @@ ssize_t Faulty(Function* next, int file, Buffer buffer, size_t size, off_t place
 extern "C" {
 __attribute__((visibility("default"))) ssize_t pread(int file, void* buffer, size_t size, off_t place) {
     static auto* const next = Next<decltype(pread)>("pread");
+    if (s_readsUntilErrors != kNoErrors && s_readsUntilErrors-- <= 0) {
+        errno = EIO;
+        return -1;
+    }
     return Faulty(next, file, buffer, size, place);
 }
 __attribute__((visibility("default"))) ssize_t pwrite(int file, const void* buffer, size_t size,
@@ -66,16 +80,21 @@ __attribute__((visibility("default"))) ssize_t pwrite(int file, const void* buff
         return torn;
     }
     const ssize_t written = Faulty(next, file, buffer, size, place);
-    if (written > 0) t_state.written += static_cast<size_t>(written);
+    if (written <= 0) return written;
+    t_state.written += static_cast<size_t>(written);
+    Record(FileChange::Kind::Write, place, buffer, static_cast<size_t>(written));
     return written;
 }
 __attribute__((visibility("default"))) int ftruncate(int file, off_t size) noexcept {
     static auto* const next = Next<int(int, off_t)>("ftruncate");
-    return ChangeFails() ? -1 : next(file, size);
+    if (ChangeFails()) return -1;
+    Record(FileChange::Kind::Cut, size);
+    return next(file, size);
 }
 __attribute__((visibility("default"))) int fsync(int file) {
     static auto* const next = Next<int(int)>("fsync");
     if (ChangeFails()) return -1;
+    Record(FileChange::Kind::Flush, 0);
     return t_state.faults.flushes ? next(file) : 0;
 }
 __attribute__((visibility("default"))) int fcntl(int file, int command, ...) {
@@ -97,3 +116,6 @@ int WithFaults::CallsSeen() const { return t_state.calls; }
 int WithFaults::ChangesSeen() const { return t_state.changes; }
 size_t WithFaults::BytesMoved() const { return t_state.moved; }
 size_t WithFaults::BytesWritten() const { return t_state.written; }
+
+WithReadErrors::WithReadErrors(int calls) { s_readsUntilErrors = calls; }
+WithReadErrors::~WithReadErrors() { s_readsUntilErrors = kNoErrors; }

@@ -4,6 +4,16 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// A change of a file, as the system was asked for it.
+struct FileChange {
+    enum class Kind { Write, Cut, Flush } kind;
+    uint64_t place;     // of the write; where the file is cut
+    std::string bytes;  // that are written
+};
 
 struct SystemFaults {
     int interruptions = 0;        // calls that fail with EINTR first, before each call that goes through
@@ -14,6 +24,7 @@ struct SystemFaults {
     int slowLocks = 0;            // calls of fcntl that take a millisecond, so that racers meet
     bool flushes = true;          // fsync reaches the system; a test of many saves would wait for the medium
     int error = 0;
+    std::vector<FileChange>* recorded = nullptr;  // gets all changes that go through, in their order
 };
 
 // Holds for the calling thread until the object ends.
@@ -29,4 +40,13 @@ public:
     int ChangesSeen() const;    // pwrite, ftruncate and fsync
     size_t BytesMoved() const;  // read or written
     size_t BytesWritten() const;
+};
+
+// Makes pread fail in all threads of the process after so many calls, until the object ends.
+class WithReadErrors {
+public:
+    explicit WithReadErrors(int calls);
+    WithReadErrors(const WithReadErrors&) = delete;
+    WithReadErrors& operator=(const WithReadErrors&) = delete;
+    ~WithReadErrors();
 };

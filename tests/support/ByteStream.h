@@ -10,7 +10,7 @@
 #include "platform/base/Types.h"
 #include "platform/com/Stream.h"
 
-class ByteStream final : public IStream {
+class ByteStream : public IStream {
 public:
     explicit ByteStream(std::vector<uint8_t> bytes) : m_bytes(std::move(bytes)) {}
 
@@ -18,6 +18,8 @@ public:
     uint64_t failFromCall = std::numeric_limits<uint64_t>::max();
     // The call of this number reads one byte less than it could.
     uint64_t shortCall = std::numeric_limits<uint64_t>::max();
+    // The call of this number reads nothing, with success.
+    uint64_t emptyCall = std::numeric_limits<uint64_t>::max();
     uint64_t calls = 0;
     uint64_t position = 0;
 
@@ -35,6 +37,7 @@ public:
         const uint64_t left = position < m_bytes.size() ? m_bytes.size() - position : 0;
         auto count = static_cast<uint32_t>(std::min<uint64_t>(size, left));
         if (call == shortCall && count > 0) --count;
+        if (call == emptyCall) count = 0;
         if (count > 0) std::memcpy(buffer, m_bytes.data() + position, count);
         position += count;
         *done = count;

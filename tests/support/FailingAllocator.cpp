@@ -1,5 +1,6 @@
 #include "tests/support/FailingAllocator.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -10,8 +11,14 @@ thread_local int s_left = kNoLimit;
 thread_local bool s_once = false;
 thread_local bool s_failed = false;
 thread_local Allocated s_allocated{};
+std::atomic<int> s_leftForAll = kNoLimit;
+std::atomic<bool> s_failedForAll = false;
 
 void* Allocate(std::size_t size) noexcept {
+    if (s_leftForAll > kNoLimit && s_leftForAll-- == 0) {
+        s_failedForAll = true;
+        return nullptr;
+    }
     if (s_left == 0) {
         s_failed = true;
         if (s_once) s_left = kNoLimit;
@@ -39,6 +46,13 @@ FailingAllocator::FailingAllocator(int allocations, bool once) {
 }
 FailingAllocator::~FailingAllocator() { s_left = kNoLimit; }
 bool FailingAllocator::HasFailed() { return s_failed; }
+
+FailingAllocation::FailingAllocation(int allocations) {
+    s_failedForAll = false;
+    s_leftForAll = allocations;
+}
+FailingAllocation::~FailingAllocation() { s_leftForAll = kNoLimit; }
+bool FailingAllocation::HasFailed() const { return s_failedForAll; }
 
 // Every form, since a sanitizer's runtime has its own for each that is missing here.
 void* operator new(std::size_t size) { return AllocateOrThrow(size); }

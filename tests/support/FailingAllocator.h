@@ -14,6 +14,17 @@ public:
     static bool HasFailed();  // since the latest of them came
 };
 
+// The same for a single allocation of all threads together: the one after `allocations` others.
+class FailingAllocation {
+public:
+    explicit FailingAllocation(int allocations);
+    ~FailingAllocation();
+    FailingAllocation(const FailingAllocation&) = delete;
+    FailingAllocation& operator=(const FailingAllocation&) = delete;
+
+    bool HasFailed() const;
+};
+
 // Counts what `operator new` of this thread has handed out so far.
 struct Allocated {
     size_t blocks;

@@ -46,6 +46,8 @@ inline std::vector<Layout> Layouts() {
     const std::string trailer = "TAGSome title" + std::string(115, 'x');
     const std::string apeTrailer = "APETAGEX"s + std::string(24, '\1');
     const std::string silence(24, '\0');
+    std::string lists;  // that nobody may find
+    for (int i = 0; i < 60; ++i) lists += "LIST\4\0\0\0INFO"s;
     const WavImage foreign = Pcm().Chunk("fact", "\5\0\0\0"s).Chunk("bext", std::string(602, 'b'));
     const WavImage longRecord = WavImage().Header("fmt ", 40).FormatRecord(0xFFFE, 1, 8000, 16).Word16(22);
     const WavImage record18 = WavImage().Header("fmt ", 18).FormatRecord(1, 1, 8000, 16).Word16(0);
@@ -80,7 +82,7 @@ inline std::vector<Layout> Layouts() {
          {},
          "IST$\0\0\0"s + old},
         {"save that was interrupted",
-         sound(listed(Pcm())).Sized().Header("\0\0\0\0"s, 900).Bytes("INFOICRD" + std::string(700, 'u'))},
+         sound(listed(Pcm())).Header("\0\0\0\0"s, 900).Bytes("INFO" + lists).Sized()},
     };
 }
 

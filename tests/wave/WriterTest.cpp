@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <set>
 
 #include "AudioCodec/attributes/AttributeIds.h"
@@ -10,6 +11,7 @@
 #include "AudioCodec/wave/StockFormatTexts.h"
 #include "AudioCodec/wave/StockFormats.h"
 #include "platform/com/RefPtr.h"
+#include "tests/platform/SystemFaults.h"
 #include "tests/shell/SampleObject.h"
 #include "tests/support/FailingAllocator.h"
 #include "tests/support/ScopedFile.h"
@@ -193,14 +195,16 @@ TEST(Writer, StatesGiveTheirCodes) {
     EXPECT_EQ(writer->Write(frame, 1, &accepted), RESULT_NOT_OPEN);
     EXPECT_EQ(file.Bytes().size(), kHeader);
 
-    // Without a selection the file of the last format stands; with one that exists, nothing changes.
+    // An Open that fails changes nothing in a file that exists; a new one gets the header of no format.
     EXPECT_EQ(writer->SelectFormat(kMono8At8000), RESULT_OK);
     const Bytes before = file.Bytes();
     EXPECT_EQ(writer->Open(file.Wide().c_str(), 0), RESULT_FAILED);
-    EXPECT_EQ(file.Bytes(), before);
     EXPECT_EQ(writer->Write(frame, 1, &accepted), RESULT_WRITE_FAILED);
     EXPECT_EQ(NewWriter()->Open(file.Wide().c_str(), OPEN_OVERWRITE), RESULT_FAILED);
-    EXPECT_EQ(file.Bytes().size(), 46U);  // the header of the empty format
+    EXPECT_EQ(file.Bytes(), before);
+    const ScopedFile fresh;
+    EXPECT_EQ(NewWriter()->Open(fresh.Wide().c_str(), OPEN_OVERWRITE), RESULT_FAILED);
+    EXPECT_EQ(fresh.Bytes().size(), 46U);
 }
 
 TEST(Writer, TheNextOpenCompletesTheFileAndALaterSelectionDoesNotReachIt) {
@@ -230,6 +234,33 @@ TEST(Writer, MetadataIsKeptAsACopyAndWrittenAtClose) {
     const WavImage tags = None().Chunk("ICRD", {"2004\0", 5}).Chunk("INAM", {"Song\0", 5});
     WavImage expected = WavImage().Fmt(1, 1, 8000, 8).Chunk("data", "\x80\x80\x80").Info(tags);
     EXPECT_EQ(file.Bytes(), expected.Sized().Image());
+}
+
+TEST(Writer, TagsThatReachPast4GiBStayOutAndAreReported) {
+    for (const uint32_t size : {0xFFFFFFB8u, 0xFFFFFFB9u}) {  // a list of 26 bytes has room, or none
+        const bool fits = size == 0xFFFFFFB8u;
+        const ScopedFile file;
+        const RefPtr<CACWriter> writer = OpenWriter(file, {1, 8000}, kMono8At8000);
+        WriteAll(*writer, {1}, 1, {1});
+        // The file is full all at once: after a write that fails the writer asks it for its size.
+        std::filesystem::resize_file(file.Path(), kHeader + uint64_t{size});
+        {
+            const WithFaults full({.changesUntilError = 0, .error = ENOSPC});
+            const int16_t frame = 0;
+            uint32_t accepted = 0;
+            EXPECT_EQ(writer->Write(&frame, 1, &accepted), RESULT_WRITE_FAILED);
+        }
+        RefPtr<IAC3Metadata> metadata;
+        ASSERT_EQ(writer->GetMetadata(metadata.Put()), RESULT_OK);
+        metadata->SetString(ATTR_TITLE, u"Song");
+        EXPECT_EQ(writer->SetMetadata(metadata.Get()), RESULT_OK);
+        EXPECT_EQ(writer->Close(), fits ? RESULT_OK : RESULT_WRITE_FAILED);
+        const uint64_t end = std::filesystem::file_size(file.Path());
+        EXPECT_EQ(end, kHeader + uint64_t{size} + (fits ? 26 : 1));
+        Bytes head(8);
+        std::ifstream(file.Path(), std::ios::binary).read(reinterpret_cast<char*>(head.data()), 8);
+        EXPECT_EQ(LoadLE32(&head[4]), end - 8);
+    }
 }
 
 TEST(Writer, TellsItsFormats) {

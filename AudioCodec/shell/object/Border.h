@@ -13,6 +13,7 @@
 template <class Object, class Interface, class... Arguments>
 Result CreateObject(Interface** receiver, Arguments&&... arguments) noexcept {
     if (!receiver) return RESULT_BAD_ARGUMENT;
+    const CancellationOff off;
     try {
         auto object = RefPtr<Object>::Retain(new Object(std::forward<Arguments>(arguments)...));
         *receiver = object.Detach();

@@ -28,7 +28,11 @@ public:
     }
     uint32_t AddRef() override { return m_references.Add(); }
     uint32_t Release() override {
-        return m_references.Drop([this] { delete this; });
+        return m_references.Drop([this] {
+            // What hangs on the object may take a reference and drop it while it goes: not the last again.
+            m_references.Begin();
+            delete this;
+        });
     }
 
     virtual ~CBaseImpl() = default;

@@ -41,6 +41,7 @@ bool CFileEdit::Read(uint64_t place, void* buffer, size_t count) const {
 size_t CFileEdit::Put(uint64_t place, const void* bytes, size_t count) {
     DWORD done = 0;
     if (count == 0 || !MoveTo(place)) return 0;
+    m_flushed = false;
     WriteFile(m_file, bytes, static_cast<DWORD>(count), &done, nullptr);
     // Also after a write that came short: what it did reach has to be taken back.
     if (done != 0) m_size = std::max(m_size, place + done);
@@ -73,9 +74,13 @@ bool CFileEdit::Cut(uint64_t size) {
 }
 
 bool CFileEdit::Resize(uint64_t size) {
+    m_flushed = false;
     if (!MoveTo(size) || !SetEndOfFile(m_file)) return false;
     m_size = size;
     return true;
 }
 
-bool CFileEdit::Flush() const { return FlushFileBuffers(m_file) != 0; }
+bool CFileEdit::Flush() {
+    m_flushed = m_flushed || FlushFileBuffers(m_file);
+    return m_flushed;
+}

@@ -33,8 +33,8 @@ public:
     // Cuts the file. Neither this nor what was written before can be taken back then.
     bool Cut(uint64_t size);
 
-    // Waits until all writes are on the medium.
-    bool Flush() const;
+    // Waits until all changes are on the medium; does nothing where there are no new ones.
+    bool Flush();
 
     // What was written so far stays, and what is written from now on too.
     void Keep();
@@ -55,5 +55,6 @@ private:
     uint64_t m_size;
     uint64_t m_firstSize;  // what lies after it is taken back by a cut
     bool m_kept = false;
+    bool m_flushed = true;  // nothing was changed since
     std::vector<Change> m_changes;
 };

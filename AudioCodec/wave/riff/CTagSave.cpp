@@ -65,6 +65,8 @@ bool CTagSave::Plan(uint64_t entries) {
     // The tail will be a chunk by then: with a header in front, and a pad byte after it if it is odd.
     m_end = m_layout.End() + (tail == 0 ? 0 : kChunkHeaderSize + tail + (tail & 1));
     m_place = m_layout.EndsWithList() ? m_layout.Last().offset : m_end;
+    // The RIFF size has 32 bits. The copy alone may reach further, for as long as it stands.
+    if (m_place + list > kLargestNumber) return false;
     m_copyAt = m_place == m_end ? m_end : FindCopyPlace(m_end, m_place + list);
     // The filler of step 2 spans all of this, and a header's size has 32 bits.
     return m_copyAt - m_place <= kLargestNumber;
@@ -75,15 +77,15 @@ bool CTagSave::Plan(uint64_t entries) {
 bool CTagSave::DropUnfinishedList() {
     if (m_layout.Tail() != 0 || m_layout.End() >= m_file.Size()) return true;
     if (m_layout.RiffEnd() > m_end && !WriteRiffSize(m_end)) return false;
-    return m_file.Cut(m_end);
+    return m_file.Flush() && m_file.Cut(m_end);
 }
 
 // Before anything is put after the chunk: the walk must get there, over its size and over a pad byte that the
-// file may lack.
+// file may lack. Under the old size that byte would count as content.
 bool CTagSave::SetSizeRight() {
     const WaveChunk& last = m_layout.Last();
     if (!WriteNumber(last.offset + 4, static_cast<uint32_t>(last.size))) return false;
-    return m_layout.End() <= m_file.Size() || m_file.Write(m_file.Size(), "", 1);
+    return m_layout.End() <= m_file.Size() || (m_file.Flush() && m_file.Write(m_file.Size(), "", 1));
 }
 
 // What stands at the end and is no chunk becomes one, so that the list after it can be reached. Header, bytes
@@ -120,69 +122,79 @@ bool CTagSave::StoreList() {
 }
 
 bool CTagSave::AppendCopy() {
-    // Step 1. The gap has to be a chunk before the copy is there, or a walk would take its bytes
-    // for a header.
+    // Step 1. The gap has to be a chunk before the copy is there, or a walk would take its bytes for a
+    // header. The same goes for the end in front of it: under a size that lies the copy would be audio, and
+    // before what was cut off it would not be the end.
     const uint64_t end = m_copyAt + m_list.size();
     const uint64_t gap = m_copyAt - m_end;
     if (gap != 0 && !WriteChunkHeader(m_end, ChunkId::kJunk, gap - kChunkHeaderSize)) return false;
+    if (!m_file.Flush()) return false;
     StoreLE32(reinterpret_cast<uint8_t*>(m_list.data()), ChunkId::kUnfinished);
+    if (!m_file.Write(m_copyAt, m_list.data(), m_list.size()) || !m_file.Flush()) return false;
     // The id comes last: until it stands, a walk passes over the copy, so a torn write shows the old list.
-    return m_file.Write(m_copyAt, m_list.data(), m_list.size()) && WriteNumber(m_copyAt, ChunkId::kList) &&
-           WriteRiffSize(end) && m_file.Flush();
+    // The RIFF size comes with it, since it never tells of more than is there.
+    return WriteNumber(m_copyAt, ChunkId::kList) && WriteRiffSize(end) && m_file.Flush();
 }
 
 bool CTagSave::MoveIntoPlace() {
     // Step 2. One header turns old list, gap and the place of the new one into filler that ends at the copy.
-    // Under it bytes may be torn without a walk seeing them.
+    // Under it bytes may be torn without a walk seeing them, once it is on the medium.
     const uint64_t end = m_place + m_list.size();
     const uint64_t gap = m_copyAt - end;
     const uint32_t size = LoadLE32(reinterpret_cast<const uint8_t*>(m_list.data()) + 4);
-    if (!WriteChunkHeader(m_place, ChunkId::kJunk, m_copyAt - m_place - kChunkHeaderSize)) return false;
+    if (!WriteChunkHeader(m_place, ChunkId::kJunk, m_copyAt - m_place - kChunkHeaderSize) || !m_file.Flush())
+        return false;
     if (!m_file.Write(m_place + kChunkHeaderSize, m_list.data() + kChunkHeaderSize,
                       m_list.size() - kChunkHeaderSize))
         return false;
-    // Before the list's own header: as soon as that tells the shorter size, a walk comes to this one.
+    // Before the list's own header: as soon as that tells the shorter size, a walk comes to this one; and it
+    // reads the entries, of which torn ones might fail it.
     if (gap != 0 && !WriteChunkHeader(end, ChunkId::kJunk, gap - kChunkHeaderSize)) return false;
+    if (!m_file.Flush()) return false;
     // Now both lists are whole and equal, so it doesn't matter which a reader takes. Step 3: the size, then
     // the cut; the flush between them keeps a crash from leaving the cut without the list.
     return WriteChunkHeader(m_place, ChunkId::kList, size) && MakeOlderListsFiller() && WriteRiffSize(end) &&
-           m_file.Flush() && m_file.Cut(end);
+           m_file.Flush() && m_file.Cut(end) && m_file.Flush();
 }
 
 // The list that a reader takes goes last: until then the old tags are whole, and a failure takes back what
 // happened to the older ones.
 bool CTagSave::RemoveLists() {
-    if (!MakeOlderListsFiller() || !WriteRiffSize(m_place) || !m_file.Flush()) return false;
-    if (m_place < m_file.Size()) return m_file.Cut(m_place);
+    // The end first: the RIFF size is to tell of what is there.
+    if (!m_file.Flush() || !MakeOlderListsFiller() || !WriteRiffSize(m_place) || !m_file.Flush())
+        return false;
+    if (m_place < m_file.Size()) return m_file.Cut(m_place) && m_file.Flush();
     m_file.Keep();
     return true;
 }
 
-// Lists in a crowd are changed by the block: written back with other ids, each of which is old or new at any
+// The last one goes after the others are gone for good, so that no reader finds an older one instead. Lists
+// in a crowd are changed by the block: written back with other ids, each of which is old or new at any
 // moment, as if it had been written alone.
 bool CTagSave::MakeOlderListsFiller() {
     const Places& lists = m_layout.Lists();
-    for (auto list = lists.begin(); list != lists.end();) {
+    if (lists.empty()) return true;
+    const auto last = lists.end() - 1;
+    for (auto list = lists.begin(); list != last;) {
         // The places ascend, as the walk found them.
-        const auto end = std::lower_bound(list, lists.end(), *list + kCrowdedBytes);
+        const auto end = std::lower_bound(list, last, *list + kCrowdedBytes);
         const bool done = end - list < kCrowd
                               ? std::all_of(list, end, [this](uint64_t place) { return MakeFiller(place); })
                               : MakeFiller(list, end);
         if (!done) return false;
         list = end;
     }
-    return true;
+    return *last == m_place || (m_file.Flush() && MakeFiller(*last));
 }
 
-bool CTagSave::MakeFiller(uint64_t place) { return place == m_place || WriteNumber(place, ChunkId::kJunk); }
+bool CTagSave::MakeFiller(uint64_t place) { return WriteNumber(place, ChunkId::kJunk); }
 
 bool CTagSave::MakeFiller(Places::const_iterator list, const Places::const_iterator& end) {
     const uint64_t start = *list;
     std::string block(*(end - 1) + sizeof(uint32_t) - start, '\0');
     if (!m_file.Read(start, block.data(), block.size())) return false;
     for (; list != end; ++list)
-        if (*list != m_place)
-            StoreLE32(reinterpret_cast<uint8_t*>(block.data()) + (*list - start), ChunkId::kJunk);
+        StoreLE32(reinterpret_cast<uint8_t*>(block.data()) + (*list - start), ChunkId::kJunk);
     return m_file.Write(start, block.data(), block.size());
 }
 

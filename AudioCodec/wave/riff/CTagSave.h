@@ -7,14 +7,15 @@
 //   step 2  | RIFF | ... chunks ... | LIST new | JUNK | LIST new |  under a JUNK header that spans it all
 //   step 3  | RIFF | ... chunks ... | LIST new |                    cut
 //
-// Between the steps the file is flushed. Where no list ends the file, the copy is the list itself. Other
-// lists of the type become filler of the same length. A failure in step 1 takes everything back; from step 2
-// on the copy stays, and is the new tags. Whether all went well is returned, since the file alone can't tell.
+// What a write relies on is flushed before it, within the steps too: a cut of the power may keep any part
+// of what isn't. Where no list ends the file, the copy is the list itself. Other lists of the type become
+// filler of the same length. A failure in step 1 takes everything back; from step 2 on the copy stays, and
+// is the new tags. Whether all went well is returned, since the file alone can't tell.
 //
 // Decisions: the size of a last chunk that lies is set right. Bytes at the end that are no chunk go into a
 // JUNK chunk; if they are more than 1 MiB, or if a number doesn't fit into 32 bits, the file is left as it
-// was. What an interrupted save left without an id at the end of the file is cut away. In a file above 4 GiB
-// the RIFF size is the largest there is.
+// was; so is one that would end up longer than 4 GiB. What an interrupted save left without an id at the end
+// of the file is cut away.
 #pragma once
 
 #include <string>

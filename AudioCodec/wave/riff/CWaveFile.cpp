@@ -222,16 +222,25 @@ void CWaveFile::Write(const void* bytes, size_t count) const {
     WriteFile(m_file.get(), bytes, static_cast<DWORD>(count), &done, nullptr);
 }
 
+// Where a created file ends that has so many bytes of entries in its list.
+uint64_t CWaveFile::EndWithList(uint64_t entries) const {
+    uint64_t end = uint64_t{m_dataOffset} + m_dataSize;
+    if (entries != 0) end += kChunkHeaderSize + kListTypeSize + entries;
+    // The pad byte of odd audio counts in the RIFF size, though not in that of "data". A list is even.
+    return end + (end & 1);
+}
+
+bool CWaveFile::HasRoomForList() const {
+    return m_chunks.empty() || EndWithList(InfoEntriesSize(m_chunks)) <= kLargestFile;
+}
+
 void CWaveFile::WriteHeader(bool final) noexcept {
     const uint32_t formatSize = m_format.DiskSize();
-    const auto listSize = static_cast<uint32_t>(InfoEntriesSize(m_chunks));
     // RIFF header 12, header of "fmt " 8, header of "data" 8.
     m_dataOffset = formatSize + 28;
 
-    uint64_t end = uint64_t{m_dataOffset} + m_dataSize;
-    if (listSize != 0) end += kChunkHeaderSize + kListTypeSize + listSize;
-    // The pad byte of odd audio counts in the RIFF size, though not in that of "data". A list is even.
-    end += end & 1;
+    const uint64_t entries = HasRoomForList() ? InfoEntriesSize(m_chunks) : 0;
+    const uint64_t end = EndWithList(entries);
     uint8_t front[20];
     StoreLE32(front, ChunkId::kRiff);
     StoreLE32(front + 4, static_cast<uint32_t>(end - kChunkHeaderSize));
@@ -253,7 +262,7 @@ void CWaveFile::WriteHeader(bool final) noexcept {
     MoveTo(int64_t{m_dataOffset} + m_dataSize);
     if (m_dataSize & 1) Write("", 1);
     if (final) {
-        if (listSize != 0) PutInfoList(m_chunks, [this](const void* bytes, size_t n) { Write(bytes, n); });
+        if (entries != 0) PutInfoList(m_chunks, [this](const void* bytes, size_t n) { Write(bytes, n); });
         SetEndOfFile(m_file.get());
     }
     // Audio is what comes next, after the header of an empty file.
@@ -274,7 +283,7 @@ Result CWaveFile::WriteChanges() noexcept {
     // here understands, so it is edited in place.
     if (!m_writable) return SaveTags();
     WriteHeader(true);
-    return RESULT_OK;
+    return HasRoomForList() ? RESULT_OK : RESULT_WRITE_FAILED;
 }
 
 Result CWaveFile::CloseFile() noexcept {

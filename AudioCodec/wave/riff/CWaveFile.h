@@ -54,13 +54,14 @@ public:
     // RESULT_WRITE_FAILED if the file took less or would pass 4 GiB.
     Result WriteData(const void* bytes, uint32_t count);
 
-    // Header in front, and with `final` the list after the audio, where the file then ends. Failures of the
-    // writes are not reported.
+    // Header in front, and with `final` the list after the audio, where the file then ends; a list that would
+    // reach past 4 GiB stays out. Failures of the writes are not reported.
     void WriteHeader(bool final) noexcept;
 
     // Writes what changed: header and list of a file that was created, whose writes aren't looked at, the
     // tags of one that was opened. Returns RESULT_OK, also where nothing changed; RESULT_WRITE_FAILED,
-    // RESULT_NO_MEMORY for an opened file, which then holds the old tags or the new ones.
+    // RESULT_NO_MEMORY for an opened file, which then holds the old tags or the new ones; RESULT_WRITE_FAILED
+    // for a created one that has no room for its tags.
     Result WriteChanges() noexcept;
 
     // Ends the work on the file; what changed is written first, as WriteChanges does. Always RESULT_OK.
@@ -114,6 +115,8 @@ private:
     bool MoveTo(int64_t position) const;
 
     void Write(const void* bytes, size_t count) const;
+    uint64_t EndWithList(uint64_t entries) const;
+    bool HasRoomForList() const;
     Result SaveTags() const noexcept;
 
     bool m_readOnly = false;

@@ -8,10 +8,15 @@
 #include <cerrno>
 #include <cstdlib>
 
+#include "platform/base/posix/CancellationOff.h"
+
 namespace {
 
+// No thread is cancelled in the middle: what was opened would stay open, and what is closed is often closed
+// by a destructor, which lets nothing through.
 template <class Call>
 auto Repeat(Call call) {
+    const CancellationOff off;
     auto result = call();
     while (result < 0 && errno == EINTR) result = call();
     return result;
@@ -74,6 +79,7 @@ int MoveAll(size_t size, size_t& done, int onNothing, Call call) {
 PosixFile::~PosixFile() {
     // A child of this process may hold the open file too, and with it the locks.
     if (m_lockedBy == getpid()) UnlockAll();
+    const CancellationOff off;
     if (m_descriptor >= 0) close(m_descriptor);  // never repeated: the descriptor is gone after EINTR too
 }
 
@@ -154,6 +160,7 @@ int PosixFile::WriteAt(const void* buffer, size_t size, int64_t place, size_t& d
 }
 
 int PosixFile::CreateTemporary(std::string& path, int suffix) {
+    const CancellationOff off;
     const int descriptor = mkostemps(path.data(), suffix, O_CLOEXEC);
     if (descriptor < 0) return errno;
     close(descriptor);

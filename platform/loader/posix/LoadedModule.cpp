@@ -17,6 +17,12 @@ std::string WholePath(const std::filesystem::path& path) {
     return error ? absolute.string() : (folder / absolute.filename()).string();
 }
 
+std::string FolderOfFile(const std::filesystem::path& path) {
+    std::error_code error;
+    const auto file = std::filesystem::canonical(path, error);
+    return (error ? path : file).parent_path().string();
+}
+
 }  // namespace
 
 LoadedModule FindLoadedModule(const void* address) {
@@ -27,7 +33,7 @@ LoadedModule FindLoadedModule(const void* address) {
     std::error_code error;
     const std::string path = *map->l_name ? WholePath(map->l_name)
                                           : std::filesystem::read_symlink("/proc/self/exe", error).string();
-    return {map, path};
+    return {map, path, FolderOfFile(path)};
 }
 
 HMODULE LoadModule(const char* path) { return dlopen(path, RTLD_NOW | RTLD_LOCAL); }

@@ -8,6 +8,7 @@
 struct LoadedModule {
     HMODULE handle = nullptr;  // the value that dlopen returns for the module
     std::string path;          // absolute: the real folder, and the name that the module was loaded by
+    std::string folder;        // of the file itself, also where `path` is a link to it
 };
 
 // The module that holds `address`. A relative path is taken from the current folder; no handle for an address

@@ -13,7 +13,8 @@ struct IStreamReaderControl : IUnknown {
     virtual HRESULT GetAudioFormat(uint32_t* channels /*out*/, uint32_t* sampleRate /*out: Hz*/,
                                    uint32_t* bitsPerSample /*out*/) = 0;
     // Waits until `size` bytes are there or the stream has ended; at its end fewer come, with the flag set.
-    // Bytes of a running graph only: fails in a stopped one and after Shutdown.
+    // Where it broke off, fewer come without the flag, and then the failure, a negative result, for every
+    // read until a seek. Bytes of a running graph only: fails in a stopped one and after Shutdown.
     virtual HRESULT ReadAudio(void* buffer /*out*/, uint32_t size /*in: bytes*/,
                               uint32_t* done /*out: bytes*/, uint8_t* endOfStream /*out: may be null*/) = 0;
     // Ends all reading, also one that waits on another thread.

@@ -14,7 +14,7 @@
 void Ring::Clear() {
     m_start = m_count = 0;
     m_taken = 0;
-    m_ended = false;
+    m_end = S_OK;
     // Not only by a flush: whoever sleeps through a Close and an Open has the same to learn.
     ++m_flushes;
 }
@@ -56,11 +56,11 @@ void Ring::EndFlush() {
     m_flushing = false;
 }
 
-void Ring::End() {
+void Ring::End(HRESULT reason) {
     const std::lock_guard lock(m_lock);
     // An end on its way when the flush began belongs to the old place.
     if (m_flushing || IsClosed()) return;
-    m_ended = true;
+    m_end = reason;
     m_changed.notify_all();
 }
 
@@ -122,19 +122,20 @@ HRESULT Ring::Read(uint8_t* buffer, uint32_t size, uint32_t& done) {
         flushes = m_flushes;
         done += static_cast<uint32_t>(Take(buffer + done, size - done));
         if (m_roomAwaited != 0 && Room() >= m_roomAwaited) m_roomMade.notify_one();
-        // Not before it is empty: the last bytes before the end are delivered.
-        if (m_ended && m_count == 0) break;
+        // Not before it is empty: the last bytes before the end are delivered, those before a failure too.
+        if (m_end != S_OK && m_count == 0) break;
     }
-    if (!IsClosed()) return S_OK;
-    done = 0;
-    return VFW_E_WRONG_STATE;
+    if (IsClosed()) done = 0;
+    if (IsClosed()) return VFW_E_WRONG_STATE;
+    if (done == size) return S_OK;
+    return FAILED(m_end) && done > 0 ? S_OK : m_end;
 }
 
 // For a moment the wait is for half of the ring, as a decoder at full speed fills it: so it is woken once for
 // many small reads. The first bytes are wanted at once.
 void Ring::Await(std::unique_lock<std::mutex>& lock, size_t bytes) {
     constexpr std::chrono::milliseconds kMoment(2);
-    const auto arrived = [&] { return IsClosed() || m_ended || m_count >= m_bytesAwaited; };
+    const auto arrived = [&] { return IsClosed() || m_end != S_OK || m_count >= m_bytesAwaited; };
     m_bytesAwaited = std::min(bytes, m_capacity / 2);
     if (m_taken != 0 && !arrived()) {
         m_bytesAwaited = m_capacity / 2;

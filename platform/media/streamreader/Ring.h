@@ -29,11 +29,11 @@ public:
     // Puts all of the bytes in, waiting for room. S_FALSE: they aren't wanted, by a flush or for ever.
     // VFW_E_WRONG_STATE: closed.
     HRESULT Write(std::span<const uint8_t> bytes);
-    // No more bytes come, until a flush or Open.
-    void End();
+    // No more bytes come, until a flush or Open: S_FALSE for the end of the stream, or why it broke off.
+    void End(HRESULT reason);
 
-    // Waits until `size` bytes have been taken out. Fewer, with S_OK, mean the end, and none come after them.
-    // VFW_E_WRONG_STATE: closed.
+    // Waits until `size` bytes have been taken out. Fewer come before the end, with S_FALSE, and before a
+    // failure, which is then told for every further byte. VFW_E_WRONG_STATE: closed.
     HRESULT Read(uint8_t* buffer, uint32_t size, uint32_t& done);
 
     // Bytes taken out since Open or the last flush.
@@ -61,5 +61,5 @@ private:
     bool m_open = false;
     bool m_shut = false;
     bool m_flushing = false;
-    bool m_ended = false;
+    HRESULT m_end = S_OK;  // why no more bytes come; S_OK: they do
 };

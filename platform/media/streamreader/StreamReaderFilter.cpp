@@ -49,7 +49,12 @@ HRESULT StreamReaderFilter::Input::Receive(IMediaSample* sample) {
 }
 
 HRESULT StreamReaderFilter::Input::EndOfStream() {
-    m_reader.m_ring.End();
+    m_reader.m_ring.End(S_FALSE);
+    return S_OK;
+}
+
+HRESULT StreamReaderFilter::Input::StreamFailed(HRESULT reason) {
+    m_reader.m_ring.End(reason);
     return S_OK;
 }
 
@@ -98,8 +103,8 @@ HRESULT StreamReaderFilter::ReadAudio(void* buffer, uint32_t size, uint32_t* don
     const auto alive = RefPtr<IBaseFilter>::Retain(this);
     const HRESULT result = m_ring.Read(static_cast<uint8_t*>(buffer), size, *done);
     // By the count alone, so that the mark doesn't depend on which thread was faster.
-    if (endOfStream && SUCCEEDED(result)) *endOfStream = *done < size;
-    return result;
+    if (endOfStream) *endOfStream = result == S_FALSE;
+    return FAILED(result) ? result : S_OK;
 }
 
 HRESULT StreamReaderFilter::Shutdown() {

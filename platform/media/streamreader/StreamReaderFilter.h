@@ -33,6 +33,7 @@ private:
 
         HRESULT Receive(IMediaSample* sample) override;
         HRESULT EndOfStream() override;
+        HRESULT StreamFailed(HRESULT reason) override;
         HRESULT BeginFlush() override;
         HRESULT EndFlush() override;
         HRESULT NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) override;

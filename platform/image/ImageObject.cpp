@@ -1,5 +1,4 @@
-#include "platform/image/Image.h"
-#include "platform/base/Types.h"
+#include "platform/image/ImageObject.h"
 
 #include <algorithm>
 #include <utility>
@@ -44,34 +43,34 @@ bool WriteToFile(void* file, const void* bytes, uint32_t size) {
 
 }  // namespace
 
-CImage::CImage() : m_raster(std::make_unique<Raster>()) { ImageLibrary::CountImage(); }
+ImageObject::ImageObject() { ImageLibrary::CountImage(); }
 
-CImage::~CImage() { ImageLibrary::DropImage(); }
+ImageObject::~ImageObject() { ImageLibrary::DropImage(); }
 
-BOOL CImage::Create(int32_t width, int32_t height, int32_t bitsPerPixel, DWORD flags) {
+BOOL ImageObject::Create(int32_t width, int32_t height, int32_t bitsPerPixel, DWORD flags) {
     for (const CreateRow& row : kCreateFormats) {
         if (row.bitsPerPixel != bitsPerPixel || row.flags != flags) continue;
         Raster raster;
         // A negative size is one far out of bounds.
         if (FAILED(raster.Allocate(static_cast<uint32_t>(width), static_cast<uint32_t>(height), row.format)))
             return FALSE;
-        *m_raster = std::move(raster);
+        m_raster = std::move(raster);
         return TRUE;
     }
     return FALSE;
 }
 
-HRESULT CImage::Load(IStream* stream) {
+HRESULT ImageObject::Load(IStream* stream) {
     if (!stream) return E_POINTER;
     const ImageFunctions* functions = ImageLibrary::Use();
     if (!functions) return E_FAIL;
     Raster raster;
     const HRESULT result = functions->decode(*stream, raster);
-    if (SUCCEEDED(result)) *m_raster = std::move(raster);
+    if (SUCCEEDED(result)) m_raster = std::move(raster);
     return result;
 }
 
-HRESULT CImage::Save(const WCHAR* path, const GUID* format) {
+HRESULT ImageObject::Save(const WCHAR* path, const GUID* format) {
     if (!path) return E_POINTER;
     if (IsNull()) return E_FAIL;
     const ImageFunctions* functions = ImageLibrary::Use();
@@ -80,44 +79,32 @@ HRESULT CImage::Save(const WCHAR* path, const GUID* format) {
     if (!encode) return E_FAIL;
     const UniqueHandle file =
         TakeFile(CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-    return file ? encode(*m_raster, {file.get(), WriteToFile}) : E_FAIL;
+    return file ? encode(m_raster, {file.get(), WriteToFile}) : E_FAIL;
 }
 
-void CImage::Destroy() { *m_raster = Raster(); }
-
-BOOL CImage::IsNull() const { return m_raster->bits == nullptr; }
-int32_t CImage::GetWidth() const { return static_cast<int32_t>(m_raster->width); }
-int32_t CImage::GetHeight() const { return static_cast<int32_t>(m_raster->height); }
-int32_t CImage::GetBPP() const { return static_cast<int32_t>(m_raster->BitsPerPixel()); }
-BOOL CImage::HasAlpha() const { return m_raster->format == PixelFormat::Argb32; }
-int32_t CImage::GetPitch() const { return static_cast<int32_t>(m_raster->pitch); }
-uint8_t* CImage::GetBits() { return m_raster->bits.get(); }
-
-uint32_t CImage::GetPixel(int32_t x, int32_t y) const {
-    if (!IsInside(*m_raster, x, y)) return 0;
-    return m_raster->Color(static_cast<uint32_t>(x), static_cast<uint32_t>(y));
+uint32_t ImageObject::GetPixel(int32_t x, int32_t y) const {
+    if (!IsInside(m_raster, x, y)) return 0;
+    return m_raster.Color(static_cast<uint32_t>(x), static_cast<uint32_t>(y));
 }
 
-BOOL CImage::SetPixel(int32_t x, int32_t y, uint32_t color) {
-    if (!IsInside(*m_raster, x, y)) return FALSE;
-    m_raster->SetColor(static_cast<uint32_t>(x), static_cast<uint32_t>(y), color);
+BOOL ImageObject::SetPixel(int32_t x, int32_t y, uint32_t color) {
+    if (!IsInside(m_raster, x, y)) return FALSE;
+    m_raster.SetColor(static_cast<uint32_t>(x), static_cast<uint32_t>(y), color);
     return TRUE;
 }
 
-int32_t CImage::GetPaletteSize() const { return static_cast<int32_t>(m_raster->paletteSize); }
-
-BOOL CImage::GetPalette(int32_t first, int32_t count, uint32_t* colors) const {
-    if (!colors || !IsInPalette(*m_raster, first, count)) return FALSE;
-    std::copy_n(m_raster->palette + first, count, colors);
+BOOL ImageObject::GetPalette(int32_t first, int32_t count, uint32_t* colors) const {
+    if (!colors || !IsInPalette(m_raster, first, count)) return FALSE;
+    std::copy_n(m_raster.palette + first, count, colors);
     return TRUE;
 }
 
-BOOL CImage::SetPalette(int32_t first, int32_t count, const uint32_t* colors) {
-    if (!colors || !IsInPalette(*m_raster, first, count)) return FALSE;
-    std::copy_n(colors, count, m_raster->palette + first);
+BOOL ImageObject::SetPalette(int32_t first, int32_t count, const uint32_t* colors) {
+    if (!colors || !IsInPalette(m_raster, first, count)) return FALSE;
+    std::copy_n(colors, count, m_raster.palette + first);
     return TRUE;
 }
 
 CImage* vlacwav3::VlCreateImage() {
-    return AtBorder(nullptr, [] { return new CImage; });
+    return AtBorder(nullptr, []() -> CImage* { return new ImageObject; });
 }

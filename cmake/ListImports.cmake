@@ -1,0 +1,11 @@
+# Writes each function that LIBRARY shows as a row of IMPORTS: VL_IMPORT(number, name).
+execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY} OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL " T [A-Za-z0-9_]+" functions "${symbols}")
+set(rows "")
+set(number 0)
+foreach(function IN LISTS functions)
+  string(REPLACE " T " "" name "${function}")
+  string(APPEND rows "VL_IMPORT(${number}, ${name})\n")
+  math(EXPR number "${number} + 1")
+endforeach()
+file(WRITE ${IMPORTS} "${rows}")
