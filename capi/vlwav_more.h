@@ -25,11 +25,11 @@ typedef enum vlw_found {
 VLW_CHECKED vlw_code vlw_module_load_beside(vlw_module* module);
 /** [any once it is loaded] */
 VLW_API vlw_found vlw_module_found(const vlw_module* module);
-/** Enters the loaded module into the user's registry, and takes out the one that is there; one of the system's
- * is then found again. All or nothing, even where the program is killed. The record names the registry's file
- * and the reason: VLW_IN_USE where another program has held it for 5 seconds, VLW_NO_PERMISSION, VLW_NO_SPACE,
- * VLW_DAMAGED for a file that is no registry, VLW_UNSUPPORTED for one of a newer version, VLW_SYSTEM;
- * VLW_BAD_STATE without a module. [handle] */
+/** Enters the loaded module into the user's registry, and takes out the one that is there; one of the
+ * system's is then found again. All or nothing, even where the program is killed. The record names the
+ * registry's file and the reason: VLW_IN_USE where another program has held it for 5 seconds,
+ * VLW_NO_PERMISSION, VLW_NO_SPACE, VLW_DAMAGED for a file that is no registry, VLW_UNSUPPORTED for one of a
+ * newer version, VLW_SYSTEM; VLW_BAD_STATE without a module. [handle] */
 VLW_CHECKED vlw_code vlw_module_register(vlw_module* module);
 VLW_CHECKED vlw_code vlw_module_unregister(vlw_module* module);
 /** The same in the system's registry, for all users, which takes the rights to write it. [handle] */

@@ -8,7 +8,7 @@
 #include <cerrno>
 
 std::string HomeOfUser() {
-    std::array<char, 16384> texts;  // a longer entry counts as none
+    std::array<char, 16384> texts{};  // a longer entry counts as none
     passwd entry{};
     passwd* found = nullptr;
     getpwuid_r(geteuid(), &entry, texts.data(), texts.size(), &found);
