@@ -8,6 +8,7 @@
 #include "AudioCodec/shell/Registration.h"
 #include "AudioCodec/shell/UnloadCleanUp.h"
 #include "AudioCodec/shell/object/Border.h"
+#include "AudioCodec/shell/object/ModuleInstance.h"
 
 Result vlacwav3::DllVlGetClassObject(const GUID* clsid, const GUID* iid, void** object) {
     if (!object) return RESULT_BAD_ARGUMENT;
