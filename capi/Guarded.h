@@ -4,6 +4,7 @@
 #include <new>
 
 #include "capi/ErrorRecord.h"
+#include "capi/PlatformErrors.h"
 #include "platform/base/Border.h"
 
 // Runs `work`, which returns a code or throws, for a handle with a field `error`. VLW_BAD_ARGUMENT without a
@@ -12,6 +13,7 @@ template <class Handle, class Work>
 vlw_code Guarded(Handle* handle, Work&& work) noexcept {
     if (!handle) return VLW_BAD_ARGUMENT;
     handle->error.Clear();
+    ForgetLastError();
     const CancellationOff off;
     try {
         const vlw_code code = work();

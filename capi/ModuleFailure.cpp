@@ -1,8 +1,13 @@
 #include "capi/ModuleFailure.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <iterator>
 #include <new>
 
 #include "AudioCodec/shell/object/ResultTexts.h"
+#include "capi/PlatformErrors.h"
+#include "capi/SystemFailure.h"
 #include "platform/base/PlatformResults.h"
 
 namespace {
@@ -25,10 +30,19 @@ vlw_code CodeOf(Result result) {
     return VLW_FAILED;
 }
 
+// Of what the system refuses, that which nobody goes on from: others may be left from before.
+constexpr int kHard[] = {EIO, ENOSPC, EFBIG, EMFILE, ENOMEM, EACCES};
+
+int HardError() {
+    const int error = LastSystemError();
+    return std::find(std::begin(kHard), std::end(kHard), error) != std::end(kHard) ? error : 0;
+}
+
 }  // namespace
 
 Failure ModuleFailure(Result result, const std::string& what, const std::string& path) {
     if (result == RESULT_NO_MEMORY || result == PLATFORM_NO_MEMORY) throw std::bad_alloc();
+    if (const int error = HardError()) return SystemFailure(error, what, path);
     const ResultText* const row = FindResultText(result);
     const std::string reason = row ? row->text : "The module answered " + std::to_string(result) + '.';
     return {CodeOf(result), what + " failed: " + reason, path};

@@ -7,7 +7,8 @@
 #include "capi/Failure.h"
 
 // The failure for a result that isn't RESULT_OK: its code, and a sentence that begins with `what` ("Decoding
-// a.wav") and ends with the module's own reason. Throws std::bad_alloc for a lack of memory.
+// a.wav") and ends with the system's reason, where the thread's last error tells one, else the module's own.
+// Throws std::bad_alloc for a lack of memory.
 Failure ModuleFailure(vlacwav3::Result result, const std::string& what, const std::string& path);
 
 // Throws it where the result is a failure.

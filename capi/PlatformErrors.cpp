@@ -32,3 +32,7 @@ int SystemErrorOf(DWORD platform) {
         if (row.platform == platform) return row.system;
     return 0;
 }
+
+void ForgetLastError() noexcept { SetLastError(ERROR_SUCCESS); }
+
+int LastSystemError() noexcept { return SystemErrorOf(GetLastError()); }

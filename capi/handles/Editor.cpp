@@ -30,7 +30,7 @@ RefPtr<IAC3MetadataEditor> OpenModuleEditor(const Module& module, const std::str
     SetEncoding(*editor, text);
     ForgetLastError();
     const Result opened = editor->Open();
-    if (const int error = opened == RESULT_CANNOT_OPEN ? KnownWriteError() : 0)
+    if (const int error = opened == RESULT_CANNOT_OPEN ? LastSystemError() : 0)
         throw SystemFailure(error, "Opening " + path + " for writing", path);
     RequireModule(opened, "Opening", path);
     return editor;

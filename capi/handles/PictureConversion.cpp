@@ -5,6 +5,7 @@
 #include "AudioCodec/metadata/IAC3Metadata.h"
 #include "capi/ModuleFailure.h"
 #include "capi/SystemFailure.h"
+#include "capi/handles/WriteFailure.h"
 #include "capi/posix/Descriptor.h"
 #include "platform/base/Utf.h"
 #include "platform/image/Image.h"
@@ -38,9 +39,7 @@ std::unique_ptr<CImage> Decode(IAC3Metadata& metadata) {
 }
 
 std::vector<uint8_t> MakeJpeg(IAC3Metadata& metadata, CImage& image) {
-    if (metadata.SetPictureFromImage(&image, kMade, nullptr) != RESULT_OK)
-        throw Failure(VLW_SYSTEM,
-                      "The picture could not be encoded; check the room in the temporary folder.");
+    RequireModule(metadata.SetPictureFromImage(&image, kMade, nullptr), "Encoding", kName);
     const uint8_t* data = nullptr;
     uint32_t size = 0;
     int32_t id = kMade;
@@ -52,7 +51,7 @@ std::vector<uint8_t> MakeBitmap(IAC3Metadata&, CImage& image) {
     Descriptor file;
     RequireSystem(file.MakeInMemory(), "Making", kName);
     if (image.Save(Utf::FromUtf8(file.ReopeningPath()).c_str(), &IMAGE_FORMAT_BMP) < 0)
-        throw Failure(VLW_SYSTEM, "The picture could not be written.");
+        throw SystemFailure(FindWriteError(file, 1), "Making the picture", {});
     uint64_t size = 0;
     size_t done = 0;
     RequireSystem(file.Size(size), "Reading", kName);

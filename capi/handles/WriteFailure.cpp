@@ -3,7 +3,6 @@
 #include <cerrno>
 
 #include "capi/PlatformErrors.h"
-#include "platform/base/LastError.h"
 
 namespace {
 
@@ -11,12 +10,8 @@ constexpr uint64_t kLargestFile = UINT32_MAX;
 
 }  // namespace
 
-void ForgetLastError() { SetLastError(ERROR_SUCCESS); }
-
-int KnownWriteError() { return SystemErrorOf(GetLastError()); }
-
 int FindWriteError(const Descriptor& file, uint64_t more) {
-    if (const int known = KnownWriteError()) return known;
+    if (const int known = LastSystemError()) return known;
     uint64_t size = 0;
     if (file.Size(size) == 0 && size + more > kLargestFile) return EFBIG;
     uint64_t room = 0;
