@@ -1,7 +1,6 @@
 // One decoder of the libraries, on one thread of theirs: packets in, frames of its own form out. Damaged
-// packets give fewer frames, or none; that no frame ever came is known. Knows nothing of filters and of 16
-// bits.
-// One thread at a time.
+// packets give fewer frames, or none, and it knows where no frame ever came. Knows nothing of filters and of
+// 16 bits. One thread at a time.
 #pragma once
 
 #include <span>

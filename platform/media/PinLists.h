@@ -24,12 +24,6 @@ inline bool IsOf(IPin& pin, PIN_DIRECTION direction) {
     return SUCCEEDED(pin.QueryDirection(&its)) && its == direction;
 }
 
-inline std::vector<RefPtr<IPin>> PinsOf(IBaseFilter& filter, PIN_DIRECTION direction) {
-    std::vector<RefPtr<IPin>> pins = PinsOf(filter);
-    std::erase_if(pins, [&](const RefPtr<IPin>& pin) { return !IsOf(*pin, direction); });
-    return pins;
-}
-
 inline RefPtr<IPin> PeerOf(IPin& pin) {
     RefPtr<IPin> peer;
     return FAILED(pin.ConnectedTo(peer.Put())) ? RefPtr<IPin>() : peer;

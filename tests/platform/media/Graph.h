@@ -16,6 +16,12 @@ HRESULT Create(const GUID& classId, const GUID& iid, RefPtr<T>& object) {
     return CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, iid, std::bit_cast<void**>(object.Put()));
 }
 
+inline std::vector<RefPtr<IPin>> PinsOf(IBaseFilter& filter, PIN_DIRECTION direction) {
+    std::vector<RefPtr<IPin>> pins = PinsOf(filter);
+    std::erase_if(pins, [&](const RefPtr<IPin>& pin) { return !IsOf(*pin, direction); });
+    return pins;
+}
+
 class Graph {
 public:
     Graph() = default;
