@@ -296,6 +296,26 @@ TEST(EditAttributes, AReadThatFailsInTheWalkMakesNoSaveThatLosesTags) {
         }
         EXPECT_GT(failedSaves, 0);
     }
+    // And what a save reads itself, to tell audio of unknown length from chunks after it.
+    const WavImage recorder = Pcm()
+                                  .Header("data", 0)
+                                  .Chunk("bext", std::string(9000, 'b'))
+                                  .Chunk("LIST", "INFO" + Entry("IART", "Artist\0"s));
+    const Metadata metadata = NewMetadata();
+    metadata->SetString(ATTR_TITLE, u"New");
+    bool failed = true;
+    for (int n = 0; failed; ++n) {
+        const ScopedFile file(recorder.Image());
+        const auto editor = Editor(file, {.anyFormat = true});
+        ASSERT_EQ(editor->Open(), RESULT_OK);
+        editor->SetMetadata(metadata.Get());
+        {
+            const WithFaults faults({.callsUntilError = n, .flushes = false, .error = EIO});
+            failed = editor->Save() != RESULT_OK;
+        }
+        EXPECT_TRUE(Bytes(file) == recorder.Text() || ChunksIn(file).Find(FourCC("INAM"))) << n;
+        EXPECT_EQ(Number(Bytes(file), recorder.Text().rfind("data") + 4), 0u) << n;
+    }
     // And the list, which is read again when it is changed.
     const ScopedFile file(image.Image());
     const auto editor = Editor(file, kChangedOnly);
