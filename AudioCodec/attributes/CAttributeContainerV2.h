@@ -74,7 +74,8 @@ public:
     // Resizes `data` to the attribute's block and fills it; returns the bytes, 0 if there are none
     // or no memory.
     uint32_t GetDataInto(uint32_t id, CRawData& data);
-    // Nothing happens for a source without a text; otherwise the result of SetString.
+    // Nothing happens for a source without a text, or without memory for it, which is RESULT_NO_MEMORY;
+    // otherwise the result of SetString.
     Result CopyStringFrom(uint32_t id, IAttributeContainer64* source);
     // Nothing happens for a source without bytes. Returns the size, in bytes.
     uint32_t CopyDataFrom(uint32_t id, IAttributeContainer64* source);

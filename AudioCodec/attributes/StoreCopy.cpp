@@ -24,7 +24,7 @@ struct Borrowed {
 };
 
 // CopyAttribute tells what there was to copy: the results of the source's getters and of this store's setters
-// are not heeded.
+// are not heeded, but that an array which couldn't be had isn't an empty one.
 using Store = CAttributeContainerV2;
 using Source = IAttributeContainer64;
 
@@ -42,8 +42,8 @@ uint32_t CopyLong(Store& store, uint32_t id, Source& source) {
 
 uint32_t CopyLongArray(Store& store, uint32_t id, Source& source) {
     Borrowed<uint32_t> array(&source);
-    source.GetLongArray(id, &array.values, &array.count);
-    store.SetLongArray(id, array.values, array.count);
+    if (source.GetLongArray(id, &array.values, &array.count) != RESULT_NO_MEMORY)
+        store.SetLongArray(id, array.values, array.count);
     return 0;
 }
 
@@ -81,7 +81,7 @@ Result CAttributeContainerV2::CopyStringFrom(uint32_t id, IAttributeContainer64*
     const Guard guard(m_lock);
     if (!source) return RESULT_BAD_ARGUMENT;
     Borrowed<char16_t> text(source);
-    source->GetString(id, &text.values);
+    if (source->GetString(id, &text.values) == RESULT_NO_MEMORY) return RESULT_NO_MEMORY;
     return text.values ? SetString(id, text.values) : RESULT_OK;
 }
 

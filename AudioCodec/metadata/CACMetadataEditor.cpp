@@ -97,8 +97,10 @@ Result CACMetadataEditor::SetMetadata(IAC3Metadata* source) { return KeepMetadat
 
 Result CACMetadataEditor::GetMetadata(IAC3Metadata** metadata) {
     return GiveMetadata(metadata, [&](IAC3Metadata& object) {
-        m_tags.clear();
-        ChunksToTags(m_tags, m_wave.Chunks(), m_options.encoding);
+        // Whole or not at all: Save may take this list for the file's tags.
+        TagList tags;
+        ChunksToTags(tags, m_wave.Chunks(), m_options.encoding);
+        m_tags = std::move(tags);
         TagsToMetadata(m_tags, object);
         return RESULT_OK;
     });

@@ -13,6 +13,7 @@
 
 #include <string>
 
+#include "AudioCodec/metadata/CMetadata.h"
 #include "AudioCodec/metadata/IAC3MetadataEditor.h"
 #include "AudioCodec/metadata/InfoText.h"
 #include "AudioCodec/metadata/TagList.h"
@@ -52,6 +53,6 @@ private:
     Options m_options;  // as of Open
     CWaveFile m_wave;
     WaveFormat m_sourceFormat;
-    RefPtr<IAC3Metadata> m_metadata;  // what Save writes; null: the file's own tags
+    RefPtr<CMetadata> m_metadata;  // what Save writes; null: the file's own tags
     TagList m_tags;
 };

@@ -31,25 +31,32 @@ Result CMetadata::InternalQueryInterface(const GUID* iid, void** object) {
 
 const char16_t* CMetadata::GetClassName() { return u"CMetadata"; }
 
-// Nothing is emptied first, and no result is looked at: what the source doesn't have stays as it is here.
+// A host hears of no failure here; the module's own objects call Merge.
 Result CMetadata::CopyFrom(IAC3Metadata* source) {
-    if (!source) return RESULT_OK;
-    for (const TagRow& row : TagTable()) {
-        if (!(row.uses & TAG_COPIED)) continue;
-        if (row.kind == TagKind::Text)
-            CopyText(row.id, *source);
-        else
-            SetLong(row.id, source->GetLong(row.id));
-    }
-    PictureSet* pictures = nullptr;
-    source->GetPictureSet(&pictures);
-    MergePictures(pictures);
+    if (source) Merge(*source);
     return RESULT_OK;
 }
 
-void CMetadata::CopyText(uint32_t id, IAC3Metadata& source) {
+// Nothing is emptied first: what the source doesn't have stays as it is here. One failure doesn't keep the
+// rest from being copied.
+Result CMetadata::Merge(IAC3Metadata& source) {
+    bool isWhole = true;
+    for (const TagRow& row : TagTable()) {
+        if (!(row.uses & TAG_COPIED)) continue;
+        const Result copied =
+            row.kind == TagKind::Text ? CopyText(row.id, source) : SetLong(row.id, source.GetLong(row.id));
+        isWhole = isWhole && copied != RESULT_NO_MEMORY;
+    }
+    PictureSet* pictures = nullptr;
+    source.GetPictureSet(&pictures);
+    isWhole = MergePictures(pictures) != RESULT_NO_MEMORY && isWhole;
+    return isWhole ? RESULT_OK : RESULT_NO_MEMORY;
+}
+
+Result CMetadata::CopyText(uint32_t id, IAC3Metadata& source) {
     HandedOutText text(source);
-    if (source.GetString(id, text.Put()) == RESULT_OK && text.Get()) SetString(id, text.Get());
+    const Result given = source.GetString(id, text.Put());
+    return given == RESULT_OK && text.Get() ? SetString(id, text.Get()) : given;
 }
 
 // One buffer for the file, one copy in the set.

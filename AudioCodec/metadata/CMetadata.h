@@ -15,6 +15,9 @@
 
 class CMetadata : public CAttributeContainerImpl<IAC3Metadata> {
 public:
+    // As CopyFrom, but RESULT_NO_MEMORY where something of the source is missing here for that reason.
+    Result Merge(IAC3Metadata& source);
+
     Result CopyFrom(IAC3Metadata* source) override;
     Result SetPictureFromImage(CImage* image, int32_t id, void* further) override;
     Result GetPictureImage(CImage** image, int32_t& id, char16_t** text) override;
@@ -32,7 +35,7 @@ private:
     Result StoreFile(const char16_t* path, int32_t id);
     Result StoreImage(CImage& image, int32_t id);
     char16_t* AllocText(size_t room, const std::u16string& text);
-    void CopyText(uint32_t id, IAC3Metadata& source);
+    Result CopyText(uint32_t id, IAC3Metadata& source);
 
     PictureSet m_pictures;
 };

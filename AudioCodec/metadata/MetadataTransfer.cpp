@@ -47,10 +47,11 @@ void TagsToMetadata(const TagList& tags, IAC3Metadata& metadata) {
     for (const auto& [name, value] : tags) {
         const TagRow* const row = FindTagByName(name);
         if (!row) continue;
-        if (row->kind == TagKind::Text)
-            metadata.SetString(row->id, value.data());
-        else
-            metadata.SetLong(row->id, static_cast<uint32_t>(ToNumber(value)));
+        const Result set = row->kind == TagKind::Text
+                               ? metadata.SetString(row->id, value.data())
+                               : metadata.SetLong(row->id, static_cast<uint32_t>(ToNumber(value)));
+        // Saved again, what is missing here would be gone from the file.
+        if (set == RESULT_NO_MEMORY) throw std::bad_alloc();
     }
 }
 

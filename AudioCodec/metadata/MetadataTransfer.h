@@ -1,6 +1,6 @@
 // Between the tags of a file, which are texts, and the typed attributes of a metadata object. No mirror: some
 // tags come in and are never written back, and the rest of a list goes when it is rebuilt. Pictures take no
-// part. Reports nothing.
+// part. Nothing is reported but a lack of memory: a text without it is not an absent one.
 #pragma once
 
 #include "AudioCodec/metadata/IAC3Metadata.h"
@@ -13,6 +13,7 @@ enum class ZeroNumbers {
 };
 
 // Sets the attributes for which the list has tags; of several tags for one attribute the last one wins.
+// Throws std::bad_alloc.
 void TagsToMetadata(const TagList& tags, IAC3Metadata& metadata);
 
 // Appends the tags that MetadataToTags would make of the attributes that TagsToMetadata would set, without

@@ -112,9 +112,8 @@ Result CACWriter::GetSelectedFormat(uint32_t* index, AudioFormatInfo* format, ch
 Result CACWriter::SetMetadata(IAC3Metadata* metadata) { return KeepMetadata(metadata, m_metadata); }
 
 Result CACWriter::GetMetadata(IAC3Metadata** metadata) {
-    return GiveMetadata(metadata, [&](IAC3Metadata& object) {
-        return m_metadata ? object.CopyFrom(m_metadata.Get()) : RESULT_OK;
-    });
+    return GiveMetadata(
+        metadata, [&](CMetadata& object) { return m_metadata ? object.Merge(*m_metadata) : RESULT_OK; });
 }
 
 Result CACWriter::GetLength(uint64_t* frames) {
@@ -168,7 +167,9 @@ Result CACWriter::CompleteFile() {
         StoreTags();
         return RESULT_OK;
     });
-    // Whatever failed above: the sizes in the header are true only after this.
+    // Whatever failed above: the sizes in the header are true only after this. A part of the tags would pass
+    // for all of them.
+    if (completed != RESULT_OK) m_wave.Chunks().clear();
     const Result written = m_wave.WriteChanges();
     m_wave.CloseFile();
     return completed == RESULT_OK ? written : completed;

@@ -18,6 +18,7 @@
 
 #include <vector>
 
+#include "AudioCodec/metadata/CMetadata.h"
 #include "AudioCodec/metadata/TagList.h"
 #include "AudioCodec/shell/templates/BaseImpl.h"
 #include "AudioCodec/wave/IAC3Writer.h"
@@ -75,7 +76,7 @@ private:
     std::vector<uint8_t> m_byteBuffer;  // 8-bit audio on its way into the file; bounded
     uint64_t m_framesWritten = 0;       // input frames accepted since the writer was made
     uint32_t m_formatIndex = 0;
-    RefPtr<IAC3Metadata> m_metadata;  // for Close
+    RefPtr<CMetadata> m_metadata;  // for Close
     TagList m_tags;
     CSampleRateConverter m_converter;
     int64_t m_position = 0;           // in input frames

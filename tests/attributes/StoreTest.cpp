@@ -226,6 +226,21 @@ TEST_F(Store, CopiesOneAttributeByTheNibbleOfItsIdAndMakesNumbersOfNothing) {
     EXPECT_EQ(Text(0x04000001), u"track");
 }
 
+TEST_F(Store, ASourceWithoutMemoryIsNotAnEmptyOne) {
+    struct NoMemory : CAttributeContainerV2 {
+        void* Alloc(uint32_t) override { return nullptr; }
+    } source;
+    CAttributeContainerV2* const stores[] = {&source, &m_store};
+    for (CAttributeContainerV2* store : stores) {
+        store->SetLongArray(0x03000001, m_longs, 3);
+        store->SetString(0x04000001, u"track");
+    }
+    for (const uint32_t id : {0x03000001u, 0x04000001u}) EXPECT_EQ(m_store.CopyAttribute(id, &source), 0u);
+    EXPECT_EQ(m_store.CopyStringFrom(0x04000001, &source), RESULT_NO_MEMORY);
+    EXPECT_EQ(Values(&IAttributeContainer64::GetLongArray, 0x03000001), std::vector(m_longs, m_longs + 3));
+    EXPECT_EQ(Text(0x04000001), u"track");
+}
+
 TEST_F(Store, CopiesAWholeStoreIntoAnEmptyOneOnly) {
     CAttributeContainerV2 target;
     for (const Setter& setter : m_setters) setter.set(setter.type);

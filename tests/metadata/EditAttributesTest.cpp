@@ -296,6 +296,26 @@ TEST(EditAttributes, AReadThatFailsInTheWalkMakesNoSaveThatLosesTags) {
         }
         EXPECT_GT(failedSaves, 0);
     }
+    // And what a save reads itself, to tell audio of unknown length from chunks after it.
+    const WavImage recorder = Pcm()
+                                  .Header("data", 0)
+                                  .Chunk("bext", std::string(9000, 'b'))
+                                  .Chunk("LIST", "INFO" + Entry("IART", "Artist\0"s));
+    const Metadata metadata = NewMetadata();
+    metadata->SetString(ATTR_TITLE, u"New");
+    bool failed = true;
+    for (int n = 0; failed; ++n) {
+        const ScopedFile file(recorder.Image());
+        const auto editor = Editor(file, {.anyFormat = true});
+        ASSERT_EQ(editor->Open(), RESULT_OK);
+        editor->SetMetadata(metadata.Get());
+        {
+            const WithFaults faults({.callsUntilError = n, .flushes = false, .error = EIO});
+            failed = editor->Save() != RESULT_OK;
+        }
+        EXPECT_TRUE(Bytes(file) == recorder.Text() || ChunksIn(file).Find(FourCC("INAM"))) << n;
+        EXPECT_EQ(Number(Bytes(file), recorder.Text().rfind("data") + 4), 0u) << n;
+    }
     // And the list, which is read again when it is changed.
     const ScopedFile file(image.Image());
     const auto editor = Editor(file, kChangedOnly);
@@ -432,6 +452,54 @@ TEST(EditAttributes, WithoutMemoryTheFileStaysAsItWas) {
     EXPECT_EQ(Written(*TagsOf(file)), wanted);
 }
 
+// A host that goes on after each failure. The tags are old or new afterwards, all of them.
+TEST(EditAttributes, AnAllocationThatFailsOnTheWayTakesNoTagAway) {
+    std::string list = kOdd;
+    list.replace(list.find("05/24/99  "), 10, "2004-05-06");
+    for (const Options& options : {Options{}, kChangedOnly}) {
+        bool failed = true;
+        for (int n = 0; failed && !HasFailure(); ++n) {
+            const ScopedFile file(WithList(list).Image());
+            const Metadata wanted = TagsOf(file);
+            const TagPairs old = Written(*wanted);
+            wanted->SetString(ATTR_TITLE, u"New");
+            const auto editor = Editor(file, options);
+            {
+                const WithFaults quick({.flushes = false});
+                const FailingAllocator heap(n, true);
+                Metadata metadata;
+                editor->Open();
+                const bool isGiven = editor->GetMetadata(metadata.Put()) == RESULT_OK;
+                if (isGiven && metadata->SetString(ATTR_TITLE, u"New") == RESULT_OK)
+                    editor->SetMetadata(metadata.Get());
+                editor->Save();
+            }
+            failed = FailingAllocator::HasFailed();
+            const TagPairs tags = Written(*TagsOf(file));
+            EXPECT_TRUE(tags == Written(*wanted) || (failed && tags == old)) << n;
+        }
+    }
+}
+
+// What a store hands out is from another heap.
+TEST(EditAttributes, ASourceWithoutMemoryForATextIsNotOneWithoutTheText) {
+    struct Source : CMetadata {
+        Result GetString(uint32_t id, char16_t** text) override {
+            return id == ATTR_ARTIST ? RESULT_NO_MEMORY : CMetadata::GetString(id, text);
+        }
+    };
+    const auto source = RefPtr<Source>::Retain(new Source);
+    source->SetString(ATTR_TITLE, u"New");
+    EXPECT_EQ(NewMetadata()->CopyFrom(source.Get()), RESULT_OK);  // which reports nothing
+    const ScopedFile file(WithList(kOdd).Image());
+    const auto editor = Editor(file, kChangedOnly);
+    ASSERT_EQ(editor->Open(), RESULT_OK);
+    EXPECT_EQ(editor->SetMetadata(source.Get()), RESULT_NO_MEMORY);
+    EXPECT_EQ(editor->Save(), RESULT_OK);
+    EXPECT_EQ(Bytes(file), WithList(kOdd).Text());
+    EXPECT_EQ(RefPtr<CACWriter>::Retain(new CACWriter)->SetMetadata(source.Get()), RESULT_NO_MEMORY);
+}
+
 // --- the encoding of texts
 
 TEST(EditAttributes, TextsAreReadInTheEncodingThatIsSet) {
@@ -530,6 +598,33 @@ TEST(EditAttributes, TheWriterStoresWhatReadsBack) {
         const ScopedFile file(std::vector<uint8_t>(bytes.begin(), bytes.end()));
         EXPECT_EQ(Written(*TagsOf(file, {.encoding = encoding})), Written(*metadata));
         EXPECT_NE(WrittenFile({.encoding = encoding}, *metadata).find("\xE6\xAD\xA6"), std::string::npos);
+    }
+}
+
+TEST(EditAttributes, TheWriterStoresAllTagsOrTellsThatThereAreNone) {
+    const Metadata metadata = NewMetadata();
+    for (const uint32_t id : {ATTR_TITLE, ATTR_COMPOSER, ATTR_GENRE}) metadata->SetString(id, u"\u00E9 1");
+    for (const bool changedOnly : {false, true}) {
+        bool failed = true;
+        for (int n = 0; failed && !HasFailure(); ++n) {
+            const ScopedFile file;
+            const auto writer = RefPtr<CACWriter>::Retain(new CACWriter);
+            writer->SetBool(ATTR_EDIT_CHANGED_ONLY, changedOnly);
+            writer->SelectFormat(0);
+            writer->SetFormat(1, 8000, 2);
+            EXPECT_EQ(writer->Open(file.Wide().c_str(), 0), RESULT_OK);
+            uint32_t accepted = 0;
+            EXPECT_EQ(writer->Write(kAudio.data(), 2, &accepted), RESULT_OK);
+            const Result result = [&] {
+                const FailingAllocator heap(n, true);
+                const Result set = writer->SetMetadata(metadata.Get());
+                const Result closed = writer->Close();
+                return set == RESULT_OK ? closed : set;
+            }();
+            failed = FailingAllocator::HasFailed();
+            EXPECT_EQ(result, failed ? RESULT_NO_MEMORY : RESULT_OK) << n;
+            EXPECT_EQ(ChunksIn(file).size(), failed ? 0u : 3u) << n;
+        }
     }
 }
 

@@ -128,6 +128,7 @@ inline void ExpectSound(const ScopedFile& file, const Layout& layout, const Tags
     const std::string bytes = Bytes(file);
     const size_t place = before.rfind("data") + 8;
     EXPECT_EQ(bytes.substr(place, layout.audio.size()), layout.audio);
+    EXPECT_NE(bytes.find(layout.tail), bytes.npos) << "the end that is no chunk";
     const bool riffWasRight = Number(before, 4) + size_t{8} <= before.size();
     EXPECT_TRUE(!riffWasRight || Number(bytes, 4) + size_t{8} <= bytes.size());
     CWaveFile wave;

@@ -251,6 +251,9 @@ TEST(SaveFaults, AnyStateThatAPowerCutCanLeave) {
     for (int i = 0; i < 70; ++i) crowd.Chunk("LIST", ListOf({{FourCC("INAM"), std::to_string(i)}}));
     crowd.Chunk("LIST", ListOf(kOld)).Chunk("data", kAudio);
     layouts.push_back({"a crowd of lists", crowd.Sized()});
+    std::string tail = "\1\2\3\4\xFF\xFF\xFF\xFF";
+    for (const int16_t sample : Noise(700)) tail += static_cast<char>(sample);
+    layouts.push_back({"a long end", Pcm().Chunk("data", kAudio).Sized().Bytes(tail), kAudio, {}, tail});
     for (const Layout& layout : layouts) {
         for (const Tags& fresh : kNewTags) {
             std::vector<FileChange> changes;

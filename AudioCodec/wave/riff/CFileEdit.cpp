@@ -43,8 +43,8 @@ size_t CFileEdit::Put(uint64_t place, const void* bytes, size_t count) {
     if (count == 0 || !MoveTo(place)) return 0;
     m_flushed = false;
     WriteFile(m_file, bytes, static_cast<DWORD>(count), &done, nullptr);
-    // Also after a write that came short: what it did reach has to be taken back.
-    if (done != 0) m_size = std::max(m_size, place + done);
+    // A write that came short may have reached further than it tells; all of that has to be taken back.
+    m_size = done == count ? std::max(m_size, place + done) : SizeOfFile(m_file);
     return done;
 }
 
@@ -60,13 +60,12 @@ bool CFileEdit::Write(uint64_t place, const void* bytes, size_t count) {
     if (std::equal(first, first + count, change.before.begin(), change.before.end())) return true;
 
     m_changes.push_back(std::move(change));  // before the write: what is torn is taken back too
-    const size_t done = Put(place, bytes, count);
-    if (done == 0) m_changes.pop_back();
-    return done == count;
+    return Put(place, bytes, count) == count;
 }
 
 bool CFileEdit::Cut(uint64_t size) {
     if (!Resize(size)) return false;
+    if (size >= m_firstSize) return true;
     // What they remember may lie after the cut now, and writing it would bring back the old length.
     m_changes.clear();
     m_firstSize = size;

@@ -30,7 +30,8 @@ public:
     // already are not written again. May throw bad_alloc before Keep, with nothing written.
     bool Write(uint64_t place, const void* bytes, size_t count);
 
-    // Cuts the file. Neither this nor what was written before can be taken back then.
+    // Cuts the file. Where that takes away bytes that were there at first, neither this nor what was written
+    // before can be taken back then.
     bool Cut(uint64_t size);
 
     // Waits until all changes are on the medium; does nothing where there are no new ones.

@@ -72,12 +72,16 @@ bool CTagSave::Plan(uint64_t entries) {
     return m_copyAt - m_place <= kLargestNumber;
 }
 
-// What lies after the last chunk without being a tail is a list whose id never came. The RIFF size goes
-// first: it may tell of less than the file holds, never of more.
+// The RIFF size may tell of less than the file holds, never of more.
+bool CTagSave::LowerRiffSize() {
+    const uint64_t end = m_layout.End();
+    return (m_layout.RiffEnd() <= end || WriteRiffSize(end)) && m_file.Flush();
+}
+
+// What lies after the last chunk without being a tail is a list whose id never came.
 bool CTagSave::DropUnfinishedList() {
     if (m_layout.Tail() != 0 || m_layout.End() >= m_file.Size()) return true;
-    if (m_layout.RiffEnd() > m_end && !WriteRiffSize(m_end)) return false;
-    return m_file.Flush() && m_file.Cut(m_end);
+    return LowerRiffSize() && m_file.Cut(m_end);
 }
 
 // Before anything is put after the chunk: the walk must get there, over its size and over a pad byte that the
@@ -88,8 +92,9 @@ bool CTagSave::SetSizeRight() {
     return m_layout.End() <= m_file.Size() || (m_file.Flush() && m_file.Write(m_file.Size(), "", 1));
 }
 
-// What stands at the end and is no chunk becomes one, so that the list after it can be reached. Header, bytes
-// and pad byte go in one write: no walk meets the half of it.
+// What stands at the end and is no chunk becomes one, so that the list after it can be reached. It moves by a
+// header's size, over itself; a second copy after it stays until that is done, since half a move loses bytes.
+// With the RIFF size in front of it, no save takes it for a chunk meanwhile.
 bool CTagSave::WrapTail() {
     const auto tail = static_cast<uint32_t>(m_layout.Tail());
     if (tail == 0) return true;
@@ -97,8 +102,9 @@ bool CTagSave::WrapTail() {
     auto* bytes = reinterpret_cast<uint8_t*>(chunk.data());
     StoreLE32(bytes, ChunkId::kJunk);
     StoreLE32(bytes + 4, tail);
-    return m_file.Read(m_layout.End(), bytes + kChunkHeaderSize, tail) &&
-           m_file.Write(m_layout.End(), chunk.data(), chunk.size());
+    return m_file.Read(m_layout.End(), bytes + kChunkHeaderSize, tail) && LowerRiffSize() &&
+           m_file.Write(m_end, bytes + kChunkHeaderSize, tail) && m_file.Flush() &&
+           m_file.Write(m_layout.End(), chunk.data(), chunk.size()) && m_file.Flush() && m_file.Cut(m_end);
 }
 
 // A file laid out as the writer does it gets the writer's header anew: the block align as the reader

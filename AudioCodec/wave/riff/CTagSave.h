@@ -42,6 +42,7 @@ private:
 
     bool Plan(uint64_t entries);
     bool Store();
+    bool LowerRiffSize();
     bool DropUnfinishedList();
     bool SetSizeRight();
     bool WrapTail();

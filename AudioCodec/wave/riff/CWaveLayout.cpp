@@ -28,6 +28,11 @@ bool IsPrintable(uint32_t id) {
 bool CWaveLayout::Read(HANDLE handle) {
     *this = {};
     HandleSource file(handle);
+    // Whatever was judged by bytes that couldn't be read, audio of unknown length for one, may be wrong.
+    return Walk(file) && !file.HasFailed();
+}
+
+bool CWaveLayout::Walk(BlockSource& file) {
     m_fileSize = file.Size();
     uint8_t header[kFileHeaderSize];
     if (!file.Read(header, sizeof header)) return false;

@@ -50,6 +50,7 @@ public:
     uint64_t Tail() const { return m_tail; }  // bytes from there to the end of the file that are no chunk
 
 private:
+    bool Walk(BlockSource& file);
     static bool Look(BlockSource& file, const ChunkWalk& walk, WaveChunk& chunk);
     bool HasRoom(const WaveChunk& chunk) const { return chunk.declared <= m_fileSize - chunk.Content(); }
     bool LooksLikeTrailer(const WaveChunk& chunk) const;
