@@ -10,6 +10,7 @@
 #include "AudioCodec/wave/IAC3StreamReader.h"
 #include "platform/file/FileMapping.h"
 #include "platform/image/Image.h"
+#include "platform/registry/RegistryTransaction.h"
 #include "platform/sync/Waitable.h"
 #include "tests/border/LoadedModule.h"
 #include "tests/support/ModuleLog.h"
@@ -117,6 +118,25 @@ TEST_F(ModuleCopies, MeetEachOthersNamedObjects) {
         EXPECT_EQ(waitElsewhere(), WAIT_ABANDONED);
         second.reset();
         EXPECT_FALSE(IsMapped("libvlplatform"));
+    });
+}
+
+TEST_F(ModuleCopies, ShareTheTransactionOfAThread) {
+    ExpectWell([this] {
+        const LoadedModule first((Copy("first") / "VlACWav3.so").c_str());
+        const LoadedModule second((Copy("second") / "VlACWav3.so").c_str());
+        setenv("VELTO_REGISTRY", m_folder.Native("user").c_str(), 1);
+        const auto change = [&](const std::string& system) {
+            setenv("VELTO_SYSTEM_REGISTRY", m_folder.Native(system).c_str(), 1);
+            first.Find<decltype(VlBeginRegistryTransaction)>("VlBeginRegistryTransaction")(
+                VL_REGISTRY_SYSTEM);
+            second.Find<int32_t()>("DllRegisterServer")();
+            return first.Find<decltype(VlEndRegistryTransaction)>("VlEndRegistryTransaction")(0);
+        };
+        EXPECT_EQ(change("system"), 0);
+        EXPECT_TRUE(fs::exists(m_folder.Native("system")));
+        EXPECT_EQ(change("system/below"), 3);
+        EXPECT_FALSE(fs::exists(m_folder.Native("user")));
     });
 }
 

@@ -84,19 +84,23 @@ TEST_F(HostRegistry, TheSystemsRegistryIsForAllUsersAndTheirOwnLiesOverIt) {
     fs::create_symlink(kModule, m_folder / "own.so");
     const std::string prefix = "env -u VELTO_REGISTRY XDG_DATA_HOME='" + m_folder.string() +
                                "/data' VELTO_SYSTEM_REGISTRY=system/registry.db ";
-    const auto run = [&](const std::string& program, const char* arguments) {
-        return Run(prefix + program + " " + arguments);
+    const auto run = [&](const std::string& arguments, const char* more = "") {
+        return Run(prefix + more + " '" VLWAV_PATH "' " + arguments);
     };
-    EXPECT_EQ(run("'" VLWAV_PATH "'", "register --system").exitCode, 0);
-    EXPECT_EQ(run("alone/vlwav", "where").out, kModule + "\n");
-    EXPECT_EQ(run("alone/vlwav", "register --module own.so").exitCode, 0);
-    EXPECT_EQ(run("alone/vlwav", "where").out, (fs::canonical(m_folder) / "own.so\n").string());
-    EXPECT_EQ(run("alone/vlwav", "unregister").exitCode, 0);
-    EXPECT_EQ(run("alone/vlwav", "where").out, kModule + "\n");
-    EXPECT_EQ(run("alone/vlwav", "unregister --system").exitCode, 0);
-    EXPECT_EQ(run("alone/vlwav", "where").exitCode, 1);
-    fs::create_directory(m_folder / "directory");
-    ExpectEnd(Run("VELTO_SYSTEM_REGISTRY=directory '" VLWAV_PATH "' register --system"), 1, "/directory: ");
+    // A module that has a layer of its own writes where the program says, too.
+    fs::copy(kModule, m_folder / "alone/VlACWav3.so");
+    const std::string module = (fs::canonical(m_folder) / "alone/VlACWav3.so\n").string();
+    ExpectEnd(run("register --system --module alone/VlACWav3.so", "VELTO_SYSTEM_REGISTRY=alone"), 1,
+              "/alone: Permission denied.");
+    EXPECT_EQ(run("register --system --module alone/VlACWav3.so").exitCode, 0);
+    EXPECT_FALSE(fs::exists(m_folder / "data"));
+    EXPECT_EQ(run("where").out, module);
+    EXPECT_EQ(run("register --module own.so").exitCode, 0);
+    EXPECT_EQ(run("where").out, (fs::canonical(m_folder) / "own.so\n").string());
+    EXPECT_EQ(run("unregister").exitCode, 0);
+    EXPECT_EQ(run("where").out, module);
+    EXPECT_EQ(run("unregister --system").exitCode, 0);
+    EXPECT_EQ(run("where").out, kModule + "\n");  // beside the program
 }
 
 TEST_F(HostRegistry, ReadingAFileWhereNothingIsRegisteredLoadsNoDatabase) {
