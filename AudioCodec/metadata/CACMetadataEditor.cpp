@@ -97,11 +97,12 @@ Result CACMetadataEditor::SetMetadata(IAC3Metadata* source) { return KeepMetadat
 
 Result CACMetadataEditor::GetMetadata(IAC3Metadata** metadata) {
     return GiveMetadata(metadata, [&](IAC3Metadata& object) {
-        // Whole or not at all: Save may take this list for the file's tags.
         TagList tags;
         ChunksToTags(tags, m_wave.Chunks(), m_options.encoding);
-        m_tags = std::move(tags);
-        TagsToMetadata(m_tags, object);
+        TagsToMetadata(tags, object);
+        // Whole or not at all: Save takes this list for the file's tags, after another Open too.
+        m_tags.clear();
+        if (!m_wave.ReadFailed()) m_tags = std::move(tags);
         return RESULT_OK;
     });
 }

@@ -73,11 +73,12 @@ void TagsAsWritten(TagList& written, const TagList& tags) {
 }
 
 void MetadataToTags(TagList& tags, IAC3Metadata& metadata, ZeroNumbers zeros) {
-    tags.clear();
+    TagList made;
     for (uint32_t place = 1; const TagRow* const row = FindTagWrittenAt(place); ++place) {
         if (row->kind == TagKind::Text)
-            AddText(tags, *row, metadata);
+            AddText(made, *row, metadata);
         else
-            AddNumber(tags, *row, static_cast<int32_t>(metadata.GetLong(row->id)), zeros);
+            AddNumber(made, *row, static_cast<int32_t>(metadata.GetLong(row->id)), zeros);
     }
+    tags = std::move(made);
 }

@@ -20,5 +20,6 @@ void TagsToMetadata(const TagList& tags, IAC3Metadata& metadata);
 // numbers that are 0. Throws std::bad_alloc.
 void TagsAsWritten(TagList& written, const TagList& tags);
 
-// Replaces the list by tags of the attributes that are written. Throws std::bad_alloc.
+// Replaces the list by tags of the attributes that are written. Throws std::bad_alloc, and the list then
+// stays as it was.
 void MetadataToTags(TagList& tags, IAC3Metadata& metadata, ZeroNumbers zeros);

@@ -133,7 +133,8 @@ void ChunksToTags(TagList& tags, const InfoChunks& chunks, InfoEncoding encoding
 
 void TagsToChunks(const TagList& tags, InfoChunks& chunks, InfoEncoding encoding) {
     const InfoEncoding written = WrittenEncoding(encoding, chunks, [&] { return AreHeldByAnsi(tags); });
-    const OldChunks old(chunks);
+    InfoChunks made = chunks;
+    const OldChunks old(made);
     std::string entries;
     for (const auto& [name, value] : tags) {
         const TagRow* const row = FindOwnChunk(name);
@@ -141,10 +142,9 @@ void TagsToChunks(const TagList& tags, InfoChunks& chunks, InfoEncoding encoding
             AppendTagEntry(entries, name, value);
         } else if (old.IsFree(*row)) {
             const std::string text = EncodeInfoText(value, EncodingOf(*row, written));
-            chunks.Set(row->chunk, FormOf(*row).chunkOf(text, old.Bytes(*row)));
+            made.Set(row->chunk, FormOf(*row).chunkOf(text, old.Bytes(*row)));
         }
     }
-    if (entries.empty()) return;
-    entries += '\0';
-    chunks.Set(kTagChunk, entries);
+    if (!entries.empty()) made.Set(kTagChunk, entries += '\0');
+    chunks = std::move(made);
 }

@@ -10,6 +10,7 @@
 // Appends the tags that the chunks hold. The chunks stay as they are. Throws std::bad_alloc.
 void ChunksToTags(TagList& tags, const InfoChunks& chunks, InfoEncoding encoding = InfoEncoding::Ansi);
 
-// Replaces all tag chunks by those that the list makes. A list without a tag leaves no chunk for it; a track
-// has no place where its chunk holds an archival location, which stays. Throws std::bad_alloc.
+// Replaces all tag chunks by those that the list makes. A list without a tag leaves no chunk for it; a
+// track has no place where its chunk holds an archival location, which stays. Throws std::bad_alloc, and
+// the chunks then stay as they were.
 void TagsToChunks(const TagList& tags, InfoChunks& chunks, InfoEncoding encoding = InfoEncoding::Ansi);

@@ -167,9 +167,7 @@ Result CACWriter::CompleteFile() {
         StoreTags();
         return RESULT_OK;
     });
-    // Whatever failed above: the sizes in the header are true only after this. A part of the tags would pass
-    // for all of them.
-    if (completed != RESULT_OK) m_wave.Chunks().clear();
+    // Whatever failed above: the sizes in the header are true only after this.
     const Result written = m_wave.WriteChanges();
     m_wave.CloseFile();
     return completed == RESULT_OK ? written : completed;

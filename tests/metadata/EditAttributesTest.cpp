@@ -296,6 +296,28 @@ TEST(EditAttributes, AReadThatFailsInTheWalkMakesNoSaveThatLosesTags) {
         }
         EXPECT_GT(failedSaves, 0);
     }
+    // Nor does the next one, after an Open that could read all: an older list isn't the file's tags.
+    const WavImage lists = Pcm()
+                               .Chunk("LIST", "INFO" + Entry("IART", "Older\0"s))
+                               .Chunk("data", std::string(9000, 'a'))
+                               .Chunk("LIST", "INFO" + Entry("IART", "Artist\0"s))
+                               .Sized();
+    for (int n = 0; n < 4; ++n) {
+        const ScopedFile file(lists.Image());
+        const auto editor = Editor(file, {});
+        Metadata metadata;
+        {
+            const WithFaults faults({.callsUntilError = n, .error = EIO});
+            editor->Open();
+        }
+        EXPECT_EQ(editor->GetMetadata(metadata.Put()), RESULT_OK);
+        for (int turn = 0; turn < 2; ++turn) {
+            EXPECT_EQ(editor->Save(), RESULT_OK);
+            EXPECT_EQ(editor->Open(), RESULT_OK);
+        }
+        editor->Close();
+        EXPECT_EQ(Text(*TagsOf(file), ATTR_ARTIST), u"Artist") << n;
+    }
     // And what a save reads itself, to tell audio of unknown length from chunks after it.
     const WavImage recorder = Pcm()
                                   .Header("data", 0)
@@ -468,11 +490,14 @@ TEST(EditAttributes, AnAllocationThatFailsOnTheWayTakesNoTagAway) {
                 const WithFaults quick({.flushes = false});
                 const FailingAllocator heap(n, true);
                 Metadata metadata;
-                editor->Open();
-                const bool isGiven = editor->GetMetadata(metadata.Put()) == RESULT_OK;
+                const bool isOpen = editor->Open() == RESULT_OK;
+                const bool isGiven = editor->GetMetadata(metadata.Put()) == RESULT_OK && isOpen;
                 if (isGiven && metadata->SetString(ATTR_TITLE, u"New") == RESULT_OK)
                     editor->SetMetadata(metadata.Get());
                 editor->Save();
+                // Once more, with what is left of all that.
+                editor->GetMetadata(metadata.Put());
+                if (editor->Open() == RESULT_OK) editor->Save();
             }
             failed = FailingAllocator::HasFailed();
             const TagPairs tags = Written(*TagsOf(file));

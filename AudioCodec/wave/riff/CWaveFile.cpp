@@ -75,7 +75,7 @@ bool CWaveFile::ParseChunks() {
     m_chunks.clear();
     m_entries.reset();
     m_entriesSize = 0;
-    m_readFailed = false;
+    m_readFailed = m_file != nullptr;  // for want of memory too, which ends the walk by an exception
     bool walked = false;
     if (m_file) {
         HandleSource source(m_file.get());
@@ -169,7 +169,9 @@ bool CWaveFile::ReadEntries(std::string& entries) const {
 }
 
 void CWaveFile::SetEntries(std::string entries) {
-    ReadInfoEntries(entries, m_chunks);
+    InfoChunks chunks;
+    ReadInfoEntries(entries, chunks);
+    m_chunks = std::move(chunks);
     m_entries = std::move(entries);
 }
 

@@ -85,13 +85,14 @@ public:
     uint32_t DataSize() const { return m_dataSize; }
     InfoChunks& Chunks() { return m_chunks; }
     uint16_t ToldBlockAlign() const { return m_toldBlockAlign; }  // as the file's format record has it
-    // The system refused a read in it, so chunks may have been missed. Of a file alone.
+    // The system refused a read in it, or memory ran out, so chunks may have been missed. Of a file alone.
     bool ReadFailed() const { return m_readFailed; }
 
     // The entries of the last "INFO" list of the opened file, as they stand there; empty without one. False
     // where the system refuses to read them. May throw bad_alloc.
     bool ReadEntries(std::string& entries) const;
-    // To be written in place of Chunks, which become what a reader will find in them. May throw bad_alloc.
+    // To be written in place of Chunks, which become what a reader will find in them. May throw bad_alloc,
+    // with nothing changed.
     void SetEntries(std::string entries);
     // The format record of an opened file stays as it is, to the byte.
     void KeepFormat(bool keep) { m_keepFormat = keep; }
@@ -123,7 +124,7 @@ private:
     bool m_modified = false;     // header and list must be rewritten at CloseFile
     bool m_formatFound = false;  // a "fmt " chunk was taken over, ever
     bool m_writable = false;     // audio may be written: the file was created here
-    bool m_readFailed = false;   // in the last walk
+    bool m_readFailed = false;   // in the last walk, or it didn't come to its end
     bool m_keepFormat = false;
     uint16_t m_toldBlockAlign = 0;
     uint32_t m_dataOffset = 0;  // of the first audio byte; 0 as long as no "data" chunk was seen
