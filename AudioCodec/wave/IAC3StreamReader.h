@@ -12,11 +12,11 @@ struct IAC3StreamReader : IAC3Reader {
     // borrowed: the caller keeps it alive while it uses the reader. RESULT_OK; RESULT_NOT_WAVE for an image
     // that isn't whole or no WAV, for null, and for a stream that fails; RESULT_NOT_PCM for all but PCM of 8
     // and 16 bits; RESULT_FAILED without memory.
-    // Of the stream only PLATFORM_OK is a success, and a Read that brings fewer bytes than asked for is its end. A
-    // chunk header that can't be read, and a stream that refuses to move behind its end, end the search for
-    // chunks with what was found.
-    // After an Open whose source had to be decoded, until the next Open, the image is decoded as well:
-    // results are then those of such an Open, RESULT_NO_MEMORY, and RESULT_BAD_ARGUMENT for null.
+    // Of the stream only PLATFORM_OK is a success, and a Read that brings fewer bytes than asked for is its
+    // end. A chunk header that can't be read, and a stream that refuses to move behind its end, end the
+    // search for chunks with what was found. After an Open whose source had to be decoded, until the next
+    // Open, the image is decoded as well: results are then those of such an Open, RESULT_NO_MEMORY, and
+    // RESULT_BAD_ARGUMENT for null.
     virtual Result OpenStream(IStream* stream /*in*/, uint32_t flags /*in: 0 or OPEN_READ_ONLY*/) = 0;
 
 protected:

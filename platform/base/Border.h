@@ -2,8 +2,8 @@
 // may throw inside runs in AtBorder, which names what a caller hears instead. Cleaning up after an exception
 // isn't its business, but for what `onThrow` does as a function.
 //
-// A thread that its host cancels meanwhile isn't cut off inside: it ends after the call. Where a host's stream may
-// block for as long as it likes, AtStreamBorder lets the end of the thread through.
+// A thread that its host cancels meanwhile isn't cut off inside: it ends after the call. Where a host's
+// stream may block for as long as it likes, AtStreamBorder lets the end of the thread through.
 #pragma once
 
 #include <cxxabi.h>

@@ -1,7 +1,7 @@
-// What the layer's functions are called where modules meet: each bears the prefix "Vl" before the platform's own
-// name there, since a host may well have a function `ReadFile` of its own, and of two that have one name the
-// system takes the first for all. In the code the platform's names stay. A function that is missing here is
-// shown by no library, and whoever calls it doesn't link.
+// What the layer's functions are called where modules meet: each bears the prefix "Vl" before the platform's
+// own name there, since a host may well have a function `ReadFile` of its own, and of two that have one name
+// the system takes the first for all. In the code the platform's names stay. A function that is missing here
+// is shown by no library, and whoever calls it doesn't link.
 #pragma once
 
 // clang-format off

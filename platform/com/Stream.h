@@ -26,9 +26,9 @@ struct STATSTG {
 };
 
 struct ISequentialStream : IUnknown {
-    // Copies bytes from the current place and moves it on. PLATFORM_OK, or a failure: any other result counts as
-    // one, also PLATFORM_LESS. The module asks once and takes fewer bytes than it asked for as the end of the
-    // stream, so what lies above a socket or a pipe reads on by itself until all of them are there.
+    // Copies bytes from the current place and moves it on. PLATFORM_OK, or a failure: any other result counts
+    // as one, also PLATFORM_LESS. The module asks once and takes fewer bytes than it asked for as the end of
+    // the stream, so what lies above a socket or a pipe reads on by itself until all of them are there.
     virtual int32_t Read(void* buffer /*out*/, uint32_t size /*in: bytes*/,
                          uint32_t* done /*out: bytes copied*/) = 0;
     // Writes at the current place and moves it on. PLATFORM_OK, or a failure.

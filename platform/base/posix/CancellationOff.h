@@ -1,5 +1,5 @@
-// Makes a request to end the calling thread (pthread_cancel) wait while this lives: the system ends a thread by
-// something like an exception, which would end the process where an exception may not pass. Costs next to
+// Makes a request to end the calling thread (pthread_cancel) wait while this lives: the system ends a thread
+// by something like an exception, which would end the process where an exception may not pass. Costs next to
 // nothing.
 #pragma once
 
