@@ -16,12 +16,20 @@ struct ResultRow {
     Result result;
     vlw_code code;
 };
+// What a graph answers that could decode nothing of audio that is there.
+constexpr auto kNothingDecoded = static_cast<Result>(0x8004022F);
 constexpr ResultRow kResults[] = {
-    {RESULT_NOT_SUPPORTED, VLW_UNSUPPORTED}, {RESULT_CANNOT_OPEN, VLW_SYSTEM},
-    {RESULT_NOT_PCM, VLW_UNSUPPORTED},       {RESULT_NOT_WAVE, VLW_DAMAGED},
-    {RESULT_WRITE_FAILED, VLW_SYSTEM},       {RESULT_CANNOT_CREATE, VLW_EXISTS},
-    {RESULT_FILE_IN_USE, VLW_IN_USE},        {RESULT_SOURCE_NOT_LOADED, VLW_NO_DECODER},
-    {RESULT_FILTER_MISSING, VLW_NO_DECODER}, {RESULT_CANNOT_RUN, VLW_NO_DECODER},
+    {kNothingDecoded, VLW_DAMAGED},
+    {RESULT_NOT_SUPPORTED, VLW_UNSUPPORTED},
+    {RESULT_CANNOT_OPEN, VLW_SYSTEM},
+    {RESULT_NOT_PCM, VLW_UNSUPPORTED},
+    {RESULT_NOT_WAVE, VLW_DAMAGED},
+    {RESULT_WRITE_FAILED, VLW_SYSTEM},
+    {RESULT_CANNOT_CREATE, VLW_EXISTS},
+    {RESULT_FILE_IN_USE, VLW_IN_USE},
+    {RESULT_SOURCE_NOT_LOADED, VLW_NO_DECODER},
+    {RESULT_FILTER_MISSING, VLW_NO_DECODER},
+    {RESULT_CANNOT_RUN, VLW_NO_DECODER},
 };
 
 vlw_code CodeOf(Result result) {
@@ -44,6 +52,9 @@ Failure ModuleFailure(Result result, const std::string& what, const std::string&
     if (result == RESULT_NO_MEMORY || result == PLATFORM_NO_MEMORY) throw std::bad_alloc();
     if (const int error = HardError()) return SystemFailure(error, what, path);
     const ResultText* const row = FindResultText(result);
-    const std::string reason = row ? row->text : "The module answered " + std::to_string(result) + '.';
+    std::string reason = row ? row->text : "The module answered " + std::to_string(result) + '.';
+    if (result == kNothingDecoded)
+        reason =
+            "Nothing of its audio can be decoded; it is damaged, or of a kind that the decoder doesn't know.";
     return {CodeOf(result), what + " failed: " + reason, path};
 }

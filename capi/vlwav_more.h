@@ -52,6 +52,9 @@ VLW_CHECKED vlw_code vlw_picture_convert(vlw_module* module, const void* bytes, 
  * recorder was killed have none, and are read to the end of the file. [handle] */
 VLW_API int vlw_reader_length_told(const vlw_reader* reader);
 
+/** Whether the last run failed because its source ends early, so that VLW_PARTIAL would let it go on: 1 or 0.
+ * [handle] */
+VLW_API int vlw_converter_refused_cut(const vlw_converter* converter);
 enum {
     VLW_NOT_EMPTY =
         32 /* for vlw_conversion: of a source without a single frame nothing is made, VLW_DAMAGED */

@@ -120,8 +120,7 @@ private:
         if (failure.code == vlw::Code::exists) throw Failure(Report::Exists(job.output));
         if (failure.code == vlw::Code::would_lose)
             throw Failure(failure.text + " With --lossy it is made all the same.");
-        // A damaged file that can be opened ends early.
-        if (failure.code == vlw::Code::damaged && m_reader.try_open(job.input) && m_reader.frames() != 0)
+        if (vlw_converter_refused_cut(m_converter.get()) != 0)
             throw Failure(failure.text + Report::kPartialHint);
         throw vlw::Error(failure);
     }

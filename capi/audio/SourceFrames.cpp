@@ -114,8 +114,8 @@ size_t SourceFrames::ReadSome(int16_t* buffer, size_t frames) {
         const int64_t there = m_facts.unit.FramesIn(m_stream.BytesSeen()) - m_standsAt;
         done = static_cast<uint32_t>(std::clamp<int64_t>(there, 0, done));
     }
-    // A decoder tells a failed read as the end, and doesn't read on: the next call opens anew at the
-    // position. A direct read just goes on.
+    // The stream knows why a read failed, and a decoder doesn't go on after one: the next call opens anew at
+    // the position. A direct read just goes on.
     if (done == 0 && m_stream.HasFailed()) {
         Release();
         try {

@@ -81,7 +81,8 @@ vlw_code Converter::Run(const char* source, const char* target, const vlw_conver
     return end;
 }
 
-void Converter::RefuseCut() const {
+void Converter::RefuseCut() {
+    m_refusedCut = true;
     const Failure reason = m_reader.CutReason();
     throw Failure(VLW_DAMAGED, reason.what(), reason.Path());
 }
@@ -89,6 +90,7 @@ void Converter::RefuseCut() const {
 void Converter::Forget() noexcept {
     m_notes.clear();
     m_made.reset();
+    m_refusedCut = false;
 }
 
 void Converter::Release() noexcept { m_reader.Close(); }

@@ -23,13 +23,15 @@ public:
     // Why the last run was VLW_CUT.
     Failure CutReason() const { return m_reader.CutReason(); }
     void Release() noexcept;  // the source, after a run
+    // Whether the last run failed because the source ends early, which VLW_PARTIAL allows.
+    bool RefusedCut() const { return m_refusedCut; }
 
     // Of the last run that made a file.
     const std::optional<vlw_format>& Made() const { return m_made; }
     const std::string& Notes() const { return m_notes; }
 
 private:
-    [[noreturn]] void RefuseCut() const;
+    [[noreturn]] void RefuseCut();
     AudioFormatInfo ChooseTarget(const vlw_conversion& wish) const;
     void SetUp(const AudioFormatInfo& format, const vlw_conversion& wish);
     vlw_code Copy(const vlw_conversion& wish);
@@ -44,6 +46,7 @@ private:
     Writer m_writer;
     std::optional<vlw_format> m_made;
     std::string m_notes;
+    bool m_refusedCut = false;
 };
 
 struct vlw_converter : FileHandle<Converter> {

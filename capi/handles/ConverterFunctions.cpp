@@ -56,6 +56,10 @@ vlw_code vlw_converter_format(const vlw_converter* converter, vlw_format* format
     return made ? PutFormat(*made, format) : VLW_BAD_STATE;
 }
 
+int vlw_converter_refused_cut(const vlw_converter* converter) {
+    return converter && converter->work->RefusedCut() ? 1 : 0;
+}
+
 const char* vlw_converter_notes(const vlw_converter* converter) {
     return converter ? converter->work->Notes().c_str() : nullptr;
 }

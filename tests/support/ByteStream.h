@@ -13,6 +13,7 @@
 class ByteStream : public IStream {
 public:
     explicit ByteStream(std::vector<uint8_t> bytes) : m_bytes(std::move(bytes)) {}
+    virtual ~ByteStream() = default;
 
     // Calls of Read and Seek are counted from 0; the one of this number and all after it fail.
     uint64_t failFromCall = std::numeric_limits<uint64_t>::max();
