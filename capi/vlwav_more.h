@@ -55,10 +55,9 @@ VLW_API int vlw_reader_length_told(const vlw_reader* reader);
 /** Whether the last run failed because its source ends early, so that VLW_PARTIAL would let it go on: 1 or 0.
  * [handle] */
 VLW_API int vlw_converter_refused_cut(const vlw_converter* converter);
-enum {
-    VLW_NOT_EMPTY =
-        32 /* for vlw_conversion: of a source without a single frame nothing is made, VLW_DAMAGED */
-};
+/** A flag of vlw_conversion: of a source without a single frame nothing is made, VLW_DAMAGED. Far from those
+ * of vlwav.h, which leave the next bits for their own. */
+enum { VLW_NOT_EMPTY = 1 << 22 };
 
 /** A file of any bytes, which comes into being whole, in vlw_file_finish: until then, and if anything fails,
  * there is no file, or the old one. A device or a pipe that stands at the path gets each byte at once. */
