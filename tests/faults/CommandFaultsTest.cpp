@@ -24,7 +24,7 @@ protected:
                                 .Chunk("data", std::string(60000, 'x'))
                                 .Info(None().Chunk("IART", "Ann").Chunk("INAM", "Old")));
         ASSERT_EQ(Run("ffmpeg -loglevel error -i a.wav -c:a adpcm_ms -f wav coded.wav && "
-                      "convert -size 20x20 xc:red in.png")
+                      "/usr/bin/convert-im6.q16 -size 20x20 xc:red in.png")
                       .exitCode,
                   0);
         m_before = Held();
