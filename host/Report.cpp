@@ -12,10 +12,11 @@ namespace Report {
 namespace {
 
 // Without memory for the line it says that alone.
-template <class MakeLine>
-void TellLine(MakeLine makeLine) noexcept {
+template <class MakeReason>
+void TellReason(const std::string& file, MakeReason makeReason) noexcept {
     try {
-        std::fputs(makeLine().c_str(), stderr);
+        const std::string start = file.empty() ? "vlwav: " : "vlwav: " + Printable(file) + ": ";
+        std::fputs((start + makeReason() + '\n').c_str(), stderr);
     } catch (const std::bad_alloc&) {
         std::fputs("vlwav: Cannot allocate memory.\n", stderr);
     }
@@ -34,17 +35,11 @@ OrderedJson JsonFailure(const std::string& file, const std::exception& failure) 
 }
 
 void Complain(const std::string& file, const std::string& reason) {
-    TellLine([&] {
-        return file.empty() ? fmt::format("vlwav: {}\n", reason)
-                            : fmt::format("vlwav: {}: {}\n", Printable(file), reason);
-    });
+    TellReason(file, [&] { return reason; });
 }
 
 void Complain(const std::string& file, const std::exception& failure) {
-    TellLine([&] {
-        return (file.empty() ? "vlwav: " : "vlwav: " + Printable(file) + ": ") +
-               Printable(ReasonOf(failure, file)) + '\n';
-    });
+    TellReason(file, [&] { return Printable(ReasonOf(failure, file)); });
 }
 
 std::string Exists(const std::string& output) {
