@@ -19,11 +19,14 @@ struct Freed {
 std::vector<char> ReadFile(const std::string& path) {
     const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(std::fopen(path.c_str(), "rb"),
                                                                   &std::fclose);
+    int error = file ? 0 : errno;
     std::vector<char> bytes;
     char block[65536];
-    for (size_t got = 1; file && got != 0; bytes.insert(bytes.end(), block, block + got))
+    for (size_t got = 1; error == 0 && got != 0; bytes.insert(bytes.end(), block, block + got)) {
         got = std::fread(block, 1, sizeof block, file.get());
-    if (!file || std::ferror(file.get())) throw Failure(std::string(strerrordesc_np(errno)) + '.');
+        if (std::ferror(file.get())) error = errno;
+    }
+    if (error != 0) throw Failure(std::string(strerrordesc_np(error)) + '.');
     if (bytes.empty()) throw Failure("It is empty.");
     return bytes;
 }
