@@ -133,6 +133,7 @@ Result CACWriter::OpenFile(const char16_t* path, uint32_t flags) {
         if (!IsInputConvertible()) return RESULT_FAILED;
         m_converter.Configure(m_inputFormat.channels, static_cast<int32_t>(m_inputFormat.samplesPerSec),
                               m_fileFormat.channels, static_cast<int32_t>(m_fileFormat.samplesPerSec));
+        if (!m_converter.IsConversionFree()) m_converter.Prepare();
     }
     // Without a format the Open fails in any case, which is no reason to empty a file.
     const bool overwrite = m_formatSelected && (flags & OPEN_OVERWRITE) != 0;

@@ -8,23 +8,30 @@
 // Decisions: an offer shorter than the warm-up ends it, as a source that has no more: its frames are
 // consumed, and zeros of the tail stand after them. So the warm-up never exceeds 32 and nothing lands outside
 // its row. A call without input before any has come changes nothing. Negative positions count as 0. Rates
-// that give no ratio (0, negative) leave L = M = 1.
+// that give no ratio (0, negative) leave L = M = 1. Nothing is built before it is needed, so a source that is
+// only looked at costs no filter. The input is kept as the 16-bit samples that it came in as, and taken in as
+// far as it is offered; what counts as consumed is what batches of 32 frames would have used.
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
-struct PlannedFrame;
+#include "AudioCodec/wave/converter/PlanarFrames.h"
+
+class PhaseFilter;
 
 class CSampleRateConverter {
 public:
-    // Builds the filter for a pair of formats and stands at the start of the input. The costly step. Throws
-    // std::bad_alloc, and then stays as it was.
+    // Takes a pair of formats and stands at the start of the input.
     void Configure(uint32_t srcChannels, int32_t srcRate, uint32_t dstChannels, int32_t dstRate);
+    // Builds the filter, unless that is done: the costly step. Throws std::bad_alloc, and can be tried again.
+    void Prepare();
 
     // Turns input frames into output frames. In: *inFrames on offer, *outFrames of room. Out: *inFrames that
     // count as consumed, the others are to be offered again; *outFrames written. With no frames on offer it
-    // feeds the zeros of the tail instead, and `input` may be null. Allocates nothing.
+    // feeds the zeros of the tail instead, and `input` may be null. Allocates nothing once it is prepared,
+    // which it else sees to itself.
     void Process(const int16_t* input, uint32_t* inFrames, int16_t* output, uint32_t* outFrames);
 
     // The fewest frames that a call should be offered where the source has them: while the converter warms up
@@ -51,17 +58,20 @@ public:
     int32_t InputStep() const { return m_inputStep; }    // M; 0 before Configure
 
 private:
-    static constexpr int32_t kPast = 32;  // values of a history row in front of what is being taken in
+    static constexpr int32_t kPast = static_cast<int32_t>(PlanarFrames::kPast);
 
     uint32_t TakeShortWarmup(const int16_t* input, int64_t offered);
     void StretchWarmup(int64_t offered);
     void TakeIn(const int16_t*& input, int64_t frames);
     int64_t EndWarmup(int64_t& batch, int64_t& offered);
-    uint32_t Produce(int64_t batch, int16_t*& output, uint32_t room);
-    uint32_t Plan(int64_t batch, uint32_t most, PlannedFrame* plan);
-    void WriteFrames(const PlannedFrame* plan, uint32_t count, int16_t*& output) const;
-    int64_t SlideHistory(int64_t batch);
-    void ClearPast();
+    int64_t Produce(int64_t batch, int16_t*& output, uint32_t& room);
+    uint32_t FramesWithin(int64_t batch, uint32_t most) const;
+    int64_t PlaceOf(int64_t phase) const { return phase * m_inputStep / m_phaseCount; }
+    void MakeFrames(int16_t*& output, uint32_t frames);
+    uint32_t MostAtOnce() const;
+    void Interleave(int16_t* output, uint32_t frames) const;
+    void Spread(const int16_t* samples, int16_t* output, uint32_t frames) const;
+    void StandAtStart(int32_t warmup);
 
     uint32_t m_srcChannels = 2;
     uint32_t m_dstChannels = 2;
@@ -69,12 +79,14 @@ private:
     int32_t m_dstRate = 44100;
     int32_t m_inputStep = 0;
     int32_t m_phaseCount = 0;
-    std::vector<double> m_taps;     // L rows of 32
-    std::vector<int32_t> m_steps;   // L: how far the read place moves after each output frame
-    std::vector<double> m_history;  // a row of 64 for each input channel
-    int32_t m_phase = 0;            // row of m_taps for the next output frame
-    int64_t m_readPos = 0;          // read place in the history
-    int32_t m_warmup = 0;           // input frames still to come before the next output frame
-    bool m_stretches = true;        // a short first offer moves where its frames land
-    int32_t m_tail = 0;             // zero frames still to be fed at the end
+    std::shared_ptr<const PhaseFilter> m_filter;  // null until it is prepared, as what follows is empty
+    const ConverterKernel* m_kernel = nullptr;
+    PlanarFrames m_input;
+    std::vector<int16_t> m_made;   // planes of output
+    std::vector<double> m_totals;  // of the channels that a mean is made of
+    int32_t m_phase = 0;           // row of the filter for the next output frame
+    int64_t m_readPos = 0;         // read place in the input's rows
+    int32_t m_warmup = 0;          // input frames still to come before the next output frame
+    bool m_stretches = true;       // a short first offer moves where its frames land
+    int32_t m_tail = 0;            // zero frames still to be fed at the end
 };

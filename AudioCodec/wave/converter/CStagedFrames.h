@@ -38,9 +38,12 @@ public:
     template <class Refill>
     Result Convert(CSampleRateConverter& converter, int16_t* output, uint32_t frames, uint32_t& made,
                    Refill refill) {
+        made = 0;
+        const Result prepared = AtBorder(RESULT_NO_MEMORY, [&] { return converter.Prepare(), RESULT_OK; });
+        if (prepared != RESULT_OK) return prepared;
         // Invariant: m_used <= m_frames, and the samples from m_used on are input that the
         // converter hasn't consumed.
-        for (made = 0; made != frames;) {
+        while (made != frames) {
             const Result filled = FillUp(converter, refill);
             if (filled != RESULT_OK) return filled;
             uint32_t taken = Left();

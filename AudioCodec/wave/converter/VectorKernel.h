@@ -1,0 +1,322 @@
+// The kernels of all instruction sets but the portable one: the order of the work, in terms of 16 lanes that
+// an instruction set V brings. Included by the kernels' files alone, each of which names a V of its own in an
+// unnamed namespace: nothing here may be shared between files compiled for different processors, so no
+// function of the standard library is called either.
+//
+// (a) Most samples come out of whole numbers, block by block. (b) Those too near a whole number are noted,
+// and (c) computed again: in doubles in any order, which leaves an error below 1e-9 of a sample, and where
+// that is too near as well, as the definition says. (d) A block of which many are too near, and filters that
+// copy many input samples, take the sum in doubles in the definition's order for all lanes.
+//
+// Streams are places that the same block of taps meets, of other channels or other cycles: each load of taps
+// serves several of them.
+#pragma once
+
+#include "AudioCodec/wave/converter/ConverterKernel.h"
+#include "AudioCodec/wave/converter/PortableKernel.h"
+#include "AudioCodec/wave/converter/SampleScale.h"
+
+namespace {
+
+template <class V>
+class VectorKernel {
+public:
+    static void Produce(const ConverterJob& job) {
+        VectorKernel kernel(job);
+        if (job.average || !job.filter->mostlyCertain)
+            kernel.ProduceInDoubles();
+        else if (job.held != 0)
+            kernel.template ProduceCertified<true>();
+        else
+            kernel.template ProduceCertified<false>();
+    }
+
+    static int32_t Split(const int16_t* input, size_t frames, size_t channels, int16_t* rows, size_t stride) {
+        typename V::Range range = V::NoRange();
+        size_t done = 0;
+        if (channels == 2)
+            for (; done + V::kSplitFrames <= frames; done += V::kSplitFrames)
+                V::SplitStereo(input + 2 * done, rows + done, rows + stride + done, range);
+        int32_t peak = 0;
+        for (size_t c = 0; c < channels; ++c) {
+            int16_t* const row = rows + c * stride;
+            size_t i = done;
+            if (channels == 1)
+                for (; i + V::kSplitFrames <= frames; i += V::kSplitFrames)
+                    V::CopyInRange(input + i, row + i, range);
+            for (; i < frames; ++i) {
+                row[i] = input[i * channels + c];
+                const int32_t size = row[i] < 0 ? -int32_t{row[i]} : int32_t{row[i]};
+                if (size > peak) peak = size;
+            }
+        }
+        alignas(64) uint16_t sizes[V::kSplitFrames];
+        V::StoreSizes(range, sizes);
+        for (const uint16_t size : sizes)
+            if (size > peak) peak = size;
+        return peak;
+    }
+
+    static void Join(const int16_t* left, const int16_t* right, size_t frames, int16_t* output) {
+        size_t i = 0;
+        for (; i + V::kJoinFrames <= frames; i += V::kJoinFrames)
+            V::JoinStereo(left + i, right + i, output + 2 * i);
+        for (; i < frames; ++i) {
+            output[2 * i] = left[i];
+            output[2 * i + 1] = right[i];
+        }
+    }
+
+private:
+    using Block = FilterLayout::Block;
+    using PairTaps = FilterLayout::PairTaps;
+
+    struct Stream {
+        const int16_t* window;  // where the block's first slot meets the input
+        int16_t* output;        // of lane 0, which may lie before the job's output
+        int32_t from, to;       // lanes that count
+        uint32_t at;            // frame of the job of lane 0, modulo 2^32
+    };
+    struct Doubt {
+        const int16_t* window;  // where slot 0 of the row meets the input
+        const double* row;
+        int16_t* output;
+    };
+    static constexpr int32_t kDoubts = 256;
+    static constexpr int kMostDoubts = 6;  // in a block that isn't computed again as a whole
+    static constexpr double kNear = 1e-7;  // of a sample, between two that a sum in any order tells apart
+    static constexpr int32_t kWindow =
+        512;  // slots of a block at the most, by the spread that PhaseFilter allows
+
+    explicit VectorKernel(const ConverterJob& job) : m_job(job), m_filter(*job.filter) {}
+
+    // Calls visit(block, first lane's frame of the job, input frame of its first slot from the job's input)
+    // for each place where a block meets the job.
+    template <class Visit>
+    void ForPlaces(const Block& block, int64_t first, Visit visit) const {
+        const auto frames = static_cast<int64_t>(m_job.frames);
+        int64_t at = first - m_job.phase;
+        int64_t place = int64_t{block.place} - m_filter.places[m_job.phase];
+        for (; at < frames; at += m_filter.cyclePhases, place += m_filter.cycleStep)
+            if (at + block.lanes > 0) visit(at, place);
+    }
+
+    // (a)
+    template <bool kHeld>
+    void ProduceCertified() {
+        for (size_t b = 0; b < m_filter.blockCount; ++b) {
+            const Block& block = m_filter.blocks[b];
+            m_firstFrame = static_cast<int32_t>(b) * kLanes;
+            Stream streams[V::kStreams];
+            int count = 0;
+            ForPlaces(block, m_firstFrame, [&](int64_t at, int64_t place) {
+                const Stream stream = StreamAt(block, at);
+                for (uint32_t c = 0; c < m_job.channels; ++c) {
+                    streams[count] = stream;
+                    streams[count].window = m_job.input + c * m_job.inputStride + place;
+                    streams[count].output = m_job.output + c * m_job.outputStride + at;
+                    if (++count != V::kStreams) continue;
+                    Certify<V::kStreams, kHeld>(block, streams);
+                    count = 0;
+                }
+            });
+            CertifyRest<V::kStreams - 1, kHeld>(block, streams, count);
+        }
+        Settle();
+    }
+
+    Stream StreamAt(const Block& block, int64_t at) const {
+        const int64_t left = static_cast<int64_t>(m_job.frames) - at;
+        return {nullptr, nullptr, at < 0 ? static_cast<int32_t>(-at) : 0,
+                left < block.lanes ? static_cast<int32_t>(left) : block.lanes, static_cast<uint32_t>(at)};
+    }
+
+    template <int kCount, bool kHeld>
+    void CertifyRest(const Block& block, const Stream* streams, int count) {
+        if constexpr (kCount > 0) {
+            if (count == kCount) return Certify<kCount, kHeld>(block, streams);
+            CertifyRest<kCount - 1, kHeld>(block, streams, count);
+        }
+    }
+
+    template <int kCount, bool kHeld>
+    void Certify(const Block& block, const Stream* streams) {
+        typename V::Ints coarse[kCount];
+        typename V::Ints fine[kCount];
+        const int16_t* window[kCount];
+        for (int s = 0; s < kCount; ++s) {
+            coarse[s] = fine[s] = V::Zero();
+            window[s] = streams[s].window + (kHeld ? m_job.held : 0);
+        }
+        const PairTaps* taps = block.pairs;
+        for (size_t pair = 0; pair < block.pairCount; ++pair, taps += 2) {
+            const typename V::Pairs first = V::Load(taps[0]);
+            const typename V::Pairs second = V::Load(taps[1]);
+            for (int s = 0; s < kCount; ++s) {
+                const typename V::Pair samples = V::Broadcast(window[s] + 2 * pair);
+                V::MultiplyAdd(coarse[s], samples, first);
+                V::MultiplyAdd(fine[s], samples, second);
+            }
+        }
+        if constexpr (kHeld) {
+            for (int s = 0; s < kCount; ++s) {
+                typename V::Ints excess = V::Zero();
+                for (size_t pair = 0; pair < block.pairCount; ++pair)
+                    V::MultiplyAdd(excess, V::Broadcast(streams[s].window + m_job.excess + 2 * pair),
+                                   V::Load(block.excess[pair]));
+                fine[s] = V::Add(fine[s], V::ShiftLeft(excess, FilterLayout::kCoarseBits + m_filter.fineBits -
+                                                                   FilterLayout::kExcessBits));
+            }
+        }
+        for (int s = 0; s < kCount; ++s) Finish(block, streams[s], coarse[s], fine[s]);
+    }
+
+    // The whole part and what is left, in 2^-(14 + b); lanes that are too near are noted.
+    void Finish(const Block& block, const Stream& stream, const typename V::Ints& coarse,
+                const typename V::Ints& fine) {
+        constexpr int kCoarse = FilterLayout::kCoarseBits;
+        const int unit = kCoarse + m_filter.fineBits;
+        const typename V::Ints restMask = V::Set((1 << unit) - 1);
+        const typename V::Ints rest =
+            V::Add(V::ShiftLeft(V::And(coarse, V::Set((1 << kCoarse) - 1)), m_filter.fineBits), fine);
+        const typename V::Ints floor = V::Add(V::ShiftRight(coarse, kCoarse), V::ShiftRight(rest, unit));
+        // Cut towards 0: a rest that counts as certain isn't 0, so below 0 it is one more.
+        Store(stream, V::Add(floor, V::SignBit(floor)));
+        const typename V::Ints above = V::And(V::Sub(rest, V::LoadInts(block.bounds->bound)), restMask);
+        uint32_t doubtful = V::Above(above, V::LoadInts(block.bounds->span));
+        if (doubtful == 0) [[likely]]
+            return;
+        doubtful &= (1U << stream.to) - (1U << stream.from);
+        if (__builtin_popcount(doubtful) > kMostDoubts) return FinishInDoubles(block, stream);
+        Note(stream, doubtful);
+    }
+
+    void Store(const Stream& stream, const typename V::Ints& samples) const {
+        if (stream.from == 0 && stream.to == kLanes) [[likely]]
+            return V::Store(stream.output, samples);
+        alignas(64) int16_t lanes[kLanes];
+        V::Store(lanes, samples);
+        for (int32_t lane = stream.from; lane < stream.to; ++lane) stream.output[lane] = lanes[lane];
+    }
+
+    // (b)
+    void Note(const Stream& stream, uint32_t doubtful) {
+        const int32_t* const places = m_filter.places + m_firstFrame;
+        for (; doubtful != 0; doubtful &= doubtful - 1) {
+            const int lane = __builtin_ctz(doubtful);
+            const int32_t row = (m_firstFrame + lane) % m_filter.phases;
+            m_doubts[m_doubtCount++] = {stream.window - 1 + (places[lane] - places[0]),
+                                        m_filter.rows + static_cast<size_t>(row) * kTapsPerRow,
+                                        stream.output + lane};
+        }
+        if (m_doubtCount > kDoubts - kLanes) Settle();
+    }
+
+    // (c)
+    void Settle() {
+        for (int32_t i = 0; i < m_doubtCount; ++i) {
+            const Doubt& doubt = m_doubts[i];
+            const double near = V::AnyOrder(doubt.window, doubt.row);
+            const auto cut = static_cast<int32_t>(near);
+            double rest = near - cut;
+            if (rest < 0) rest = -rest;
+            if (rest > kNear && rest < 1 - kNear)
+                *doubt.output =
+                    static_cast<int16_t>(cut > SampleScale::kOutputLimit    ? SampleScale::kOutputLimit
+                                         : cut < -SampleScale::kOutputLimit ? -SampleScale::kOutputLimit
+                                                                            : cut);
+            else
+                *doubt.output = DefinedSample(doubt.window, doubt.row);
+        }
+        m_doubtCount = 0;
+    }
+
+    // (d)
+    void FinishInDoubles(const Block& block, const Stream& stream) const {
+        alignas(64) double wide[kWindow];
+        V::Widen(stream.window, wide, 2 * block.pairCount);
+        typename V::Doubles sum = V::ZeroDoubles();
+        for (size_t slot = 0; slot < 2 * block.pairCount; ++slot)
+            V::MultiplyAddSlot(sum, wide[slot], block.slots[slot]);
+        Store(stream, V::ToSteps(sum));
+    }
+
+    void ProduceInDoubles() {
+        const int64_t last = int64_t{m_job.phase} + m_job.frames;
+        const int64_t reach = last * m_filter.step / m_filter.phases - m_filter.places[m_job.phase];
+        const auto margin = static_cast<ptrdiff_t>(ConverterKernel::Margin(m_filter.step, m_filter.phases));
+        const auto count = static_cast<size_t>(reach + 2 * margin);
+        if (m_job.average)
+            for (uint32_t i = 0; i < m_job.frames; ++i) m_job.totals[i] = 0.0;
+        for (uint32_t c = 0; c < m_job.channels; ++c) {
+            V::Widen(m_job.input + c * m_job.inputStride - margin, m_job.wide - margin, count);
+            for (size_t b = 0; b < m_filter.blockCount; ++b) {
+                const Block& block = m_filter.blocks[b];
+                Stream streams[V::kSlotStreams];
+                const double* windows[V::kSlotStreams];
+                int pending = 0;
+                ForPlaces(block, static_cast<int64_t>(b) * kLanes, [&](int64_t at, int64_t place) {
+                    windows[pending] = m_job.wide + place;
+                    streams[pending] = StreamAt(block, at);
+                    streams[pending].output = m_job.output + c * m_job.outputStride + at;
+                    if (++pending != V::kSlotStreams) return;
+                    Sum<V::kSlotStreams>(block, streams, windows);
+                    pending = 0;
+                });
+                SumRest<V::kSlotStreams - 1>(block, streams, windows, pending);
+            }
+        }
+        if (m_job.average) StoreMeans();
+    }
+
+    template <int kCount>
+    void SumRest(const Block& block, const Stream* streams, const double* const* windows, int count) {
+        if constexpr (kCount > 0) {
+            if (count == kCount) return Sum<kCount>(block, streams, windows);
+            SumRest<kCount - 1>(block, streams, windows, count);
+        }
+    }
+
+    template <int kCount>
+    void Sum(const Block& block, const Stream* streams, const double* const* windows) {
+        typename V::Doubles sums[kCount];
+        const double* window[kCount];
+        for (int s = 0; s < kCount; ++s) {
+            sums[s] = V::ZeroDoubles();
+            window[s] = windows[s];
+        }
+        for (size_t slot = 0; slot < 2 * block.pairCount; ++slot)
+            for (int s = 0; s < kCount; ++s) V::MultiplyAddSlot(sums[s], window[s][slot], block.slots[slot]);
+        for (int s = 0; s < kCount; ++s) {
+            if (m_job.average)
+                AddTotals(streams[s], sums[s]);
+            else
+                Store(streams[s], V::ToSteps(sums[s]));
+        }
+    }
+
+    void AddTotals(const Stream& stream, const typename V::Doubles& sums) const {
+        alignas(64) double lanes[kLanes];
+        V::StoreDoubles(lanes, sums);
+        for (int32_t lane = stream.from; lane < stream.to; ++lane)
+            m_job.totals[stream.at + static_cast<uint32_t>(lane)] += lanes[lane];
+    }
+
+    // `totals` has room for whole vectors.
+    void StoreMeans() const {
+        const auto frames = static_cast<int32_t>(m_job.frames);
+        for (int32_t at = 0; at < frames; at += kLanes) {
+            const int32_t to = frames - at < kLanes ? frames - at : kLanes;
+            const Stream stream = {nullptr, m_job.output + at, 0, to, 0};
+            Store(stream, V::ToSteps(V::LoadDoubles(m_job.totals + at, m_job.channels)));
+        }
+    }
+
+    const ConverterJob& m_job;
+    const FilterLayout& m_filter;
+    int32_t m_firstFrame = 0;
+    int32_t m_doubtCount = 0;
+    Doubt m_doubts[kDoubts];
+};
+
+}  // namespace
