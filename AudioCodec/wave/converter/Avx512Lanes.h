@@ -33,8 +33,8 @@ struct Avx512Lanes {
         __builtin_memcpy(&pair, samples, sizeof pair);
         return _mm512_set1_epi32(pair);
     }
-    static void MultiplyAdd(Ints& sum, const Pair& samples, const Pairs& taps) {
-        sum = _mm512_add_epi32(sum, _mm512_madd_epi16(samples, taps));
+    static Ints MultiplyAdd(Ints sum, Pair samples, Pairs taps) {
+        return _mm512_add_epi32(sum, _mm512_madd_epi16(samples, taps));
     }
     static Ints And(Ints a, Ints b) { return _mm512_and_si512(a, b); }
     static Ints Add(Ints a, Ints b) { return _mm512_add_epi32(a, b); }

@@ -38,9 +38,9 @@ struct Avx2Lanes {
         __builtin_memcpy(&pair, samples, sizeof pair);
         return _mm256_set1_epi32(pair);
     }
-    static void MultiplyAdd(Ints& sum, const Pair& samples, const Pairs& taps) {
-        sum.low = _mm256_add_epi32(sum.low, _mm256_madd_epi16(samples, taps.low));
-        sum.high = _mm256_add_epi32(sum.high, _mm256_madd_epi16(samples, taps.high));
+    static Ints MultiplyAdd(const Ints& sum, Pair samples, const Pairs& taps) {
+        return {_mm256_add_epi32(sum.low, _mm256_madd_epi16(samples, taps.low)),
+                _mm256_add_epi32(sum.high, _mm256_madd_epi16(samples, taps.high))};
     }
     static Ints And(const Ints& a, const Ints& b) {
         return {_mm256_and_si256(a.low, b.low), _mm256_and_si256(a.high, b.high)};

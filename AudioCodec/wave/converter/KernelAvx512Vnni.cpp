@@ -5,8 +5,10 @@
 namespace {
 
 struct Avx512VnniLanes : Avx512Lanes {
-    static void MultiplyAdd(Ints& sum, const Pair& samples, const Pairs& taps) {
-        sum = _mm512_dpwssd_epi32(sum, samples, taps);
+    static Ints MultiplyAdd(Ints sum, Pair samples, Pairs taps) {
+        Ints next = _mm512_dpwssd_epi32(sum, samples, taps);
+        asm("" : "+v"(next));  // g++ 12 moves each sum to another register and back without it
+        return next;
     }
 };
 

@@ -45,17 +45,17 @@ struct NeonLanes {
         __builtin_memcpy(&pair, samples, sizeof pair);
         return vreinterpret_s16_s32(vdup_n_s32(pair));
     }
-    static void MultiplyAdd(Ints& sum, const Pair& samples, const Pairs& taps) {
-        for (int i = 0; i < 2; ++i) {
-            const int16x8_t earlier = taps.halves[i].val[0];
-            const int16x8_t later = taps.halves[i].val[1];
-            int32x4_t& low = sum.four[2 * i];
-            int32x4_t& high = sum.four[2 * i + 1];
-            low = vmlal_lane_s16(low, vget_low_s16(earlier), samples, 0);
-            high = vmlal_high_lane_s16(high, earlier, samples, 0);
-            low = vmlal_lane_s16(low, vget_low_s16(later), samples, 1);
-            high = vmlal_high_lane_s16(high, later, samples, 1);
-        }
+    static Ints MultiplyAdd(const Ints& sum, Pair samples, const Pairs& taps) {
+        const auto low = [&](int32x4_t four, const int16x8x2_t& eight) {
+            const int32x4_t earlier = vmlal_lane_s16(four, vget_low_s16(eight.val[0]), samples, 0);
+            return vmlal_lane_s16(earlier, vget_low_s16(eight.val[1]), samples, 1);
+        };
+        const auto high = [&](int32x4_t four, const int16x8x2_t& eight) {
+            const int32x4_t earlier = vmlal_high_lane_s16(four, eight.val[0], samples, 0);
+            return vmlal_high_lane_s16(earlier, eight.val[1], samples, 1);
+        };
+        return {{low(sum.four[0], taps.halves[0]), high(sum.four[1], taps.halves[0]),
+                 low(sum.four[2], taps.halves[1]), high(sum.four[3], taps.halves[1])}};
     }
     static Ints And(const Ints& a, const Ints& b) {
         return Make([&](int i) { return vandq_s32(a.four[i], b.four[i]); });

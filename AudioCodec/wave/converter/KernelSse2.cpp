@@ -44,9 +44,9 @@ struct Sse2Lanes {
         __builtin_memcpy(&pair, samples, sizeof pair);
         return _mm_set1_epi32(pair);
     }
-    static void MultiplyAdd(Ints& sum, const Pair& samples, const Pairs& taps) {
-        for (int i = 0; i < 4; ++i)
-            sum.four[i] = _mm_add_epi32(sum.four[i], _mm_madd_epi16(samples, taps.four[i]));
+    static Ints MultiplyAdd(const Ints& sum, Pair samples, const Pairs& taps) {
+        return Make(
+            [&](int i) { return _mm_add_epi32(sum.four[i], _mm_madd_epi16(samples, taps.four[i])); });
     }
     static Ints And(const Ints& a, const Ints& b) {
         return Make([&](int i) { return _mm_and_si128(a.four[i], b.four[i]); });

@@ -87,10 +87,4 @@ void Join(const int16_t* left, const int16_t* right, size_t frames, int16_t* out
 
 }  // namespace
 
-int16_t DefinedSample(const int16_t* window, const double* row) {
-    double values[kTapsPerRow];
-    std::transform(window, window + kTapsPerRow, values, ToValue);
-    return ToSample(Dot(values, row));
-}
-
 const ConverterKernel kPortableKernel = {"portable", [] { return true; }, Produce, Split, Join};

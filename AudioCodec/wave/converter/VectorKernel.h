@@ -12,11 +12,22 @@
 // serves several of them.
 #pragma once
 
+#include <utility>  // std::integer_sequence, which is a type alone
+
 #include "AudioCodec/wave/converter/ConverterKernel.h"
-#include "AudioCodec/wave/converter/PortableKernel.h"
 #include "AudioCodec/wave/converter/SampleScale.h"
 
 namespace {
+
+// 0 … count - 1, as constants, so that each index of an array of sums is one of a register.
+template <class Each, int... index>
+[[gnu::always_inline]] inline void ForEachOf(std::integer_sequence<int, index...>, Each each) {
+    (each(index), ...);
+}
+template <int count, class Each>
+[[gnu::always_inline]] inline void ForEach(Each each) {
+    ForEachOf(std::make_integer_sequence<int, count>(), each);
+}
 
 template <class V>
 class VectorKernel {
@@ -83,6 +94,7 @@ private:
         int16_t* output;
     };
     static constexpr int32_t kDoubts = 256;
+    static constexpr int kTogether = 4;
     static constexpr int kMostDoubts = 6;  // in a block that isn't computed again as a whole
     static constexpr double kNear = 1e-7;  // of a sample, between two that a sum in any order tells apart
     static constexpr int32_t kWindow =
@@ -143,32 +155,48 @@ private:
     void Certify(const Block& block, const Stream* streams) {
         typename V::Ints coarse[kCount];
         typename V::Ints fine[kCount];
+        Multiply<kCount>(block, streams, kHeld ? m_job.held : 0, coarse, fine);
+        ForEach<kCount>([&](int s) {
+            if constexpr (kHeld) AddExcess(block, streams[s].window + m_job.excess, fine[s]);
+            Finish(block, streams[s], coarse[s], fine[s]);
+        });
+    }
+
+    // Sums in variables of its own, which no other function can reach: so they stay in registers.
+    template <int kCount>
+    [[gnu::always_inline]] static void Multiply(const Block& block, const Stream* streams, ptrdiff_t plane,
+                                                typename V::Ints* coarseSums, typename V::Ints* fineSums) {
+        typename V::Ints coarse[kCount];
+        typename V::Ints fine[kCount];
         const int16_t* window[kCount];
         for (int s = 0; s < kCount; ++s) {
             coarse[s] = fine[s] = V::Zero();
-            window[s] = streams[s].window + (kHeld ? m_job.held : 0);
+            window[s] = streams[s].window + plane;
         }
         const PairTaps* taps = block.pairs;
-        for (size_t pair = 0; pair < block.pairCount; ++pair, taps += 2) {
+        const size_t pairs = block.pairCount;
+        for (size_t pair = 0; pair < pairs; ++pair, taps += 2) {
             const typename V::Pairs first = V::Load(taps[0]);
             const typename V::Pairs second = V::Load(taps[1]);
             for (int s = 0; s < kCount; ++s) {
                 const typename V::Pair samples = V::Broadcast(window[s] + 2 * pair);
-                V::MultiplyAdd(coarse[s], samples, first);
-                V::MultiplyAdd(fine[s], samples, second);
+                coarse[s] = V::MultiplyAdd(coarse[s], samples, first);
+                fine[s] = V::MultiplyAdd(fine[s], samples, second);
             }
         }
-        if constexpr (kHeld) {
-            for (int s = 0; s < kCount; ++s) {
-                typename V::Ints excess = V::Zero();
-                for (size_t pair = 0; pair < block.pairCount; ++pair)
-                    V::MultiplyAdd(excess, V::Broadcast(streams[s].window + m_job.excess + 2 * pair),
-                                   V::Load(block.excess[pair]));
-                fine[s] = V::Add(fine[s], V::ShiftLeft(excess, FilterLayout::kCoarseBits + m_filter.fineBits -
-                                                                   FilterLayout::kExcessBits));
-            }
+        for (int s = 0; s < kCount; ++s) {
+            coarseSums[s] = coarse[s];
+            fineSums[s] = fine[s];
         }
-        for (int s = 0; s < kCount; ++s) Finish(block, streams[s], coarse[s], fine[s]);
+    }
+
+    // What the limit of the input leaves of samples beyond it, which is no whole number.
+    void AddExcess(const Block& block, const int16_t* window, typename V::Ints& fine) const {
+        typename V::Ints excess = V::Zero();
+        for (size_t pair = 0; pair < block.pairCount; ++pair)
+            excess = V::MultiplyAdd(excess, V::Broadcast(window + 2 * pair), V::Load(block.excess[pair]));
+        constexpr int kBits = FilterLayout::kCoarseBits - FilterLayout::kExcessBits;
+        fine = V::Add(fine, V::ShiftLeft(excess, kBits + m_filter.fineBits));
     }
 
     // The whole part and what is left, in 2^-(14 + b); lanes that are too near are noted.
@@ -214,21 +242,40 @@ private:
 
     // (c)
     void Settle() {
+        int32_t left = 0;
         for (int32_t i = 0; i < m_doubtCount; ++i) {
             const Doubt& doubt = m_doubts[i];
             const double near = V::AnyOrder(doubt.window, doubt.row);
             const auto cut = static_cast<int32_t>(near);
-            double rest = near - cut;
-            if (rest < 0) rest = -rest;
+            const double rest = near < 0 ? cut - near : near - cut;
             if (rest > kNear && rest < 1 - kNear)
-                *doubt.output =
-                    static_cast<int16_t>(cut > SampleScale::kOutputLimit    ? SampleScale::kOutputLimit
-                                         : cut < -SampleScale::kOutputLimit ? -SampleScale::kOutputLimit
-                                                                            : cut);
+                *doubt.output = ToSample(cut);
             else
-                *doubt.output = DefinedSample(doubt.window, doubt.row);
+                m_doubts[left++] = doubt;
         }
+        for (int32_t i = 0; i < left; i += kTogether) Define(m_doubts + i, left - i);
         m_doubtCount = 0;
+    }
+
+    // As the definition says, several at a time, since each addition waits for the one before it.
+    static void Define(const Doubt* doubts, int32_t count) {
+        double values[kTogether][kTapsPerRow];
+        const double* rows[kTogether];
+        double sums[kTogether] = {};
+        for (int32_t i = 0; i < kTogether; ++i) {
+            const Doubt& doubt = doubts[i < count ? i : 0];
+            V::Widen(doubt.window, values[i], kTapsPerRow);
+            rows[i] = doubt.row;
+        }
+        for (size_t k = 0; k < kTapsPerRow; ++k)
+            ForEach<kTogether>([&](int i) { sums[i] += values[i][k] * rows[i][k]; });
+        for (int32_t i = 0; i < kTogether && i < count; ++i)
+            *doubts[i].output = ToSample(static_cast<int32_t>(sums[i] * SampleScale::kFull));
+    }
+
+    static int16_t ToSample(int32_t cut) {
+        constexpr int32_t kLimit = SampleScale::kOutputLimit;
+        return static_cast<int16_t>(cut > kLimit ? kLimit : cut < -kLimit ? -kLimit : cut);
     }
 
     // (d)
@@ -280,19 +327,29 @@ private:
     template <int kCount>
     void Sum(const Block& block, const Stream* streams, const double* const* windows) {
         typename V::Doubles sums[kCount];
-        const double* window[kCount];
-        for (int s = 0; s < kCount; ++s) {
-            sums[s] = V::ZeroDoubles();
-            window[s] = windows[s];
-        }
-        for (size_t slot = 0; slot < 2 * block.pairCount; ++slot)
-            for (int s = 0; s < kCount; ++s) V::MultiplyAddSlot(sums[s], window[s][slot], block.slots[slot]);
+        MultiplySlots<kCount>(block, windows, sums);
         for (int s = 0; s < kCount; ++s) {
             if (m_job.average)
                 AddTotals(streams[s], sums[s]);
             else
                 Store(streams[s], V::ToSteps(sums[s]));
         }
+    }
+
+    template <int kCount>
+    [[gnu::always_inline]] static void MultiplySlots(const Block& block, const double* const* windows,
+                                                     typename V::Doubles* slotSums) {
+        typename V::Doubles sums[kCount];
+        const double* window[kCount];
+        for (int s = 0; s < kCount; ++s) {
+            sums[s] = V::ZeroDoubles();
+            window[s] = windows[s];
+        }
+        const FilterLayout::SlotTaps* const taps = block.slots;
+        const size_t slots = 2 * block.pairCount;
+        for (size_t slot = 0; slot < slots; ++slot)
+            for (int s = 0; s < kCount; ++s) V::MultiplyAddSlot(sums[s], window[s][slot], taps[slot]);
+        for (int s = 0; s < kCount; ++s) slotSums[s] = sums[s];
     }
 
     void AddTotals(const Stream& stream, const typename V::Doubles& sums) const {
