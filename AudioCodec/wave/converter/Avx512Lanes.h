@@ -95,6 +95,13 @@ struct Avx512Lanes {
         return _mm512_reduce_add_pd(sum);
     }
 
+    // Also looks at what follows, up to a whole vector.
+    static bool AnySet(const int16_t* words, size_t count) {
+        __m512i all = _mm512_setzero_si512();
+        for (size_t i = 0; i < count; i += 32) all = _mm512_or_si512(all, _mm512_loadu_si512(words + i));
+        return _mm512_test_epi32_mask(all, all) != 0;
+    }
+
     static Range NoRange() { return {_mm512_setzero_si512(), _mm512_setzero_si512()}; }
     static void Include(Range& range, __m512i words) {
         range.least = _mm512_min_epi16(range.least, words);

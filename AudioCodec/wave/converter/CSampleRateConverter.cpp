@@ -213,25 +213,8 @@ void CSampleRateConverter::MakeFrames(int16_t*& output, uint32_t frames) {
     job.output = direct ? output : m_made.data();
     job.outputStride = frames;
     m_kernel->produce(job);
-    if (spread)
-        Spread(m_made.data(), output, frames);
-    else if (!direct)
-        Interleave(output, frames);
+    if (!direct) m_kernel->join(m_made.data(), spread ? 0 : frames, m_dstChannels, frames, output);
     output = end;
-}
-
-void CSampleRateConverter::Spread(const int16_t* samples, int16_t* output, uint32_t frames) const {
-    if (m_dstChannels == 2) return m_kernel->join(samples, samples, frames, output);
-    for (uint32_t i = 0; i < frames; ++i, output += m_dstChannels)
-        std::fill_n(output, m_dstChannels, samples[i]);
-}
-
-void CSampleRateConverter::Interleave(int16_t* output, uint32_t frames) const {
-    if (m_dstChannels == 2) return m_kernel->join(m_made.data(), m_made.data() + frames, frames, output);
-    for (uint32_t c = 0; c < m_dstChannels; ++c) {
-        const int16_t* const plane = &m_made[size_t{c} * frames];
-        for (uint32_t i = 0; i < frames; ++i) output[size_t{i} * m_dstChannels + c] = plane[i];
-    }
 }
 
 // After a jump the frames in front are not those that were there: silence, until a warm-up puts others in

@@ -69,8 +69,6 @@ private:
     int64_t PlaceOf(int64_t phase) const { return phase * m_inputStep / m_phaseCount; }
     void MakeFrames(int16_t*& output, uint32_t frames);
     uint32_t MostAtOnce() const;
-    void Interleave(int16_t* output, uint32_t frames) const;
-    void Spread(const int16_t* samples, int16_t* output, uint32_t frames) const;
     void StandAtStart(int32_t warmup);
 
     uint32_t m_srcChannels = 2;

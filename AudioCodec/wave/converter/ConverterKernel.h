@@ -35,8 +35,8 @@ struct ConverterKernel {
     void (*produce)(const ConverterJob& job);
     // Interleaved to planar. Returns the largest size of a sample, 0 to 32768.
     int32_t (*split)(const int16_t* input, size_t frames, size_t channels, int16_t* rows, size_t stride);
-    // Two planes to interleaved.
-    void (*join)(const int16_t* left, const int16_t* right, size_t frames, int16_t* output);
+    // Planar to interleaved. With a stride of 0 each channel is the one plane.
+    void (*join)(const int16_t* planes, size_t stride, size_t channels, size_t frames, int16_t* output);
 
     // Samples that are read before the first place that counts and after the last.
     static constexpr size_t Margin(int32_t step, int32_t phases) {

@@ -125,6 +125,14 @@ struct Avx2Lanes {
         return _mm_cvtsd_f64(_mm_add_sd(half, _mm_unpackhi_pd(half, half)));
     }
 
+    // Also looks at what follows, up to a whole vector.
+    static bool AnySet(const int16_t* words, size_t count) {
+        __m256i all = _mm256_setzero_si256();
+        for (size_t i = 0; i < count; i += 16)
+            all = _mm256_or_si256(all, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(words + i)));
+        return _mm256_testz_si256(all, all) == 0;
+    }
+
     static Range NoRange() { return {_mm256_setzero_si256(), _mm256_setzero_si256()}; }
     static void Include(Range& range, __m256i words) {
         range.least = _mm256_min_epi16(range.least, words);

@@ -140,6 +140,13 @@ struct NeonLanes {
         return vaddvq_f64(sum);
     }
 
+    // Also looks at what follows, up to a whole vector.
+    static bool AnySet(const int16_t* words, size_t count) {
+        int16x8_t all = vdupq_n_s16(0);
+        for (size_t i = 0; i < count; i += 8) all = vorrq_s16(all, vld1q_s16(words + i));
+        return vmaxvq_u16(vreinterpretq_u16_s16(all)) != 0;
+    }
+
     static Range NoRange() { return {vdupq_n_s16(0), vdupq_n_s16(0)}; }
     static void Include(Range& range, int16x8_t words) {
         range.least = vminq_s16(range.least, words);

@@ -45,8 +45,7 @@ struct Sse2Lanes {
         return _mm_set1_epi32(pair);
     }
     static Ints MultiplyAdd(const Ints& sum, Pair samples, const Pairs& taps) {
-        return Make(
-            [&](int i) { return _mm_add_epi32(sum.four[i], _mm_madd_epi16(samples, taps.four[i])); });
+        return Make([&](int i) { return _mm_add_epi32(sum.four[i], _mm_madd_epi16(samples, taps.four[i])); });
     }
     static Ints And(const Ints& a, const Ints& b) {
         return Make([&](int i) { return _mm_and_si128(a.four[i], b.four[i]); });
@@ -131,6 +130,14 @@ struct Sse2Lanes {
             sum = _mm_add_pd(sum, _mm_mul_pd(held, _mm_loadu_pd(row + k)));
         }
         return _mm_cvtsd_f64(_mm_add_sd(sum, _mm_unpackhi_pd(sum, sum)));
+    }
+
+    // Also looks at what follows, up to a whole vector.
+    static bool AnySet(const int16_t* words, size_t count) {
+        __m128i all = _mm_setzero_si128();
+        for (size_t i = 0; i < count; i += 8)
+            all = _mm_or_si128(all, _mm_loadu_si128(reinterpret_cast<const __m128i*>(words + i)));
+        return _mm_movemask_epi8(_mm_cmpeq_epi8(all, _mm_setzero_si128())) != 0xFFFF;
     }
 
     static Range NoRange() { return {_mm_setzero_si128(), _mm_setzero_si128()}; }

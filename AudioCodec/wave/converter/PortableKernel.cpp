@@ -78,11 +78,9 @@ int32_t Split(const int16_t* input, size_t frames, size_t channels, int16_t* row
     return peak;
 }
 
-void Join(const int16_t* left, const int16_t* right, size_t frames, int16_t* output) {
-    for (size_t i = 0; i < frames; ++i) {
-        output[2 * i] = left[i];
-        output[2 * i + 1] = right[i];
-    }
+void Join(const int16_t* planes, size_t stride, size_t channels, size_t frames, int16_t* output) {
+    for (size_t c = 0; c < channels; ++c)
+        for (size_t i = 0; i < frames; ++i) output[i * channels + c] = planes[c * stride + i];
 }
 
 }  // namespace

@@ -44,22 +44,36 @@ public:
 
     static int32_t Split(const int16_t* input, size_t frames, size_t channels, int16_t* rows, size_t stride) {
         typename V::Range range = V::NoRange();
-        size_t done = 0;
-        if (channels == 2)
-            for (; done + V::kSplitFrames <= frames; done += V::kSplitFrames)
-                V::SplitStereo(input + 2 * done, rows + done, rows + stride + done, range);
         int32_t peak = 0;
-        for (size_t c = 0; c < channels; ++c) {
-            int16_t* const row = rows + c * stride;
-            size_t i = done;
+        const auto copyRest = [&](size_t c, size_t from) {
+            for (size_t i = from; i < frames; ++i) {
+                const int16_t sample = input[i * channels + c];
+                const int32_t size = sample < 0 ? -int32_t{sample} : int32_t{sample};
+                if (size > peak) peak = size;
+                rows[c * stride + i] = sample;
+            }
+        };
+        size_t c = 0;
+        for (; c + 2 <= channels; c += 2) {
+            size_t i = 0;
+            for (; i + V::kSplitFrames <= frames; i += V::kSplitFrames) {
+                const int16_t* const from = input + i * channels + c;
+                alignas(64) int16_t two[V::kSplitFrames][2];
+                if (channels != 2)
+                    for (size_t j = 0; j < V::kSplitFrames; ++j)
+                        __builtin_memcpy(two[j], from + j * channels, sizeof two[j]);
+                int16_t* const left = rows + c * stride + i;
+                V::SplitStereo(channels == 2 ? from : two[0], left, left + stride, range);
+            }
+            copyRest(c, i);
+            copyRest(c + 1, i);
+        }
+        if (c < channels) {
+            size_t i = 0;
             if (channels == 1)
                 for (; i + V::kSplitFrames <= frames; i += V::kSplitFrames)
-                    V::CopyInRange(input + i, row + i, range);
-            for (; i < frames; ++i) {
-                row[i] = input[i * channels + c];
-                const int32_t size = row[i] < 0 ? -int32_t{row[i]} : int32_t{row[i]};
-                if (size > peak) peak = size;
-            }
+                    V::CopyInRange(input + i, rows + i, range);
+            copyRest(c, i);
         }
         alignas(64) uint16_t sizes[V::kSplitFrames];
         V::StoreSizes(range, sizes);
@@ -68,14 +82,26 @@ public:
         return peak;
     }
 
-    static void Join(const int16_t* left, const int16_t* right, size_t frames, int16_t* output) {
-        size_t i = 0;
-        for (; i + V::kJoinFrames <= frames; i += V::kJoinFrames)
-            V::JoinStereo(left + i, right + i, output + 2 * i);
-        for (; i < frames; ++i) {
-            output[2 * i] = left[i];
-            output[2 * i + 1] = right[i];
+    static void Join(const int16_t* planes, size_t stride, size_t channels, size_t frames, int16_t* output) {
+        size_t c = 0;
+        for (; c + 2 <= channels; c += 2) {
+            const int16_t* const left = planes + c * stride;
+            size_t i = 0;
+            for (; i + V::kJoinFrames <= frames; i += V::kJoinFrames) {
+                int16_t* const to = output + i * channels + c;
+                alignas(64) int16_t two[V::kJoinFrames][2];
+                V::JoinStereo(left + i, left + stride + i, channels == 2 ? to : two[0]);
+                if (channels != 2)
+                    for (size_t j = 0; j < V::kJoinFrames; ++j)
+                        __builtin_memcpy(to + j * channels, two[j], sizeof two[j]);
+            }
+            for (; i < frames; ++i) {
+                output[i * channels + c] = left[i];
+                output[i * channels + c + 1] = left[stride + i];
+            }
         }
+        if (c < channels)
+            for (size_t i = 0; i < frames; ++i) output[i * channels + c] = planes[c * stride + i];
     }
 
 private:
@@ -119,6 +145,7 @@ private:
         for (size_t b = 0; b < m_filter.blockCount; ++b) {
             const Block& block = m_filter.blocks[b];
             m_firstFrame = static_cast<int32_t>(b) * kLanes;
+            m_firstRow = m_firstFrame % m_filter.phases;
             Stream streams[V::kStreams];
             int count = 0;
             ForPlaces(block, m_firstFrame, [&](int64_t at, int64_t place) {
@@ -157,7 +184,10 @@ private:
         typename V::Ints fine[kCount];
         Multiply<kCount>(block, streams, kHeld ? m_job.held : 0, coarse, fine);
         ForEach<kCount>([&](int s) {
-            if constexpr (kHeld) AddExcess(block, streams[s].window + m_job.excess, fine[s]);
+            if constexpr (kHeld) {
+                const int16_t* const excess = streams[s].window + m_job.excess;
+                if (V::AnySet(excess, 2 * block.pairCount)) AddExcess(block, excess, fine[s]);
+            }
             Finish(block, streams[s], coarse[s], fine[s]);
         });
     }
@@ -232,7 +262,8 @@ private:
         const int32_t* const places = m_filter.places + m_firstFrame;
         for (; doubtful != 0; doubtful &= doubtful - 1) {
             const int lane = __builtin_ctz(doubtful);
-            const int32_t row = (m_firstFrame + lane) % m_filter.phases;
+            int32_t row = m_firstRow + lane;
+            while (row >= m_filter.phases) row -= m_filter.phases;
             m_doubts[m_doubtCount++] = {stream.window - 1 + (places[lane] - places[0]),
                                         m_filter.rows + static_cast<size_t>(row) * kTapsPerRow,
                                         stream.output + lane};
@@ -371,7 +402,8 @@ private:
 
     const ConverterJob& m_job;
     const FilterLayout& m_filter;
-    int32_t m_firstFrame = 0;
+    int32_t m_firstFrame = 0;  // of the block, in its cycle
+    int32_t m_firstRow = 0;    // and the row of its first lane
     int32_t m_doubtCount = 0;
     Doubt m_doubts[kDoubts];
 };
