@@ -10,6 +10,7 @@ TEST_PACKAGES=(libgtest-dev binutils sox sndfile-programs imagemagick-6.q16 ffmp
 BENCH_PACKAGES=(libbenchmark-dev)
 PEER_PACKAGES=(libsoxr-dev libsamplerate0-dev libswresample-dev libavutil-dev)
 CLANG_PACKAGES=(clang clang-format clang-tidy libclang-rt-14-dev)
+CROSS_PACKAGES=(g++-aarch64-linux-gnu qemu-user)
 ABI_PACKAGES=(abigail-tools)
 DEMO_PACKAGES=(alsa-utils sox libimage-exiftool-perl)
 

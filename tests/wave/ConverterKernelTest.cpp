@@ -1,0 +1,119 @@
+// The kernel that the environment's VLACWAV3_KERNEL names, or the best: CTest runs this once for each.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <thread>
+
+#include "AudioCodec/wave/converter/ConversionRatio.h"
+#include "AudioCodec/wave/converter/KernelChoice.h"
+#include "AudioCodec/wave/converter/PhaseFilter.h"
+#include "AudioCodec/wave/converter/SampleScale.h"
+#include "AudioCodec/wave/converter/SharedFilters.h"
+#include "tests/wave/ConverterScript.h"
+
+namespace {
+
+TEST(ConverterKernel, EveryLifeIsThatOfTheDefinition) {
+    for (uint32_t seed = 0; seed < 500; ++seed) {
+        std::mt19937 random(seed);
+        std::vector<uint8_t> script(60);
+        for (uint8_t& byte : script) byte = static_cast<uint8_t>(random());
+        ASSERT_EQ(ConverterScript(script.data(), script.size()).Play(), "") << "seed " << seed;
+    }
+}
+
+// Whole numbers are exact, 128 bits hold each product of a tap and a sample: taps have 53 bits, so in steps
+// of 2^-100 all but the least of them are whole, and what isn't counts as one step more.
+__extension__ using Wide = __int128;
+constexpr int kUnit = 100;
+Wide InSteps(double value) {
+    int exponent = 0;
+    const double fraction = std::frexp(value, &exponent);
+    const auto mantissa = static_cast<Wide>(std::ldexp(fraction, 53));
+    const int shift = exponent - 53 + kUnit;
+    return shift >= 0 ? mantissa << shift : (mantissa >> std::min(-shift, 126)) + 1;
+}
+Wide Size(Wide value) { return value < 0 ? -value : value; }
+
+// What the whole numbers leave out of the sum is at most the bound of the lane, whatever the samples: worst
+// are those at the limit whose signs are those of what each tap leaves out.
+TEST(ConverterKernel, BoundsHoldWhatTheSplitLeavesOut) {
+    constexpr int32_t kRates[] = {8000,  11025, 12000, 16000, 22050, 24000,
+                                  32000, 44100, 48000, 96000, 192000};
+    for (const int32_t from : kRates) {
+        for (const int32_t to : kRates) {
+            const PhaseFilter filter(FindConversionRatio(from, to), std::min(1.0, 1.0 * to / from));
+            const FilterLayout& layout = filter.Layout();
+            ASSERT_NE(layout.blockCount, 0U);
+            const int unit = kUnit - FilterLayout::kCoarseBits - layout.fineBits;
+            for (size_t b = 0; b < layout.blockCount; ++b) {
+                const FilterLayout::Block& block = layout.blocks[b];
+                for (int32_t lane = 0; lane < block.lanes; ++lane) {
+                    Wide left = 0;
+                    int64_t coarse = 0;
+                    int64_t fine = int64_t{1} << (FilterLayout::kCoarseBits + layout.fineBits);
+                    for (size_t slot = 0; slot < 2 * block.pairCount; ++slot) {
+                        const auto tap = [&](const FilterLayout::PairTaps* pairs, size_t pair) {
+                            return int64_t{pairs[pair].taps[lane][slot % 2]};
+                        };
+                        const int64_t high = tap(block.pairs, slot / 2 * 2);
+                        const int64_t low = tap(block.pairs, slot / 2 * 2 + 1);
+                        const int64_t beyond = tap(block.excess, slot / 2);
+                        const Wide whole = static_cast<Wide>((high << layout.fineBits) + low) << unit;
+                        const double c = block.slots[slot].taps[lane];
+                        const Wide third = static_cast<Wide>(beyond) << (kUnit - FilterLayout::kExcessBits);
+                        left += SampleScale::kWholeLimit * Size(InSteps(c) - whole);
+                        left += Size(InSteps(c * SampleScale::kExcess) - third);
+                        coarse += std::abs(high) * SampleScale::kWholeLimit;
+                        fine += std::abs(low) * SampleScale::kWholeLimit;
+                        fine += std::abs(beyond)
+                                << (FilterLayout::kCoarseBits + layout.fineBits - FilterLayout::kExcessBits);
+                    }
+                    // Beside it there is room for the roundings of the sum in doubles, 1e-9 of a sample.
+                    left += InSteps(1e-9);
+                    const Wide bound = static_cast<Wide>(block.bounds->bound[lane]) << unit;
+                    ASSERT_LE(left, bound) << from << " to " << to << ", lane " << lane << " of block " << b;
+                    ASSERT_LT(coarse, int64_t{1} << 31);
+                    ASSERT_LT(fine, int64_t{1} << 31);
+                    // And tight enough that most samples are certain.
+                    ASSERT_LT(block.bounds->bound[lane],
+                              1 << (FilterLayout::kCoarseBits + layout.fineBits - 6));
+                }
+            }
+        }
+    }
+}
+
+TEST(ConverterKernel, FiltersOfTheSameRatesAreOne) {
+    const ConversionRatio ratio = FindConversionRatio(44100, 48000);
+    const auto filter = SharedFilter(ratio, 1.0);
+    EXPECT_EQ(SharedFilter(ratio, 1.0), filter);
+    EXPECT_NE(SharedFilter(ratio, 0.9), filter);
+    for (int i = 0; i < 20; ++i) SharedFilter(ratio, 0.5 + 0.01 * i);
+    EXPECT_NE(SharedFilter(ratio, 1.0), filter) << "no bound on how many are kept";
+}
+
+TEST(ConverterKernelThreads, ShareFilters) {
+    std::vector<std::thread> threads;
+    threads.reserve(8);
+    for (int t = 0; t < 8; ++t)
+        threads.emplace_back([t] {
+            for (int i = 0; i < 125; ++i) SharedFilter({1 + (i + t) % 12, 3}, 1.0);
+        });
+    for (std::thread& thread : threads) thread.join();
+}
+
+// The name is looked at once in a process, so each case is one.
+TEST(ConverterKernel, ANameThatIsntOfferedIsToldOnceAndTheBestIsTaken) {
+    const auto choose = [](const char* name) {
+        setenv("VLACWAV3_KERNEL", name, 1);
+        const ConverterKernel* const chosen = &ChosenKernel();
+        std::exit(&ChosenKernel() == chosen && chosen->isOffered() ? 0 : 1);
+    };
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(choose("vax"), testing::ExitedWithCode(0),
+                "^VLACWAV3_KERNEL=vax isn't offered here; [a-z0-9]+ converts.\n$");
+    EXPECT_EXIT(choose("portable"), testing::ExitedWithCode(0), "^$");
+}
+
+}  // namespace
