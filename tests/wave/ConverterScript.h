@@ -4,16 +4,25 @@
 
 #include <random>
 #include <string>
+#include <vector>
 
 #include "AudioCodec/wave/converter/CSampleRateConverter.h"
 #include "tests/wave/BatchConverter.h"
+
+// A life of 60 bytes.
+inline std::vector<uint8_t> RandomScript(uint32_t seed) {
+    std::mt19937 random(seed);
+    std::vector<uint8_t> script(60);
+    for (uint8_t& byte : script) byte = static_cast<uint8_t>(random());
+    return script;
+}
 
 class ConverterScript {
 public:
     ConverterScript(const uint8_t* bytes, size_t size) : m_bytes(bytes), m_left(size) {}
 
     // Empty where all samples, counts and states were the same.
-    std::string Play() {
+    std::string Play(const ConverterKernel& kernel) {
         constexpr int32_t kRates[] = {8000,  11025, 12000, 16000,  22050, 24000, 32000, 44100,
                                       48000, 88200, 96000, 192000, 47999, 44100, 48000, 1000};
         const uint32_t rates = Next();
@@ -25,6 +34,7 @@ public:
         const std::vector<int16_t> input = Signal(Next() % 9, channels);
 
         CSampleRateConverter converter;
+        converter.UseKernel(kernel);
         converter.Configure(channels, from, outChannels, to);
         BatchConverter definition(channels, outChannels, converter.PhaseCount(), converter.InputStep(),
                                   std::min(1.0, static_cast<double>(to) / from));

@@ -58,7 +58,8 @@ void CSampleRateConverter::Prepare() {
     m_input.Reset(m_srcChannels, inBlocks ? ConverterKernel::Margin(m_inputStep, m_phaseCount) : 0);
     m_made = std::move(made);
     m_totals = std::move(totals);
-    m_kernel = inBlocks ? &ChosenKernel() : &kPortableKernel;
+    const ConverterKernel& wanted = m_wantedKernel ? *m_wantedKernel : ChosenKernel();
+    m_kernel = inBlocks ? &wanted : &kPortableKernel;
     m_filter = std::move(filter);
 }
 

@@ -25,6 +25,8 @@ class CSampleRateConverter {
 public:
     // Takes a pair of formats and stands at the start of the input.
     void Configure(uint32_t srcChannels, int32_t srcRate, uint32_t dstChannels, int32_t dstRate);
+    // Converts by this kernel in place of the chosen one, for tests and measurements. Before it is prepared.
+    void UseKernel(const ConverterKernel& kernel) { m_wantedKernel = &kernel; }
     // Builds the filter, unless that is done: the costly step. Throws std::bad_alloc, and can be tried again.
     void Prepare();
 
@@ -79,6 +81,7 @@ private:
     int32_t m_phaseCount = 0;
     std::shared_ptr<const PhaseFilter> m_filter;  // null until it is prepared, as what follows is empty
     const ConverterKernel* m_kernel = nullptr;
+    const ConverterKernel* m_wantedKernel = nullptr;  // null: the chosen one
     PlanarFrames m_input;
     std::vector<int16_t> m_made;   // planes of output
     std::vector<double> m_totals;  // of the channels that a mean is made of
