@@ -62,13 +62,16 @@ void PlanarFrames::Slide(size_t used) {
 }
 
 void PlanarFrames::SetInput(ConverterJob& job, size_t place) {
-    const bool holds = m_margin != 0 && std::max(m_pastPeak, m_peak) > SampleScale::kWholeLimit;
+    const int32_t peak = std::max(m_pastPeak, m_peak);
+    const bool holds = m_margin != 0 && peak > SampleScale::kWholeLimit;
     if (holds && !m_isHeld) HoldToLimit();
     const auto plane = static_cast<ptrdiff_t>(m_channels * m_stride);
     job.input = Row(0) + place;
     job.inputStride = m_stride;
     job.held = holds ? plane : 0;
     job.excess = holds ? 2 * plane : 0;
+    job.quietBits = 0;
+    while (job.quietBits < 14 && peak <= SampleScale::kWholeLimit >> (job.quietBits + 1)) ++job.quietBits;
     job.wide = &m_wide[m_margin + place];
 }
 
@@ -79,7 +82,7 @@ void PlanarFrames::HoldToLimit() {
     constexpr int16_t kLimit = SampleScale::kWholeLimit;
     for (size_t i = 0; i < plane; ++i) {
         const int16_t sample = m_rows[i];
-        held[i] = std::clamp<int16_t>(sample, -kLimit, kLimit);
+        held[i] = std::min(std::max<int16_t>(sample, -kLimit), kLimit);
         excess[i] = static_cast<int16_t>((sample > kLimit ? 1 : 0) - (sample < -kLimit ? 1 : 0));
     }
     m_isHeld = true;

@@ -183,13 +183,8 @@ private:
         typename V::Ints coarse[kCount];
         typename V::Ints fine[kCount];
         Multiply<kCount>(block, streams, kHeld ? m_job.held : 0, coarse, fine);
-        ForEach<kCount>([&](int s) {
-            if constexpr (kHeld) {
-                const int16_t* const excess = streams[s].window + m_job.excess;
-                if (V::AnySet(excess, 2 * block.pairCount)) AddExcess(block, excess, fine[s]);
-            }
-            Finish(block, streams[s], coarse[s], fine[s]);
-        });
+        if constexpr (kHeld) AddExcess<kCount>(block, streams, fine);
+        ForEach<kCount>([&](int s) { Finish(block, streams[s], coarse[s], fine[s]); });
     }
 
     // Sums in variables of its own, which no other function can reach: so they stay in registers.
@@ -221,12 +216,25 @@ private:
     }
 
     // What the limit of the input leaves of samples beyond it, which is no whole number.
-    void AddExcess(const Block& block, const int16_t* window, typename V::Ints& fine) const {
-        typename V::Ints excess = V::Zero();
-        for (size_t pair = 0; pair < block.pairCount; ++pair)
-            excess = V::MultiplyAdd(excess, V::Broadcast(window + 2 * pair), V::Load(block.excess[pair]));
+    template <int kCount>
+    void AddExcess(const Block& block, const Stream* streams, typename V::Ints* fine) const {
+        typename V::Ints excess[kCount];
+        const int16_t* window[kCount];
+        bool any = false;
+        for (int s = 0; s < kCount; ++s) {
+            excess[s] = V::Zero();
+            window[s] = streams[s].window + m_job.excess;
+            any |= V::AnySet(window[s], 2 * block.pairCount);
+        }
+        if (!any) return;
+        for (size_t pair = 0; pair < block.pairCount; ++pair) {
+            const typename V::Pairs taps = V::Load(block.excess[pair]);
+            for (int s = 0; s < kCount; ++s)
+                excess[s] = V::MultiplyAdd(excess[s], V::Broadcast(window[s] + 2 * pair), taps);
+        }
         constexpr int kBits = FilterLayout::kCoarseBits - FilterLayout::kExcessBits;
-        fine = V::Add(fine, V::ShiftLeft(excess, kBits + m_filter.fineBits));
+        for (int s = 0; s < kCount; ++s)
+            fine[s] = V::Add(fine[s], V::ShiftLeft(excess[s], kBits + m_filter.fineBits));
     }
 
     // The whole part and what is left, in 2^-(14 + b); lanes that are too near are noted.
@@ -240,10 +248,16 @@ private:
         const typename V::Ints floor = V::Add(V::ShiftRight(coarse, kCoarse), V::ShiftRight(rest, unit));
         // Cut towards 0: a rest that counts as certain isn't 0, so below 0 it is one more.
         Store(stream, V::Add(floor, V::SignBit(floor)));
-        const typename V::Ints above = V::And(V::Sub(rest, V::LoadInts(block.bounds->bound)), restMask);
-        uint32_t doubtful = V::Above(above, V::LoadInts(block.bounds->span));
+        const typename V::Ints bound = V::LoadInts(block.bounds->bound);
+        uint32_t doubtful = V::Above(V::And(V::Sub(rest, bound), restMask), V::LoadInts(block.bounds->span));
         if (doubtful == 0) [[likely]]
             return;
+        // The bound is that of samples at the limit. What it leaves of doubt is looked at with that of the
+        // loudest one that is there; 3 is more than the rounding of the shift and what doesn't depend on
+        // them.
+        const typename V::Ints close = V::Add(V::ShiftRight(bound, m_job.quietBits), V::Set(3));
+        const typename V::Ints span = V::Sub(V::Set(1 << unit), V::Add(close, close));
+        doubtful &= V::Above(V::And(V::Sub(rest, close), restMask), span);
         doubtful &= (1U << stream.to) - (1U << stream.from);
         if (__builtin_popcount(doubtful) > kMostDoubts) return FinishInDoubles(block, stream);
         Note(stream, doubtful);
