@@ -9,7 +9,7 @@
 namespace {
 
 constexpr double kSeconds = 1;  // of a row, beyond which there are no more turns than these
-constexpr size_t kLeastTurns = 5;
+constexpr size_t kLeastTurns = 3;
 constexpr size_t kMostTurns = 101;
 
 void RunRow(benchmark::State& state, double wanted, const std::function<Sides()>& prepare) {

@@ -1,17 +1,13 @@
 // Saving tags into a 500 MB file beside the same save into one of 1 MB, in turn. The files are sparse: a save
-// meets no audio. Most of the time is the medium's, which a save waits for twice.
-#include <benchmark/benchmark.h>
-
-#include <chrono>
+// meets no audio.
+#include <memory>
 
 #include "AudioCodec/wave/riff/CWaveFile.h"
+#include "bench/table/Row.h"
 #include "tests/support/ScopedFile.h"
 #include "tests/support/WavImage.h"
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
-using Seconds = std::chrono::duration<double>;
 
 constexpr uint32_t kBigAudioBytes = 500'000'000;
 constexpr uint32_t kSmallAudioBytes = 1'000'000;
@@ -25,32 +21,29 @@ void MakeSparse(const ScopedFile& file, uint32_t audioBytes) {
 
 double Save(const ScopedFile& file, const std::string& title) {
     const std::u16string path = file.Wide();
-    const auto start = Clock::now();
-    CWaveFile wave;
-    wave.OpenForReading(path.c_str(), false);
-    wave.Chunks().Set(kTitle, title);
-    wave.SetModified(true);
-    wave.CloseFile();
-    return Seconds(Clock::now() - start).count();
+    return Timed([&] {
+        CWaveFile wave;
+        wave.OpenForReading(path.c_str(), false);
+        wave.Chunks().Set(kTitle, title);
+        wave.SetModified(true);
+        wave.CloseFile();
+    });
 }
 
-void SaveBesideASmallFile(benchmark::State& state) {
-    const ScopedFile big;
-    const ScopedFile small;
-    MakeSparse(big, kBigAudioBytes);
-    MakeSparse(small, kSmallAudioBytes);
-    double bigSeconds = 0;
-    double smallSeconds = 0;
-    size_t length = 0;
-    for (auto _ : state) {
-        const std::string title(100 + 20 * (length++ % 7), 't');  // longer lists and shorter ones
-        smallSeconds += Save(small, title);
-        const double seconds = Save(big, title);
-        bigSeconds += seconds;
-        state.SetIterationTime(seconds);
-    }
-    state.counters["time_over_small_file"] = bigSeconds / smallSeconds;
-}
-BENCHMARK(SaveBesideASmallFile)->UseManualTime()->Unit(benchmark::kMicrosecond);
+// Longer lists and shorter ones.
+std::string NextTitle(size_t& count) { return std::string(100 + 20 * (count++ % 7), 't'); }
+
+const bool g_added = [] {
+    AddRow("save tags/500 MB", 0.9, [] {
+        const auto big = std::make_shared<ScopedFile>();
+        const auto small = std::make_shared<ScopedFile>();
+        MakeSparse(*big, kBigAudioBytes);
+        MakeSparse(*small, kSmallAudioBytes);
+        const auto counts = std::make_shared<std::pair<size_t, size_t>>();
+        return Sides{[=] { return Save(*big, NextTitle(counts->first)); },
+                     [=] { return Save(*small, NextTitle(counts->second)); }, "the same into 1 MB", ""};
+    });
+    return true;
+}();
 
 }  // namespace
