@@ -48,6 +48,10 @@ VLW_API int vlw_is_language(const char* text);
 VLW_CHECKED vlw_code vlw_picture_convert(vlw_module* module, const void* bytes, size_t size, const char* kind,
                                          void** made, size_t* made_size);
 
+/** 1: a file opened from now on whose head tells its length is opened without its decoder, for programs that
+ * only look. The first read or seek asks for it, so VLW_NO_DECODER and VLW_DAMAGED may come then. 0, as a new
+ * reader has it: the opening asks for it. [handle] */
+VLW_API vlw_code vlw_reader_decode_late(vlw_reader* reader, int late);
 /** Whether the open file's head tells how much audio there is: 1 or 0. Recordings that were piped or whose
  * recorder was killed have none, and are read to the end of the file. [handle] */
 VLW_API int vlw_reader_length_told(const vlw_reader* reader);

@@ -71,6 +71,7 @@ nlohmann::ordered_json Json(const std::string& file, const Found& found) {
 
 ExitCode RunInfo(const vlw::Module& module, const InfoOptions& options) {
     vlw::Reader reader(module);
+    static_cast<void>(vlw_reader_decode_late(reader.get(), 1));  // a reader is there, so it can't fail
     Output output = Output::Standard();
     auto array = nlohmann::ordered_json::array();  // for JSON alone: lines for people come file by file
     ExitCode exitCode = EXIT_DONE;

@@ -54,14 +54,21 @@ void Reader::Open(std::unique_ptr<Input> input) {
     file->facts = ScanSource(*file->input);
     RequireChannels(file->facts);
     if (!m_readers) m_readers = std::make_unique<ModuleReaders>(m_module.Get());
-    file->source = std::make_unique<SourceFrames>(*m_readers, *file->input, file->facts);
+    // Loading decoders costs many times what the head does. Where only they tell whether there is any audio,
+    // they come first all the same.
+    if (!m_late || !file->facts.IsSure()) OpenSource(*file);
     m_file = std::move(file);
+}
+
+void Reader::OpenSource(OpenFile& file) {
+    if (!file.source) file.source = std::make_unique<SourceFrames>(*m_readers, *file.input, file.facts);
 }
 
 void Reader::Close() noexcept { m_file.reset(); }
 
 void Reader::BuildStages() {
     OpenFile& file = *m_file;
+    OpenSource(file);
     const ConversionTarget target = Target(file.facts);
     FrameSource* last = file.source.get();
     if (IsDownMix(file.facts.channels, target.channels)) {

@@ -24,6 +24,9 @@ public:
     // 0: the file's own. Throws Failure: VLW_UNSUPPORTED, VLW_BAD_STATE after the first frame.
     void SetOutput(uint32_t rate, uint32_t channels);
     void SetText(vlw_text text) { m_text = text; }
+    // Whether files opened from now on are taken at their head's word until a frame is wanted, where that
+    // tells the length.
+    void SetLate(bool late) { m_late = late; }
 
     // Takes the source over. Throws Failure, and no file is open then.
     void Open(std::unique_ptr<Input> input);
@@ -52,7 +55,7 @@ private:
         std::unique_ptr<Input> input;
         SourceFacts facts;
         // From the source to the program; a stage that isn't needed is missing.
-        std::unique_ptr<SourceFrames> source;
+        std::unique_ptr<SourceFrames> source;  // null before it is needed
         std::unique_ptr<MixedFrames> mixed;
         std::unique_ptr<ConvertedFrames> converted;
         FrameSource* last = nullptr;  // null before the stages are built
@@ -62,6 +65,7 @@ private:
 
     ConversionTarget Target(const SourceFacts& facts) const;
     void RequireChannels(const SourceFacts& facts) const;
+    void OpenSource(OpenFile& file);
     void BuildStages();
     void PassOver(int64_t frame);
 
@@ -71,6 +75,7 @@ private:
     uint32_t m_rate = 0;
     uint32_t m_channels = 0;
     vlw_text m_text = VLW_TEXT_AUTO;
+    bool m_late = false;
 };
 
 struct vlw_reader : FileHandle<Reader> {

@@ -63,6 +63,13 @@ vlw_code vlw_reader_text(vlw_reader* reader, vlw_text text) {
     });
 }
 
+vlw_code vlw_reader_decode_late(vlw_reader* reader, int late) {
+    return Guarded(reader, [&] {
+        reader->work->SetLate(late != 0);
+        return VLW_OK;
+    });
+}
+
 vlw_code vlw_reader_open(vlw_reader* reader, const char* path) {
     return OpenWith(reader, [&] {
         if (!path) throw Failure(VLW_BAD_ARGUMENT, "No path was given.");

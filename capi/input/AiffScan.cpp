@@ -142,12 +142,18 @@ private:
         m_facts.rate = RateOf(common + 8);
         const uint32_t sample = codec.unitBytes != 0 ? codec.unitBytes : (m_facts.bits + 7) / 8;
         if (codec.unitFrames != 0) m_facts.blockBytes = sample * m_facts.channels;
-        if (m_facts.blockBytes != 0) {
+        if (m_facts.blockBytes != 0 && IsDecoded(codec)) {
             m_facts.unit.bytes = m_facts.blockBytes;
             m_facts.unit.frames = codec.unitFrames;
             m_facts.unit.standsAlone = codec.unitFrames == 1;
         }
         Measure(LoadBE32(common + 2), codec.unitFrames);
+    }
+
+    // Of other forms only the decoders can tell whether they take them.
+    bool IsDecoded(const AiffCodec& codec) const {
+        if (codec.unitFrames > 1) return m_facts.channels <= 2;
+        return codec.bits == 64 || LoadBE16(m_common.data() + 6) <= 32;
     }
 
     // "COMM" counts units. Programs that write to a pipe leave both sizes 0, or out of all bounds.

@@ -56,6 +56,9 @@ struct SourceFacts {
     std::vector<uint8_t> infoEntries;                        // of an input in order
     std::vector<std::pair<std::string, std::string>> texts;  // of AIFF: keyword and bytes
 
+    // Whether decoding can tell nothing else: the sizes give the frames, of a form that the decoders take.
+    bool IsSure() const;
+
     // Whether a file ends before what its head promises, as far as that can be told beforehand.
     bool IsCut() const {
         if (frames && promised) return *frames < *promised;

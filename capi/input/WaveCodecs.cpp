@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <initializer_list>
 #include <iterator>
 
 #include "riff/WaveTypes.h"
@@ -11,14 +12,23 @@ namespace {
 constexpr uint32_t kExtensible = 0xFFFE;
 
 // Samples of a fixed width, as far as width and frame size agree.
-UnitSize PlainUnit(const WaveFormat& format) {
-    const uint32_t frame = uint32_t{format.channels} * ((format.bitsPerSample + 7u) / 8u);
+UnitSize PlainUnit(const WaveFormat& format,
+                   std::initializer_list<uint32_t> widths /*bytes, that are decoded*/) {
+    const uint32_t width = (format.bitsPerSample + 7u) / 8u;
+    const uint32_t frame = format.channels * width;
     UnitSize unit;
     if (frame == 0 || (format.blockAlign != frame && !format.IsDirectPcm())) return unit;
+    if (std::find(widths.begin(), widths.end(), width) == widths.end()) return unit;
     unit.bytes = frame;
     unit.frames = 1;
     unit.standsAlone = true;
     return unit;
+}
+
+UnitSize PcmUnit(const WaveFormat& format) { return PlainUnit(format, {1, 2, 3, 4, 8}); }
+
+UnitSize FloatUnit(const WaveFormat& format) {
+    return format.bitsPerSample % 32 == 0 ? PlainUnit(format, {4, 8}) : UnitSize();
 }
 
 // One byte a sample, whatever the record says of bits.
@@ -37,6 +47,8 @@ UnitSize AdpcmUnit(const WaveFormat& format, uint32_t headBytes, uint32_t headFr
     UnitSize unit;
     const uint32_t head = headBytes * format.channels;
     if (format.bitsPerSample != 4 || format.channels == 0 || format.blockAlign < head) return unit;
+    // What is left of a block puts decoders out of step.
+    if ((format.blockAlign - head) % stepBytes != 0) return unit;
     unit.headBytes = head;
     unit.headFrames = headFrames;
     unit.stepBytes = stepBytes;
@@ -47,11 +59,15 @@ UnitSize AdpcmUnit(const WaveFormat& format, uint32_t headBytes, uint32_t headFr
     return unit;
 }
 
-UnitSize ImaUnit(const WaveFormat& format) { return AdpcmUnit(format, 4, 1, 4u * format.channels); }
+// Decoders take up to so many channels of each.
+UnitSize ImaUnit(const WaveFormat& format) {
+    return format.channels <= 2 ? AdpcmUnit(format, 4, 1, 4u * format.channels) : UnitSize();
+}
 
 // Of two channels each byte holds a sample of both.
 UnitSize MicrosoftUnit(const WaveFormat& format) {
-    return AdpcmUnit(format, 7, 2, format.channels > 2 ? format.channels : 1);
+    return format.channels <= 6 ? AdpcmUnit(format, 7, 2, format.channels > 2 ? format.channels : 1)
+                                : UnitSize();
 }
 
 // ETSI GSM 06.10 in pairs of frames: 65 bytes are 320 samples. What comes before a block is part of it.
@@ -64,8 +80,8 @@ UnitSize GsmUnit(const WaveFormat& format) {
 }
 
 constexpr WaveCodec kCodecs[] = {
-    {0x0001, "PCM", true, PlainUnit},        {0x0002, "MS ADPCM", true, MicrosoftUnit},
-    {0x0003, "IEEE float", true, PlainUnit}, {0x0006, "A-law", true, ByteUnit},
+    {0x0001, "PCM", true, PcmUnit},          {0x0002, "MS ADPCM", true, MicrosoftUnit},
+    {0x0003, "IEEE float", true, FloatUnit}, {0x0006, "A-law", true, ByteUnit},
     {0x0007, "mu-law", true, ByteUnit},      {0x0011, "IMA ADPCM", true, ImaUnit},
     {0x0020, "Yamaha ADPCM", true, nullptr}, {0x0031, "GSM 6.10", false, GsmUnit},
     {0x0040, "G.721", true, nullptr},        {0x0045, "G.726", true, nullptr},

@@ -54,11 +54,15 @@ const Disposition* FindDisposition(DWORD id) {
 }
 
 // A device has no contents to empty and is shared by nature.
-int ShareAndEmpty(const SystemFile& file, DWORD access, DWORD share, bool empties) {
+int ShareAndEmpty(FileObject& object, DWORD access, DWORD share, bool empties) {
+    const SystemFile& file = object.m_file;
     if (!file.IsRegular()) return 0;
     const ShareMode mode = {(access & GENERIC_READ) != 0, (access & GENERIC_WRITE) != 0,
                             (share & FILE_SHARE_READ) == 0, (share & FILE_SHARE_WRITE) == 0};
-    if (const int error = TakeShareMode(file, mode)) return error;
+    bool isHeld = false;
+    if (const int error = TakeShareMode(file, mode, isHeld)) return error;
+    object.m_isSteady = isHeld && mode.denyWrite && !mode.write;
+    if (object.m_isSteady) object.m_ahead.TakeMemory();
     int64_t size = 0;
     if (const int error = empties ? file.Size(size) : 0) return error;
     return size != 0 ? file.Resize(0) : 0;
@@ -71,7 +75,7 @@ std::unique_ptr<FileObject> OpenFile(const WCHAR* path, DWORD access, DWORD shar
     const OpenMode mode = {(access & GENERIC_READ) != 0, (access & GENERIC_WRITE) != 0,
                            nameless ? Creation::Nameless : how.creation};
     int error = object->m_file.Open(Utf::ToUtf8(path), mode);
-    if (error == 0) error = ShareAndEmpty(object->m_file, access, share, how.empties);
+    if (error == 0) error = ShareAndEmpty(*object, access, share, how.empties);
     if (error == 0) return object;
     object.reset();
     FailWithErrno(error);
@@ -139,8 +143,10 @@ BOOL ReadFile(HANDLE file, void* buffer, DWORD size, DWORD* done, OVERLAPPED* ov
     if (!object) return FALSE;
     if (overlapped || (!buffer && size != 0)) return FailWith(ERROR_INVALID_PARAMETER);
     size_t count = 0;
-    if (const int error = object->m_file.ReadAt(buffer, size, object->m_place, count))
-        return FailWithErrno(error);
+    const int error = object->m_isSteady
+                          ? object->m_ahead.ReadAt(object->m_file, buffer, size, object->m_place, count)
+                          : object->m_file.ReadAt(buffer, size, object->m_place, count);
+    if (error != 0) return FailWithErrno(error);
     object->m_place += static_cast<int64_t>(count);
     if (done) *done = static_cast<DWORD>(count);
     return TRUE;

@@ -48,7 +48,8 @@ VL_PLATFORM_API HANDLE CreateFileA(const char* path, DWORD access, DWORD share, 
                                    DWORD disposition, DWORD flagsAndAttributes, HANDLE templateFile);
 
 // Reads up to `size` bytes at the handle's place and moves it. Fewer than asked, with success, means the end
-// of the file. 0 is failure; *done is then 0.
+// of the file. 0 is failure; *done is then 0. A handle that only reads and lets nobody write reads ahead: a
+// change by those who don't heed share modes may be seen later.
 VL_PLATFORM_API BOOL ReadFile(HANDLE file, void* buffer, DWORD size, DWORD* done, OVERLAPPED* overlapped);
 
 // Writes `size` bytes at the handle's place and moves it. On failure, such as 112 for a full disk, *done

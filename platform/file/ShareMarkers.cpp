@@ -90,7 +90,8 @@ int TakeWithRetries(const Markers& markers) {
 
 }  // namespace
 
-int TakeShareMode(const SystemFile& file, const ShareMode& mode) {
+int TakeShareMode(const SystemFile& file, const ShareMode& mode, bool& isHeld) {
     const int error = TakeWithRetries(Markers(file, mode));
+    isHeld = error == 0;
     return MeansNoLocks(error) ? 0 : error;
 }

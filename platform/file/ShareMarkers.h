@@ -15,5 +15,6 @@ struct ShareMode {
 };
 
 // Takes the markers of `mode` for as long as `file` is open. 0, EAGAIN when another open file contradicts, or
-// an errno. Where the file system knows no such locks, there are no share modes, and the answer is 0.
-int TakeShareMode(const SystemFile& file, const ShareMode& mode);
+// an errno. Where the file system knows no such locks, there are no share modes, and the answer is 0, without
+// `isHeld`.
+int TakeShareMode(const SystemFile& file, const ShareMode& mode, bool& isHeld);

@@ -46,12 +46,17 @@ HRESULT AudioDecoder::Open(const CodecDescription& description) {
     return S_OK;
 }
 
-HRESULT AudioDecoder::Send(std::span<BYTE> packet) {
-    m_packet->data = packet.data();
-    m_packet->size = static_cast<int>(packet.size());
-    m_taken += packet.size();
+HRESULT AudioDecoder::Send(UniqueBuffer packet) {
+    const bool ends = !packet;
+    if (packet) {
+        m_packet->data = packet->data;
+        m_packet->size = static_cast<int>(packet->size);
+        m_packet->buf = packet.release();  // so the codec refers to it, and copies nothing
+        m_taken += static_cast<uint64_t>(m_packet->size);
+    }
     // A packet that it refuses is a damaged one.
-    const int sent = avcodec_send_packet(m_context.get(), packet.empty() ? nullptr : m_packet.get());
+    const int sent = avcodec_send_packet(m_context.get(), ends ? nullptr : m_packet.get());
+    av_packet_unref(m_packet.get());
     return sent == AVERROR(ENOMEM) ? E_OUTOFMEMORY : S_OK;
 }
 

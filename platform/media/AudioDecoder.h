@@ -3,8 +3,6 @@
 // 16 bits. One thread at a time.
 #pragma once
 
-#include <span>
-
 #include "platform/media/CodecBlock.h"
 
 class AudioDecoder {
@@ -15,9 +13,9 @@ public:
     int Channels() const { return m_channels; }
     int SampleRate() const { return m_sampleRate; }  // Hz
 
-    // Takes a packet in, after which kPadding zero bytes stand; an empty one ends the stream. Then Receive
-    // is to be called until it returns no frame. E_OUTOFMEMORY, else S_OK.
-    HRESULT Send(std::span<BYTE> packet);
+    // Takes a packet in, after which kPadding zero bytes stand, and keeps it as long as the codec likes; null
+    // ends the stream. Then Receive is to be called until it returns no frame. E_OUTOFMEMORY, else S_OK.
+    HRESULT Send(UniqueBuffer packet);
     // The next frame, of the format above and a form that can be converted, or null; valid until the next
     // call. E_OUTOFMEMORY, else S_OK.
     HRESULT Receive(const AVFrame*& frame);

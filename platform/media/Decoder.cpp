@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <new>
 
 #include "platform/media/MediaTime.h"
 #include "platform/media/SampleConversion.h"
@@ -21,6 +22,16 @@ WAVEFORMATEX Pcm16Format(const AudioDecoder& decoder) {
     format.nBlockAlign = static_cast<WORD>(format.nChannels * sizeof(int16_t));
     format.nAvgBytesPerSec = format.nSamplesPerSec * format.nBlockAlign;
     return format;
+}
+
+// The bytes of a sample for the codec, which holds the sample as long as it needs them.
+UniqueBuffer Shared(IMediaSample& sample, BYTE* data) {
+    const auto release = [](void* held, uint8_t*) { static_cast<IMediaSample*>(held)->Release(); };
+    UniqueBuffer buffer(av_buffer_create(data, static_cast<size_t>(sample.GetActualDataLength()), release,
+                                         &sample, AV_BUFFER_FLAG_READONLY));
+    if (!buffer) throw std::bad_alloc();
+    sample.AddRef();
+    return buffer;
 }
 
 }  // namespace
@@ -118,13 +129,13 @@ HRESULT Decoder::Decode(IMediaSample& sample) {
     }
     BYTE* data = nullptr;
     if (FAILED(sample.GetPointer(&data)) || sample.GetActualDataLength() <= 0) return S_OK;
-    const HRESULT sent = m_decoder->Send({data, static_cast<size_t>(sample.GetActualDataLength())});
+    const HRESULT sent = m_decoder->Send(Shared(sample, data));
     return FAILED(sent) ? sent : DeliverFrames();
 }
 
 // Codecs hold frames back; at the end nothing more comes to push them out.
 HRESULT Decoder::DecodeRest() {
-    HRESULT result = m_decoder->Send({});
+    HRESULT result = m_decoder->Send(nullptr);
     if (SUCCEEDED(result)) result = DeliverFrames();
     return SUCCEEDED(result) && m_decoder->UnderstoodNothing() ? VFW_E_INVALID_FILE_FORMAT : result;
 }

@@ -1,7 +1,7 @@
 // Where a read goes on after MoveTo: (1) at the start, if nothing was given since Open; (2) straight at the
-// frame, where positions are honoured and frames stand for themselves; (3) else from a new Open, at the
-// start. From (1) and (3) whoever decodes drops what lies before the frame, so that it comes out as it does
-// in a straight read.
+// frame or its block, where positions are honoured and these stand for themselves; (3) else from a new Open,
+// at the start. (4) Of a source in order the packets before the block are read there, and not decoded.
+// Whoever decodes drops what still lies before the frame, so that it comes out as it does in a straight read.
 #include "platform/media/Demuxer.h"
 
 #include <algorithm>
@@ -47,6 +47,14 @@ const AVInputFormat* FindFormat(std::string_view head) {
 bool IsPlainPcm(AVCodecID codec) {
     return codec >= AV_CODEC_ID_FIRST_AUDIO && codec < AV_CODEC_ID_ADPCM_IMA_QT;
 }
+
+// Codecs whose blocks can be decoded from any one on, where 4 bits make a sample.
+struct BlockRow {
+    AVCodecID codec;
+    int headBytes;  // for each channel, as all here
+    int stepBytes;
+};
+constexpr BlockRow kBlocks[] = {{AV_CODEC_ID_ADPCM_IMA_WAV, 4, 4}, {AV_CODEC_ID_ADPCM_MS, 7, 1}};
 
 template <class T>
 T* OrThrow(T* allocated) {
@@ -145,38 +153,76 @@ HRESULT Demuxer::Duration(REFERENCE_TIME& duration) const {
     return duration < 0 ? E_FAIL : S_OK;
 }
 
-std::optional<int64_t> Demuxer::PlaceOf(int64_t frame) const {
-    if (!m_format) return {};
-    const AVCodecParameters& codec = Codec();
-    const int bits = IsPlainPcm(codec.codec_id) ? av_get_bits_per_sample(codec.codec_id) : 0;
-    const int64_t frameSize = int64_t{bits} * codec.ch_layout.nb_channels / 8;
-    // A frame size that the head contradicts would lead into the middle of a frame.
-    if (!m_honoursPositions || m_dataStart < 0 || frameSize == 0 || frameSize != codec.block_align) return {};
+Demuxer::Unit Demuxer::DecodedAlone() const {
+    // The library asks for one that it may change, and doesn't change it.
+    AVCodecParameters& codec = *m_format->streams[m_stream]->codecpar;
+    const int channels = codec.ch_layout.nb_channels;
+    if (IsPlainPcm(codec.codec_id)) {
+        const int64_t frame = int64_t{av_get_bits_per_sample(codec.codec_id)} * channels / 8;
+        // A frame size that the head contradicts would lead into the middle of a frame.
+        return frame == codec.block_align ? Unit{frame, 1} : Unit{};
+    }
+    // Blocks that begin with the whole state of the decoder, and are filled to the last byte.
+    for (const BlockRow& row : kBlocks) {
+        if (row.codec != codec.codec_id || codec.bits_per_coded_sample != 4 || channels > 2) continue;
+        const int body = codec.block_align - row.headBytes * channels;
+        if (body < 0 || body % (row.stepBytes * channels) != 0) break;
+        return {codec.block_align, av_get_audio_frame_duration2(&codec, codec.block_align)};
+    }
+    return {};
+}
+
+std::optional<Demuxer::Place> Demuxer::PlaceOf(int64_t frame) const {
+    const Unit unit = m_format && m_dataStart >= 0 ? DecodedAlone() : Unit{};
+    if (unit.bytes <= 0 || unit.frames <= 0) return {};
     const AVStream& stream = Stream();
-    const int64_t frames = av_rescale_q(stream.duration, stream.time_base, AVRational{1, codec.sample_rate});
+    const int64_t frames =
+        av_rescale_q(stream.duration, stream.time_base, AVRational{1, Codec().sample_rate});
     // The head may promise more than the file has. A place at the end or after it is left to a straight read,
     // which knows where the stream ends.
-    const int64_t whole = (m_io->Size() - m_dataStart) / frameSize;
-    if (frame >= std::min(frames, whole)) return {};
-    return m_dataStart + frame * frameSize;
+    const int64_t whole = (m_io->Size() - m_dataStart) / unit.bytes;
+    const int64_t index = frame / unit.frames;
+    if (frame >= frames || index >= whole) return {};
+    return Place{m_dataStart + index * unit.bytes, index * unit.frames};
 }
 
 HRESULT Demuxer::MoveTo(int64_t frame, int64_t& place) {
     place = 0;
     // (1) The first packet, read by Open, isn't read again: some sources can't.
     if (frame == 0 && m_atStart) return S_OK;
-    const std::optional<int64_t> direct = PlaceOf(frame);
-    if (direct) m_io->Resume();
-    if (direct && avio_seek(m_format->pb, *direct, SEEK_SET) >= 0) {
+    const std::optional<Place> direct = PlaceOf(frame);
+    if (direct && m_honoursPositions) m_io->Resume();
+    if (direct && m_honoursPositions && avio_seek(m_format->pb, direct->at, SEEK_SET) >= 0) {
         av_packet_unref(m_ahead.get());
         // (2) What the demuxer had read ahead belongs to the old place.
         avformat_flush(m_format.get());
         m_atStart = false;
-        place = frame;
+        place = direct->frame;
         return S_OK;
     }
     // (1) or (3)
-    return m_atStart ? S_OK : Open();
+    const HRESULT opened = m_atStart ? S_OK : Open();
+    if (FAILED(opened) || !direct) return opened;
+    place = direct->frame;
+    return PassOver(direct->at);  // (4)
+}
+
+// Makes Next begin at this byte of the file, at which a block or a frame starts.
+HRESULT Demuxer::PassOver(int64_t at) {
+    m_atStart = false;
+    AVPacket& packet = *m_ahead;
+    while (packet.size > 0 && packet.pos + packet.size <= at) {
+        av_packet_unref(&packet);
+        const HRESULT result = ReadPacket(packet);
+        if (FAILED(result)) return result;
+    }
+    // A packet holds several; those before the place go.
+    if (packet.size > 0 && packet.pos < at) {
+        const auto before = static_cast<int>(at - packet.pos);
+        packet.data += before;
+        packet.size -= before;
+    }
+    return S_OK;
 }
 
 HRESULT Demuxer::Next(AVPacket& packet) {

@@ -22,7 +22,7 @@ public:
     HRESULT Duration(REFERENCE_TIME& duration) const;
 
     // Makes Next go on from a place from which decoding gives frame `frame` as it is in a straight read.
-    // Returns that place in frames, 0 or `frame`.
+    // Returns that place in frames, `frame` at the most. Else the failure of the source.
     HRESULT MoveTo(int64_t frame, int64_t& place);
 
     // The next packet, or S_FALSE at the end, which damage also is, or the failure of the source.
@@ -32,8 +32,18 @@ private:
     const AVStream& Stream() const { return *m_format->streams[m_stream]; }
     HRESULT OpenFormat();
     HRESULT ReasonOf(int error) const;
-    // Where in the file a frame starts that can be decoded alone.
-    std::optional<int64_t> PlaceOf(int64_t frame) const;
+    // What a codec decodes alone, whatever comes before it.
+    struct Unit {
+        int64_t bytes;  // 0: there is nothing of the kind
+        int64_t frames;
+    };
+    struct Place {
+        int64_t at;     // in the file, bytes
+        int64_t frame;  // the first one that is decoded from there
+    };
+    Unit DecodedAlone() const;
+    std::optional<Place> PlaceOf(int64_t frame) const;
+    HRESULT PassOver(int64_t at);
     HRESULT ReadPacket(AVPacket& packet);
 
     IAsyncReader& m_reader;

@@ -21,6 +21,7 @@ struct FreePlace {
 };
 
 using UniquePacket = std::unique_ptr<AVPacket, FreePlace<av_packet_free>>;
+using UniqueBuffer = std::unique_ptr<AVBufferRef, FreePlace<av_buffer_unref>>;
 using UniqueFrame = std::unique_ptr<AVFrame, FreePlace<av_frame_free>>;
 using UniqueFormatContext = std::unique_ptr<AVFormatContext, FreePlace<avformat_close_input>>;
 using UniqueCodecContext = std::unique_ptr<AVCodecContext, FreePlace<avcodec_free_context>>;

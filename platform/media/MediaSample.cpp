@@ -1,14 +1,25 @@
 #include "platform/media/MediaSample.h"
 
 #include <algorithm>
+#include <utility>
 
 BYTE* MediaSample::Resize(size_t size) {
     if (m_own.size() < size + kPadding) m_own.resize(size + kPadding);
     std::fill_n(m_own.begin() + static_cast<std::ptrdiff_t>(size), kPadding, BYTE{0});
-    m_memory = m_own.data();
+    m_owner.reset();
+    Use(m_own.data(), size);
+    return m_memory;
+}
+
+void MediaSample::Show(std::shared_ptr<const void> owner, BYTE* memory, size_t size) {
+    m_owner = std::move(owner);
+    Use(memory, size);
+}
+
+void MediaSample::Use(BYTE* memory, size_t size) {
+    m_memory = memory;
     m_size = m_length = static_cast<LONG>(size);
     m_said = {};
-    return m_memory;
 }
 
 HRESULT MediaSample::QueryInterface(const GUID& iid, void** object) {

@@ -1,8 +1,9 @@
-// A buffer on its way from filter to filter, made by whoever sends it. It owns its memory, or stands over
-// memory of its maker that outlives it. Holds no marks but the discontinuity and no media type: those of the
-// layer's filters don't change. One thread at a time, as the sample is passed on.
+// A buffer on its way from filter to filter, made by whoever sends it. It owns its memory, or keeps the owner
+// of it, or stands over memory of its maker that outlives it. Holds no marks but the discontinuity and no
+// media type: those of the layer's filters don't change. One thread at a time, as the sample is passed on.
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "platform/media/ComObject.h"
@@ -19,6 +20,8 @@ public:
 
     // Makes room for `size` bytes of its own, all of them in use, without times or marks.
     BYTE* Resize(size_t size);
+    // Stands over memory that `owner` keeps, with its padding, all of it in use, without times or marks.
+    void Show(std::shared_ptr<const void> owner, BYTE* memory, size_t size);
 
     HRESULT QueryInterface(const GUID& iid, void** object) override;
     HRESULT GetPointer(BYTE** buffer) override;
@@ -43,7 +46,10 @@ public:
     HRESULT SetMediaTime(LONGLONG* start, LONGLONG*) override { return start ? E_NOTIMPL : S_OK; }
 
 private:
+    void Use(BYTE* memory, size_t size);
+
     std::vector<BYTE> m_own;
+    std::shared_ptr<const void> m_owner;  // of memory that isn't its own; may be null
     BYTE* m_memory = nullptr;
     LONG m_size = 0;
     LONG m_length = 0;

@@ -3,7 +3,8 @@
 // starts. Invariant: no sample of the old place arrives after (4), none of the new one before (5).
 #include "platform/media/Parser.h"
 
-#include <cstring>
+#include <memory>
+#include <new>
 
 #include "platform/media/CodecBlock.h"
 #include "platform/media/MediaTime.h"
@@ -17,6 +18,12 @@ bool HonoursPositions(IPin& output) {
     const RefPtr<IBaseFilter> source = OwnerOf(output);
     GUID id = {};
     return source && SUCCEEDED(source->GetClassID(&id)) && id == CLSID_AsyncReader;
+}
+
+std::shared_ptr<AVPacket> NewPacket() {
+    UniquePacket packet(av_packet_alloc());
+    if (!packet) throw std::bad_alloc();
+    return packet;
 }
 
 }  // namespace
@@ -125,18 +132,12 @@ HRESULT Parser::PushPackets(int64_t startFrame) {
     if (FAILED(result)) return result;
     // 0, or negative by what lies between the place where decoding can begin and the one that was asked for.
     REFERENCE_TIME time = FramesToTime(place - startFrame, m_sampleRate);
-    const UniquePacket packet(av_packet_alloc());
-    if (!packet) return E_OUTOFMEMORY;
+    std::shared_ptr<AVPacket> packet = NewPacket();
     auto sample = Make<MediaSample>();
     for (bool first = true; !m_stop; first = false) {
         result = m_demuxer->Next(*packet);
         if (result != S_OK) return result;
-        // One sample does for all packets, unless someone kept the last one: its bytes must not
-        // change under him.
-        if (sample->IsShared()) sample = Make<MediaSample>();
-        const auto size = static_cast<size_t>(packet->size);
-        std::memcpy(sample->Resize(size), packet->data, size);
-        av_packet_unref(packet.get());
+        sample->Show(packet, packet->data, static_cast<size_t>(packet->size));
         if (first) {
             sample->SetDiscontinuity(TRUE);
             sample->SetTime(&time, nullptr);
@@ -144,6 +145,13 @@ HRESULT Parser::PushPackets(int64_t startFrame) {
         // S_FALSE too: by a flush or for ever, nobody wants more.
         result = m_output.Deliver(*sample);
         if (result != S_OK) return result;
+        // One sample does for all packets, unless someone keeps it, and its packet with it: the bytes must
+        // not change under him.
+        if (sample->IsShared()) {
+            sample = Make<MediaSample>();
+            packet = NewPacket();
+        }
+        av_packet_unref(packet.get());
     }
     return S_OK;
 }

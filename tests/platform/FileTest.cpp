@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <csignal>
 #include <numeric>
+#include <random>
 
 #include "platform/base/CodePage1252.h"
 #include "platform/base/LastError.h"
@@ -85,6 +86,77 @@ TEST_F(File, InterruptedAndShortCallsAreCompleted) {
     SetFilePointer(file.get(), 0, nullptr, FILE_BEGIN);
     EXPECT_EQ(ReadAll(file.get(), 2000), bytes);
     EXPECT_GT(faults.CallsSeen(), 2 * 3 * 1000 / 7);
+}
+
+class FileAhead : public testing::Test {
+protected:
+    UniqueHandle Open(DWORD access, DWORD share) const {
+        return TakeFile(CreateFileW(m_target.Wide().c_str(), access, share, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+    }
+    // How many bytes came as they stand in the file, by blocks, until so many did or it ended.
+    size_t ReadFrom(HANDLE file, size_t place, DWORD size, size_t most) const {
+        SetFilePointer(file, static_cast<LONG>(place), nullptr, FILE_BEGIN);
+        std::string got;
+        for (std::string block = "?"; !block.empty() && got.size() < most; got += block)
+            block = ReadAll(file, size);
+        return got == m_bytes.substr(place, got.size()) ? got.size() : 0;
+    }
+
+    static std::string Pattern() {
+        std::string bytes(300'001, ' ');
+        for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i * 7 + i / 251);
+        return bytes;
+    }
+    const std::string m_bytes = Pattern();
+    const ScopedFile m_target{std::vector<uint8_t>(m_bytes.begin(), m_bytes.end())};
+};
+
+TEST_F(FileAhead, SmallBlocksCostFewCallsAndLargeOnesNoByteTwice) {
+    const UniqueHandle file = Open(GENERIC_READ, FILE_SHARE_READ);
+    for (const DWORD size : {DWORD{1021}, DWORD{4096}, DWORD{32767}}) {
+        const WithFaults counted({});
+        EXPECT_EQ(ReadFrom(file.get(), 0, size, m_bytes.size() + 1), m_bytes.size());
+        EXPECT_LE(counted.CallsSeen(), 12) << size;
+    }
+    std::mt19937 random(1);
+    for (int i = 0; i < 300; ++i) {
+        const size_t place = random() % m_bytes.size();
+        const size_t most = random() % 3 == 0 ? 90'000 : 2'000;
+        const auto size = static_cast<DWORD>(1 + random() % 40'000);
+        EXPECT_GE(ReadFrom(file.get(), place, size, most), std::min(most, m_bytes.size() - place));
+    }
+    const WithFaults counted({});
+    EXPECT_EQ(ReadFrom(file.get(), 100, 200'000, 200'000), 200'000u);
+    EXPECT_EQ(counted.BytesMoved(), 200'000u);
+}
+
+TEST_F(FileAhead, AFailureIsToldOnceWhereItIsMetAndCostsNoByte) {
+    const UniqueHandle file = Open(GENERIC_READ, FILE_SHARE_READ);
+    for (int calls = 0; calls < 10; ++calls) {
+        SetFilePointer(file.get(), 5, nullptr, FILE_BEGIN);
+        const WithFaults faults({.longest = 40'000, .callsUntilError = calls, .error = EIO});
+        std::string got;
+        int failures = 0;
+        for (DWORD done = 1; done != 0 && failures < 2;) {
+            std::string block(3000, '?');
+            const bool good = ReadFile(file.get(), block.data(), 3000, &done, nullptr);
+            if (good) got.append(block, 0, done);
+            if (!good) done = static_cast<DWORD>(++failures);
+        }
+        EXPECT_LE(failures, 1);
+        EXPECT_TRUE(got == m_bytes.substr(5)) << calls;
+    }
+}
+
+TEST_F(FileAhead, WhereOthersMayWriteNothingOldIsRead) {
+    constexpr DWORD kBoth = FILE_SHARE_READ | FILE_SHARE_WRITE;
+    const UniqueHandle file = Open(GENERIC_READ, kBoth);
+    EXPECT_EQ(ReadFrom(file.get(), 0, 1000, 3000), 3000u);
+    const UniqueHandle other = Open(GENERIC_WRITE, kBoth);
+    SetFilePointer(other.get(), 3000, nullptr, FILE_BEGIN);
+    EXPECT_TRUE(WriteFile(other.get(), "changed", 7, nullptr, nullptr));
+    EXPECT_EQ(ReadAll(file.get(), 7), "changed");
 }
 
 TEST_F(File, OneThatGoesWithItsHandleIsNobodyElsesFromTheStart) {

@@ -105,6 +105,31 @@ void DecodeGraph::CheckSeeks(Graph& graph, const std::vector<int16_t>& straight)
     EXPECT_EQ(graph.SeekToFrame(-1), E_INVALIDARG);
 }
 
+// Damage before the block costs frames where it is decoded too.
+TEST(DecodeSeeks, GoToTheirBlockWhateverComesBeforeIt) {
+    for (const char* const options :
+         {"-c:a adpcm_ima_wav", "-c:a adpcm_ms", "-c:a adpcm_ima_wav -block_size 256"}) {
+        const ScopedFile file;
+        MakeFile(file.Path(), 2, 44100, options, "1");
+        const std::vector<int16_t> straight = DecodedByFFmpeg(file.Path());
+        std::vector<uint8_t> bytes = file.Bytes();
+        const std::string_view data = "data";
+        const auto audio = std::search(bytes.begin(), bytes.end(), data.begin(), data.end()) + 8;
+        std::fill(audio, audio + 9000, uint8_t{0xFF});
+        file.Write(bytes);
+        for (const bool inOrder : {false, true}) {
+            Graph graph;
+            ASSERT_EQ(inOrder ? graph.Open(*Make<SequentialSource>(bytes)) : graph.Open(file.Wide()), S_OK);
+            ASSERT_EQ(graph.control->Run(), S_OK);
+            for (const int64_t frame : {30001, 20000, 40999}) {
+                ASSERT_EQ(graph.SeekToFrame(frame), S_OK);
+                EXPECT_EQ(graph.ReadAll(), std::vector(straight.begin() + frame * 2, straight.end()))
+                    << options;
+            }
+        }
+    }
+}
+
 // No hang, no crash, no message of the decoder's, and an end for all that opens.
 TEST_P(DecodeGraph, EndsForFilesThatAreCutOrDamaged) {
     testing::internal::CaptureStderr();
