@@ -34,9 +34,10 @@ struct ConvertOptions {
     std::string output;  // a file, or a folder, which several files need
     FormatWish wish;
     bool overwrite = false;
-    bool partial = false;           // of a file that ends early what is there is enough
-    bool lossy = false;             // tags that the output can't keep may change or go
-    std::optional<uint32_t> jobs;   // files at once; as many as there are cores where missing
+    bool partial = false;  // of a file that ends early what is there is enough
+    bool lossy = false;    // tags that the output can't keep may change or go
+    std::optional<uint32_t>
+        jobs;  // files at once, and threads for long ones; as suits the machine where missing
     std::vector<std::string> sets;  // "NAME=VALUE"
 };
 

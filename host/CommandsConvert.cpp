@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <map>
@@ -17,6 +18,9 @@
 #include "host/TagChanges.h"
 
 namespace {
+
+// Short files wait for the disk, one after the other, for longer than they need a core.
+constexpr size_t kFilesPerCore = 4;
 
 struct Job {
     std::string input;
@@ -83,14 +87,20 @@ std::string FormatLosses(const std::string& notes) {
     return text.empty() ? text : text + ')';
 }
 
+// What is told of one file.
+struct Told {
+    std::string complaints;  // lines on standard error, which come first
+    std::string line;        // on standard output
+};
+
 // Converts for one thread.
 class Worker {
 public:
     explicit Worker(const Rules& rules) : m_rules(rules), m_converter(rules.module), m_reader(rules.module) {}
 
-    // Throws what fails. Tells on standard error what the output doesn't have of the input, but for the
-    // format.
-    vlw::Converted Convert(const Job& job) {
+    // On as many threads. Throws what fails. What the output doesn't have of the input, but for the format,
+    // is among the complaints.
+    Told Convert(const Job& job, uint32_t threads) {
         if (IsSameFile(job.input, job.output))
             throw Failure("The output is the input itself; choose another name for -o.");
         std::error_code ignored;
@@ -100,6 +110,7 @@ public:
             throw Failure(fmt::format("{} is no regular file; choose another name for -o.",
                                       Report::Printable(job.output)));
         vlw::Conversion conversion = m_rules.conversion;
+        conversion.threads = threads;
         vlw::Tags tags;
         if (m_rules.changes.TakesAway()) {
             m_reader.open(job.input);
@@ -110,8 +121,7 @@ public:
         conversion.tags = &tags;
         const vlw::Result<vlw::Converted> made = m_converter.try_run(job.input, job.output, conversion);
         if (!made) Refuse(job, made.error());
-        Warn(job.input, *made);
-        return *made;
+        return {Warnings(job.input, *made), LineOf(job, *made)};
     }
 
 private:
@@ -125,12 +135,22 @@ private:
         throw vlw::Error(failure);
     }
 
-    void Warn(const std::string& input, const vlw::Converted& made) {
+    std::string Warnings(const std::string& input, const vlw::Converted& made) const {
+        std::string lines;
         if (made.ending == vlw::Ending::cut)
-            Report::Complain(input,
-                             "Note: " + Report::Printable(vlw_converter_error(m_converter.get())->text));
+            lines += Report::Complaint(
+                input, "Note: " + Report::Printable(vlw_converter_error(m_converter.get())->text));
         for (const std::string& line : Lines(made.notes))
-            if (!IsOfFormat(line)) Report::Complain(input, "Note: " + Report::Printable(line) + '.');
+            if (!IsOfFormat(line))
+                lines += Report::Complaint(input, "Note: " + Report::Printable(line) + '.');
+        return lines;
+    }
+
+    std::string LineOf(const Job& job, const vlw::Converted& made) const {
+        return fmt::format("{} -> {}: {}, {}{}\n", Report::Printable(job.input),
+                           Report::Printable(job.output), TextOf(made.format, m_rules.formats),
+                           Report::Duration(made.format.frames.value_or(0), made.format.rate),
+                           FormatLosses(made.notes));
     }
 
     const Rules& m_rules;
@@ -138,16 +158,21 @@ private:
     vlw::Reader m_reader;
 };
 
-// Hands the jobs to its threads one by one; a file that fails stops none of the others.
+// Hands the jobs to its threads one by one; a file that fails stops none of the others. What is told of the
+// files comes in their order, each as soon as those before it are told.
 class Batch {
 public:
-    Batch(const Rules& rules, const std::vector<Job>& jobs) : m_rules(rules), m_jobs(jobs) {}
+    Batch(const Rules& rules, const std::vector<Job>& jobs)
+        : m_rules(rules), m_jobs(jobs), m_unfinished(jobs.size()) {}
 
-    ExitCode Run(size_t threads) {
+    // So many files at once, and so many threads for all of them together, if there are fewer files.
+    ExitCode Run(size_t atOnce, size_t threads) {
+        m_threads = threads;
         {
             std::vector<std::jthread> workers;
             try {
-                for (size_t i = 1; i < threads; ++i) workers.emplace_back([this] { Work(); });
+                for (size_t i = 1; i < std::min(atOnce, m_jobs.size()); ++i)
+                    workers.emplace_back([this] { Work(); });
             } catch (const std::exception&) {  // the work is done by fewer
             }
             Work();
@@ -169,33 +194,44 @@ private:
     void WorkOff() {
         Worker worker(m_rules);
         for (size_t i = m_next++; i < m_jobs.size(); i = m_next++) {
+            Told told;
             try {
-                Tell(m_jobs[i], worker.Convert(m_jobs[i]));
+                // The fewer files there are, the more threads are left for each.
+                told = worker.Convert(m_jobs[i], static_cast<uint32_t>(std::max<size_t>(
+                                                     m_threads / std::max<size_t>(m_unfinished, 1), 1)));
             } catch (const std::exception& failure) {
                 m_failed = true;
-                Report::Complain(m_jobs[i].input, failure);
+                told.complaints = Report::Complaint(m_jobs[i].input, failure);
             }
+            --m_unfinished;
+            const std::lock_guard held(m_lock);
+            m_waiting.emplace(i, std::move(told));
+            TellInOrder();
         }
     }
     // Nothing that follows could be told when standard output has failed, so the rest isn't begun.
-    void Tell(const Job& job, const vlw::Converted& done) {
-        const std::lock_guard held(m_lock);
-        try {
-            m_output.Write(fmt::format("{} -> {}: {}, {}{}\n", Report::Printable(job.input),
-                                       Report::Printable(job.output), TextOf(done.format, m_rules.formats),
-                                       Report::Duration(done.format.frames.value_or(0), done.format.rate),
-                                       FormatLosses(done.notes)));
-        } catch (const OutputFailure&) {
-            m_outputFailure = std::current_exception();
-            m_next = m_jobs.size();
+    void TellInOrder() {
+        for (auto next = m_waiting.begin(); next != m_waiting.end() && next->first == m_told; ++m_told) {
+            std::fputs(next->second.complaints.c_str(), stderr);
+            try {
+                if (!m_outputFailure) m_output.Write(next->second.line);
+            } catch (const OutputFailure&) {
+                m_outputFailure = std::current_exception();
+                m_next = m_jobs.size();
+            }
+            next = m_waiting.erase(next);
         }
     }
 
     const Rules& m_rules;
     const std::vector<Job>& m_jobs;
+    size_t m_threads = 1;
     std::atomic<size_t> m_next = 0;
+    std::atomic<size_t> m_unfinished;
     std::atomic<bool> m_failed = false;
-    std::mutex m_lock;  // of the two below
+    std::mutex m_lock;                 // of what follows
+    std::map<size_t, Told> m_waiting;  // of files behind one that isn't finished
+    size_t m_told = 0;                 // files
     Output m_output = Output::Standard();
     std::exception_ptr m_outputFailure;
 };
@@ -214,6 +250,7 @@ ExitCode RunConvert(const vlw::Module& module, const ConvertOptions& options) {
         if (wanted) conversion.flags = conversion.flags | flag;
     const Rules rules{module, formats, conversion, changes};
     const std::vector<Job> jobs = Plan(options);
-    const size_t wanted = options.jobs.value_or(std::max(1u, std::thread::hardware_concurrency()));
-    return Batch(rules, jobs).Run(std::min(wanted, jobs.size()));
+    const size_t cores = std::max(1u, std::thread::hardware_concurrency());
+    if (options.jobs) return Batch(rules, jobs).Run(*options.jobs, *options.jobs);
+    return Batch(rules, jobs).Run(cores * kFilesPerCore, cores);
 }

@@ -67,32 +67,59 @@ nlohmann::ordered_json Json(const std::string& file, const Found& found) {
             {"seconds", static_cast<double>(found.frames) / format.rate}};
 }
 
+// Lines for people, each at once where one is looking on, else many in one write.
+class HeldLines {
+public:
+    explicit HeldLines(Output& output) : m_output(output), m_most(output.IsTerminal() ? 0 : kHeldMost) {}
+
+    void Write(const std::string& lines) {
+        m_held += lines;
+        if (m_held.size() > m_most) Flush();
+    }
+    void Flush() {
+        if (!m_held.empty()) m_output.Write(m_held);
+        m_held.clear();
+    }
+
+private:
+    static constexpr size_t kHeldMost = 16384;  // bytes
+
+    Output& m_output;
+    const size_t m_most;
+    std::string m_held;
+};
+
 }  // namespace
 
 ExitCode RunInfo(const vlw::Module& module, const InfoOptions& options) {
     vlw::Reader reader(module);
     static_cast<void>(vlw_reader_decode_late(reader.get(), 1));  // a reader is there, so it can't fail
     Output output = Output::Standard();
+    HeldLines lines(output);
     auto array = nlohmann::ordered_json::array();  // for JSON alone: lines for people come file by file
+    const auto complain = [&](const std::string& file, const auto& reason) {
+        lines.Flush();  // what was found before stands before it, where both go to one place
+        Report::Complain(file, reason);
+    };
     ExitCode exitCode = EXIT_DONE;
     for (const std::string& file : options.files) {
         try {
             const Found found = Examine(reader, file);
-            if (found.cut)
-                Report::Complain(file, "Warning: the file ends before the audio that its head promises.");
+            if (found.cut) complain(file, "Warning: the file ends before the audio that its head promises.");
             if (options.json)
                 array.push_back(Json(file, found));
             else
-                output.Write(Text(file, found));
+                lines.Write(Text(file, found));
         } catch (const OutputFailure&) {
             throw;
         } catch (const std::exception& failure) {
             exitCode = EXIT_FAILED;
-            Report::Complain(file, failure);
-            array.push_back(Report::JsonFailure(file, failure));
+            complain(file, failure);
+            if (options.json) array.push_back(Report::JsonFailure(file, failure));
         }
     }
     if (options.json) output.Write(Report::Json(array));
+    lines.Flush();
     output.Commit();
     return exitCode;
 }

@@ -12,11 +12,10 @@ namespace Report {
 namespace {
 
 // Without memory for the line it says that alone.
-template <class MakeReason>
-void TellReason(const std::string& file, MakeReason makeReason) noexcept {
+template <class Reason>
+void Tell(const std::string& file, const Reason& reason) noexcept {
     try {
-        const std::string start = file.empty() ? "vlwav: " : "vlwav: " + Printable(file) + ": ";
-        std::fputs((start + makeReason() + '\n').c_str(), stderr);
+        std::fputs(Complaint(file, reason).c_str(), stderr);
     } catch (const std::bad_alloc&) {
         std::fputs("vlwav: Cannot allocate memory.\n", stderr);
     }
@@ -34,13 +33,17 @@ OrderedJson JsonFailure(const std::string& file, const std::exception& failure) 
     return {{"file", file}, {"error", {{"code", NumberOf(failure)}, {"message", ReasonOf(failure, file)}}}};
 }
 
-void Complain(const std::string& file, const std::string& reason) {
-    TellReason(file, [&] { return reason; });
+std::string Complaint(const std::string& file, const std::string& reason) {
+    return (file.empty() ? "vlwav: " : "vlwav: " + Printable(file) + ": ") + reason + '\n';
 }
 
-void Complain(const std::string& file, const std::exception& failure) {
-    TellReason(file, [&] { return Printable(ReasonOf(failure, file)); });
+std::string Complaint(const std::string& file, const std::exception& failure) {
+    return Complaint(file, Printable(ReasonOf(failure, file)));
 }
+
+void Complain(const std::string& file, const std::string& reason) { Tell(file, reason); }
+
+void Complain(const std::string& file, const std::exception& failure) { Tell(file, failure); }
 
 std::string Exists(const std::string& output) {
     return fmt::format("{} is there already; choose another name or use --overwrite.", Printable(output));

@@ -13,7 +13,10 @@ std::string Json(const nlohmann::ordered_json& value);
 // What stands in JSON for a file that failed; bytes that are no UTF-8 become U+FFFD.
 nlohmann::ordered_json JsonFailure(const std::string& file, const std::exception& failure);
 
-// A line on standard error: "vlwav: FILE: reason", without the file where it is empty.
+// The line "vlwav: FILE: reason", without the file where it is empty.
+std::string Complaint(const std::string& file, const std::string& reason);
+std::string Complaint(const std::string& file, const std::exception& failure);
+// The same on standard error.
 void Complain(const std::string& file, const std::string& reason);
 void Complain(const std::string& file, const std::exception& failure);
 // What a file that ends early is refused with, after the library's sentence.

@@ -107,7 +107,9 @@ CLI::App* AddConvert(CLI::App& app, ConvertOptions& options) {
     AddOverwrite(convert, options.overwrite);
     AddPartial(convert, options.partial);
     AddLossy(convert, options.lossy);
-    convert->add_option("--jobs", options.jobs, "Files at once; as many as there are cores if not given")
+    convert
+        ->add_option("--jobs", options.jobs,
+                     "Files at once, and threads for long ones; as suits the machine if not given")
         ->check(CLI::Range(uint32_t{1}, kMaxJobs));
     AddRepeatable(convert, "--set", options.sets, "NAME=VALUE: a tag of the output, in place of the input's");
     return convert;

@@ -3,7 +3,8 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-need "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}"
+need "${BUILD_PACKAGES[@]}"
+CONFIGURE=("${SHIPPED_ALONE[@]}")
 build release "${SHIPPED[@]}"
 for file in lib/VlACWav3.so bin/vlwav; do
   [[ -f "build/release/$file" ]] || die "build/release/$file was not made"

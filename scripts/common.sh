@@ -41,9 +41,9 @@ need() {
   say "installing ${missing[*]}"
   local log
   log="$(mktemp)"
-  if ! { "${as_root[@]}" apt-get update -qq &&
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-      apt-get install -y -qq --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
+  if ! { "${as_root[@]}" apt-get update -q &&
+    "${as_root[@]}" env LC_ALL=C DEBIAN_FRONTEND=noninteractive \
+      apt-get install -y -q --no-install-recommends "${missing[@]}"; } 2>&1 | tell_steps "$log"; then
     cat "$log" >&2
     rm -f "$log"
     die "installing failed"
@@ -51,15 +51,41 @@ need() {
   rm -f "$log"
 }
 
+# tell_steps LOG: keeps what a long command prints in a file, and tells of it how far it is: each package that
+# apt-get has set up, and a tenth of Ninja's steps at a time.
+tell_steps() {
+  local line count=0 total=0 tenth=0
+  while IFS= read -r line; do
+    printf '%s\n' "$line" >>"$1"
+    if [[ "$line" =~ ,\ ([0-9]+)\ newly\ installed ]]; then
+      total="${BASH_REMATCH[1]}"
+    elif [[ "$line" =~ ^Setting\ up\ ([^ ]+) ]]; then
+      count=$((count + 1))
+      printf '   %d of %d: %s\n' "$count" "$total" "${BASH_REMATCH[1]}"
+    elif [[ "$line" =~ ^\[([0-9]+)/([0-9]+)\] ]] && ((BASH_REMATCH[1] * 10 / BASH_REMATCH[2] > tenth)); then
+      tenth=$((BASH_REMATCH[1] * 10 / BASH_REMATCH[2]))
+      printf '   %d of %d\n' "${BASH_REMATCH[1]}" "${BASH_REMATCH[2]}"
+    fi
+  done
+}
+
 # What ships; tests and benchmarks are built by the scripts that run them.
 SHIPPED=(VlACWav3 vlmedia VlDSAudioStreamReader vlwav)
 
-# build PRESET [TARGET...]: configures and builds a preset, all of it or some targets; says little unless it fails.
+# Of a build that makes nothing else, so that the packages of the others needn't be there. Each preset turns them on
+# again.
+SHIPPED_ALONE=(-D VL_TESTS=OFF -D VL_BENCH=OFF)
+CONFIGURE=()
+
+# build PRESET [TARGET...]: configures and builds a preset, all of it or some targets; tells how far it is, and all of
+# what was said if it fails. CONFIGURE: options in place of the preset's.
 build() {
   say "building $1"
   local log="build/$1.log"
   mkdir -p build
-  if ! { cmake --preset "$1" && cmake --build --preset "$1" -j "$JOBS" ${2:+--target "${@:2}"}; } >"$log" 2>&1; then
+  : >"$log"
+  if ! { cmake --preset "$1" "${CONFIGURE[@]}" && cmake --build --preset "$1" -j "$JOBS" ${2:+--target "${@:2}"}; } 2>&1 |
+    tell_steps "$log"; then
     cat "$log" >&2
     die "the build of preset $1 failed"
   fi

@@ -4,7 +4,8 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-need "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" "${DEMO_PACKAGES[@]}"
+need "${BUILD_PACKAGES[@]}" "${DEMO_PACKAGES[@]}"
+CONFIGURE=("${SHIPPED_ALONE[@]}")
 build release "${SHIPPED[@]}"
 
 recording=/usr/share/sounds/alsa/Front_Center.wav

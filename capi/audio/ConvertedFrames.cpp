@@ -38,6 +38,13 @@ int64_t ConvertedLength(int64_t frames, uint32_t fromRate, uint32_t toRate) {
     return whole + (Saturating::MulDiv(whole, ratio.inputStep, ratio.phaseCount) < frames ? 1 : 0);
 }
 
+// Frame p steps over the whole numbers up to (p + 1) M / L, so the first that reaches 1 is L / M, rounded up,
+// less 1.
+int64_t PassedOverByWriter(uint32_t fromRate, uint32_t toRate) {
+    const ConversionRatio ratio = RatioOf(fromRate, toRate);
+    return (int64_t{ratio.phaseCount} - 1) / ratio.inputStep;
+}
+
 // The source as a WAV file of endless audio that begins at any frame.
 class ConvertedFrames::SourceStream final : public ReadOnlyStream {
 public:

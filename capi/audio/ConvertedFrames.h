@@ -20,6 +20,9 @@ inline constexpr int64_t kLeastSourceFrames = 48;
 
 // How many frames come of so many source frames.
 int64_t ConvertedLength(int64_t frames, uint32_t fromRate, uint32_t toRate);
+// Of these the first so many that the module's writer passes over where it converts: it begins with the frame
+// whose step leads on from the source's first one.
+int64_t PassedOverByWriter(uint32_t fromRate, uint32_t toRate);
 
 class ConvertedFrames final : public FrameSource {
 public:

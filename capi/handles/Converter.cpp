@@ -2,6 +2,7 @@
 // write, (5) note what the target won't have of the source, (6) finish, or leave the target as it was.
 #include "capi/handles/Converter.h"
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 
@@ -9,6 +10,7 @@
 #include "capi/FormatLimits.h"
 #include "capi/FormatRecord.h"
 #include "capi/audio/ChannelMix.h"
+#include "capi/audio/ConvertedPieces.h"
 #include "capi/handles/SourceRest.h"
 #include "capi/input/OpenInput.h"
 #include "capi/vlwav_more.h"
@@ -62,8 +64,8 @@ vlw_code Converter::Run(const char* source, const char* target, const vlw_conver
     m_writer.CreateFile(target, wish.flags & (VLW_OVERWRITE | VLW_LOSSY));
     vlw_code end = VLW_OK;
     try {
-        end = Copy(wish);  // (4)
-        if ((wish.flags & VLW_NOT_EMPTY) && m_reader.Position() == 0)
+        end = m_threads > 1 ? CopyInPieces(format, wish) : Copy(wish);  // (4)
+        if ((wish.flags & VLW_NOT_EMPTY) && m_writer.Tell() == 0)
             throw Failure(VLW_DAMAGED, std::string(source) + " has no audio.", source);
         // Before the target is there: what fails must leave it as it was.
         NoteFormat(format);  // (5)
@@ -113,13 +115,26 @@ AudioFormatInfo Converter::ChooseTarget(const vlw_conversion& wish) const {
 
 void Converter::SetUp(const AudioFormatInfo& format, const vlw_conversion& wish) {
     const SourceFacts& facts = m_reader.Facts();
-    // The writer converts, as long as it can be told of the source's rate.
+    m_threads = ChooseThreads(format, wish);
+    // The writer converts, as long as it can be told of the source's rate, and one thread does the work.
     if (!FormatLimits::IsRate(facts.rate)) m_reader.SetOutput(format.samplesPerSec, 0);
-    m_writer.SetInput(m_reader.Rate(), m_reader.Channels());
+    if (m_threads > 1)
+        m_writer.SetInput(format.samplesPerSec, format.channels);
+    else
+        m_writer.SetInput(m_reader.Rate(), m_reader.Channels());
     m_writer.SetOutput(format.samplesPerSec, format.channels, format.bitsPerSample);
     m_writer.SetText(wish.text);
     const Tags tags = CollectTags(wish);  // (3)
     m_writer.SetTags(&tags);
+}
+
+uint32_t Converter::ChooseThreads(const AudioFormatInfo& format, const vlw_conversion& wish) const {
+    const SourceFacts& facts = m_reader.Facts();
+    const bool isCopy = facts.rate == format.samplesPerSec && facts.channels == format.channels;
+    if (isCopy || wish.threads == 1 || !FormatLimits::IsRate(facts.rate)) return 1;
+    if (!m_reader.IsSeekable() || !ConvertedPieces::CanMake(facts)) return 1;
+    const int64_t frames = ConvertedLength(*facts.frames, facts.rate, format.samplesPerSec);
+    return WaveOutput::FitsEasily(frames, format) ? ConvertedPieces::UsefulThreads(wish.threads, frames) : 1;
 }
 
 Tags Converter::CollectTags(const vlw_conversion& wish) {
@@ -140,21 +155,40 @@ vlw_code Converter::Copy(const vlw_conversion& wish) {
         code = m_reader.Read(block.data(), kBlockFrames, got);
         m_writer.Write(block.data(), got);
         if (code == VLW_CUT && !(wish.flags & VLW_PARTIAL)) RefuseCut();
+        const int64_t done = InSourceFrames(m_reader.Position(), m_reader.Rate());
         if (code != VLW_OK) {
-            const int64_t all = total != VLW_UNKNOWN ? total : InSourceFrames(m_reader.Position());
+            const int64_t all = total != VLW_UNKNOWN ? total : done;
             progress.TellNow(all, all);
             return code == VLW_CUT ? VLW_CUT : VLW_OK;
         }
-        progress.Tell(InSourceFrames(m_reader.Position()), total);
+        progress.Tell(done, total);
     }
     return VLW_OK;
 }
 
-// The reader counts at the target's rate where it converts.
-int64_t Converter::InSourceFrames(int64_t frames) const {
-    const uint32_t rate = m_reader.Facts().rate;
-    if (m_reader.Rate() == rate) return frames;
-    return static_cast<int64_t>(static_cast<double>(frames) * rate / m_reader.Rate());
+vlw_code Converter::CopyInPieces(const AudioFormatInfo& format, const vlw_conversion& wish) {
+    Progress progress(wish);
+    const SourceFacts& facts = m_reader.Facts();
+    const int64_t first = WaveOutput::FirstFrame(facts.rate, format.samplesPerSec);
+    ConvertedPieces pieces(m_module.Get(), m_reader.Source(), facts, {format.samplesPerSec, format.channels},
+                           first, m_threads);
+    const int64_t total = *facts.frames;
+    for (;;) {
+        const ConvertedPieces::Frames made = pieces.Next();
+        if (made.count == 0) break;
+        m_writer.Write(made.samples, made.count);
+        progress.Tell(std::min(InSourceFrames(first + m_writer.Tell(), format.samplesPerSec), total), total);
+    }
+    if (pieces.EndedEarly() && !(wish.flags & VLW_PARTIAL)) RefuseCut();
+    progress.TellNow(total, total);
+    return pieces.EndedEarly() ? VLW_CUT : VLW_OK;
+}
+
+// Of frames at `rate`.
+int64_t Converter::InSourceFrames(int64_t frames, uint32_t rate) const {
+    const uint32_t own = m_reader.Facts().rate;
+    if (rate == own) return frames;
+    return static_cast<int64_t>(static_cast<double>(frames) * own / rate);
 }
 
 void Converter::NoteFormat(const AudioFormatInfo& format) {

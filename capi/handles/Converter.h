@@ -2,8 +2,8 @@
 // appears whole or not at all.
 //
 // Decisions: a target that is the source itself, under whatever name, is VLW_BAD_ARGUMENT. Of a source that
-// is known to be cut nothing is written unless that is wanted. One thread does the work whatever is asked
-// for.
+// is known to be cut nothing is written unless that is wanted. Of a long source several threads make the
+// frames where that pays: where the filter has work, and the source can be begun anywhere. Else one does all.
 #pragma once
 
 #include <optional>
@@ -34,11 +34,13 @@ private:
     [[noreturn]] void RefuseCut();
     AudioFormatInfo ChooseTarget(const vlw_conversion& wish) const;
     void SetUp(const AudioFormatInfo& format, const vlw_conversion& wish);
+    uint32_t ChooseThreads(const AudioFormatInfo& format, const vlw_conversion& wish) const;
     vlw_code Copy(const vlw_conversion& wish);
+    vlw_code CopyInPieces(const AudioFormatInfo& format, const vlw_conversion& wish);
     Tags CollectTags(const vlw_conversion& wish);
     void NoteFormat(const AudioFormatInfo& format);
     void NoteRest();
-    int64_t InSourceFrames(int64_t frames) const;
+    int64_t InSourceFrames(int64_t frames, uint32_t rate) const;
     void Note(const std::string& line);
 
     ModuleUse& m_module;
@@ -47,6 +49,7 @@ private:
     std::optional<vlw_format> m_made;
     std::string m_notes;
     bool m_refusedCut = false;
+    uint32_t m_threads = 1;  // of the run; more than one: they make pieces
 };
 
 struct vlw_converter : FileHandle<Converter> {

@@ -56,7 +56,8 @@ SourceFacts ScanWaveFile(Input& input) {
 // Why a save failed, as far as it can be told.
 int FindSaveError(const std::string& path) {
     Descriptor file;
-    const int error = file.Open(path);
+    uint64_t size = 0;
+    const int error = file.Open(path, size);
     return error != 0 ? error : FindWriteError(file, kListRoom);
 }
 

@@ -30,8 +30,7 @@ void Reader::SetOutput(uint32_t rate, uint32_t channels) {
     }
     m_rate = rate;
     if (!m_file) return;
-    m_file->converted.reset();
-    m_file->mixed.reset();
+    if (m_file->stages) m_file->stages->Drop();
     m_file->last = nullptr;
     m_file->position = 0;
 }
@@ -61,26 +60,16 @@ void Reader::Open(std::unique_ptr<Input> input) {
 }
 
 void Reader::OpenSource(OpenFile& file) {
-    if (!file.source) file.source = std::make_unique<SourceFrames>(*m_readers, *file.input, file.facts);
+    if (!file.stages) file.stages = std::make_unique<SourceStages>(*m_readers, *file.input, file.facts);
 }
 
 void Reader::Close() noexcept { m_file.reset(); }
 
 void Reader::BuildStages() {
-    OpenFile& file = *m_file;
-    OpenSource(file);
-    const ConversionTarget target = Target(file.facts);
-    FrameSource* last = file.source.get();
-    if (IsDownMix(file.facts.channels, target.channels)) {
-        file.mixed = std::make_unique<MixedFrames>(*last);
-        last = file.mixed.get();
-    }
-    if (last->Channels() != target.channels || file.facts.rate != target.rate) {
-        file.converted = std::make_unique<ConvertedFrames>(*m_readers, *last, file.facts.rate, target);
-        last = file.converted.get();
-    }
-    last->SeekTo(file.position);
-    file.last = last;
+    OpenSource(*m_file);
+    FrameSource& last = m_file->stages->Build(Target(m_file->facts));
+    last.SeekTo(m_file->position);
+    m_file->last = &last;
 }
 
 Tags Reader::ReadTags() { return ReadSourceTags(*m_readers, *m_file->input, m_file->facts, m_text); }
@@ -133,7 +122,7 @@ vlw_code Reader::Read(int16_t* buffer, size_t frames, size_t& done) {
     done = 0;
     while (done < frames) {
         const size_t got = file.last->Read(buffer + done * channels, frames - done);
-        if (got == 0) return file.source->EndedEarly() ? VLW_CUT : VLW_END;
+        if (got == 0) return file.stages->Source().EndedEarly() ? VLW_CUT : VLW_END;
         done += got;
         file.position += static_cast<int64_t>(got);
     }
@@ -145,7 +134,8 @@ Failure Reader::CutReason() const {
     const std::string name = Name().empty() ? "The source" : Name();
     std::string how = name + " ends early";
     // Before the first is read only the bytes tell how many frames of some codecs there are.
-    const int64_t there = facts.frames.value_or(m_file->source->Position());
+    const int64_t read = m_file->stages ? m_file->stages->Source().Position() : 0;
+    const int64_t there = facts.frames.value_or(read);
     if (facts.promised && (facts.frames || there != 0))
         how += ": " + std::to_string(there) + " of " + std::to_string(*facts.promised) +
                " promised frames are there";

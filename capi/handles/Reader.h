@@ -12,9 +12,7 @@
 
 #include "capi/Handle.h"
 #include "capi/Tags.h"
-#include "capi/audio/ConvertedFrames.h"
-#include "capi/audio/MixedFrames.h"
-#include "capi/audio/SourceFrames.h"
+#include "capi/audio/SourceStages.h"
 #include "capi/input/Input.h"
 
 class Reader {
@@ -54,11 +52,8 @@ private:
     struct OpenFile {
         std::unique_ptr<Input> input;
         SourceFacts facts;
-        // From the source to the program; a stage that isn't needed is missing.
-        std::unique_ptr<SourceFrames> source;  // null before it is needed
-        std::unique_ptr<MixedFrames> mixed;
-        std::unique_ptr<ConvertedFrames> converted;
-        FrameSource* last = nullptr;  // null before the stages are built
+        std::unique_ptr<SourceStages> stages;  // null before they are needed
+        FrameSource* last = nullptr;           // of the stages; null before they are built
         int64_t position = 0;
         bool wasRead = false;
     };

@@ -6,6 +6,7 @@
 #include "capi/ModuleFailure.h"
 #include "capi/SystemFailure.h"
 #include "capi/audio/ChannelMix.h"
+#include "capi/audio/ConvertedFrames.h"
 #include "capi/audio/DownMix.h"
 #include "capi/handles/WriteFailure.h"
 #include "riff/WaveTypes.h"
@@ -20,6 +21,7 @@ constexpr uint64_t kLargestFile = UINT32_MAX;
 constexpr uint64_t kHeader = 44;  // bytes
 // Beyond what the ratio tells: the rounding at the end, and the pad byte of odd audio.
 constexpr uint64_t kSpareFrames = 2;
+constexpr int64_t kEasily = int64_t{3} << 30;  // bytes
 
 // As the module reckons: its filter steps in whole numbers near the rates.
 double RatioOf(const Module& module, uint32_t from, uint32_t to) {
@@ -45,6 +47,14 @@ WaveOutput::WaveOutput(const Module& module, const WavePlan& plan, const OutputF
         m_ratio = RatioOf(module, m_given.rate, m_format.samplesPerSec);
     }
     m_writer = OpenWriter(module, m_given, plan.formatIndex, plan.text, file.Path(), m_label);
+}
+
+int64_t WaveOutput::FirstFrame(uint32_t fromRate, uint32_t toRate) {
+    return fromRate > kMaxWriterRate ? 0 : PassedOverByWriter(fromRate, toRate);
+}
+
+bool WaveOutput::FitsEasily(int64_t frames, const AudioFormatInfo& format) {
+    return frames < kEasily / std::max<int64_t>(format.blockAlign, 1);
 }
 
 void WaveOutput::RequireRoom(uint64_t frames, uint64_t more) const {

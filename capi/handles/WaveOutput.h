@@ -29,6 +29,11 @@ public:
     // Opens the file. Throws Failure, VLW_UNSUPPORTED for channels that can't be had.
     WaveOutput(const Module& module, const WavePlan& plan, const OutputFile& file, FileLabel label);
 
+    // A file that is made of frames of another rate begins with this one of those that a reader would make.
+    static int64_t FirstFrame(uint32_t fromRate, uint32_t toRate);
+    // Whether a file of so many frames is far from the size where their exact number tells if it can be.
+    static bool FitsEasily(int64_t frames, const AudioFormatInfo& format);
+
     // Takes the frames or throws Failure: VLW_TOO_LARGE before any of them is written.
     void Write(const int16_t* samples, size_t frames);
     uint32_t InputChannels() const { return m_plan.input.channels; }

@@ -71,12 +71,12 @@ class AiffScanner {
 public:
     explicit AiffScanner(Input& input) : m_input(input) {}
 
-    SourceFacts Run() {
+    SourceFacts Run(ByteSource& source) {
         uint8_t header[kFileHeaderSize];
         m_input.ReadWholeAt(0, header, sizeof header);
         m_isAifc = LoadLE32(header + 8) == ChunkId::kAifc;
         m_facts.container = "AIFF";
-        WalkChunks(m_input, [this](ByteSource& source) { Walk(source); });
+        Walk(source);
         if (m_common.empty()) throw Damaged(m_input, "it has no format.");
         if (!m_hasSound) throw Damaged(m_input, "it has no audio.");
         Describe();
@@ -215,4 +215,4 @@ private:
 
 }  // namespace
 
-SourceFacts ScanAiff(Input& input) { return AiffScanner(input).Run(); }
+SourceFacts ScanAiff(Input& input, ByteSource& source) { return AiffScanner(input).Run(source); }

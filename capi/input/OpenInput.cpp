@@ -48,9 +48,8 @@ std::unique_ptr<Input> InOrder(Descriptor source, const std::string& name) {
 template <class Keep>
 std::unique_ptr<Input> OpenFileOf(const char* path, Keep keep) {
     Descriptor file;
-    RequireSystem(file.Open(path), "Opening", path);
     uint64_t size = 0;
-    if (file.IsRegular()) RequireSystem(file.Size(size), "Reading", path);
+    RequireSystem(file.Open(path, size), "Opening", path);
     // Files of the system's own making tell no size and are read like a device.
     if (size == 0) return InOrder(std::move(file), path);
     UniqueHandle kept = keep(path, file);

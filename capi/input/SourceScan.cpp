@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "capi/input/ContainerScan.h"
+#include "capi/input/InputSource.h"
 #include "riff/WaveTypes.h"
 
 namespace {
@@ -14,7 +15,7 @@ constexpr uint32_t kMostRate = INT32_MAX;  // of what the module calculates with
 struct Container {
     uint32_t id;
     uint32_t type;
-    SourceFacts (*scan)(Input& input);
+    SourceFacts (*scan)(Input& input, ByteSource& source);
 };
 constexpr Container kContainers[] = {
     {ChunkId::kRiff, ChunkId::kWave, ScanWave},
@@ -40,6 +41,30 @@ Failure NotAudio(const Input& input, uint32_t id) {
     return {VLW_NOT_AUDIO, name + " is no WAV or AIFF file.", input.Name()};
 }
 
+SourceFacts ScanFrom(Input& input, ByteSource& source) {
+    uint8_t header[kFileHeaderSize] = {};
+    size_t got = sizeof header;
+    if (!source.Read(header, sizeof header)) got = input.ReadWholeAt(0, header, sizeof header);
+    const uint32_t id = LoadLE32(header);
+    const auto* const container =
+        std::find_if(std::begin(kContainers), std::end(kContainers), [&](const Container& row) {
+            return row.id == id && (row.type == LoadLE32(header + 8) || got < sizeof header);
+        });
+    if (container == std::end(kContainers)) throw NotAudio(input, id);
+    if (got < sizeof header) throw Damaged(input, "it ends within its first bytes.");
+    return container->scan(input, source);
+}
+
+// The header comes with the block that the walk begins in, so that an ordinary head is one read.
+SourceFacts ScanFromStart(Input& input) {
+    if (!input.IsSeekable()) {
+        InputInOrder bytes(input);
+        return ScanFrom(input, bytes);
+    }
+    InputBlocks blocks(input);
+    return ScanFrom(input, blocks);
+}
+
 }  // namespace
 
 void CountFrames(SourceFacts& facts, int64_t told) {
@@ -59,16 +84,7 @@ void CountFrames(SourceFacts& facts, int64_t told) {
 }
 
 SourceFacts ScanSource(Input& input) {
-    uint8_t header[kFileHeaderSize] = {};
-    const size_t got = input.ReadWholeAt(0, header, sizeof header);
-    const uint32_t id = LoadLE32(header);
-    const auto* const container =
-        std::find_if(std::begin(kContainers), std::end(kContainers), [&](const Container& row) {
-            return row.id == id && (row.type == LoadLE32(header + 8) || got < sizeof header);
-        });
-    if (container == std::end(kContainers)) throw NotAudio(input, id);
-    if (got < sizeof header) throw Damaged(input, "it ends within its first bytes.");
-    SourceFacts facts = container->scan(input);
+    SourceFacts facts = ScanFromStart(input);
     if (facts.channels == 0 || facts.rate == 0 || facts.rate > kMostRate)
         throw Damaged(input, "its head names no channels or no possible rate.");
     if (facts.channels > kMostChannels)

@@ -29,8 +29,8 @@ class WaveScanner {
 public:
     explicit WaveScanner(Input& input) : m_input(input) {}
 
-    SourceFacts Run() {
-        WalkChunks(m_input, [this](ByteSource& source) { Walk(source); });
+    SourceFacts Run(ByteSource& source) {
+        Walk(source);
         if (!m_chunks.format) throw Damaged(m_input, "it has no format.");
         if (!m_chunks.data) throw Damaged(m_input, "it has no audio.");
         DescribeFormat();
@@ -166,4 +166,4 @@ private:
 
 }  // namespace
 
-SourceFacts ScanWave(Input& input) { return WaveScanner(input).Run(); }
+SourceFacts ScanWave(Input& input, ByteSource& source) { return WaveScanner(input).Run(source); }

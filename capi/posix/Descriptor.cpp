@@ -52,11 +52,12 @@ int Descriptor::Take(int number) {
     return 0;
 }
 
-int Descriptor::Open(const std::string& path) {
+int Descriptor::Open(const std::string& path, uint64_t& size) {
     const int error = Take(Repeat([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); }));
     if (error != 0) return error;
     struct stat status {};
     if (fstat(m_number, &status) != 0) return errno;
+    size = S_ISREG(status.st_mode) ? static_cast<uint64_t>(status.st_size) : 0;
     return S_ISDIR(status.st_mode) ? EISDIR : 0;
 }
 

@@ -20,8 +20,10 @@ public:
     explicit operator bool() const { return m_number >= 0; }
 
     // Each of these makes a new descriptor, which no program that is started gets, in place of what was held.
-    int Open(const std::string& path);  // for reading; waits for the writer of a FIFO. EISDIR for a folder
-    int Duplicate(int number);          // of one that stays its owner's, with one place for both
+    // For reading; waits for the writer of a FIFO. EISDIR for a folder. `size`: bytes of a regular file; 0
+    // for what has none.
+    int Open(const std::string& path, uint64_t& size);
+    int Duplicate(int number);                    // of one that stays its owner's, with one place for both
     int OpenForWriting(const std::string& path);  // what is there; waits for the reader of a FIFO
     int MakeInMemory();                           // an empty file that no path leads to
     // An empty file in a folder, which has no name and so is gone with its descriptors; `mode` less the

@@ -1,5 +1,6 @@
 /* Conversions: the file that the command makes, whole or not at all. Started with the path of vlwav and a folder to work in. */
 #define _GNU_SOURCE
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <math.h>
 #include <pthread.h>
@@ -379,7 +380,7 @@ static void watched(void) {
     vlw_converter *const converter = new_converter();
     vlw_conversion wish = kPlain;
     watch w = {.thread = pthread_self(), .shortest = 100};
-    wish.progress = progress, wish.user = &w, wish.flags = VLW_OVERWRITE, wish.rate = 48000;
+    wish.progress = progress, wish.user = &w, wish.flags = VLW_OVERWRITE, wish.rate = 48000, wish.threads = 3;
     free(put_wave("a.wav", 1, "fd", 3000000).at);
     CHECK(vlw_converter_run(converter, "a.wav", "b.wav", &wish) == VLW_OK && w.calls >= 2 && w.wrong == 0);
     CHECK(w.done == 3000000 && w.total == 3000000 && w.shortest > 0.09);
@@ -406,6 +407,84 @@ static void watched(void) {
     CHECK(vlw_converter_run(converter, "low.wav", "b.wav", &wish) == VLW_OK && w.done == 1000 && w.total == 1000 && !w.wrong);
     vlw_converter_free(converter);
     free(small.at), free(piped.at), free(low.at);
+}
+
+/* ---- several threads ---- */
+
+static const wave_kind kTallStereo = {"96000 Hz", 1, 2, 96000, 16, 4, 0, 0};
+enum { RUNS = 2 };
+static const uint32_t kThreads[RUNS] = {1, 4};
+
+#if OWN_ALLOCATION
+static atomic_int s_threads_left = -1; /* those that can still be had; -1: all */
+
+int pthread_create(pthread_t *thread, const pthread_attr_t *attributes, void *(*work)(void *), void *argument) {
+    int (*create)(pthread_t *, const pthread_attr_t *, void *(*)(void *), void *);
+    *(void **)&create = dlsym(RTLD_NEXT, "pthread_create");
+    if (s_threads_left >= 0 && atomic_fetch_sub(&s_threads_left, 1) <= 0) {
+        s_threads_left = 0;
+        return EAGAIN;
+    }
+    return create(thread, attributes, work, argument);
+}
+#endif
+
+/* One after the other for each number of threads: code, text and file are those of one thread. Its code. */
+static vlw_code same_for_all(vlw_converter *converter, const char *name, vlw_conversion wish, int reads) {
+    bytes first = {0};
+    char text[1000] = "";
+    vlw_code codes[RUNS] = {0};
+    wish.flags |= VLW_OVERWRITE;
+    for (size_t i = 0; i < RUNS; ++i) {
+        wish.threads = kThreads[i];
+        unlink("pieces.wav");
+        s_reads_left = reads;
+        codes[i] = vlw_converter_run(converter, "long.wav", "pieces.wav", &wish);
+        s_reads_left = -1;
+        if (i == 0) {
+            first = contents("pieces.wav");
+            snprintf(text, sizeof text, "%s", vlw_converter_error(converter)->text);
+        }
+        const int good = codes[i] == codes[0] && same(text, vlw_converter_error(converter)->text) && file_is("pieces.wav", first) && (first.size > 0) == (codes[i] >= 0);
+        if (!good) fprintf(stderr, "  %s to %u %u %u with %u threads, %d reads: %d %s\n", name, wish.rate, wish.channels, wish.bits, kThreads[i], reads, codes[i], vlw_converter_error(converter)->text);
+        CHECK(good);
+    }
+    free(first.at);
+    unlink("pieces.wav");
+    return codes[0];
+}
+
+static void by_threads(void) {
+    static const vlw_conversion kWishes[] = {{.rate = 48000}, {.rate = 44100, .bits = 16}, {.rate = 8000, .channels = 1, .bits = 8}, {.rate = 11025, .channels = 2, .bits = 8}, {.channels = 1}};
+    const wave_kind *const kinds[] = {&kWaveKinds[0], &kWaveKinds[1], &kWaveKinds[5], &kTallStereo};
+    vlw_converter *const converter = new_converter();
+    for (size_t k = 0; k < 4; ++k)
+        for (size_t i = 0; i < sizeof kWishes / sizeof *kWishes; ++i) {
+            if (!s_longer && (i + k) % 2) continue;
+            vlw_conversion wish = kWishes[i];
+            wish.size = sizeof wish;
+            /* Pieces for two threads. */
+            const uint64_t rate = wish.rate ? wish.rate : kinds[k]->rate < 48000 ? kinds[k]->rate : 48000;
+            bytes made_file = make_wave(kinds[k], "fd", NULL, (size_t)(140000 * kinds[k]->rate / rate));
+            put_file("long.wav", made_file);
+            CHECK(same_for_all(converter, kinds[k]->name, wish, -1) == VLW_OK);
+            free(made_file.at);
+        }
+    /* What ends early, and what fails: at the start, in the middle, in the last piece. */
+    vlw_conversion wish = kPlain, partial = kPlain;
+    wish.rate = partial.rate = 48000, partial.flags = VLW_PARTIAL;
+    free(put_wave("long.wav", 1, "fc", 200000).at);
+    CHECK(same_for_all(converter, "cut", wish, -1) == VLW_DAMAGED && same_for_all(converter, "cut", partial, -1) == VLW_CUT);
+    free(put_wave("long.wav", 1, "fd", 200000).at);
+    for (int reads = 0; reads < 12; reads += 3) CHECK(same_for_all(converter, "failing", partial, reads) == VLW_SYSTEM);
+#if OWN_ALLOCATION
+    for (int left = 0; left < 3; ++left) {
+        s_threads_left = left;
+        CHECK(same_for_all(converter, "without threads", wish, -1) == VLW_OK);
+        s_threads_left = -1;
+    }
+#endif
+    vlw_converter_free(converter);
 }
 
 /* ---- whole or not at all ---- */
@@ -636,7 +715,7 @@ int main(int argc, char **argv) {
         const char *name;
         void (*run)(void);
     } checks[] = {{"all_kinds", all_kinds}, {"few_frames", few_frames}, {"records", records}, {"tags", tags}, {"notes", notes}, {"cut_sources", cut_sources}, {"targets", targets},
-                  {"watched", watched}, {"limited_sizes", limited_sizes}, {"full_disk", full_disk}, {"failing_calls", failing_calls},
+                  {"watched", watched}, {"by_threads", by_threads}, {"limited_sizes", limited_sizes}, {"full_disk", full_disk}, {"failing_calls", failing_calls},
                   {"memory", memory_runs_out}, {"threads", threads}, {"forked", forked}, {"two_hours", two_hours}};
     for (size_t i = 0; i < sizeof checks / sizeof *checks; ++i) {
         const int failures = s_failures;

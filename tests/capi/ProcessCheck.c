@@ -111,6 +111,37 @@ static void threads_block(vlw_reader *reader, const sound *made) {
     vlw_reader_close(reader);
 }
 
+static int s_open; /* threads of a conversion that take signals */
+
+static int count_threads(void *most, int64_t done, int64_t total) {
+    (void)done, (void)total;
+    int open = 0;
+    const int count = other_threads(&open);
+    if (count > *(int *)most) *(int *)most = count;
+    if (open > s_open) s_open = open;
+    return 0;
+}
+
+/* The threads of a conversion take no signals, and are gone with it. */
+static void conversion_blocks(void) {
+    int before = 0, after = 0, most = 0;
+    const int own = other_threads(&before);
+    sound made = make_sound(PCM_16, 44100, 2, 500000);
+    char source[] = "/tmp/vlw-process-XXXXXX";
+    vlw_converter *converter = NULL;
+    const vlw_conversion wish = {.size = sizeof wish, .rate = 48000, .flags = VLW_OVERWRITE, .threads = 4, .progress = count_threads, .user = &most};
+    const int number = mkstemp(source);
+    CHECK(write(number, made.file, made.size) == (ssize_t)made.size && close(number) == 0);
+    CHECK(vlw_converter_new(NULL, &converter) == VLW_OK && vlw_converter_run(converter, source, "/dev/null", &wish) == VLW_OK);
+    CHECK(most > own && other_threads(&after) == own);
+#ifndef VLW_SKIP_THREAD_MASKS
+    CHECK(s_open <= before);
+#endif
+    vlw_converter_free(converter);
+    free_sound(&made);
+    unlink(source);
+}
+
 /* The child frees what the parent has, at any moment of its decoding, and reads something itself. */
 static void forks(const sound *made, const char *path) {
     for (int i = 0; i < 12; ++i) {
@@ -221,6 +252,7 @@ int main(void) {
     sound longer = make_sound(PCM_24, 44100, 2, 500000);
     threads_block(reader, &longer);
     free_sound(&longer);
+    conversion_blocks();
     forks(&sounds[0], path);
     threads(sounds, path);
     /* Where commas part numbers, and where an I has no dot. Without such a locale this runs as before. */

@@ -75,12 +75,14 @@ TEST_F(HostConvert, RefusesWhatIsNoStockFormatOrWouldCollideBeforeAnythingIsWrit
     EXPECT_EQ(Names(), before);
 }
 
+// The first file takes longest, and is told of first all the same.
 TEST_F(HostConvertThreads, ManyFilesAtOnceAndOneBadAmongThem) {
+    const auto frames = [](uint32_t i) { return i == 0 ? 400000 : 5000 + i; };
     std::filesystem::create_directory(m_folder / "out");
     std::string names;
     for (uint32_t i = 0; i < 12; ++i) {
         const std::string name = "f" + std::to_string(i) + ".wav";
-        WriteWav(name, 2, 44100, 16, 5000 + i);
+        WriteWav(name, 2, 44100, 16, frames(i));
         names += name + " ";
     }
     WriteBytes("bad.wav", "no wave");
@@ -89,12 +91,25 @@ TEST_F(HostConvertThreads, ManyFilesAtOnceAndOneBadAmongThem) {
         Run("umask 027; '" VLWAV_PATH "' convert --channels 2 -o out --jobs 5 bad.wav five.wav " + names +
             "; code=$?; stat -c %a out/f0.wav; exit $code");
     EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 13) << run.out;
+    size_t told = 0;
+    for (uint32_t i = 0; i < 12; ++i) {
+        const std::string line = "f" + std::to_string(i) + ".wav -> out/";
+        EXPECT_EQ(run.out.compare(told, line.size(), line), 0) << i << '\n' << run.out;
+        told = run.out.find('\n', told) + 1;
+    }
     EXPECT_NE(run.out.find("\n640\n"), std::string::npos) << "what the shell would have given a new file";
     ExpectEnd(run, 1, "vlwav: bad.wav: bad.wav is no WAV or AIFF file");
     ExpectEnd(run, 1, "vlwav: five.wav: 2 channels can't be made of 5");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(m_folder / "out"), {}), 12);
     for (uint32_t i = 0; i < 12; ++i)
-        EXPECT_EQ(Bytes("out/f" + std::to_string(i) + ".wav").size(), 44 + 4 * (5000 + i));
+        EXPECT_EQ(Bytes("out/f" + std::to_string(i) + ".wav").size(), 44 + 4 * frames(i));
+}
+
+TEST_F(HostConvertThreads, ALongFileIsTheSameFromHoweverManyThreads) {
+    WriteWav("long.wav", 2, 44100, 16, 300000);
+    EXPECT_EQ(Vlwav("convert long.wav -o one.wav --rate 48000 --jobs 1").exitCode, 0);
+    EXPECT_EQ(Vlwav("convert long.wav -o three.wav --rate 48000 --jobs 3").exitCode, 0);
+    EXPECT_TRUE(Bytes("three.wav") == Bytes("one.wav"));
 }
 
 TEST_F(HostConvert, WhatTheOutputLacksIsNamed) {
