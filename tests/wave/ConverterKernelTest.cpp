@@ -36,8 +36,7 @@ Wide InSteps(double value) {
 }
 Wide Size(Wide value) { return value < 0 ? -value : value; }
 
-// What the whole numbers leave out of the sum is at most the bound of the lane, whatever the samples: worst
-// are those at the limit whose signs are those of what each tap leaves out.
+// What the whole numbers leave out of a sum is no more than the filter says, and no sum leaves 32 bits.
 TEST(ConverterKernel, BoundsHoldWhatTheSplitLeavesOut) {
     constexpr int32_t kRates[] = {8000,  11025, 12000, 16000, 22050, 24000,
                                   32000, 44100, 48000, 96000, 192000};
@@ -46,13 +45,14 @@ TEST(ConverterKernel, BoundsHoldWhatTheSplitLeavesOut) {
             const PhaseFilter filter(FindConversionRatio(from, to), std::min(1.0, 1.0 * to / from));
             const FilterLayout& layout = filter.Layout();
             ASSERT_NE(layout.blockCount, 0U);
-            const int unit = kUnit - FilterLayout::kCoarseBits - layout.fineBits;
+            const int unit = kUnit - FilterLayout::kCoarseBits;  // of the coarse sums, in steps
             for (size_t b = 0; b < layout.blockCount; ++b) {
                 const FilterLayout::Block& block = layout.blocks[b];
                 for (int32_t lane = 0; lane < block.lanes; ++lane) {
                     Wide left = 0;
+                    Wide leftOfExcess = 0;
                     int64_t coarse = 0;
-                    int64_t fine = int64_t{1} << (FilterLayout::kCoarseBits + layout.fineBits);
+                    int64_t fine = 0;
                     for (size_t slot = 0; slot < 2 * block.pairCount; ++slot) {
                         const auto tap = [&](const FilterLayout::PairTaps* pairs, size_t pair) {
                             return int64_t{pairs[pair].taps[lane][slot % 2]};
@@ -60,27 +60,30 @@ TEST(ConverterKernel, BoundsHoldWhatTheSplitLeavesOut) {
                         const int64_t high = tap(block.pairs, slot / 2 * 2);
                         const int64_t low = tap(block.pairs, slot / 2 * 2 + 1);
                         const int64_t beyond = tap(block.excess, slot / 2);
-                        const Wide whole = static_cast<Wide>((high << layout.fineBits) + low) << unit;
+                        const Wide whole = static_cast<Wide>((high << layout.fineBits) + low)
+                                           << (unit - layout.fineBits);
                         const double c = block.slots[slot].taps[lane];
-                        const Wide third = static_cast<Wide>(beyond) << (kUnit - FilterLayout::kExcessBits);
-                        left += SampleScale::kWholeLimit * Size(InSteps(c) - whole);
-                        left += Size(InSteps(c * SampleScale::kExcess) - third);
+                        left += Size(InSteps(c) - whole);
+                        leftOfExcess +=
+                            Size(InSteps(c * SampleScale::kExcess) -
+                                 (static_cast<Wide>(beyond) << (kUnit - FilterLayout::kExcessBits)));
                         coarse += std::abs(high) * SampleScale::kWholeLimit;
                         fine += std::abs(low) * SampleScale::kWholeLimit;
                         fine += std::abs(beyond)
                                 << (FilterLayout::kCoarseBits + layout.fineBits - FilterLayout::kExcessBits);
                     }
-                    // Beside it there is room for the roundings of the sum in doubles, 1e-9 of a sample.
-                    left += InSteps(1e-9);
-                    const Wide bound = static_cast<Wide>(block.bounds->bound[lane]) << unit;
-                    ASSERT_LE(left, bound) << from << " to " << to << ", lane " << lane << " of block " << b;
-                    ASSERT_LT(coarse, int64_t{1} << 31);
+                    // Sums with samples at the limit whose signs are those of what each tap leaves out.
+                    ASSERT_LE(
+                        left * SampleScale::kWholeLimit,
+                        InSteps(layout.leftOut * SampleScale::kWholeLimit / (1 << FilterLayout::kCoarseBits)))
+                        << from << " to " << to << ", lane " << lane << " of block " << b;
+                    ASSERT_LE(leftOfExcess, static_cast<Wide>(4) << unit);
                     ASSERT_LT(fine, int64_t{1} << 31);
-                    // And tight enough that most samples are certain.
-                    ASSERT_LT(block.bounds->bound[lane],
-                              1 << (FilterLayout::kCoarseBits + layout.fineBits - 6));
+                    ASSERT_LT(coarse + (fine >> layout.fineBits) + 1, int64_t{1} << 31);
                 }
             }
+            // And tight enough that most samples are certain.
+            EXPECT_LT(layout.leftOut * SampleScale::kWholeLimit / (1 << FilterLayout::kCoarseBits), 0.01);
         }
     }
 }

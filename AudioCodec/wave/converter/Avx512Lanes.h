@@ -26,7 +26,6 @@ struct Avx512Lanes {
 
     static Ints Zero() { return _mm512_setzero_si512(); }
     static Ints Set(int32_t value) { return _mm512_set1_epi32(value); }
-    static Ints LoadInts(const int32_t* values) { return _mm512_load_si512(values); }
     static Pairs Load(const FilterLayout::PairTaps& taps) { return _mm512_load_si512(&taps); }
     static Pair Broadcast(const int16_t* samples) {
         int32_t pair;
@@ -41,6 +40,7 @@ struct Avx512Lanes {
     static Ints Sub(Ints a, Ints b) { return _mm512_sub_epi32(a, b); }
     static Ints ShiftLeft(Ints a, int bits) { return _mm512_sll_epi32(a, _mm_cvtsi32_si128(bits)); }
     static Ints ShiftRight(Ints a, int bits) { return _mm512_sra_epi32(a, _mm_cvtsi32_si128(bits)); }
+    static Ints Whole(Ints a) { return _mm512_srai_epi32(a, FilterLayout::kCoarseBits); }
     static Ints SignBit(Ints a) { return _mm512_srli_epi32(a, 31); }
     static uint32_t Above(Ints a, Ints b) { return _mm512_cmpgt_epi32_mask(a, b); }
     static void Store(int16_t* output, Ints samples) {

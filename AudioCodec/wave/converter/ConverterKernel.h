@@ -20,7 +20,7 @@ struct ConverterJob {
     // planes: the samples held to SampleScale::kWholeLimit, and -1, 0 or 1 where they were. Else 0.
     ptrdiff_t held;
     ptrdiff_t excess;
-    int quietBits;    // no sample is larger than SampleScale::kWholeLimit >> quietBits, or it is 0
+    int32_t peak;     // no sample is larger
     int32_t phase;    // row of the first frame, below the filter's phases
     uint32_t frames;  // of the output
     double* wide;     // room for one channel's input of the job with the margins, from `wideMargin` before it

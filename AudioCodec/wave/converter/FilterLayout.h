@@ -5,9 +5,10 @@
 // zeros, so that one pair of input samples serves all lanes.
 //
 // Whole numbers: a tap c is split into h = round(2^14 c) and l = round(2^b (2^14 c - h)), b 13 or less. With
-// 16-bit samples s the sums H of s h and L of s l are exact in 32 bits, in any order, and (H 2^b + L) /
-// 2^(14 + b) is the sum of s c up to what the split leaves out. That is at most the bound of the lane, so a
-// value that lies farther than it from the next whole number is cut to the same sample as the sum in doubles.
+// 16-bit samples s the sums H of s h and L of s l are exact in 32 bits, in any order, and H + L / 2^b is 2^14
+// times the sum of s c, up to what the split leaves out: no more than leftOut for each step of the loudest
+// sample. A value that lies farther than that from the next whole number is cut to the same sample as the sum
+// in doubles.
 #pragma once
 
 #include <cstddef>
@@ -27,10 +28,6 @@ struct FilterLayout {
     struct alignas(64) SlotTaps {
         double taps[kLanes];
     };
-    struct alignas(64) Bounds {
-        int32_t bound[kLanes];  // in units of 2^-(14 + b) of a sample
-        int32_t span[kLanes];   // 2^(14 + b) less two bounds; of unused lanes the whole
-    };
     struct Block {
         int32_t place;     // input frame of its first slot, slot 1 of its first row; from the cycle's start
         int32_t lanes;     // in use; fewer than 16 in the last block of a cycle
@@ -38,7 +35,6 @@ struct FilterLayout {
         const PairTaps* pairs;   // h and l of each pair in turn
         const PairTaps* excess;  // one for each pair
         const SlotTaps* slots;   // two for each pair
-        const Bounds* bounds;
     };
 
     int32_t phases;      // L
@@ -52,5 +48,6 @@ struct FilterLayout {
     int32_t cycleStep;      // and the input frames that they move by
     const int32_t* places;  // of each output frame of a cycle the input frame at or just before it
     int fineBits;           // b
+    double leftOut;         // in units of 2^-14
     bool mostlyCertain;     // the whole numbers are faster than the doubles
 };

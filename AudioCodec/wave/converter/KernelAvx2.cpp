@@ -25,10 +25,6 @@ struct Avx2Lanes {
 
     static Ints Zero() { return {_mm256_setzero_si256(), _mm256_setzero_si256()}; }
     static Ints Set(int32_t value) { return {_mm256_set1_epi32(value), _mm256_set1_epi32(value)}; }
-    static Ints LoadInts(const int32_t* values) {
-        const auto* const from = reinterpret_cast<const __m256i*>(values);
-        return {_mm256_load_si256(from), _mm256_load_si256(from + 1)};
-    }
     static Pairs Load(const FilterLayout::PairTaps& taps) {
         const auto* const from = reinterpret_cast<const __m256i*>(&taps);
         return {_mm256_load_si256(from), _mm256_load_si256(from + 1)};
@@ -58,6 +54,10 @@ struct Avx2Lanes {
     static Ints ShiftRight(const Ints& a, int bits) {
         const __m128i by = _mm_cvtsi32_si128(bits);
         return {_mm256_sra_epi32(a.low, by), _mm256_sra_epi32(a.high, by)};
+    }
+    static Ints Whole(const Ints& a) {
+        return {_mm256_srai_epi32(a.low, FilterLayout::kCoarseBits),
+                _mm256_srai_epi32(a.high, FilterLayout::kCoarseBits)};
     }
     static Ints SignBit(const Ints& a) {
         return {_mm256_srli_epi32(a.low, 31), _mm256_srli_epi32(a.high, 31)};

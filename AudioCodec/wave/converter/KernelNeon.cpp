@@ -34,9 +34,6 @@ struct NeonLanes {
     static Ints Set(int32_t value) {
         return Make([&](int) { return vdupq_n_s32(value); });
     }
-    static Ints LoadInts(const int32_t* values) {
-        return Make([&](int i) { return vld1q_s32(values + 4 * i); });
-    }
     static Pairs Load(const FilterLayout::PairTaps& taps) {
         return {{vld2q_s16(taps.taps[0]), vld2q_s16(taps.taps[8])}};
     }
@@ -71,6 +68,9 @@ struct NeonLanes {
     }
     static Ints ShiftRight(const Ints& a, int bits) {
         return Make([&](int i) { return vshlq_s32(a.four[i], vdupq_n_s32(-bits)); });
+    }
+    static Ints Whole(const Ints& a) {
+        return Make([&](int i) { return vshrq_n_s32(a.four[i], FilterLayout::kCoarseBits); });
     }
     static Ints SignBit(const Ints& a) {
         return Make(

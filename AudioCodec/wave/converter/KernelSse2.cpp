@@ -33,9 +33,6 @@ struct Sse2Lanes {
     static Ints Set(int32_t value) {
         return Make([&](int) { return _mm_set1_epi32(value); });
     }
-    static Ints LoadInts(const int32_t* values) {
-        return Make([&](int i) { return _mm_load_si128(reinterpret_cast<const __m128i*>(values) + i); });
-    }
     static Pairs Load(const FilterLayout::PairTaps& taps) {
         return Make([&](int i) { return _mm_load_si128(reinterpret_cast<const __m128i*>(&taps) + i); });
     }
@@ -61,6 +58,9 @@ struct Sse2Lanes {
     }
     static Ints ShiftRight(const Ints& a, int bits) {
         return Make([&](int i) { return _mm_sra_epi32(a.four[i], _mm_cvtsi32_si128(bits)); });
+    }
+    static Ints Whole(const Ints& a) {
+        return Make([&](int i) { return _mm_srai_epi32(a.four[i], FilterLayout::kCoarseBits); });
     }
     static Ints SignBit(const Ints& a) {
         return Make([&](int i) { return _mm_srli_epi32(a.four[i], 31); });

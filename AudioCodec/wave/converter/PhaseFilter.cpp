@@ -24,7 +24,6 @@ constexpr int32_t kMostCopies = 16;  // with more than one such row in so many, 
 constexpr int32_t kLiveTaps = 31;
 constexpr double kImpulse = 0x1p-40;  // a row with less than this beside its centre copies its input
 constexpr double kSumLimit = 0x1p31;
-constexpr double kDoubleSlack = 1e-9;  // of a sum in doubles, in samples: 32 roundings of 2^15 by 2^-53
 
 // sin(pi x) / (pi x). The sine repeats every 2, so whole turns are taken off before the factor pi
 // rounds the angle.
@@ -76,28 +75,20 @@ SplitTap SplitOf(double tap, int fineBits) {
             std::nearbyint(std::ldexp(SampleScale::kExcess * tap, FilterLayout::kExcessBits))};
 }
 
-// What the split of a row can make of difference to a sum, in units of its last bit. With samples s, |s| <=
-// 32734, and e = -1, 0 or 1 where the input was held to the limit, the true sum of (s + 0.233 e) c and the
-// one in whole numbers differ by no more than
-//   32734 * sum |2^(14 + b) c - (2^b h + l)| + 2^(b - 2) * sum |2^16 0.233 c - w|,
-// the unit being 2^-(14 + b) of a sample. Scaling by powers of two is exact, 2^14 c - h is (both lie on the
-// grid of c's last bit, and the difference is smaller), so each term is exact up to one rounding, which the
-// 1 in the end is more than enough for. The sum in doubles, which decides, differs from the true one by less
-// than 33 roundings of values below 2^17 / 2^53 each: 1e-9 of a sample has room for ten times as much.
-double BoundOf(const double* row, int fineBits) {
-    double split = 0.0;
-    double excess = 0.0;
+// What the split of a row leaves out of a sum, at the most and in units of 2^-14, for each step of the
+// loudest sample: the true sum of s c and the one in whole numbers, H + L / 2^b, differ by the sum of s (c -
+// (h + l / 2^b) / 2^14), so by no more than max |s| * sum |2^14 c - h - l / 2^b| units. Scaling by powers of
+// two is exact, and so is 2^14 c - h: both lie on the grid of c's last bit, and the difference is smaller.
+// The rest is rounded 32 times, by 2^-53 of less than a unit each, which kRoundings is more than.
+double LeftOut(const double* row, int fineBits) {
+    constexpr double kRoundings = 1e-12;
+    double left = 0.0;
     for (size_t j = 0; j < kTapsPerRow; ++j) {
         const SplitTap tap = SplitOf(row[j], fineBits);
-        const double left = std::ldexp(row[j], FilterLayout::kCoarseBits) - tap.coarse;
-        split += std::fabs(std::ldexp(left, fineBits) - tap.fine);
-        excess +=
-            std::fabs(std::ldexp(SampleScale::kExcess * row[j], FilterLayout::kExcessBits) - tap.excess);
+        const double fine = std::ldexp(row[j], FilterLayout::kCoarseBits) - tap.coarse;
+        left += std::fabs(fine - std::ldexp(tap.fine, -fineBits));
     }
-    const int unit = FilterLayout::kCoarseBits + fineBits;
-    return std::ceil(SampleScale::kWholeLimit * split + std::ldexp(excess, unit - FilterLayout::kExcessBits) +
-                     std::ldexp(kDoubleSlack, unit)) +
-           1;
+    return left + kRoundings;
 }
 
 bool CopiesItsInput(const double* row) {
@@ -123,13 +114,16 @@ bool PhaseFilter::Split() {
     m_layout.fineBits = kMostFineBits;
     while (m_layout.fineBits >= kLeastFineBits && !SumsFit(m_layout.fineBits)) --m_layout.fineBits;
     int32_t copies = 0;
+    m_layout.leftOut = 0.0;
+    for (int32_t p = 0; p < m_layout.phases; ++p)
+        m_layout.leftOut = std::max(m_layout.leftOut, LeftOut(Row(p), m_layout.fineBits));
     for (int32_t p = 0; p < m_layout.phases; ++p) copies += CopiesItsInput(Row(p)) ? 1 : 0;
     m_layout.mostlyCertain = copies * kMostCopies <= m_layout.phases;
     return m_layout.fineBits >= kLeastFineBits;
 }
 
-// Neither the sum of the coarse parts, nor that of the fine ones with the rest of the first and the third
-// beside it, leaves 32 bits.
+// Neither the sum of the coarse parts, with that of the fine ones beside it, nor that of the fine ones, with
+// what the limit of the input leaves beside it, leaves 32 bits.
 bool PhaseFilter::SumsFit(int fineBits) const {
     for (int32_t p = 0; p < m_layout.phases; ++p) {
         double coarse = 0.0;
@@ -142,10 +136,12 @@ bool PhaseFilter::SumsFit(int fineBits) const {
             fine += std::fabs(tap.fine);
             excess += std::fabs(tap.excess);
         }
-        const int unit = FilterLayout::kCoarseBits + fineBits;
-        const double beside = std::ldexp(1.0, unit) + std::ldexp(excess, unit - FilterLayout::kExcessBits);
-        if (!(SampleScale::kWholeLimit * coarse < kSumLimit)) return false;
-        if (!(SampleScale::kWholeLimit * fine + beside < kSumLimit)) return false;
+        const double finest =
+            SampleScale::kWholeLimit * fine +
+            std::ldexp(excess, FilterLayout::kCoarseBits + fineBits - FilterLayout::kExcessBits);
+        if (!(finest < kSumLimit)) return false;
+        if (!(SampleScale::kWholeLimit * coarse + std::ldexp(finest, -fineBits) + 1 < kSumLimit))
+            return false;
     }
     return true;
 }
@@ -169,25 +165,20 @@ void PhaseFilter::LayOut() {
         const int32_t first = m_places[static_cast<size_t>(frame)];
         const int32_t slots = m_places[static_cast<size_t>(frame + lanes - 1)] - first + kLiveTaps;
         const auto count = static_cast<size_t>(slots + 1) / 2;
-        m_blocks.push_back({first + 1, lanes, count, nullptr, nullptr, nullptr, nullptr});
+        m_blocks.push_back({first + 1, lanes, count, nullptr, nullptr, nullptr});
         firsts.push_back(pairs);
         pairs += count;
     }
     m_pairs.resize(2 * pairs);
     m_excess.resize(pairs);
     m_slots.resize(2 * pairs);
-    m_bounds.resize(m_blocks.size());
     for (size_t b = 0; b < m_blocks.size(); ++b) {
         FilterLayout::Block& block = m_blocks[b];
         block.pairs = &m_pairs[2 * firsts[b]];
         block.excess = &m_excess[firsts[b]];
         block.slots = &m_slots[2 * firsts[b]];
-        block.bounds = &m_bounds[b];
-        for (int32_t lane = 0; lane < kLanes; ++lane) {
-            m_bounds[b].span[lane] = 1 << (FilterLayout::kCoarseBits + m_layout.fineBits);
-            if (lane < block.lanes)
-                FillLane(firsts[b], m_bounds[b], static_cast<int32_t>(b) * kLanes + lane, lane);
-        }
+        for (int32_t lane = 0; lane < block.lanes; ++lane)
+            FillLane(firsts[b], static_cast<int32_t>(b) * kLanes + lane, lane);
     }
     m_layout.blockCount = m_blocks.size();
     m_layout.blocks = m_blocks.data();
@@ -195,11 +186,8 @@ void PhaseFilter::LayOut() {
 }
 
 // `first` is the index of the block's first pair.
-void PhaseFilter::FillLane(size_t first, FilterLayout::Bounds& bounds, int32_t frame, int32_t lane) {
+void PhaseFilter::FillLane(size_t first, int32_t frame, int32_t lane) {
     const double* const row = Row(frame % m_layout.phases);
-    const auto bound = static_cast<int32_t>(BoundOf(row, m_layout.fineBits));
-    bounds.bound[lane] = bound;
-    bounds.span[lane] -= 2 * bound;
     const auto shift = static_cast<size_t>(m_places[static_cast<size_t>(frame)] -
                                            m_places[static_cast<size_t>(frame - lane)]);
     for (size_t j = 1; j < kTapsPerRow; ++j) {
@@ -216,5 +204,5 @@ void PhaseFilter::FillLane(size_t first, FilterLayout::Bounds& bounds, int32_t f
 size_t PhaseFilter::Bytes() const {
     const auto bytes = [](const auto& table) { return table.size() * sizeof(table[0]); };
     return bytes(m_rows) + bytes(m_places) + bytes(m_blocks) + bytes(m_pairs) + bytes(m_excess) +
-           bytes(m_slots) + bytes(m_bounds);
+           bytes(m_slots);
 }

@@ -22,7 +22,7 @@ private:
     bool Split();
     bool SumsFit(int fineBits) const;
     void LayOut();
-    void FillLane(size_t first, FilterLayout::Bounds& bounds, int32_t frame, int32_t lane);
+    void FillLane(size_t first, int32_t frame, int32_t lane);
 
     ConversionRatio m_ratio;
     FilterLayout m_layout{};  // points into what follows
@@ -32,5 +32,4 @@ private:
     std::vector<FilterLayout::PairTaps> m_pairs;
     std::vector<FilterLayout::PairTaps> m_excess;
     std::vector<FilterLayout::SlotTaps> m_slots;
-    std::vector<FilterLayout::Bounds> m_bounds;
 };

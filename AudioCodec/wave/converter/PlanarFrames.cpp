@@ -70,8 +70,7 @@ void PlanarFrames::SetInput(ConverterJob& job, size_t place) {
     job.inputStride = m_stride;
     job.held = holds ? plane : 0;
     job.excess = holds ? 2 * plane : 0;
-    job.quietBits = 0;
-    while (job.quietBits < 14 && peak <= SampleScale::kWholeLimit >> (job.quietBits + 1)) ++job.quietBits;
+    job.peak = peak;
     job.wide = &m_wide[m_margin + place];
 }
 

@@ -126,7 +126,19 @@ private:
     static constexpr int32_t kWindow =
         512;  // slots of a block at the most, by the spread that PhaseFilter allows
 
-    explicit VectorKernel(const ConverterJob& job) : m_job(job), m_filter(*job.filter) {}
+    static constexpr int32_t kUnits = 1 << FilterLayout::kCoarseBits;
+    // Beside what the split leaves out: the bits of fine sums below a unit, the sum in doubles, which is
+    // exact to 33 roundings of less than 2^17 / 2^53, and the rounding of the bound itself.
+    static constexpr int32_t kBeside = 3;
+    // Half a unit of the 31 taps for the excess, which have 2 bits more than the coarse ones.
+    static constexpr int32_t kBesideExcess = 4;
+
+    explicit VectorKernel(const ConverterJob& job) : m_job(job), m_filter(*job.filter) {
+        const int32_t peak =
+            job.peak > SampleScale::kWholeLimit ? int32_t{SampleScale::kWholeLimit} : job.peak;
+        m_bound =
+            static_cast<int32_t>(m_filter.leftOut * peak) + kBeside + (job.held != 0 ? kBesideExcess : 0);
+    }
 
     // Calls visit(block, first lane's frame of the job, input frame of its first slot from the job's input)
     // for each place where a block meets the job.
@@ -237,27 +249,17 @@ private:
             fine[s] = V::Add(fine[s], V::ShiftLeft(excess[s], kBits + m_filter.fineBits));
     }
 
-    // The whole part and what is left, in 2^-(14 + b); lanes that are too near are noted.
+    // The whole part, and what is left of it in units of 2^-14; lanes that are too near are noted.
     void Finish(const Block& block, const Stream& stream, const typename V::Ints& coarse,
                 const typename V::Ints& fine) {
-        constexpr int kCoarse = FilterLayout::kCoarseBits;
-        const int unit = kCoarse + m_filter.fineBits;
-        const typename V::Ints restMask = V::Set((1 << unit) - 1);
-        const typename V::Ints rest =
-            V::Add(V::ShiftLeft(V::And(coarse, V::Set((1 << kCoarse) - 1)), m_filter.fineBits), fine);
-        const typename V::Ints floor = V::Add(V::ShiftRight(coarse, kCoarse), V::ShiftRight(rest, unit));
+        const typename V::Ints sum = V::Add(coarse, V::ShiftRight(fine, m_filter.fineBits));
+        const typename V::Ints floor = V::Whole(sum);
         // Cut towards 0: a rest that counts as certain isn't 0, so below 0 it is one more.
         Store(stream, V::Add(floor, V::SignBit(floor)));
-        const typename V::Ints bound = V::LoadInts(block.bounds->bound);
-        uint32_t doubtful = V::Above(V::And(V::Sub(rest, bound), restMask), V::LoadInts(block.bounds->span));
+        const typename V::Ints above = V::And(V::Sub(sum, V::Set(m_bound)), V::Set(kUnits - 1));
+        uint32_t doubtful = V::Above(above, V::Set(kUnits - 1 - 2 * m_bound));
         if (doubtful == 0) [[likely]]
             return;
-        // The bound is that of samples at the limit. What it leaves of doubt is looked at with that of the
-        // loudest one that is there; 3 is more than the rounding of the shift and what doesn't depend on
-        // them.
-        const typename V::Ints close = V::Add(V::ShiftRight(bound, m_job.quietBits), V::Set(3));
-        const typename V::Ints span = V::Sub(V::Set(1 << unit), V::Add(close, close));
-        doubtful &= V::Above(V::And(V::Sub(rest, close), restMask), span);
         doubtful &= (1U << stream.to) - (1U << stream.from);
         if (__builtin_popcount(doubtful) > kMostDoubts) return FinishInDoubles(block, stream);
         Note(stream, doubtful);
@@ -416,6 +418,7 @@ private:
 
     const ConverterJob& m_job;
     const FilterLayout& m_filter;
+    int32_t m_bound = 0;       // units to a whole number within which a sum is doubtful
     int32_t m_firstFrame = 0;  // of the block, in its cycle
     int32_t m_firstRow = 0;    // and the row of its first lane
     int32_t m_doubtCount = 0;
