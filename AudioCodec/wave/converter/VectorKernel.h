@@ -161,11 +161,9 @@ private:
             Stream streams[V::kStreams];
             int count = 0;
             ForPlaces(block, m_firstFrame, [&](int64_t at, int64_t place) {
-                const Stream stream = StreamAt(block, at);
                 for (uint32_t c = 0; c < m_job.channels; ++c) {
-                    streams[count] = stream;
+                    SetStream(streams[count], block, at, c);
                     streams[count].window = m_job.input + c * m_job.inputStride + place;
-                    streams[count].output = m_job.output + c * m_job.outputStride + at;
                     if (++count != V::kStreams) continue;
                     Certify<V::kStreams, kHeld>(block, streams);
                     count = 0;
@@ -176,10 +174,13 @@ private:
         Settle();
     }
 
-    Stream StreamAt(const Block& block, int64_t at) const {
+    // Member by member: a copy of the whole, read wider than its parts were written, waits for them.
+    void SetStream(Stream& stream, const Block& block, int64_t at, uint32_t channel) const {
         const int64_t left = static_cast<int64_t>(m_job.frames) - at;
-        return {nullptr, nullptr, at < 0 ? static_cast<int32_t>(-at) : 0,
-                left < block.lanes ? static_cast<int32_t>(left) : block.lanes, static_cast<uint32_t>(at)};
+        stream.output = m_job.output + channel * m_job.outputStride + at;
+        stream.from = at < 0 ? static_cast<int32_t>(-at) : 0;
+        stream.to = left < block.lanes ? static_cast<int32_t>(left) : block.lanes;
+        stream.at = static_cast<uint32_t>(at);
     }
 
     template <int kCount, bool kHeld>
@@ -351,8 +352,7 @@ private:
                 int pending = 0;
                 ForPlaces(block, static_cast<int64_t>(b) * kLanes, [&](int64_t at, int64_t place) {
                     windows[pending] = m_job.wide + place;
-                    streams[pending] = StreamAt(block, at);
-                    streams[pending].output = m_job.output + c * m_job.outputStride + at;
+                    SetStream(streams[pending], block, at, c);
                     if (++pending != V::kSlotStreams) return;
                     Sum<V::kSlotStreams>(block, streams, windows);
                     pending = 0;
