@@ -27,6 +27,7 @@ ConversionRatio FindConversionRatio(int32_t srcRate, int32_t dstRate) {
         if (error < best) {
             ratio = {i, k};
             best = error * kMustBeatBy;
+            if (best == 0) break;  // nothing is better
         }
     }
     return ratio;
