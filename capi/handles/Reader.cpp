@@ -65,11 +65,14 @@ void Reader::OpenSource(OpenFile& file) {
 
 void Reader::Close() noexcept { m_file.reset(); }
 
-void Reader::BuildStages() {
-    OpenSource(*m_file);
-    FrameSource& last = m_file->stages->Build(Target(m_file->facts));
-    last.SeekTo(m_file->position);
-    m_file->last = &last;
+FrameSource& Reader::LastStage() {
+    OpenFile& file = *m_file;
+    if (file.last) return *file.last;
+    OpenSource(file);
+    FrameSource& last = file.stages->Build(Target(file.facts));
+    last.SeekTo(file.position);
+    file.last = &last;
+    return last;
 }
 
 Tags Reader::ReadTags() { return ReadSourceTags(*m_readers, *m_file->input, m_file->facts, m_text); }
@@ -86,20 +89,19 @@ int64_t Reader::Frames() const {
 vlw_code Reader::SeekTo(int64_t frame) {
     if (frame < 0) throw Failure(VLW_BAD_ARGUMENT, "A place before the start can't be gone to.", Name());
     if (!IsSeekable()) throw Failure(VLW_NOT_SEEKABLE, "The source gives its bytes in order only.", Name());
-    if (!m_file->last) BuildStages();
+    FrameSource& last = LastStage();
     const int64_t length = Frames();
     if (length == VLW_UNKNOWN) {
-        PassOver(frame);
+        PassOver(last, frame);
     } else {
         m_file->position = std::min(frame, length);
-        m_file->last->SeekTo(m_file->position);
+        last.SeekTo(m_file->position);
     }
     return m_file->position < frame ? VLW_END : VLW_OK;
 }
 
 // Only reading tells whether there are so many frames. A failure leaves the place as it was.
-void Reader::PassOver(int64_t frame) {
-    FrameSource& last = *m_file->last;
+void Reader::PassOver(FrameSource& last, int64_t frame) {
     std::vector<int16_t> block(std::max<size_t>(kPassedOver, last.Channels()));
     try {
         if (frame < last.Position()) last.SeekTo(0);
@@ -116,12 +118,12 @@ void Reader::PassOver(int64_t frame) {
 
 vlw_code Reader::Read(int16_t* buffer, size_t frames, size_t& done) {
     OpenFile& file = *m_file;
-    if (!file.last) BuildStages();
+    FrameSource& last = LastStage();
     file.wasRead = file.wasRead || frames != 0;
-    const uint32_t channels = file.last->Channels();
+    const uint32_t channels = last.Channels();
     done = 0;
     while (done < frames) {
-        const size_t got = file.last->Read(buffer + done * channels, frames - done);
+        const size_t got = last.Read(buffer + done * channels, frames - done);
         if (got == 0) return file.stages->Source().EndedEarly() ? VLW_CUT : VLW_END;
         done += got;
         file.position += static_cast<int64_t>(got);

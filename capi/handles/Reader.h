@@ -61,8 +61,8 @@ private:
     ConversionTarget Target(const SourceFacts& facts) const;
     void RequireChannels(const SourceFacts& facts) const;
     void OpenSource(OpenFile& file);
-    void BuildStages();
-    void PassOver(int64_t frame);
+    FrameSource& LastStage();  // built with the first use
+    void PassOver(FrameSource& last, int64_t frame);
 
     ModuleUse& m_module;
     std::unique_ptr<ModuleReaders> m_readers;

@@ -28,7 +28,7 @@ struct Avx512Lanes {
     static Ints Set(int32_t value) { return _mm512_set1_epi32(value); }
     static Pairs Load(const FilterLayout::PairTaps& taps) { return _mm512_load_si512(&taps); }
     static Pair Broadcast(const int16_t* samples) {
-        int32_t pair;
+        int32_t pair = 0;
         __builtin_memcpy(&pair, samples, sizeof pair);
         return _mm512_set1_epi32(pair);
     }

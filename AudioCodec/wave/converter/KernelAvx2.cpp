@@ -30,7 +30,7 @@ struct Avx2Lanes {
         return {_mm256_load_si256(from), _mm256_load_si256(from + 1)};
     }
     static Pair Broadcast(const int16_t* samples) {
-        int32_t pair;
+        int32_t pair = 0;
         __builtin_memcpy(&pair, samples, sizeof pair);
         return _mm256_set1_epi32(pair);
     }
@@ -81,7 +81,7 @@ struct Avx2Lanes {
     }
     static void MultiplyAddSlot(Doubles& sum, double value, const FilterLayout::SlotTaps& taps) {
         const __m256d all = _mm256_set1_pd(value);
-        for (int i = 0; i < 4; ++i)
+        for (size_t i = 0; i < 4; ++i)
             sum.four[i] = _mm256_add_pd(sum.four[i], _mm256_mul_pd(all, _mm256_load_pd(taps.taps + 4 * i)));
     }
     static Ints ToSteps(const Doubles& sum) {
@@ -93,11 +93,11 @@ struct Avx2Lanes {
         return {steps(sum.four[0], sum.four[1]), steps(sum.four[2], sum.four[3])};
     }
     static void StoreDoubles(double* lanes, const Doubles& sum) {
-        for (int i = 0; i < 4; ++i) _mm256_store_pd(lanes + 4 * i, sum.four[i]);
+        for (size_t i = 0; i < 4; ++i) _mm256_store_pd(lanes + 4 * i, sum.four[i]);
     }
     static Doubles LoadDoubles(const double* values, double divisor) {
-        Doubles sum;
-        for (int i = 0; i < 4; ++i)
+        Doubles sum{};
+        for (size_t i = 0; i < 4; ++i)
             sum.four[i] = _mm256_div_pd(_mm256_loadu_pd(values + 4 * i), _mm256_set1_pd(divisor));
         return sum;
     }

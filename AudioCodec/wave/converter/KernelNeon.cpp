@@ -32,13 +32,13 @@ struct NeonLanes {
     }
     static Ints Zero() { return Set(0); }
     static Ints Set(int32_t value) {
-        return Make([&](int) { return vdupq_n_s32(value); });
+        return Make([&](size_t) { return vdupq_n_s32(value); });
     }
     static Pairs Load(const FilterLayout::PairTaps& taps) {
         return {{vld2q_s16(taps.taps[0]), vld2q_s16(taps.taps[8])}};
     }
     static Pair Broadcast(const int16_t* samples) {
-        int32_t pair;
+        int32_t pair = 0;
         __builtin_memcpy(&pair, samples, sizeof pair);
         return vreinterpret_s16_s32(vdup_n_s32(pair));
     }
@@ -55,38 +55,39 @@ struct NeonLanes {
                  low(sum.four[2], taps.halves[1]), high(sum.four[3], taps.halves[1])}};
     }
     static Ints And(const Ints& a, const Ints& b) {
-        return Make([&](int i) { return vandq_s32(a.four[i], b.four[i]); });
+        return Make([&](size_t i) { return vandq_s32(a.four[i], b.four[i]); });
     }
     static Ints Add(const Ints& a, const Ints& b) {
-        return Make([&](int i) { return vaddq_s32(a.four[i], b.four[i]); });
+        return Make([&](size_t i) { return vaddq_s32(a.four[i], b.four[i]); });
     }
     static Ints Sub(const Ints& a, const Ints& b) {
-        return Make([&](int i) { return vsubq_s32(a.four[i], b.four[i]); });
+        return Make([&](size_t i) { return vsubq_s32(a.four[i], b.four[i]); });
     }
     static Ints ShiftLeft(const Ints& a, int bits) {
-        return Make([&](int i) { return vshlq_s32(a.four[i], vdupq_n_s32(bits)); });
+        return Make([&](size_t i) { return vshlq_s32(a.four[i], vdupq_n_s32(bits)); });
     }
     static Ints ShiftRight(const Ints& a, int bits) {
-        return Make([&](int i) { return vshlq_s32(a.four[i], vdupq_n_s32(-bits)); });
+        return Make([&](size_t i) { return vshlq_s32(a.four[i], vdupq_n_s32(-bits)); });
     }
     static Ints Whole(const Ints& a) {
-        return Make([&](int i) { return vshrq_n_s32(a.four[i], FilterLayout::kCoarseBits); });
+        return Make([&](size_t i) { return vshrq_n_s32(a.four[i], FilterLayout::kCoarseBits); });
     }
     static Ints SignBit(const Ints& a) {
-        return Make(
-            [&](int i) { return vreinterpretq_s32_u32(vshrq_n_u32(vreinterpretq_u32_s32(a.four[i]), 31)); });
+        return Make([&](size_t i) {
+            return vreinterpretq_s32_u32(vshrq_n_u32(vreinterpretq_u32_s32(a.four[i]), 31));
+        });
     }
     static uint32_t Above(const Ints& a, const Ints& b) {
         alignas(16) static constexpr uint32_t kBits[4] = {1, 2, 4, 8};
         const uint32x4_t bits = vld1q_u32(kBits);
         uint32_t above = 0;
-        for (int i = 0; i < 4; ++i)
+        for (size_t i = 0; i < 4; ++i)
             above |= vaddvq_u32(vandq_u32(vcgtq_s32(a.four[i], b.four[i]), bits)) << (4 * i);
         return above;
     }
     static void Store(int16_t* output, const Ints& samples) {
         const int16x8_t least = vdupq_n_s16(-SampleScale::kOutputLimit);
-        for (int i = 0; i < 2; ++i) {
+        for (size_t i = 0; i < 2; ++i) {
             const int16x8_t packed =
                 vcombine_s16(vqmovn_s32(samples.four[2 * i]), vqmovn_s32(samples.four[2 * i + 1]));
             vst1q_s16(output + 8 * i, vmaxq_s16(packed, least));
@@ -94,28 +95,29 @@ struct NeonLanes {
     }
 
     static Doubles ZeroDoubles() {
-        Doubles sum;
+        Doubles sum{};
         for (float64x2_t& two : sum.two) two = vdupq_n_f64(0.0);
         return sum;
     }
     static void MultiplyAddSlot(Doubles& sum, double value, const FilterLayout::SlotTaps& taps) {
         // Two roundings, as the definition has them: no fused multiply-add.
         const float64x2_t all = vdupq_n_f64(value);
-        for (int i = 0; i < 8; ++i)
+        for (size_t i = 0; i < 8; ++i)
             sum.two[i] = vaddq_f64(sum.two[i], vmulq_f64(all, vld1q_f64(taps.taps + 2 * i)));
     }
     static Ints ToSteps(const Doubles& sum) {
         const auto steps = [](float64x2_t two) {
             return vqmovn_s64(vcvtq_s64_f64(vmulq_f64(two, vdupq_n_f64(SampleScale::kFull))));
         };
-        return Make([&](int i) { return vcombine_s32(steps(sum.two[2 * i]), steps(sum.two[2 * i + 1])); });
+        return Make([&](size_t i) { return vcombine_s32(steps(sum.two[2 * i]), steps(sum.two[2 * i + 1])); });
     }
     static void StoreDoubles(double* lanes, const Doubles& sum) {
-        for (int i = 0; i < 8; ++i) vst1q_f64(lanes + 2 * i, sum.two[i]);
+        for (size_t i = 0; i < 8; ++i) vst1q_f64(lanes + 2 * i, sum.two[i]);
     }
     static Doubles LoadDoubles(const double* values, double divisor) {
-        Doubles sum;
-        for (int i = 0; i < 8; ++i) sum.two[i] = vdivq_f64(vld1q_f64(values + 2 * i), vdupq_n_f64(divisor));
+        Doubles sum{};
+        for (size_t i = 0; i < 8; ++i)
+            sum.two[i] = vdivq_f64(vld1q_f64(values + 2 * i), vdupq_n_f64(divisor));
         return sum;
     }
     static float64x2_t TwoDoubles(const int16_t* samples) {

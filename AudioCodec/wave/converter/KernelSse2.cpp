@@ -28,46 +28,47 @@ struct Sse2Lanes {
         return {{each(0), each(1), each(2), each(3)}};
     }
     static Ints Zero() {
-        return Make([](int) { return _mm_setzero_si128(); });
+        return Make([](size_t) { return _mm_setzero_si128(); });
     }
     static Ints Set(int32_t value) {
-        return Make([&](int) { return _mm_set1_epi32(value); });
+        return Make([&](size_t) { return _mm_set1_epi32(value); });
     }
     static Pairs Load(const FilterLayout::PairTaps& taps) {
-        return Make([&](int i) { return _mm_load_si128(reinterpret_cast<const __m128i*>(&taps) + i); });
+        return Make([&](size_t i) { return _mm_load_si128(reinterpret_cast<const __m128i*>(&taps) + i); });
     }
     static Pair Broadcast(const int16_t* samples) {
-        int32_t pair;
+        int32_t pair = 0;
         __builtin_memcpy(&pair, samples, sizeof pair);
         return _mm_set1_epi32(pair);
     }
     static Ints MultiplyAdd(const Ints& sum, Pair samples, const Pairs& taps) {
-        return Make([&](int i) { return _mm_add_epi32(sum.four[i], _mm_madd_epi16(samples, taps.four[i])); });
+        return Make(
+            [&](size_t i) { return _mm_add_epi32(sum.four[i], _mm_madd_epi16(samples, taps.four[i])); });
     }
     static Ints And(const Ints& a, const Ints& b) {
-        return Make([&](int i) { return _mm_and_si128(a.four[i], b.four[i]); });
+        return Make([&](size_t i) { return _mm_and_si128(a.four[i], b.four[i]); });
     }
     static Ints Add(const Ints& a, const Ints& b) {
-        return Make([&](int i) { return _mm_add_epi32(a.four[i], b.four[i]); });
+        return Make([&](size_t i) { return _mm_add_epi32(a.four[i], b.four[i]); });
     }
     static Ints Sub(const Ints& a, const Ints& b) {
-        return Make([&](int i) { return _mm_sub_epi32(a.four[i], b.four[i]); });
+        return Make([&](size_t i) { return _mm_sub_epi32(a.four[i], b.four[i]); });
     }
     static Ints ShiftLeft(const Ints& a, int bits) {
-        return Make([&](int i) { return _mm_sll_epi32(a.four[i], _mm_cvtsi32_si128(bits)); });
+        return Make([&](size_t i) { return _mm_sll_epi32(a.four[i], _mm_cvtsi32_si128(bits)); });
     }
     static Ints ShiftRight(const Ints& a, int bits) {
-        return Make([&](int i) { return _mm_sra_epi32(a.four[i], _mm_cvtsi32_si128(bits)); });
+        return Make([&](size_t i) { return _mm_sra_epi32(a.four[i], _mm_cvtsi32_si128(bits)); });
     }
     static Ints Whole(const Ints& a) {
-        return Make([&](int i) { return _mm_srai_epi32(a.four[i], FilterLayout::kCoarseBits); });
+        return Make([&](size_t i) { return _mm_srai_epi32(a.four[i], FilterLayout::kCoarseBits); });
     }
     static Ints SignBit(const Ints& a) {
-        return Make([&](int i) { return _mm_srli_epi32(a.four[i], 31); });
+        return Make([&](size_t i) { return _mm_srli_epi32(a.four[i], 31); });
     }
     static uint32_t Above(const Ints& a, const Ints& b) {
         uint32_t above = 0;
-        for (int i = 0; i < 4; ++i) {
+        for (size_t i = 0; i < 4; ++i) {
             const __m128 mask = _mm_castsi128_ps(_mm_cmpgt_epi32(a.four[i], b.four[i]));
             above |= static_cast<uint32_t>(_mm_movemask_ps(mask)) << (4 * i);
         }
@@ -76,39 +77,39 @@ struct Sse2Lanes {
     static void Store(int16_t* output, const Ints& samples) {
         auto* const to = reinterpret_cast<__m128i*>(output);
         const __m128i least = _mm_set1_epi16(-SampleScale::kOutputLimit);
-        for (int i = 0; i < 2; ++i)
+        for (size_t i = 0; i < 2; ++i)
             _mm_storeu_si128(
                 to + i, _mm_max_epi16(_mm_packs_epi32(samples.four[2 * i], samples.four[2 * i + 1]), least));
     }
 
     static Doubles ZeroDoubles() {
-        Doubles sum;
+        Doubles sum{};
         for (__m128d& two : sum.two) two = _mm_setzero_pd();
         return sum;
     }
     static void MultiplyAddSlot(Doubles& sum, double value, const FilterLayout::SlotTaps& taps) {
         const __m128d all = _mm_set1_pd(value);
-        for (int i = 0; i < 8; ++i)
+        for (size_t i = 0; i < 8; ++i)
             sum.two[i] = _mm_add_pd(sum.two[i], _mm_mul_pd(all, _mm_load_pd(taps.taps + 2 * i)));
     }
     static Ints ToSteps(const Doubles& sum) {
         const __m128d scale = _mm_set1_pd(SampleScale::kFull);
-        return Make([&](int i) {
+        return Make([&](size_t i) {
             return _mm_unpacklo_epi64(_mm_cvttpd_epi32(_mm_mul_pd(sum.two[2 * i], scale)),
                                       _mm_cvttpd_epi32(_mm_mul_pd(sum.two[2 * i + 1], scale)));
         });
     }
     static void StoreDoubles(double* lanes, const Doubles& sum) {
-        for (int i = 0; i < 8; ++i) _mm_store_pd(lanes + 2 * i, sum.two[i]);
+        for (size_t i = 0; i < 8; ++i) _mm_store_pd(lanes + 2 * i, sum.two[i]);
     }
     static Doubles LoadDoubles(const double* values, double divisor) {
-        Doubles sum;
-        for (int i = 0; i < 8; ++i)
+        Doubles sum{};
+        for (size_t i = 0; i < 8; ++i)
             sum.two[i] = _mm_div_pd(_mm_loadu_pd(values + 2 * i), _mm_set1_pd(divisor));
         return sum;
     }
     static __m128d TwoDoubles(const int16_t* samples) {
-        int32_t pair;
+        int32_t pair = 0;
         __builtin_memcpy(&pair, samples, sizeof pair);
         const __m128i words = _mm_cvtsi32_si128(pair);
         return _mm_cvtepi32_pd(_mm_srai_epi32(_mm_unpacklo_epi16(words, words), 16));

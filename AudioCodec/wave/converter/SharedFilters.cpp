@@ -10,8 +10,8 @@ constexpr size_t kKept = 8;
 constexpr size_t kMostBytes = size_t{2} << 20;  // of one that is kept; most have less than a tenth of it
 
 struct Kept {
-    ConversionRatio ratio;
-    double cutoff;
+    ConversionRatio ratio{};
+    double cutoff = 0.0;
     std::shared_ptr<const PhaseFilter> filter;  // null where there is none yet
 };
 std::mutex g_lock;
