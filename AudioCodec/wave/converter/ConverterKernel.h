@@ -23,7 +23,7 @@ struct ConverterJob {
     int32_t peak;     // no sample is larger
     int32_t phase;    // row of the first frame, below the filter's phases
     uint32_t frames;  // of the output
-    double* wide;     // room for one channel's input of the job with the margins, from `wideMargin` before it
+    double* wide;     // room for one channel's input, with the margins, which lie around where it points
     double* totals;   // room for `frames` sums, and 16 more
     bool average;     // one output channel, the mean of all; else as many as the input
     int16_t* output;  // planar

@@ -121,10 +121,9 @@ private:
     };
     static constexpr int32_t kDoubts = 256;
     static constexpr int kTogether = 4;
-    static constexpr int kMostDoubts = 6;  // in a block that isn't computed again as a whole
-    static constexpr double kNear = 1e-7;  // of a sample, between two that a sum in any order tells apart
-    static constexpr int32_t kWindow =
-        512;  // slots of a block at the most, by the spread that PhaseFilter allows
+    static constexpr int kMostDoubts = 6;    // in a block that isn't computed again as a whole
+    static constexpr double kNear = 1e-7;    // of a sample, between two that a sum in any order tells apart
+    static constexpr int32_t kWindow = 512;  // slots at the most, by the spread that PhaseFilter allows
 
     static constexpr int32_t kUnits = 1 << FilterLayout::kCoarseBits;
     // Beside what the split leaves out: the bits of fine sums below a unit, the sum in doubles, which is
@@ -140,8 +139,8 @@ private:
             static_cast<int32_t>(m_filter.leftOut * peak) + kBeside + (job.held != 0 ? kBesideExcess : 0);
     }
 
-    // Calls visit(block, first lane's frame of the job, input frame of its first slot from the job's input)
-    // for each place where a block meets the job.
+    // Calls visit(frame of the job that the block's first lane is, place in the input of its first slot)
+    // wherever a block meets the job. `first` is that lane's frame in its cycle.
     template <class Visit>
     void ForPlaces(const Block& block, int64_t first, Visit visit) const {
         const auto frames = static_cast<int64_t>(m_job.frames);
