@@ -21,6 +21,11 @@ build tsan                             # clang, likewise
 
 scripts/check-abi.sh
 
+say "kernels"
+# A function that two files share is the linker's to choose, and would be the one for a newer processor.
+shared="$(nm -C build/release/AudioCodec/CMakeFiles/vlacwav3_objects.dir/wave/converter/Kernel[AN]*.o | grep ' W ' || true)"
+[[ -z "$shared" ]] || die "the kernels share functions with other files: $shared"
+
 # What ships; tests and benchmarks are held to the warnings of both compilers.
 say "clang-tidy"
 log=build/clang-tidy.log
