@@ -1,7 +1,6 @@
 // vlwav beside the commands that people use for the same, as whole processes. Their files lie in memory where
 // there is room, since vlwav waits for the medium before it gives a file its name and the others don't: on a
 // disk it would be the disk that is measured.
-#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -181,17 +180,17 @@ void AddManyRows() {
 
 // Seconds to open a file, go to a second of it and read all that follows; 0 unless that is 5 seconds.
 double ReadFrom(const std::string& path, int second) {
-    const auto start = std::chrono::steady_clock::now();
-    const auto reader = RefPtr<CACStreamReader>::Retain(new CACStreamReader);
-    if (reader->Open(fs::path(path).u16string().c_str(), OPEN_READ_ONLY) != RESULT_OK) return 0;
-    int64_t position = 0;
-    if (reader->Seek(ORIGIN_START, int64_t{second} * kRate, &position) != RESULT_OK) return 0;
-    std::vector<int16_t> block(8192);
     int64_t total = 0;
-    for (uint32_t frames = 1; frames != 0; total += frames)
-        if (reader->Read(block.data(), 4096, &frames, nullptr) != RESULT_OK) return 0;
-    if (total < 4 * kRate || total > 6 * kRate) return 0;
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    const double seconds = ClockTimed([&] {
+        const auto reader = RefPtr<CACStreamReader>::Retain(new CACStreamReader);
+        int64_t position = 0;
+        if (reader->Open(fs::path(path).u16string().c_str(), OPEN_READ_ONLY) != RESULT_OK) return;
+        if (reader->Seek(ORIGIN_START, int64_t{second} * kRate, &position) != RESULT_OK) return;
+        std::vector<int16_t> block(8192);
+        for (uint32_t frames = 1; frames != 0; total += frames)
+            if (reader->Read(block.data(), 4096, &frames, nullptr) != RESULT_OK) return;
+    });
+    return total > 4 * kRate && total < 6 * kRate ? seconds : 0;
 }
 
 void AddAdpcmRows() {

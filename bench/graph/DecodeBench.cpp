@@ -5,7 +5,6 @@ extern "C" {
 #include <libavformat/avformat.h>
 }
 
-#include <chrono>
 #include <memory>
 
 #include "AudioCodec/shell/object/Border.h"
@@ -56,12 +55,6 @@ int64_t ReadByModule(const ScopedFile& file) {
     for (uint32_t frames = 1; frames != 0; total += frames)
         if (reader->Read(block.data(), kBlockFrames, &frames, nullptr) != RESULT_OK) return 0;
     return total;
-}
-
-double ClockTimed(const std::function<void()>& work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
 const bool g_added = [] {

@@ -21,3 +21,5 @@ void AddRow(const std::string& work, double wanted, std::function<Sides()> prepa
 // Seconds of processor time that a call takes on this thread, so that what else the machine does counts
 // little.
 double Timed(const std::function<void()>& work);
+// The same by the clock, for work that several threads share.
+double ClockTimed(const std::function<void()>& work);

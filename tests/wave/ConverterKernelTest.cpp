@@ -102,7 +102,10 @@ TEST(ConverterKernelThreads, ShareFilters) {
     threads.reserve(8);
     for (int t = 0; t < 8; ++t)
         threads.emplace_back([t] {
-            for (int i = 0; i < 125; ++i) SharedFilter({1 + (i + t) % 12, 3}, 1.0);
+            for (int i = 0; i < 125; ++i) {
+                const int32_t phases = 1 + (i + t) % 12;
+                EXPECT_EQ(SharedFilter({phases, 3}, 1.0)->Layout().phases, phases);
+            }
         });
     for (std::thread& thread : threads) thread.join();
 }

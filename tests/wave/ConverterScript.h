@@ -54,7 +54,9 @@ public:
                 continue;
             }
             const auto left = static_cast<uint32_t>(input.size() / channels - at);
-            const uint32_t offer = std::min(action < 64 ? Next() : Next16() % kMost, left);
+            // Often nothing or next to nothing: what warms up, ends or begins again lives on that.
+            const uint32_t wish = action < 64 ? Next() % 50 : action < 96 ? 0 : Next16() % kMost;
+            const uint32_t offer = std::min(wish, left);
             const auto room = static_cast<uint32_t>(action % 4 == 0 ? Next() : Next16() % kMost);
             if (action % 16 == 15) {
                 converter.EndWith(offer);

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cmath>
 
 #include "AudioCodec/wave/converter/CSampleRateConverter.h"
@@ -99,26 +98,6 @@ TEST(Converter, ChannelsAreKeptSpreadOrAveraged) {
     }
 }
 
-// Short offers stretch the warm-up; nothing may land outside its row (the sanitizers look) and nothing may
-// hang.
-TEST(Converter, ShortOffersInAnyOrderStayInTheHistory) {
-    const Samples input = Noise(2 * 66);
-    Samples output(4096);
-    CSampleRateConverter converter;
-    converter.Configure(2, 44100, 2, 48000);
-    for (uint32_t turn = 0; turn < 3 * 67 * 6; ++turn) {
-        const uint32_t first = turn / 3 % 67;
-        const uint32_t second = std::array{0u, 1u, 15u, 16u, 33u, 64u}[turn % 6];
-        converter.ResetToOutputPosition(std::array{0, 5, 500}[turn / 6 % 3]);
-        for (const uint32_t offer : {first, second, 0u, first, 0u, 0u}) {
-            uint32_t taken = offer;
-            uint32_t made = 64;
-            converter.Process(input.data(), &taken, output.data(), &made);
-            ASSERT_LE(made, 64u);
-        }
-    }
-}
-
 // An offer below the warm-up is the end of a source: its frames are consumed without a frame coming of them,
 // and the tail brings all that are due. One that would only stretch the warm-up, for ever, is the owner's to
 // announce.
@@ -156,40 +135,6 @@ TEST(Converter, SourcesShorterThanTheWarmupComeOutWhole) {
             }
         }
     }
-}
-
-// Nothing is offered before anything came, and places after the end have no frames: neither may begin a tail.
-TEST(Converter, NoFramesComeOfNothing) {
-    CSampleRateConverter converter;
-    converter.Configure(1, 44100, 1, 48000);
-    const Samples input = Noise(16);
-    Samples output(64);
-    for (const uint32_t offer : {0U, 1U, 15U}) {
-        converter.ResetToOutputPosition(500);
-        for (const uint32_t frames : {offer, 0U, 0U}) {
-            uint32_t taken = frames;
-            uint32_t made = 64;
-            converter.Process(input.data(), &taken, output.data(), &made);
-            EXPECT_EQ(taken, frames);
-            EXPECT_EQ(made, 0U);
-        }
-    }
-}
-
-TEST(Converter, ShortFirstOfferBeginsLate) {
-    CSampleRateConverter converter;
-    converter.Configure(1, 44100, 2, 44100);
-    converter.ResetToOutputPosition(0);
-    Samples input(40, 0);
-    input[0] = 20000;
-    Samples output(200);
-    uint32_t taken = 40;
-    uint32_t made = 100;
-    converter.Process(input.data(), &taken, output.data(), &made);
-    ASSERT_EQ(taken, 40u);
-    ASSERT_EQ(made, 32u);
-    EXPECT_NEAR(output[16], 20000, 1);  // 40 frames where 48 were wanted: 8 frames of silence in front
-    EXPECT_EQ(output[0], 0);
 }
 
 TEST(Converter, RatesAndChannelsAtEveryExtremeNeitherCrashNorHang) {

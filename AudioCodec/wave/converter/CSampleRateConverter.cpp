@@ -51,9 +51,8 @@ void CSampleRateConverter::Prepare() {
     std::shared_ptr<const PhaseFilter> filter = SharedFilter({m_phaseCount, m_inputStep}, cutoff);
     const FilterLayout& layout = filter->Layout();
     const bool inBlocks = layout.blockCount != 0 && m_srcChannels <= kMostBlockChannels;
-    const size_t planes = m_dstChannels == m_srcChannels ? m_srcChannels : 1;
-    const size_t frames = std::max<size_t>(kMade / std::max<size_t>(planes, 1), 1);
-    std::vector<int16_t> made(frames * planes);
+    const size_t frames = MostAtOnce();
+    std::vector<int16_t> made(frames * MadePlanes());
     std::vector<double> totals(m_dstChannels == 1 && m_srcChannels > 1 ? frames + kLanes : 0);
     m_input.Reset(m_srcChannels, inBlocks ? ConverterKernel::Margin(m_inputStep, m_phaseCount) : 0);
     m_made = std::move(made);
@@ -184,9 +183,13 @@ uint32_t CSampleRateConverter::FramesWithin(int64_t batch, uint32_t most) const 
     return static_cast<uint32_t>(std::min<int64_t>(frames, most));
 }
 
+// One for a mean, and for one that is spread.
+size_t CSampleRateConverter::MadePlanes() const {
+    return m_dstChannels == m_srcChannels ? std::max<size_t>(m_srcChannels, 1) : 1;
+}
+
 uint32_t CSampleRateConverter::MostAtOnce() const {
-    const size_t planes = m_dstChannels == m_srcChannels ? m_srcChannels : 1;
-    return static_cast<uint32_t>(std::max<size_t>(kMade / std::max<size_t>(planes, 1), 1));
+    return static_cast<uint32_t>(std::max<size_t>(kMade / MadePlanes(), 1));
 }
 
 void CSampleRateConverter::MakeFrames(int16_t*& output, uint32_t frames) {

@@ -70,6 +70,7 @@ private:
     uint32_t FramesWithin(int64_t batch, uint32_t most) const;
     int64_t PlaceOf(int64_t phase) const { return phase * m_inputStep / m_phaseCount; }
     void MakeFrames(int16_t*& output, uint32_t frames);
+    size_t MadePlanes() const;
     uint32_t MostAtOnce() const;
     void StandAtStart(int32_t warmup);
 
