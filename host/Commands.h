@@ -36,8 +36,8 @@ struct ConvertOptions {
     bool overwrite = false;
     bool partial = false;  // of a file that ends early what is there is enough
     bool lossy = false;    // tags that the output can't keep may change or go
-    std::optional<uint32_t>
-        jobs;  // files at once, and threads for long ones; as suits the machine where missing
+    // Files at once, and threads for long ones; as suits the machine where missing.
+    std::optional<uint32_t> jobs;
     std::vector<std::string> sets;  // "NAME=VALUE"
 };
 
