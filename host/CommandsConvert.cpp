@@ -16,6 +16,7 @@
 #include "host/Output.h"
 #include "host/Report.h"
 #include "host/TagChanges.h"
+#include "host/TerminalText.h"
 
 namespace {
 
@@ -32,8 +33,7 @@ std::vector<Job> Plan(const ConvertOptions& options) {
     std::error_code ignored;
     const bool folder = std::filesystem::is_directory(options.output, ignored);
     if (!folder && options.files.size() > 1)
-        throw UsageFailure(
-            fmt::format("{} is no folder; several files need one.", Report::Printable(options.output)));
+        throw UsageFailure(fmt::format("{} is no folder; several files need one.", options.output));
     std::vector<Job> jobs;
     std::map<std::string, std::string> inputOf;
     for (const std::string& input : options.files) {
@@ -41,9 +41,8 @@ std::vector<Job> Plan(const ConvertOptions& options) {
         if (folder) output /= std::filesystem::path(input).stem().concat(".wav");
         const auto [other, isNew] = inputOf.try_emplace(output.string(), input);
         if (!isNew)
-            throw UsageFailure(fmt::format("{} and {} would both become {}.",
-                                           Report::Printable(other->second), Report::Printable(input),
-                                           Report::Printable(output.string())));
+            throw UsageFailure(
+                fmt::format("{} and {} would both become {}.", other->second, input, output.string()));
         jobs.push_back({input, output.string()});
     }
     return jobs;
@@ -107,8 +106,7 @@ public:
         const auto there = std::filesystem::status(job.output, ignored);
         // What is there as a device or a pipe would be written to, never replaced.
         if (std::filesystem::exists(there) && !std::filesystem::is_regular_file(there))
-            throw Failure(fmt::format("{} is no regular file; choose another name for -o.",
-                                      Report::Printable(job.output)));
+            throw Failure(fmt::format("{} is no regular file; choose another name for -o.", job.output));
         vlw::Conversion conversion = m_rules.conversion;
         conversion.threads = threads;
         vlw::Tags tags;
@@ -138,17 +136,16 @@ private:
     std::string Warnings(const std::string& input, const vlw::Converted& made) const {
         std::string lines;
         if (made.ending == vlw::Ending::cut)
-            lines += Report::Complaint(
-                input, "Note: " + Report::Printable(vlw_converter_error(m_converter.get())->text));
+            lines += Report::Complaint(input,
+                                       std::string("Note: ") + vlw_converter_error(m_converter.get())->text);
         for (const std::string& line : Lines(made.notes))
-            if (!IsOfFormat(line))
-                lines += Report::Complaint(input, "Note: " + Report::Printable(line) + '.');
+            if (!IsOfFormat(line)) lines += Report::Complaint(input, "Note: " + line + '.');
         return lines;
     }
 
     std::string LineOf(const Job& job, const vlw::Converted& made) const {
-        return fmt::format("{} -> {}: {}, {}{}\n", Report::Printable(job.input),
-                           Report::Printable(job.output), TextOf(made.format, m_rules.formats),
+        return fmt::format("{} -> {}: {}, {}{}\n", TerminalText::Printable(job.input),
+                           TerminalText::Printable(job.output), TextOf(made.format, m_rules.formats),
                            Report::Duration(made.format.frames.value_or(0), made.format.rate),
                            FormatLosses(made.notes));
     }

@@ -20,7 +20,7 @@ int64_t PromisedFrames(const vlw::Reader& reader) {
 ExitCode TellCut(const vlw::Reader& reader, const DecodeOptions& options, bool isFile) {
     const std::string reason = vlw_reader_error(reader.get())->text;
     if (!options.partial && isFile) throw Failure(reason + Report::kPartialHint);
-    Report::Complain(options.file, (options.partial ? "Note: " : "") + Report::Printable(reason));
+    Report::Complain(options.file, (options.partial ? "Note: " : "") + reason);
     return options.partial ? EXIT_DONE : EXIT_FAILED;
 }
 

@@ -17,8 +17,7 @@ void RequireLanguage(const std::string& text) {
     std::string known;
     for (size_t i = 0; const char* const tag = vlw_language(i); ++i)
         known += (i == 0 ? "" : ", ") + std::string(tag);
-    throw UsageFailure(
-        fmt::format("\"{}\" is no language of the texts; they are {}.", Report::Printable(text), known));
+    throw UsageFailure(fmt::format("\"{}\" is no language of the texts; they are {}.", text, known));
 }
 
 uint32_t BytesPerSecond(const vlw::Format& format) { return format.rate * format.block_bytes; }

@@ -7,6 +7,7 @@
 #include "host/Failure.h"
 #include "host/Output.h"
 #include "host/Report.h"
+#include "host/TerminalText.h"
 
 namespace {
 
@@ -47,7 +48,8 @@ std::string Text(const std::string& file, const Found& found) {
         remark += fmt::format(", {} frames are promised", *format.frames_promised);
     if (!found.lengthTold) remark = "; the head doesn't tell it";
     return fmt::format("{}\n  format   {} Hz, {} channel{}{}\n  length   {} frames, {}{}\n  reading  {}\n",
-                       Report::Printable(file), format.rate, format.channels, format.channels == 1 ? "" : "s",
+                       TerminalText::Printable(file), format.rate, format.channels,
+                       format.channels == 1 ? "" : "s",
                        found.direct ? fmt::format(", {} bits", format.bits) : " when decoded", found.frames,
                        Report::Duration(found.frames, format.rate), remark,
                        found.direct ? "directly" : "through a decoding graph");
@@ -56,15 +58,16 @@ std::string Text(const std::string& file, const Found& found) {
 nlohmann::ordered_json Json(const std::string& file, const Found& found) {
     using Value = nlohmann::ordered_json;
     const vlw::Format& format = found.format;
-    return {{"file", file},
-            {"direct", found.direct},
-            {"channels", format.channels},
-            {"rate", format.rate},
-            {"bits", found.direct ? Value(format.bits) : Value(nullptr)},
-            {"frames", found.frames},
-            {"promised", format.frames_promised ? Value(*format.frames_promised) : Value(nullptr)},
-            {"present", found.frames},
-            {"seconds", static_cast<double>(found.frames) / format.rate}};
+    Value entry = Report::JsonEntry(file);
+    entry.update({{"direct", found.direct},
+                  {"channels", format.channels},
+                  {"rate", format.rate},
+                  {"bits", found.direct ? Value(format.bits) : Value(nullptr)},
+                  {"frames", found.frames},
+                  {"promised", format.frames_promised ? Value(*format.frames_promised) : Value(nullptr)},
+                  {"present", found.frames},
+                  {"seconds", static_cast<double>(found.frames) / format.rate}});
+    return entry;
 }
 
 // Lines for people, each at once where one is looking on, else many in one write.

@@ -1,10 +1,13 @@
+#include <fmt/format.h>
+
 #include <string>
+#include <string_view>
 
 #include "capi/vlwav_more.h"
 #include "host/Commands.h"
 #include "host/Failure.h"
 #include "host/Output.h"
-#include "host/Report.h"
+#include "host/TerminalText.h"
 
 namespace {
 
@@ -25,7 +28,7 @@ void Require(const vlw::Module& module, vlw_code code) {
 ExitCode RunRegister(const vlw::Module& module, const RegistryOptions& options) {
     const auto enter = options.system ? &vlw_module_register_system : &vlw_module_register;
     Require(module, enter(module.get()));
-    return Tell("registered " + Report::Printable(std::string(module.path())));
+    return Tell(fmt::format("registered {}", TerminalText::Printable(module.path())));
 }
 
 ExitCode RunUnregister(const vlw::Module& module, const RegistryOptions& options) {
@@ -34,4 +37,8 @@ ExitCode RunUnregister(const vlw::Module& module, const RegistryOptions& options
     return Tell("unregistered");
 }
 
-ExitCode RunWhere(const vlw::Module& module) { return Tell(std::string(module.path())); }
+// To a script the name goes as it is.
+ExitCode RunWhere(const vlw::Module& module) {
+    const std::string_view path = module.path();
+    return Tell(Output::Standard().IsTerminal() ? TerminalText::Printable(path) : std::string(path));
+}

@@ -7,6 +7,7 @@
 #include "host/Output.h"
 #include "host/Report.h"
 #include "host/TagChanges.h"
+#include "host/TerminalText.h"
 
 namespace {
 
@@ -21,7 +22,7 @@ void Change(vlw::Editor& editor, const std::string& file, const TagChanges& chan
         if (saved.error().code != vlw::Code::would_lose) throw vlw::Error(saved.error());
         if (!lossy) throw Failure(saved.error().text + " With --lossy it is saved as far as it goes.");
         editor.save(vlw::Flags::lossy);
-        Report::Complain(file, "Note: " + Report::Printable(saved.error().text));
+        Report::Complain(file, "Note: " + saved.error().text);
     }
     // A list that follows ends the audio, so from now on the head tells what is there.
     if (format.frames && format.frames_promised && *format.frames < *format.frames_promised)
@@ -43,10 +44,10 @@ bool IsNumber(std::string_view name) {
 }
 
 std::string Text(const std::string& file, const vlw::Tags& tags) {
-    std::string text = Report::Printable(file) + "\n";
+    std::string text = TerminalText::Printable(file) + "\n";
     if (tags.empty()) text += "  no tags\n";
     for (const auto& [name, value] : tags)
-        text += fmt::format("  {:<9}  {}\n", name, Report::Printable(std::string(value)));
+        text += fmt::format("  {:<9}  {}\n", name, TerminalText::Printable(value));
     return text;
 }
 
@@ -57,7 +58,9 @@ nlohmann::ordered_json Json(const std::string& file, const vlw::Tags& tags) {
         const std::string text(value);
         values[std::string(name)] = IsNumber(name) ? Value(std::stol(text)) : Value(text);
     }
-    return {{"file", file}, {"tags", values}};
+    Value entry = Report::JsonEntry(file);
+    entry["tags"] = values;
+    return entry;
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/Reason.h"
+#include "host/TerminalText.h"
 
 namespace Report {
 namespace {
@@ -26,19 +27,28 @@ void Tell(const std::string& file, const Reason& reason) noexcept {
 using OrderedJson = nlohmann::ordered_json;
 
 std::string Json(const OrderedJson& value) {
-    return value.dump(2, ' ', false, OrderedJson::error_handler_t::replace) + "\n";
+    return TerminalText::PrintableJson(value.dump(2, ' ', false, OrderedJson::error_handler_t::replace)) +
+           "\n";
+}
+
+OrderedJson JsonEntry(const std::string& file) {
+    OrderedJson entry = {{"file", file}};
+    if (!TerminalText::IsUtf8(file)) entry["fileBytes"] = TerminalText::Base64(file);
+    return entry;
 }
 
 OrderedJson JsonFailure(const std::string& file, const std::exception& failure) {
-    return {{"file", file}, {"error", {{"code", NumberOf(failure)}, {"message", ReasonOf(failure, file)}}}};
+    OrderedJson entry = JsonEntry(file);
+    entry["error"] = {{"code", NumberOf(failure)}, {"message", ReasonOf(failure, file)}};
+    return entry;
 }
 
 std::string Complaint(const std::string& file, const std::string& reason) {
-    return (file.empty() ? "vlwav: " : "vlwav: " + Printable(file) + ": ") + reason + '\n';
+    return TerminalText::Printable("vlwav: " + (file.empty() ? file : file + ": ") + reason) + '\n';
 }
 
 std::string Complaint(const std::string& file, const std::exception& failure) {
-    return Complaint(file, Printable(ReasonOf(failure, file)));
+    return Complaint(file, ReasonOf(failure, file));
 }
 
 void Complain(const std::string& file, const std::string& reason) { Tell(file, reason); }
@@ -46,7 +56,7 @@ void Complain(const std::string& file, const std::string& reason) { Tell(file, r
 void Complain(const std::string& file, const std::exception& failure) { Tell(file, failure); }
 
 std::string Exists(const std::string& output) {
-    return fmt::format("{} is there already; choose another name or use --overwrite.", Printable(output));
+    return fmt::format("{} is there already; choose another name or use --overwrite.", output);
 }
 
 std::string Duration(int64_t frames, uint32_t rate) {
@@ -58,18 +68,6 @@ std::string Duration(int64_t frames, uint32_t rate) {
     const std::string tail = fmt::format(":{:02}.{:03}", time % kMinute / kSecond, time % kSecond);
     if (time < kHour) return fmt::format("{}{}", time / kMinute, tail);
     return fmt::format("{}:{:02}{}", time / kHour, time % kHour / kMinute, tail);
-}
-
-std::string Printable(const std::string& name) {
-    std::string text;
-    for (const char c : name) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte == 0x7F)
-            text += fmt::format("\\x{:02X}", byte);
-        else
-            text += c;
-    }
-    return text;
 }
 
 }  // namespace Report

@@ -10,10 +10,13 @@
 namespace Report {
 
 std::string Json(const nlohmann::ordered_json& value);
-// What stands in JSON for a file that failed; bytes that are no UTF-8 become U+FFFD.
+// What an entry of a file begins with: "file", its name, in which bytes that are no UTF-8 become U+FFFD, and
+// then "fileBytes", the name as it is in base64.
+nlohmann::ordered_json JsonEntry(const std::string& file);
+// The entry of a file that failed.
 nlohmann::ordered_json JsonFailure(const std::string& file, const std::exception& failure);
 
-// The line "vlwav: FILE: reason", without the file where it is empty.
+// The line "vlwav: FILE: reason", without the file where it is empty. Both parts are made printable.
 std::string Complaint(const std::string& file, const std::string& reason);
 std::string Complaint(const std::string& file, const std::exception& failure);
 // The same on standard error.
@@ -29,7 +32,4 @@ std::string Exists(const std::string& output);
 
 // h:mm:ss.mmm, hours only where there are any.
 std::string Duration(int64_t frames, uint32_t rate /*frames per second, not 0*/);
-// The name for a terminal: control characters become \xNN.
-std::string Printable(const std::string& name);
-
 }  // namespace Report

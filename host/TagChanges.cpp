@@ -7,7 +7,6 @@
 #include <algorithm>
 
 #include "host/Failure.h"
-#include "host/Report.h"
 
 namespace {
 
@@ -21,8 +20,8 @@ std::string KeptNames() {
 void RequireKept(const std::string& given) {
     vlw::Tags trial;
     if (!trial.try_set(given, "1"))
-        throw UsageFailure(fmt::format("There is no tag named \"{}\"; the names are {}.",
-                                       Report::Printable(given), KeptNames()));
+        throw UsageFailure(
+            fmt::format("There is no tag named \"{}\"; the names are {}.", given, KeptNames()));
     const std::string_view name = (*trial.begin()).first;  // "performer" is another word
     for (const vlw::Keyword& keyword : vlw::keywords())
         if (keyword.name == name && !keyword.is_kept)
@@ -44,11 +43,11 @@ TagChanges::TagChanges(const std::vector<std::string>& sets, const std::vector<s
     for (const std::string& given : sets) {
         const size_t separator = given.find('=');
         if (separator == std::string::npos)
-            throw UsageFailure(fmt::format("\"{}\" is no NAME=VALUE.", Report::Printable(given)));
+            throw UsageFailure(fmt::format("\"{}\" is no NAME=VALUE.", given));
         const std::string name = given.substr(0, separator);
         RequireKept(name);
         if (const auto set = m_set.try_set(name, Trimmed(given.substr(separator + 1))); !set)
-            throw UsageFailure(Report::Printable(set.error().text));
+            throw UsageFailure(set.error().text);
         if (!m_set.get(name)) m_emptied.push_back(name);
     }
 }

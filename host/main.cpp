@@ -14,6 +14,7 @@
 #include "host/Output.h"
 #include "host/Report.h"
 #include "host/Signals.h"
+#include "host/TerminalText.h"
 
 namespace {
 
@@ -43,8 +44,8 @@ vlw::Module LoadModule(const CommonOptions& options, Search search) {
     if (code != VLW_OK)
         throw Failure(std::string(vlw_module_error(module.get())->text) + " Name another with --module.");
     if (options.verbose)
-        Report::Complain("", std::string("module found ") + kOrigins[vlw_module_found(module.get())] + ": " +
-                                 Report::Printable(std::string(module.path())));
+        Report::Complain(
+            "", fmt::format("module found {}: {}", kOrigins[vlw_module_found(module.get())], module.path()));
     return module;
 }
 
@@ -158,6 +159,9 @@ ExitCode Run(int argc, char** argv) {
     CLI::App app("Reads, writes and tags WAV files through the codec module VlACWav3.", "vlwav");
     app.set_version_flag("--version", "vlwav " VLWAV_VERSION);
     app.require_subcommand(1);
+    app.failure_message([](const CLI::App*, const CLI::Error& error) {
+        return TerminalText::Printable(error.what()) + "\nRun with --help for more information.\n";
+    });
     app.fallthrough();  // the common options may stand after the command as well
     CommonOptions common;
     app.add_option("--module", common.module,

@@ -28,6 +28,8 @@ TEST_F(HostInfo, JsonIsOneArrayAlsoWhenFilesFailOrHaveNamesThatAreNoUtf8) {
     EXPECT_EQ(array[1]["frames"], 24000);
     EXPECT_EQ(array[1]["seconds"], 0.5);
     EXPECT_EQ(array[1]["direct"], true);
+    EXPECT_EQ(array[1]["fileBytes"], "Y2Fm6S53YXY=");
+    EXPECT_FALSE(array[2].contains("fileBytes"));
     EXPECT_EQ(array[2]["error"]["code"], 1003);
     EXPECT_FALSE(array[2]["error"]["message"].get<std::string>().empty());
 }

@@ -14,6 +14,42 @@ protected:
     std::string m_audio;
 };
 
+// Whether the text has what steers a terminal or turns its lines around; ends of lines are its own.
+bool Steers(const std::string& text) {
+    for (size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if ((byte < 0x20 && byte != '\n') || byte == 0x7F) return true;
+    }
+    for (const char* mark : {"\xC2\x9B", "\xD8\x9C", "\xE2\x80\x8F", "\xE2\x80\xAE", "\xE2\x81\xA7"})
+        if (text.find(mark) != text.npos) return true;
+    return false;
+}
+
+TEST_F(HostOutput, NothingInANameOrATagSteersTheTerminal) {
+    const std::string bad = "\x1B[31m\x7F\xC2\x9B\xD8\x9C\xE2\x80\x8F\xE2\x80\xAE\xE2\x81\xA7";
+    const std::string lines = bad + "\nvlwav: ";
+    const std::string name = "a" + lines + "\x9B.wav";
+    WriteBytes(name, Bytes("a.wav"));
+    const std::string good = "'" + name + "'";
+    const std::string missing = "'no" + lines + "\xE9'";
+    for (const std::string& line :
+         {"info " + good + " " + missing, "info --json " + good + " " + missing,
+          "tag " + good + " --set title='" + bad + "'", "tag --json " + good,
+          "convert " + good + " -o b" + good, "convert " + good + " -o b" + good,
+          "convert " + good + " " + good + " -o .", "decode " + good + " -o " + good,
+          "decode a.wav -o no/" + good, "picture " + missing + " -o x", "info --" + missing,
+          "formats --language " + missing, "tag a.wav --set " + missing,
+          "info a.wav --verbose --module " + missing}) {
+        SCOPED_TRACE(line);
+        const RunResult run = Vlwav(line);
+        EXPECT_FALSE(Steers(run.out)) << run.out;
+        EXPECT_FALSE(Steers(run.err)) << run.err;
+        EXPECT_EQ(run.err.find("\nvlwav: ."), run.err.npos) << run.err;  // the name's own line
+    }
+    EXPECT_EQ(Json("tag " + good)[0]["tags"]["title"], bad);
+    EXPECT_EQ(Json("info " + good)[0]["fileBytes"], "YRtbMzFtf8Kb2JzigI/igK7igacKdmx3YXY6IJsud2F2");
+}
+
 TEST_F(HostOutput, AFullClosedOrBrokenOutputIsNeverASuccess) {
     for (const char* line : {"info a.wav >/dev/full", "info --json a.wav >&-", "info a.wav 1</dev/null",
                              "decode a.wav >&-", "decode a.wav -o /dev/full", "decode a.wav -o nowhere/a.raw",
