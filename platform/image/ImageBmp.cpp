@@ -175,7 +175,8 @@ bool ReadMaskedRows(ImageSource& source, const BmpHeader& header, Raster& raster
 }
 
 // Run-length coded rows, bottom-up. What is skipped stays 0; pixels to the right of the
-// image are dropped, since encoders code the padding too, and those above it are refused.
+// image are dropped, since encoders code the padding too, and those above it are refused. A file may end
+// without its end mark once its last row is full.
 class RunLengthReader {
 public:
     RunLengthReader(ImageSource& source, Raster& raster)
@@ -187,7 +188,7 @@ public:
             if (code[0] == 0 && code[1] == kEndOfImage) return true;
             if (!(code[0] != 0 ? PutRun(code[0], code[1]) : Escape(code[1]))) return false;
         }
-        return false;
+        return m_row + (m_x >= m_raster.width ? 1u : 0u) >= m_raster.height;
     }
 
 private:

@@ -16,9 +16,14 @@ struct GifCloser {
 };
 using GifPtr = std::unique_ptr<GifFileType, GifCloser>;
 
+// Where the file has ended, no block follows: a missing end mark takes no pixels away. giflib refuses an
+// empty block where it still needs pixels.
 int ReadBytes(GifFileType* gif, GifByteType* bytes, int size) {
     auto* source = static_cast<ImageSource*>(gif->UserData);
-    return static_cast<int>(source->Read(bytes, static_cast<size_t>(size)));
+    const size_t count = source->Read(bytes, static_cast<size_t>(size));
+    if (count != 0 || size != 1) return static_cast<int>(count);
+    *bytes = 0;
+    return 1;
 }
 
 // Reads one extension with all its blocks; one of graphics control changes `control`.

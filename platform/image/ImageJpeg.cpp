@@ -53,6 +53,8 @@ struct JpegReader {
     jpeg_source_mgr input;
     jpeg_progress_mgr progress;
     ImageSource* source;
+    bool ended;           // without an end mark
+    uint32_t components;  // those whose scan has begun, a bit each; of images with several scans
 };
 
 void GiveBlock(j_decompress_ptr info) {
@@ -61,9 +63,19 @@ void GiveBlock(j_decompress_ptr info) {
     info->src->bytes_in_buffer = source.Left();
 }
 
+// After the last byte comes an end mark, as if the file had it: libjpeg warns where it still needs numbers
+// then.
 boolean FillBlock(j_decompress_ptr info) {
-    if (!static_cast<JpegReader*>(info->client_data)->source->Refill()) ERREXIT(info, JERR_INPUT_EOF);
-    GiveBlock(info);
+    constexpr static JOCTET kEndMark[] = {0xFF, JPEG_EOI};
+    auto* reader = static_cast<JpegReader*>(info->client_data);
+    if (reader->source->Refill()) {
+        GiveBlock(info);
+        return TRUE;
+    }
+    if (reader->ended) ERREXIT(info, JERR_INPUT_EOF);
+    reader->ended = true;
+    info->src->next_input_byte = kEndMark;
+    info->src->bytes_in_buffer = sizeof kEndMark;
     return TRUE;
 }
 
@@ -77,8 +89,27 @@ void SkipBytes(j_decompress_ptr info, long count) {
     info->src->bytes_in_buffer -= static_cast<size_t>(count);
 }
 
-void CheckScans(j_common_ptr info) {
-    if (reinterpret_cast<j_decompress_ptr>(info)->input_scan_number > kMaxScans) LeaveJpeg(info);
+// Called between the steps in which the scans of an image with several of them are taken in.
+void WatchScans(j_common_ptr common) {
+    const auto* info = reinterpret_cast<j_decompress_ptr>(common);
+    if (info->input_scan_number > kMaxScans) LeaveJpeg(common);
+    auto* reader = static_cast<JpegReader*>(info->client_data);
+    for (int i = 0; i < info->comps_in_scan; ++i)
+        reader->components |= 1u << info->cur_comp_info[i]->component_index;
+}
+
+// Whether an image without an end mark may be all that there was: no component is without its scan, and none
+// awaits a finer one. Arithmetic coding doesn't tell that its numbers ran out.
+bool CanBeWhole(const JpegReader& reader) {
+    const jpeg_decompress_struct& info = reader.info;
+    if (info.arith_code) return false;
+    if (info.comps_in_scan < info.num_components || info.progressive_mode)
+        if (reader.components != (1u << info.num_components) - 1) return false;
+    if (!info.progressive_mode) return true;
+    for (int i = 0; i < info.num_components; ++i)
+        for (const int missing : info.coef_bits[i])
+            if (missing != 0) return false;
+    return true;
 }
 
 void SetUpInput(JpegReader& reader) {
@@ -89,7 +120,7 @@ void SetUpInput(JpegReader& reader) {
     reader.input.resync_to_restart = jpeg_resync_to_restart;
     reader.input.term_source = [](j_decompress_ptr) {};
     reader.info.src = &reader.input;
-    reader.progress.progress_monitor = CheckScans;
+    reader.progress.progress_monitor = WatchScans;
     reader.info.progress = &reader.progress;
     reader.info.mem->max_memory_to_use = kMaxWorkMemory;
 }
@@ -143,8 +174,8 @@ bool RunReader(JpegReader& reader, Raster& raster) {
         jpeg_read_scanlines(&reader.info, &row, 1);
         if (reader.info.out_color_space == JCS_CMYK) MixInks(row, raster.width);
     }
-    jpeg_finish_decompress(&reader.info);
-    return true;
+    // What follows the last row isn't looked at.
+    return !reader.ended || CanBeWhole(reader);
 }
 
 // --- encoding

@@ -18,11 +18,11 @@ void HearWarning(png_structp /*png*/, png_const_charp /*message*/) {}
 struct PngReader {
     png_structp png;
     png_infop info;
+    Raster* raster;
+    int passes;  // over the whole image; several where it is interlaced
+    bool whole;  // the last row of the last pass is there
+    bool ended;  // at the end mark
 };
-
-void ReadBytes(png_structp png, png_bytep bytes, size_t size) {
-    if (!static_cast<ImageSource*>(png_get_io_ptr(png))->ReadAll(bytes, size)) png_error(png, "end");
-}
 
 // What the file holds, and how its pixels come.
 struct PngKind {
@@ -73,31 +73,45 @@ void TakePalette(const PngReader& reader, const PngKind& kind, Raster& raster) {
             PackColor(colors[i].red, colors[i].green, colors[i].blue, i < alphaCount ? alphas[i] : 255u);
 }
 
-bool RunReader(const PngReader& reader, ImageSource& source, Raster& raster) {
+PngReader& ReaderOf(png_structp png) { return *static_cast<PngReader*>(png_get_progressive_ptr(png)); }
+
+void TakeHead(png_structp png, png_infop info) {
+    PngReader& reader = ReaderOf(png);
+    Raster& raster = *reader.raster;
+    const PngKind kind = {png_get_color_type(png, info), png_get_bit_depth(png, info),
+                          png_get_valid(png, info, PNG_INFO_tRNS) != 0};
+    const PixelFormat format = FormatFor(kind);
+    if (FAILED(raster.Allocate(png_get_image_width(png, info), png_get_image_height(png, info), format)))
+        png_error(png, "size");
+    if (IsIndexed(kind)) TakePalette(reader, kind, raster);
+    SetTransforms(png, kind, format);
+    reader.passes = png_set_interlace_handling(png);
+    png_read_update_info(png, info);
+    if (png_get_rowbytes(png, info) > raster.pitch) png_error(png, "row");
+}
+
+void TakeRow(png_structp png, png_bytep row /*null: as in the pass before*/, png_uint_32 y, int pass) {
+    PngReader& reader = ReaderOf(png);
+    png_progressive_combine_row(png, reader.raster->Row(y), row);
+    if (pass == reader.passes - 1 && y == reader.raster->height - 1) reader.whole = true;
+}
+
+void TakeEnd(png_structp png, png_infop /*info*/) { ReaderOf(png).ended = true; }
+
+// Fed block by block, so that a file which ends after its pixels is told from one that lacks some: the end
+// mark says nothing of them. What is broken before it is an error all the same.
+bool RunReader(PngReader& reader, ImageSource& source) {
     if (setjmp(png_jmpbuf(reader.png))) return false;
-    png_set_read_fn(reader.png, &source, ReadBytes);
+    png_set_progressive_read_fn(reader.png, &reader, TakeHead, TakeRow, TakeEnd);
     png_set_user_limits(reader.png, kMaxImageSide, kMaxImageSide);
     // Texts and profiles aren't even unpacked: what isn't known is left out, and what isn't
     // needed isn't known.
     png_set_keep_unknown_chunks(reader.png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
-    png_read_info(reader.png, reader.info);
-
-    const PngKind kind = {png_get_color_type(reader.png, reader.info),
-                          png_get_bit_depth(reader.png, reader.info),
-                          png_get_valid(reader.png, reader.info, PNG_INFO_tRNS) != 0};
-    const PixelFormat format = FormatFor(kind);
-    const HRESULT allocated = raster.Allocate(png_get_image_width(reader.png, reader.info),
-                                              png_get_image_height(reader.png, reader.info), format);
-    if (FAILED(allocated)) return false;
-    if (IsIndexed(kind)) TakePalette(reader, kind, raster);
-    SetTransforms(reader.png, kind, format);
-    const int passes = png_set_interlace_handling(reader.png);
-    png_read_update_info(reader.png, reader.info);
-    if (png_get_rowbytes(reader.png, reader.info) > raster.pitch) return false;
-    for (int pass = 0; pass < passes; ++pass)
-        for (uint32_t y = 0; y < raster.height; ++y) png_read_row(reader.png, raster.Row(y), nullptr);
-    png_read_end(reader.png, nullptr);
-    return true;
+    while (!reader.ended && (source.Left() > 0 || source.Refill())) {
+        png_process_data(reader.png, reader.info, const_cast<png_bytep>(source.Data()), source.Left());
+        source.Skip(source.Left());
+    }
+    return reader.whole;
 }
 
 // --- encoding
@@ -159,7 +173,8 @@ HRESULT DecodePng(ImageSource& source, Raster& raster) {
     PngReader reader = {};
     reader.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, LeavePng, HearWarning);
     if (reader.png) reader.info = png_create_info_struct(reader.png);
-    const bool done = reader.info && RunReader(reader, source, raster);
+    reader.raster = &raster;
+    const bool done = reader.info && RunReader(reader, source);
     png_destroy_read_struct(&reader.png, &reader.info, nullptr);
     return done ? S_OK : E_FAIL;
 }

@@ -102,21 +102,31 @@ TEST_F(ImageDecoders, AGifsFrameLiesWhereItsScreenHasIt) {
     }
 }
 
-TEST_F(ImageDecoders, RefuseEveryPictureThatIsCutOff) {
-    for (const std::string name : {"rgb.jpg", "progressive.jpg", "palettea8.png", "interlaced4.png",
-                                   "colors5.gif", "rle8.bmp", "pal1.bmp"}) {
-        const Bytes whole = Picture(name);
-        const auto enough =
-            whole.end() - (name == "colors5.gif" ? 1 : 0);  // a GIF's frame may be the last thing
-        for (auto end = whole.begin(); end != enough; ++end) {
-            const ImagePtr imageOwner(VlCreateImage());
-            CImage& image = *imageOwner;
-            ASSERT_LT(LoadBytes(image, Bytes(whole.begin(), end)), 0) << name << " " << end - whole.begin();
-            ASSERT_TRUE(image.IsNull());
+// A picture without its end mark is as it was; one that lacks a pixel is refused.
+TEST_F(ImageDecoders, RefuseEveryPictureThatLacksAPixelAndNoneThatLacksItsEndMark) {
+    constexpr struct {
+        const char* name;
+        ptrdiff_t endMark;  // bytes
+        ptrdiff_t checked;  // of those before it, that hold no pixel at most
+    } kRows[] = {{"rgb.jpg", 2, 1},         {"progressive.jpg", 2, 1},   {"grey.jpg", 2, 1},
+                 {"palettea8.png", 12, 10}, {"rgb8.png", 12, 10},        {"interlaced4.png", 12, 10},
+                 {"colors5.gif", 2, 1},     {"interlaced256.gif", 2, 1}, {"rle8.bmp", 2, 6},
+                 {"pal1.bmp", 0, 0}};
+    for (const auto& row : kRows) {
+        const Bytes whole = Picture(row.name);
+        const ImagePtr wanted(VlCreateImage());
+        ASSERT_EQ(LoadBytes(*wanted, whole), S_OK);
+        for (ptrdiff_t missing = 1; missing <= whole.end() - whole.begin(); ++missing) {
+            SCOPED_TRACE(row.name + std::string(" without ") + std::to_string(missing));
+            const ImagePtr image(VlCreateImage());
+            const HRESULT result = LoadBytes(*image, Bytes(whole.begin(), whole.end() - missing));
+            ASSERT_EQ(image->IsNull() != 0, result < 0);
+            ASSERT_TRUE(result >= 0 || missing > row.endMark);
+            ASSERT_TRUE(result < 0 || missing <= row.endMark + row.checked);
+            for (int32_t i = 0; result >= 0 && i < kWidth * kHeight; ++i)
+                ASSERT_EQ(image->GetPixel(i % kWidth, i / kWidth), wanted->GetPixel(i % kWidth, i / kWidth))
+                    << i;
         }
-        const ImagePtr imageOwner(VlCreateImage());
-        CImage& image = *imageOwner;
-        EXPECT_EQ(LoadBytes(image, Bytes(whole.begin(), enough)), S_OK) << name;
     }
     // A JPEG's end that stands where its pixels should.
     const Bytes whole = Picture("rgb.jpg");
