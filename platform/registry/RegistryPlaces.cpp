@@ -1,6 +1,5 @@
 #include "platform/registry/RegistryPlaces.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <sstream>
 
@@ -16,13 +15,13 @@ constexpr const char* kBelowHome = ".local/share";
 
 // The value of an environment variable if it is an absolute path, else an empty one.
 fs::path Folder(const char* variable) {
-    const char* const value = std::getenv(variable);
+    const char* const value = EnvironmentOf(variable);
     return value && *value == '/' ? fs::path(value) : fs::path();
 }
 
 // A file that an environment variable names; empty where it names none.
 fs::path NamedBy(const char* variable) {
-    const char* const value = std::getenv(variable);
+    const char* const value = EnvironmentOf(variable);
     std::error_code error;
     return value && *value ? fs::absolute(value, error) : fs::path();
 }
@@ -53,7 +52,7 @@ std::vector<std::string> ListRegistries() {
     std::vector<std::string> files = {FindRegistry(VL_REGISTRY_USER)};
     if (!NamedBy("VELTO_REGISTRY").empty()) return files;
     files.push_back(FindRegistry(VL_REGISTRY_SYSTEM));
-    const char* const folders = std::getenv("XDG_DATA_DIRS");
+    const char* const folders = EnvironmentOf("XDG_DATA_DIRS");
     std::istringstream list(folders && *folders ? folders : "/usr/local/share:/usr/share");
     for (std::string folder; std::getline(list, folder, ':');)
         if (folder.starts_with('/')) files.push_back((fs::path(folder) / kBelowData).string());

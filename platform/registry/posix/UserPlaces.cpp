@@ -6,6 +6,9 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdlib>
+
+const char* EnvironmentOf(const char* name) { return secure_getenv(name); }
 
 std::string HomeOfUser() {
     std::array<char, 16384> texts{};  // a longer entry counts as none

@@ -4,6 +4,10 @@
 #include <cstdint>
 #include <string>
 
+// A variable of the environment, null where it isn't set. In a program that runs with rights its caller lacks
+// (set-user-id) none is: the registry says which code is loaded.
+const char* EnvironmentOf(const char* name);
+
 // The home folder of the user that the process runs as; empty where the system has none for him.
 std::string HomeOfUser();
 
