@@ -41,7 +41,7 @@ ByteStream Stream(const Shape& shape, const Samples& samples) {
 // A host reads until it gets 0 frames, so one early 0 loses the rest of the file.
 TEST(StreamReaderBlocks, NoSizeEndsEarlyOrChangesASample) {
     for (const auto& [from, to] : Passages()) {
-        const Samples noise = Noise(24000 / from.channels * from.channels);
+        const Samples noise = Noise(9000 / from.channels * from.channels);
         const Samples whole = Converted(noise, from, to, &CSampleRateConverter::ResetToOutputPosition);
         ByteStream stream = Stream(from, noise);
         const RefPtr<CACStreamReader> reader = NewReader(to);
