@@ -3,7 +3,7 @@
 #include "platform/base/Border.h"
 #include "platform/loader/ModuleTable.h"
 #include "platform/loader/posix/LoadedModule.h"
-#include "platform/sync/posix/FirstCopy.h"
+#include "platform/sync/FirstCopysFunction.h"
 
 HMODULE VlModuleAttached(const void* address) {
     if (!FirstCopy::IsKnown()) return nullptr;
