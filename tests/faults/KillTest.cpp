@@ -35,6 +35,7 @@ protected:
     void RunAndKill(const std::string& arguments, Clock::duration whole) {
         const std::string line = "exec '" VLWAV_PATH "' " + arguments + " >/dev/null 2>&1";
         const pid_t child = fork();
+        ASSERT_NE(child, -1);
         if (child == 0) {
             if (chdir(m_folder.c_str()) == 0) execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
             _exit(1);

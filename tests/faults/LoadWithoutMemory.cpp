@@ -3,7 +3,9 @@
 // again, with memory, all is there. By itself a sample of the allocations; with VL_ALL_FAULTS in the
 // environment each one.
 //
-// Not ours: without memory for a library's thread-local data the loader itself ends the process, by 127.
+// Not ours: without memory for a library's thread-local data the loader itself ends the process, by 127; and
+// libraries that the decoder's bring along abort where their static objects get none, so libvlmedia isn't
+// tried.
 #include <dlfcn.h>
 #include <sys/wait.h>
 #include <unistd.h>
