@@ -87,8 +87,12 @@ TEST_P(CommandFaults, EndWithTheReasonOrAsThoughNothingHadHappened) {
                     EXPECT_EQ(run.out, clean.out);
                     EXPECT_TRUE(Held() == wanted);
                 } else {
-                    EXPECT_EQ(run.exitCode, 1);
-                    EXPECT_EQ(run.err.find("vlwav: "), 0u);
+                    // The loader's own way to end a process whose thread finds no memory for a library's
+                    // data.
+                    const bool byLoader =
+                        run.exitCode == 127 && run.err.ends_with("thread-local data: ABORT\n");
+                    EXPECT_TRUE(byLoader || run.exitCode == 1) << run.exitCode;
+                    EXPECT_TRUE(byLoader || run.err.starts_with("vlwav: "));
                     // A whole output of which only the telling failed may stay.
                     Files files = Held();
                     if (GetParam().output && files.count(GetParam().output) != 0) {

@@ -32,6 +32,7 @@ bool s_lasts = false;
 std::atomic<long> s_left = 0;
 std::atomic<bool> s_armed = false;
 std::atomic<bool> s_alsoLoading = false;
+std::atomic<bool> s_sanitized = false;
 // Found without a call: where the system would have to make room for them first, it calls malloc.
 [[gnu::tls_model("initial-exec")]] thread_local int t_loading = 0;
 [[gnu::tls_model("initial-exec")]] thread_local bool t_inNew = false;  // counted already
@@ -52,7 +53,10 @@ const Heap& NextHeap() {
     return s_heap;
 }
 
+void LookForSanitizer() { s_sanitized = dlsym(RTLD_DEFAULT, "__asan_init") != nullptr; }
+
 void Arm() {
+    LookForSanitizer();
     const char* const wanted = std::getenv("VL_FAIL");
     const char* const number = wanted ? std::strchr(wanted, ':') : nullptr;
     if (!number) return;
@@ -92,6 +96,9 @@ void* New(const char* operation, size_t size, More... more) {
     t_inNew = false;
     return memory;
 }
+// Of C's own functions. A sanitizer uses those itself, and ends the process where it gets no memory.
+bool CFails() { return !s_sanitized && Fails(MEMORY); }
+
 template <class... More>
 void* NewOrThrow(const char* operation, size_t size, More... more) {
     if (Fails(MEMORY)) throw std::bad_alloc();
@@ -164,20 +171,21 @@ EXPORTED int ftruncate(int file, off_t size) noexcept {
 }
 EXPORTED int ftruncate64(int file, off64_t size) noexcept { return ftruncate(file, size); }
 
-EXPORTED void* malloc(size_t size) noexcept { return Fails(MEMORY) ? nullptr : NextHeap().malloc(size); }
+EXPORTED void* malloc(size_t size) noexcept { return CFails() ? nullptr : NextHeap().malloc(size); }
 EXPORTED void* calloc(size_t count, size_t size) noexcept {
-    return Fails(MEMORY) ? nullptr : NextHeap().calloc(count, size);
+    return CFails() ? nullptr : NextHeap().calloc(count, size);
 }
 EXPORTED void* realloc(void* memory, size_t size) noexcept {
-    return Fails(MEMORY) ? nullptr : NextHeap().realloc(memory, size);
+    return CFails() ? nullptr : NextHeap().realloc(memory, size);
 }
 EXPORTED int posix_memalign(void** memory, size_t align, size_t size) noexcept {
-    return Fails(MEMORY) ? ENOMEM : NextHeap().align(memory, align, size);
+    return CFails() ? ENOMEM : NextHeap().align(memory, align, size);
 }
 
 // The `from`-th allocation from here on, from 1, or all from it on; 0: none any more.
 EXPORTED void VlFailMemory(long from, bool lasts) {
     s_armed = false;
+    LookForSanitizer();
     s_kind = MEMORY;
     s_lasts = lasts;
     s_left = from;

@@ -88,7 +88,7 @@ TEST_F(Kills, OfTagLeaveTheAudioWholeAndTheTagsOldOrNew) {
     }
     const auto held = Names();
     int halfway = 0;
-    for (int round = Count(8); round > 0; --round) {
+    for (int round = Count(5); round > 0; --round) {
         for (const File& file : files)
             if (Bytes(file.name) != file.before) WriteBytes(file.name, file.before);
         RunAndKill(change + names, whole);

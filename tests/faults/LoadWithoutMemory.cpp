@@ -52,7 +52,7 @@ Outcome Load(const char* path, long from, bool lasts) {
 // False after a line that tells what went wrong.
 bool LoadsOrFails(const char* path, bool lasts, int grow) {
     bool good = true;
-    for (long from = 1;; from += 1 + from * grow / 8) {
+    for (long from = 1;; from += 1 + from * grow / 2) {
         const pid_t child = fork();
         if (child == 0) std::exit(Load(path, from, lasts));
         int status = -1;
