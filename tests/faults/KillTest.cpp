@@ -133,7 +133,7 @@ TEST_F(Kills, OfConvertLeaveWholeFilesAndNothingThatTheNextRunDoesntTakeAway) {
     std::map<std::string, std::string> after;
     for (const std::string& name : outputs) after[name] = Bytes(name);
     int left = 0, halfway = 0;
-    for (int round = Count(5); round > 0; --round) {
+    for (int round = Count(3); round > 0; --round) {
         for (const std::string& name : outputs) WriteBytes(name, "what was there");
         RunAndKill(change, whole);
         left += Names() != held;
