@@ -5,10 +5,12 @@
 
 #include <csignal>
 #include <cstring>
+#include <system_error>
 #include <thread>
 
 #include "capi/vlwav_more.h"
 #include "host/ExitCodes.h"
+#include "host/Failure.h"
 #include "host/Report.h"
 
 namespace Signals {
@@ -40,10 +42,14 @@ void Watch() {
         if (sigaction(number, nullptr, &now) == 0 && now.sa_handler != SIG_IGN) sigaddset(&watched, number);
     }
     pthread_sigmask(SIG_BLOCK, &watched, nullptr);  // for the threads of later too
-    std::thread([watched] {
-        int number = 0;
-        if (sigwait(&watched, &number) == 0) End(number);
-    }).detach();
+    try {
+        std::thread([watched] {
+            int number = 0;
+            if (sigwait(&watched, &number) == 0) End(number);
+        }).detach();
+    } catch (const std::system_error&) {
+        throw Failure("No thread can be started: there is too little memory, or there are too many of them.");
+    }
 }
 
 }  // namespace Signals

@@ -4,8 +4,10 @@
 
 #include <CLI/CLI.hpp>
 #include <csignal>
+#include <cstdlib>
 #include <exception>
 #include <functional>
+#include <new>
 #include <sstream>
 
 #include "capi/vlwav_more.h"
@@ -209,12 +211,7 @@ ExitCode Run(int argc, char** argv) {
     return EXIT_USAGE;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    HoldStandardDescriptors();
-    std::signal(SIGPIPE, SIG_IGN);  // a reader that went away is a failed write, told as one
-    std::signal(SIGXFSZ, SIG_IGN);  // so is a file that may not grow
+int RunOrTell(int argc, char** argv) {
     try {
         Signals::Watch();
         return Run(argc, argv);
@@ -225,4 +222,20 @@ int main(int argc, char** argv) {
         Report::Complain("", failure);
         return EXIT_FAILED;
     }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    HoldStandardDescriptors();
+    std::signal(SIGPIPE, SIG_IGN);  // a reader that went away is a failed write, told as one
+    std::signal(SIGXFSZ, SIG_IGN);  // so is a file that may not grow
+    const int code = RunOrTell(argc, argv);
+    // What other libraries do at the end of a process needs memory, and without any the loader ends the
+    // process by a number of its own.
+    constexpr size_t kEnough = 65536;
+    void* const memory = ::operator new(kEnough, std::nothrow);
+    if (!memory) std::_Exit(code);
+    ::operator delete(memory);
+    return code;
 }

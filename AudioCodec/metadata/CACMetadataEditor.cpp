@@ -31,6 +31,7 @@ Result CACMetadataEditor::InternalQueryInterface(const GUID* iid, void** object)
 const char16_t* CACMetadataEditor::GetClassName() { return u"CACMetadataEditor"; }
 
 Result CACMetadataEditor::Open() {
+    const auto alone = Alone();
     const Result opened = AtBorder(CannotOpenOnThrow, [&] { return OpenFile(); });
     if (opened != RESULT_OK) m_wave.CloseFile();
     return opened;
@@ -50,6 +51,7 @@ Result CACMetadataEditor::OpenFile() {
 }
 
 Result CACMetadataEditor::Save() {
+    const auto alone = Alone();
     const Result saved = AtBorder(RESULT_NO_MEMORY, [&] { return SaveFile(); });
     // What was stored half way stays out of the file.
     if (saved != RESULT_OK) m_wave.SetModified(false);
@@ -85,17 +87,25 @@ Result CACMetadataEditor::StoreChanges() {
     return RESULT_OK;
 }
 
-Result CACMetadataEditor::Close() { return m_wave.CloseFile(); }
+Result CACMetadataEditor::Close() {
+    const auto alone = Alone();
+    return m_wave.CloseFile();
+}
 
 Result CACMetadataEditor::GetSourceFormat(AudioFormatInfo* format) {
+    const auto alone = Alone();
     if (!format) return RESULT_BAD_ARGUMENT;
     FillFormatInfo(m_sourceFormat, format);
     return RESULT_OK;
 }
 
-Result CACMetadataEditor::SetMetadata(IAC3Metadata* source) { return KeepMetadata(source, m_metadata); }
+Result CACMetadataEditor::SetMetadata(IAC3Metadata* source) {
+    const auto alone = Alone();
+    return KeepMetadata(source, m_metadata);
+}
 
 Result CACMetadataEditor::GetMetadata(IAC3Metadata** metadata) {
+    const auto alone = Alone();
     return GiveMetadata(metadata, [&](IAC3Metadata& object) {
         TagList tags;
         ChunksToTags(tags, m_wave.Chunks(), m_options.encoding);

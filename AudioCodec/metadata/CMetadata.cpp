@@ -33,6 +33,7 @@ const char16_t* CMetadata::GetClassName() { return u"CMetadata"; }
 
 // A host hears of no failure here; the module's own objects call Merge.
 Result CMetadata::CopyFrom(IAC3Metadata* source) {
+    const auto alone = Alone();
     if (source) Merge(*source);
     return RESULT_OK;
 }
@@ -40,6 +41,7 @@ Result CMetadata::CopyFrom(IAC3Metadata* source) {
 // Nothing is emptied first: what the source doesn't have stays as it is here. One failure doesn't keep the
 // rest from being copied.
 Result CMetadata::Merge(IAC3Metadata& source) {
+    const auto alone = Alone();
     bool isWhole = true;
     for (const TagRow& row : TagTable()) {
         if (!(row.uses & TAG_COPIED)) continue;
@@ -85,10 +87,12 @@ Result CMetadata::StoreImage(CImage& image, int32_t id) {
 }
 
 Result CMetadata::SetPictureFromFile(const char16_t* path, int32_t id) {
+    const auto alone = Alone();
     return AtBorder(RESULT_NO_MEMORY, [&] { return StoreFile(path, id); });
 }
 
 Result CMetadata::SetPictureFromImage(CImage* image, int32_t id, void* further) {
+    const auto alone = Alone();
     if (image) return AtBorder(RESULT_NO_MEMORY, [&] { return StoreImage(*image, id); });
     if (!further) m_pictures.m_changed = m_pictures.m_cleared = true;
     return RESULT_BAD_ARGUMENT;
@@ -102,6 +106,7 @@ char16_t* CMetadata::AllocText(size_t room, const std::u16string& text) {
 }
 
 Result CMetadata::GetPictureImage(CImage** image, int32_t& id, char16_t** text) {
+    const auto alone = Alone();
     if (m_pictures.m_records.empty()) return RESULT_FAILED;
     if (!image) return RESULT_BAD_ARGUMENT;
     *image = nullptr;
@@ -118,6 +123,7 @@ Result CMetadata::GetPictureImage(CImage** image, int32_t& id, char16_t** text) 
 }
 
 Result CMetadata::GetPictureData(const uint8_t** data, uint32_t* size, char16_t** text, int32_t& id) {
+    const auto alone = Alone();
     if (m_pictures.m_records.empty()) return RESULT_FAILED;
     if (!data || !size) return RESULT_BAD_ARGUMENT;
     *data = nullptr;
@@ -137,6 +143,7 @@ Result CMetadata::GetPictureData(const uint8_t** data, uint32_t* size, char16_t*
 Result CMetadata::PictureOperationUnsupported() { return RESULT_NOT_SUPPORTED; }
 
 Result CMetadata::MergePictures(PictureSet* source) {
+    const auto alone = Alone();
     if (!source) return RESULT_BAD_ARGUMENT;
     return AtBorder(RESULT_NO_MEMORY, [&] {
         m_pictures.MergePictures(*source);
@@ -145,6 +152,7 @@ Result CMetadata::MergePictures(PictureSet* source) {
 }
 
 Result CMetadata::GetPictureSet(PictureSet** set) {
+    const auto alone = Alone();
     if (set) *set = &m_pictures;
     return RESULT_OK;
 }

@@ -14,7 +14,7 @@ Result vlacwav3::DllVlGetClassObject(const GUID* clsid, const GUID* iid, void** 
     if (!object) return RESULT_BAD_ARGUMENT;
     *object = nullptr;
     if (!clsid || !(*clsid == CLSID_VlACWav3)) return RESULT_NOT_FOUND;
-    if (!GetModuleInstance()) return RESULT_FAILED;  // no layer beside the module
+    if (!GetModuleInstance()) return RESULT_FAILED;
     return AtBorder(RESULT_NO_MEMORY, [&] {
         FollowProcess();
         auto codec = std::make_unique<CPrivateCodecMain>();

@@ -10,7 +10,8 @@
 namespace vlacwav3 {
 
 // Makes a codec main object. RESULT_OK; otherwise *object is null: RESULT_BAD_ARGUMENT for a null receiver,
-// RESULT_NOT_FOUND for another class, RESULT_NO_MEMORY, or a failure of QueryInterface
+// RESULT_NOT_FOUND for another class, RESULT_NO_MEMORY, RESULT_FAILED where the module was loaded without the
+// layer beside it, for want of that or of memory (loaded anew, it may work), or a failure of QueryInterface
 // such as PLATFORM_NO_INTERFACE.
 VL_MODULE_EXPORT Result DllVlGetClassObject(const GUID* clsid /*in: CLSID_VlACWav3*/,
                                             const GUID* iid /*in: such as IID_IPrivateCodecMain3*/,

@@ -5,11 +5,14 @@
 #include "AudioCodec/shell/OwnPath.h"
 #include "AudioCodec/shell/UnloadCleanUp.h"
 #include "AudioCodec/shell/object/ModuleInstance.h"
+#include "AudioCodec/wave/StockFormatTexts.h"
 
 namespace {
 
 BOOL ModuleEntry(HMODULE instance, DWORD reason, void* /*reserved*/) {
-    if (reason == DLL_PROCESS_ATTACH) {
+    // One that couldn't tell the layer all about itself, for want of memory, makes no objects: they would be
+    // without texts.
+    if (reason == DLL_PROCESS_ATTACH && instance && StockFormatTexts::AreKnown()) {
         SetModuleInstance(instance);
         NoteOwnPath(instance);
     }

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <bit>
 #include <cstdio>
-#include <new>
 #include <utility>
 
+#include "platform/base/Border.h"
 #include "platform/base/Process.h"
 #include "platform/file/File.h"
 #include "platform/file/FileMapping.h"
@@ -32,22 +32,17 @@ struct ObjectName {
     char text[32] = "";
 };
 
-// However long: cut short, the path would name another folder.
-std::string TempFolder() {
-    std::string folder(GetTempPathA(0, nullptr), '\0');
-    folder.resize(
-        std::min<size_t>(GetTempPathA(static_cast<DWORD>(folder.size()), folder.data()), folder.size()));
-    return folder;
-}
-
 }  // namespace
 
 ProcessModuleTable::ProcessModuleTable() : m_processId(GetCurrentProcessId()) { Create({}); }
 
 void ProcessModuleTable::Create(const Words& words) {
-    m_lock.reset(new (std::nothrow) ModuleTableLock(ObjectName(kMutexPrefix, m_processId).text));
-    m_filePath = TempFolder() + "/" + ObjectName(kFilePrefix, m_processId).text;
-    if (m_lock) AttachWith(words);
+    AtBorder([this](bool) { LetGo(); },
+             [&] {
+                 m_lock = std::make_unique<ModuleTableLock>(ObjectName(kMutexPrefix, m_processId).text);
+                 m_filePath = TempFolderPath() + ObjectName(kFilePrefix, m_processId).text;
+                 Attach(words);
+             });
 }
 
 ProcessModuleTable::~ProcessModuleTable() { LetGo(); }
@@ -89,9 +84,7 @@ void ProcessModuleTable::FollowProcess() {
     Create(words);
 }
 
-void ProcessModuleTable::Attach() { AttachWith({}); }
-
-void ProcessModuleTable::AttachWith(const Words& words) {
+void ProcessModuleTable::Attach(const Words& words) {
     const ModuleTableLock::Scope scope(*m_lock);
     if (m_view) return;
     const bool isNew = OpenMapping();

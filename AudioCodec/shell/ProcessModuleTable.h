@@ -33,8 +33,6 @@ public:
     // Lets go of it; the last module of the process takes it along.
     ~ProcessModuleTable();
 
-    // Opens the table, or creates it empty; does nothing where it stands already.
-    void Attach();
     // In a child of the process that attached: leaves that one's table for the child's own. Else nothing.
     void FollowProcess();
     // Calls the clean-up of every listed module that has one, in order, with the flag, and under the lock.
@@ -47,8 +45,8 @@ private:
 
     void Create(const Words& words);
     void LetGo();
-    void AttachWith(const Words& words);  // what a new table begins with
-    bool OpenMapping();                   // whether it is a new one
+    void Attach(const Words& words);  // what a new table begins with
+    bool OpenMapping();               // whether it is a new one
     uint64_t WordAt(uint64_t place) const;
 
     UniqueHandle m_mapping;

@@ -74,6 +74,7 @@ Result CACStreamReader::InternalQueryInterface(const GUID* iid, void** object) {
 const char16_t* CACStreamReader::GetClassName() { return u"CACStreamReader"; }
 
 Result CACStreamReader::Open(const char16_t* path, uint32_t flags) {
+    const auto alone = Alone();
     if (m_inner) m_inner->Close();
     m_inner.reset();
     // After an exception half way through, format and converter may not belong together.
@@ -113,6 +114,7 @@ Result CACStreamReader::OpenInner(const char16_t* path, uint32_t flags) {
 }
 
 Result CACStreamReader::OpenStream(IStream* stream, uint32_t flags) {
+    const auto alone = Alone();
     if (m_inner) return m_inner->OpenStream(stream, flags);
     const auto onThrow = [this](bool) { return ForgetSource(), RESULT_FAILED; };  // as in Open
     return AtStreamBorder(onThrow, [&] { return OpenImage(stream, flags); });
@@ -147,6 +149,7 @@ void CACStreamReader::ForgetSource() {
 }
 
 Result CACStreamReader::Read(void* buffer, uint32_t frames, uint32_t* framesRead, uint8_t* endOfStream) {
+    const auto alone = Alone();
     if (m_inner) return m_inner->Read(buffer, frames, framesRead, endOfStream);
     if (!buffer || !framesRead) return RESULT_BAD_ARGUMENT;
     if (endOfStream) *endOfStream = 0;
@@ -246,6 +249,7 @@ Result CACStreamReader::SeekSourceFrames(uint32_t origin, int64_t offset, int64_
 }
 
 Result CACStreamReader::Seek(uint32_t origin, int64_t offset, int64_t* position) {
+    const auto alone = Alone();
     if (m_inner) return m_inner->Seek(origin, offset, position);
     m_staged.Drop();
     Result result = RESULT_OK;
@@ -286,6 +290,7 @@ void CACStreamReader::StandAtPosition() {
 }
 
 Result CACStreamReader::GetLength(int64_t* frames) {
+    const auto alone = Alone();
     if (m_inner) return m_inner->GetLength(frames);
     if (!frames) return RESULT_BAD_ARGUMENT;
     const WaveFormat& format = m_wave.Format();
@@ -297,12 +302,14 @@ Result CACStreamReader::GetLength(int64_t* frames) {
 }
 
 Result CACStreamReader::Close() {
+    const auto alone = Alone();
     m_wave.CloseFile();
     if (m_inner) m_inner->Close();
     return RESULT_OK;
 }
 
 Result CACStreamReader::SetOutputFormat(uint32_t channels, uint32_t rate, uint32_t bytesPerSample) {
+    const auto alone = Alone();
     if (bytesPerSample != kOutputBytesPerSample) return RESULT_BAD_ARGUMENT;
     if (m_inner) return m_inner->SetOutputFormat(channels, rate, kOutputBytesPerSample);
     const bool hasSource = m_sourceFormat.channels != 0 && m_sourceFormat.samplesPerSec != 0;
@@ -327,6 +334,7 @@ Result CACStreamReader::SetOutputFormat(uint32_t channels, uint32_t rate, uint32
 }
 
 Result CACStreamReader::GetOutputFormat(uint32_t* channels, uint32_t* rate, uint32_t* bytesPerSample) {
+    const auto alone = Alone();
     if (!channels || !rate || !bytesPerSample) return RESULT_BAD_ARGUMENT;
     if (m_inner) return m_inner->GetOutputFormat(channels, rate, bytesPerSample);
     *channels = m_outChannels;
@@ -336,6 +344,7 @@ Result CACStreamReader::GetOutputFormat(uint32_t* channels, uint32_t* rate, uint
 }
 
 Result CACStreamReader::GetMetadata(IAC3Metadata** metadata) {
+    const auto alone = Alone();
     if (m_inner) return m_inner->GetMetadata(metadata);
     return GiveMetadata(metadata, [&](IAC3Metadata& object) {
         TagsToMetadata(m_tags, object);
@@ -344,6 +353,7 @@ Result CACStreamReader::GetMetadata(IAC3Metadata** metadata) {
 }
 
 Result CACStreamReader::GetSourceFormat(AudioFormatInfo* format) {
+    const auto alone = Alone();
     if (!format) return RESULT_BAD_ARGUMENT;
     if (m_inner) return m_inner->GetSourceFormat(format);
     FillFormatInfo(m_sourceFormat, format);

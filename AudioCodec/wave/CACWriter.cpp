@@ -67,6 +67,7 @@ Result CACWriter::InternalQueryInterface(const GUID* iid, void** object) {
 const char16_t* CACWriter::GetClassName() { return u"CACWriter"; }
 
 Result CACWriter::SelectFormat(uint32_t index) {
+    const auto alone = Alone();
     if (index >= std::size(kStockFormats)) return RESULT_BAD_ARGUMENT;
     m_formatSelected = true;
     m_formatIndex = index;
@@ -76,6 +77,7 @@ Result CACWriter::SelectFormat(uint32_t index) {
 }
 
 Result CACWriter::SetFormat(uint32_t channels, uint32_t rate, uint32_t bytesPerSample) {
+    const auto alone = Alone();
     // Of the rate the low 16 bits are kept: above 65535 Hz a host has the reader convert, as vlwav does.
     m_inputFormat =
         WaveFormat::Pcm(static_cast<uint16_t>(channels), static_cast<uint16_t>(rate), bytesPerSample * 8);
@@ -83,6 +85,7 @@ Result CACWriter::SetFormat(uint32_t channels, uint32_t rate, uint32_t bytesPerS
 }
 
 Result CACWriter::GetFormat(uint32_t* channels, uint32_t* rate, uint32_t* bytesPerSample) {
+    const auto alone = Alone();
     if (!channels || !rate || !bytesPerSample) return RESULT_BAD_ARGUMENT;
     *channels = m_inputFormat.channels;
     *rate = m_inputFormat.samplesPerSec;
@@ -104,25 +107,32 @@ Result CACWriter::GetFormatInfo(uint32_t index, AudioFormatInfo* format, char16_
 }
 
 Result CACWriter::GetSelectedFormat(uint32_t* index, AudioFormatInfo* format, char16_t** text) {
+    const auto alone = Alone();
     if (!index) return RESULT_BAD_ARGUMENT;
     *index = m_formatIndex;
     return GetFormatInfo(m_formatIndex, format, text);
 }
 
-Result CACWriter::SetMetadata(IAC3Metadata* metadata) { return KeepMetadata(metadata, m_metadata); }
+Result CACWriter::SetMetadata(IAC3Metadata* metadata) {
+    const auto alone = Alone();
+    return KeepMetadata(metadata, m_metadata);
+}
 
 Result CACWriter::GetMetadata(IAC3Metadata** metadata) {
+    const auto alone = Alone();
     return GiveMetadata(
         metadata, [&](CMetadata& object) { return m_metadata ? object.Merge(*m_metadata) : RESULT_OK; });
 }
 
 Result CACWriter::GetLength(uint64_t* frames) {
+    const auto alone = Alone();
     if (!frames) return RESULT_BAD_ARGUMENT;
     *frames = m_framesWritten;
     return RESULT_OK;
 }
 
 Result CACWriter::Open(const char16_t* path, uint32_t flags) {
+    const auto alone = Alone();
     if (m_wave.HasSource()) CompleteFile();
     return AtBorder(RESULT_FAILED, [&] { return OpenFile(path, flags); });
 }
@@ -157,6 +167,7 @@ bool CACWriter::IsInputConvertible() const {
 }
 
 Result CACWriter::Close() {
+    const auto alone = Alone();
     m_formatSelected = false;
     return CompleteFile();
 }
@@ -191,6 +202,7 @@ void CACWriter::StoreTags() {
 }
 
 Result CACWriter::Write(const void* buffer, uint32_t frames, uint32_t* framesAccepted) {
+    const auto alone = Alone();
     if (!buffer || !framesAccepted) return RESULT_BAD_ARGUMENT;
     if (!m_formatSelected) return RESULT_NOT_OPEN;
     if (!m_wave.HasSource()) {
@@ -331,6 +343,7 @@ Result CACWriter::SeekFileFrames(uint32_t origin, int64_t offset, int64_t* frame
 }
 
 Result CACWriter::Seek(uint32_t origin, int64_t offset, int64_t* position) {
+    const auto alone = Alone();
     if (!position) return RESULT_BAD_ARGUMENT;
     if (!m_formatSelected) return RESULT_NOT_OPEN;
     if (origin > ORIGIN_END) return RESULT_BAD_ARGUMENT;

@@ -106,3 +106,5 @@ constexpr auto kBlocks = [] {
 const StringResources s_texts(kBlocks);
 
 }  // namespace
+
+bool StockFormatTexts::AreKnown() { return s_texts.AreKnown(); }

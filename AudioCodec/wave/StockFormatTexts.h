@@ -9,3 +9,10 @@ inline constexpr uint32_t kFirstFormatTextId = 1001;
 
 // English (United States). It has every text.
 inline constexpr uint32_t kFallbackLanguage = 1033;
+
+namespace StockFormatTexts {
+
+// Whether the layer has them, which it hasn't where memory lacked when the module was loaded.
+bool AreKnown();
+
+}  // namespace StockFormatTexts

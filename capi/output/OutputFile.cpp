@@ -2,6 +2,7 @@
 
 #include <cerrno>
 
+#include "capi/output/Leftovers.h"
 #include "capi/output/TemporaryNames.h"
 #include "capi/posix/FileNames.h"
 
@@ -11,6 +12,7 @@ namespace {
 template <class Make>
 int MakeUnderNewName(const std::string& folder, std::string& name, Make make) {
     constexpr int kMostTries = 1000;
+    Leftovers::RemoveFrom(folder);
     int error = EEXIST;
     for (int i = 0; i < kMostTries && error == EEXIST; ++i) {
         std::string path = FileNames::Temporary(folder);
@@ -28,8 +30,12 @@ int MakeUnderNewName(const std::string& folder, std::string& name, Make make) {
 int OutputFile::MakeIn(const std::string& folder, uint32_t mode) {
     if (m_bytes.MakeNameless(folder, mode) == 0) return 0;
     // Whatever the reason was: if the folder can't be written at all, this fails for it too.
-    return MakeUnderNewName(folder, m_name,
-                            [&](const std::string& path) { return m_bytes.MakeNew(path, mode); });
+    return MakeUnderNewName(folder, m_name, [&](const std::string& path) {
+        if (const int error = m_bytes.MakeNew(path, mode)) return error;
+        // Another process may have taken it for a leftover before it was held. Where nothing can be locked,
+        // nobody takes anything for one.
+        return m_bytes.Hold() == EAGAIN || !m_bytes.HasName() ? EEXIST : 0;
+    });
 }
 
 int OutputFile::MakeInMemory(const std::string& folderElse) {
@@ -55,6 +61,8 @@ int OutputFile::NameInPlace(const std::string& path) {
 }
 
 int OutputFile::GetTemporaryName(const std::string& folder) {
+    // Without a name it is nobody else's: this fails only where nothing can be locked.
+    static_cast<void>(m_bytes.Hold());
     return MakeUnderNewName(folder, m_name, [&](const std::string& path) { return m_bytes.Link(path); });
 }
 

@@ -1,6 +1,6 @@
 // A file that comes into being where nobody sees it: without a name where the system can, so that nothing is
-// left however the process ends, else under a temporary name, which goes with this object. Operations return
-// an errno, 0 for success.
+// left however the process ends, else under a temporary name, which goes with this object, or with the next
+// process that needs such a name in the folder (Leftovers.h). Operations return an errno, 0 for success.
 #pragma once
 
 #include <cstdint>

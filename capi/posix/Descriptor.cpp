@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <limits>
 
 namespace {
 
@@ -79,6 +80,13 @@ int Descriptor::MakeNew(const std::string& path, uint32_t mode) {
         Repeat([&] { return open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode_t{mode}); }));
 }
 
+int Descriptor::OpenLeftover(const std::string& path) {
+    const int error = Take(
+        Repeat([&] { return open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
+    if (error != 0) return error;
+    return IsRegular() ? 0 : EINVAL;
+}
+
 int Descriptor::MakeInMemory() { return Take(memfd_create("vlwav", MFD_CLOEXEC)); }
 
 int Descriptor::ReadAt(void* buffer, size_t size, uint64_t place, size_t& done) const {
@@ -136,6 +144,17 @@ int Descriptor::TakeOver(uint32_t mode, uint32_t owner, uint32_t group) const {
     return fchmod(m_number, mode) == 0 ? 0 : errno;
 }
 
+int Descriptor::Hold() const {
+    // One byte where no file has any, beside those that the codec module locks.
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = std::numeric_limits<off_t>::max() - 0x1FF;
+    lock.l_len = 1;
+    if (Repeat([&] { return fcntl(m_number, F_OFD_SETLK, &lock); }) == 0) return 0;
+    return errno == EACCES ? EAGAIN : errno;
+}
+
 int Descriptor::Link(const std::string& path) const {
     const int done = linkat(AT_FDCWD, ReopeningPath().c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW);
     return done == 0 ? 0 : errno;
@@ -144,6 +163,11 @@ int Descriptor::Link(const std::string& path) const {
 bool Descriptor::IsWritable() const {
     const int flags = fcntl(m_number, F_GETFL);
     return flags >= 0 && (flags & O_ACCMODE) != O_RDONLY;
+}
+
+bool Descriptor::HasName() const {
+    struct stat status {};
+    return fstat(m_number, &status) == 0 && status.st_nlink != 0;
 }
 
 bool Descriptor::IsRegular() const {

@@ -30,6 +30,7 @@ public:
     // process's mask. Refused where the file system has none, and where ReopeningPath leads nowhere.
     int MakeNameless(const std::string& folder, uint32_t mode);
     int MakeNew(const std::string& path, uint32_t mode);  // EEXIST where there is one
+    int OpenLeftover(const std::string& path);            // a regular file itself, for Hold
 
     // Reads at a place and leaves the descriptor's own alone; fewer bytes in `done` are the end. After an
     // error `done` is what came.
@@ -42,10 +43,14 @@ public:
     int Flush() const;
     // Gives a file the mode and as far as the system lets us the owner of another.
     int TakeOver(uint32_t mode, uint32_t owner, uint32_t group) const;
+    // Keeps the file for as long as it is open here; EAGAIN where another process, or another opening, has
+    // it.
+    int Hold() const;
     // Gives a file, also a nameless one, a name that is new. EEXIST where there is one.
     int Link(const std::string& path) const;
 
     bool IsWritable() const;
+    bool HasName() const;
     // Whether it has places and a size.
     bool IsRegular() const;
     int Size(uint64_t& bytes) const;

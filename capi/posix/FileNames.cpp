@@ -17,6 +17,7 @@ namespace {
 constexpr mode_t kPermissionBits = 07777;
 constexpr int kMostLinks = 40;  // as many as the system follows
 constexpr char kLetters[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_";
+constexpr std::string_view kTemporaryPrefix = ".vlwav-";
 constexpr size_t kRandomLetters = 6;
 
 int ErrorOf(int result) { return result == 0 ? 0 : errno; }
@@ -56,9 +57,14 @@ std::string Temporary(const std::string& folder) {
     unsigned char chance[kRandomLetters] = {};
     // What is missing of it stays 0: who makes the file tries other names for one that is taken.
     [[maybe_unused]] const ssize_t filled = getrandom(chance, sizeof chance, 0);
-    std::string path = folder + "/.vlwav-";
+    std::string path = (folder + '/').append(kTemporaryPrefix);
     for (const unsigned char number : chance) path += kLetters[number % (sizeof kLetters - 1)];
     return path;
+}
+
+bool IsTemporary(std::string_view name) {
+    return name.size() == kTemporaryPrefix.size() + kRandomLetters && name.starts_with(kTemporaryPrefix) &&
+           name.find_first_not_of(kLetters, kTemporaryPrefix.size()) == std::string_view::npos;
 }
 
 int Rename(const std::string& from, const std::string& to) {

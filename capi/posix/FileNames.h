@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace FileNames {
 
@@ -23,6 +24,8 @@ int Resolve(std::string& path);
 std::string FolderOf(const std::string& path);
 // A name in a folder that nobody is likely to have taken.
 std::string Temporary(const std::string& folder);
+// Whether a file's name, without a folder, is one of those.
+bool IsTemporary(std::string_view name);
 // Replaces what has the new name.
 int Rename(const std::string& from, const std::string& to);
 // The same, but EEXIST where the new name is taken.

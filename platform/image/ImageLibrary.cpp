@@ -14,8 +14,8 @@ namespace {
 constexpr const char* kLibraryName = "libvlimage.so";
 
 Mutex g_lock;
-uint64_t g_images VL_GUARDED_BY(g_lock) = 0;  // image objects that live
-UniqueLibrary g_library VL_GUARDED_BY(g_lock);
+uint64_t g_images VL_GUARDED_BY(g_lock) = 0;        // image objects that live
+HMODULE g_library VL_GUARDED_BY(g_lock) = nullptr;  // no owner: exit handlers use images as others do
 const ImageFunctions* g_functions VL_GUARDED_BY(g_lock) = nullptr;  // null: not started
 
 void Start() VL_REQUIRES(g_lock) {
@@ -24,7 +24,7 @@ void Start() VL_REQUIRES(g_lock) {
                                      [] { return UniqueLibrary::LoadSibling(kLibraryName); });
     const auto getFunctions = library.Find<GetImageFunctions>(kImageFunctionsName);
     if (!getFunctions) return;
-    g_library = std::move(library);
+    g_library = library.Detach();
     g_functions = getFunctions();
 }
 
@@ -39,7 +39,7 @@ void DropImage() {
     const ProcessLock lock(g_lock);
     if (--g_images != 0) return;
     g_functions = nullptr;
-    g_library.Reset();
+    UniqueLibrary::Adopt(std::exchange(g_library, nullptr)).Reset();
 }
 
 const ImageFunctions* Use() {

@@ -14,11 +14,12 @@
 inline constexpr DWORD DLL_PROCESS_DETACH = 0;
 inline constexpr DWORD DLL_PROCESS_ATTACH = 1;
 
-// `reserved` is always null, and the result is not heeded: a module can't refuse to be loaded.
+// `instance` is null where the module couldn't be attached, for want of its layer or of memory. `reserved` is
+// always null, and the result is not heeded: a module can't refuse to be loaded.
 using ModuleEntryFunction = BOOL (*)(HMODULE instance, DWORD reason, void* reserved);
 
 // For ModuleEntryNotifier. Notes the module that holds `address`, with its whole path while a relative one
-// can still be followed, and returns its handle.
+// can still be followed, and returns its handle; null where there is no memory for that.
 VL_PLATFORM_API HMODULE VlModuleAttached(const void* address);
 VL_PLATFORM_API void VlModuleDetached(HMODULE instance);
 

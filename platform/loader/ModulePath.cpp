@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/base/Border.h"
 #include "platform/base/LastError.h"
 #include "platform/base/Utf.h"
 #include "platform/loader/ModuleTable.h"
@@ -21,10 +22,13 @@ DWORD CopyOut(const Text& text, typename Text::value_type* buffer, DWORD size) {
 // What `convert` makes of the module's place.
 template <class Unit, class Convert>
 DWORD GetPath(HMODULE module, Unit* buffer, DWORD size, Convert convert) {
-    const auto place = ModuleTable::Instance().Find(module);
-    if (place && buffer && size != 0) return CopyOut(convert(*place), buffer, size);
-    SetLastError(place ? ERROR_INSUFFICIENT_BUFFER : ERROR_INVALID_HANDLE);
-    return 0;
+    const auto fail = [](DWORD error) { return SetLastError(error), DWORD{0}; };
+    return AtBorder([&](bool) { return fail(ERROR_NOT_ENOUGH_MEMORY); },
+                    [&] {
+                        const auto place = ModuleTable::Instance().Find(module);
+                        if (place && buffer && size != 0) return CopyOut(convert(*place), buffer, size);
+                        return fail(place ? ERROR_INSUFFICIENT_BUFFER : ERROR_INVALID_HANDLE);
+                    });
 }
 
 }  // namespace

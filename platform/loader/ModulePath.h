@@ -4,8 +4,8 @@
 #include "platform/base/Types.h"
 
 // The whole path of a module that has been attached (ModuleEntry.h), terminated; `size` is in units. Returns
-// its length, or 0 with ERROR_INVALID_HANDLE for another module. One too long is cut: the result is then
-// `size`, with ERROR_INSUFFICIENT_BUFFER.
+// its length, or 0 with ERROR_INVALID_HANDLE for another module, ERROR_NOT_ENOUGH_MEMORY. One too long is
+// cut: the result is then `size`, with ERROR_INSUFFICIENT_BUFFER.
 VL_PLATFORM_API DWORD GetModuleFileNameW(HMODULE module, WCHAR* buffer, DWORD size);
 
 // The same for the folder of the module's own file, where that was loaded by a link to it.

@@ -2,6 +2,7 @@
 
 #include <map>
 
+#include "platform/base/Border.h"
 #include "platform/base/LastError.h"
 #include "platform/loader/posix/LoadedModule.h"
 #include "platform/sync/ForkPass.h"
@@ -37,11 +38,13 @@ std::nullptr_t NotFound(DWORD error) {
 }  // namespace
 
 HMODULE VlAddStringBlocks(const StringBlock* blocks, size_t count) {
-    const HMODULE module = FindLoadedModule(blocks).handle;
-    BlockTables& all = BlockTables::Instance();
-    const ProcessLock held(all.lock);
-    all.tables[module] = Blocks(blocks, count);
-    return module;
+    return AtBorder(nullptr, [blocks, count]() -> HMODULE {
+        const HMODULE module = FindLoadedModule(blocks).handle;
+        BlockTables& all = BlockTables::Instance();
+        const ProcessLock held(all.lock);
+        all.tables[module] = Blocks(blocks, count);
+        return module;
+    });
 }
 
 void VlRemoveStringBlocks(HMODULE module) {

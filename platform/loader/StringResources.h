@@ -45,8 +45,8 @@ VL_PLATFORM_API HGLOBAL LoadResource(HMODULE module, HRSRC resource);
 VL_PLATFORM_API const void* LockResource(HGLOBAL data);
 VL_PLATFORM_API DWORD SizeofResource(HMODULE module, HRSRC resource);  // in bytes
 
-// For StringResources. Notes the table for the module that holds it, whose handle it returns; a
-// module has one.
+// For StringResources. Notes the table for the module that holds it, whose handle it returns, or null where
+// there is no memory for that; a module has one.
 VL_PLATFORM_API HMODULE VlAddStringBlocks(const StringBlock* blocks, size_t count);
 VL_PLATFORM_API void VlRemoveStringBlocks(HMODULE module);
 
@@ -58,6 +58,9 @@ public:
     StringResources(const StringResources&) = delete;
     StringResources& operator=(const StringResources&) = delete;
     ~StringResources() { VlRemoveStringBlocks(m_module); }
+
+    // Whether the layer has taken the table.
+    bool AreKnown() const { return m_module != nullptr; }
 
 private:
     HMODULE m_module;

@@ -25,6 +25,9 @@ public:
     }
     // Lets the library go.
     void Reset() { m_module.reset(); }
+    // For static places, which are to outlive all destructors: hands the library over, and takes it back.
+    HMODULE Detach() { return m_module.release(); }
+    static UniqueLibrary Adopt(HMODULE module) { return UniqueLibrary(module); }
     // Leaves it loaded to the end of the process.
     void Keep() { static_cast<void>(m_module.release()); }
 

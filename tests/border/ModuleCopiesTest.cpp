@@ -8,6 +8,7 @@
 
 #include "AudioCodec/metadata/IAC3Metadata.h"
 #include "AudioCodec/wave/IAC3StreamReader.h"
+#include "platform/base/HandleObject.h"
 #include "platform/file/FileMapping.h"
 #include "platform/image/Image.h"
 #include "platform/registry/RegistryTransaction.h"
@@ -15,6 +16,7 @@
 #include "tests/border/LoadedModule.h"
 #include "tests/support/ModuleLog.h"
 #include "tests/support/ScopedFile.h"
+#include "tests/support/Threads.h"
 #include "tests/support/WavImage.h"
 
 namespace {
@@ -117,6 +119,35 @@ TEST_F(ModuleCopies, MeetEachOthersNamedObjects) {
         EXPECT_EQ(waitElsewhere(), WAIT_OBJECT_0);
         EXPECT_EQ(waitElsewhere(), WAIT_ABANDONED);
         second.reset();
+        EXPECT_FALSE(IsMapped("libvlplatform"));
+    });
+}
+
+// Copies that come and go on threads of their own: under one name they all wait for one another.
+class ModuleCopiesThreads : public ModuleCopies {};
+
+TEST_F(ModuleCopiesThreads, ThatComeAndGoOnThreadsKeepOutOneAnother) {
+    ExpectWell([this] {
+        constexpr uint32_t kCopies = 3, kRounds = 20;
+        std::vector<std::string> paths;
+        for (uint32_t i = 0; i < kCopies; ++i)
+            paths.push_back((Copy("copy" + std::to_string(i)) / "VlACWav3.so").string());
+        uint32_t counter = 0;  // not atomic
+        InThreads(2 * kCopies, [&](uint32_t number) {
+            for (uint32_t round = 0; round < kRounds; ++round) {
+                const LoadedModule module(paths[number % kCopies].c_str());
+                const HANDLE mutex =
+                    module.Find<decltype(CreateMutexA)>("VlCreateMutexA")(nullptr, FALSE, "shared");
+                ASSERT_EQ(
+                    module.Find<decltype(WaitForSingleObject)>("VlWaitForSingleObject")(mutex, INFINITE),
+                    WAIT_OBJECT_0);
+                EXPECT_TRUE(module.CreateCodec());
+                ++counter;
+                EXPECT_TRUE(module.Find<decltype(ReleaseMutex)>("VlReleaseMutex")(mutex));
+                EXPECT_TRUE(module.Find<decltype(CloseHandle)>("VlCloseHandle")(mutex));
+            }
+        });
+        EXPECT_EQ(counter, 2 * kCopies * kRounds);
         EXPECT_FALSE(IsMapped("libvlplatform"));
     });
 }

@@ -128,6 +128,7 @@ TEST_F(Registration, WorksInExitHandlersAndOnThreadsThatOutliveStaticObjects) {
         EXPECT_EQ(ClassPath(), fs::canonical(VL_MODULE)) << when;
         fs::remove(m_folder.Native("registry"));
     }
+    EXPECT_EQ(std::system("'" VL_REGISTER_AT_EXIT "' image"), 0);  // NOLINT(bugprone-command-processor)
 }
 
 TEST_F(Registration, ManyProcessesAtOnceAndThoseThatAreKilledLeaveAWholeRegistry) {

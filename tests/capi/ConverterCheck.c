@@ -571,30 +571,6 @@ static void failing_calls(void) {
     vlw_converter_free(converter);
 }
 
-static void killed(int rounds) {
-    free(put_wave("a.wav", 1, "fdl", 300000).at);
-    mkdir("kill", 0755);
-    for (int i = 0; i < rounds; ++i) {
-        const pid_t child = fork();
-        if (child == 0) {
-            vlw_converter *const converter = new_converter();
-            vlw_conversion wish = kPlain;
-            wish.rate = 48000, wish.flags = VLW_OVERWRITE;
-            while (vlw_converter_run(converter, "a.wav", "kill/b.wav", &wish) == VLW_OK) {}
-            _exit(1);
-        }
-        usleep(20000 + (useconds_t)(i * 7919 % 90000));
-        int status = 0;
-        CHECK(kill(child, SIGKILL) == 0 && waitpid(child, &status, 0) == child && WIFSIGNALED(status));
-        CHECK(names_in("kill") <= 3 && (names_in("kill") == 2 || access("kill/b.wav", F_OK) == 0));
-        if (access("kill/b.wav", F_OK) == 0) {
-            bytes whole = contents("kill/b.wav");
-            CHECK(whole.size == number_at(whole, 4) + 8 && whole.size > 1300000);
-            free(whole.at);
-        }
-    }
-}
-
 static void memory_runs_out(void) {
 #if OWN_ALLOCATION
     vlw_module *module = NULL;
@@ -723,7 +699,6 @@ int main(int argc, char **argv) {
         checks[i].run();
         if (s_longer || s_failures != failures) fprintf(stderr, "%s: %d, %.1f s\n", checks[i].name, s_failures - failures, now() - start);
     }
-    killed(s_longer ? 300 : 8);
     CHECK(leave_folder());
     return s_failures ? 1 : 0;
 }

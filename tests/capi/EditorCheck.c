@@ -592,27 +592,6 @@ static void killed(void) {
     }
 }
 
-static void killed_anywhere(int rounds) {
-    bytes before = put_wave("a.wav", &kWaveKinds[2], "fdlb", kEntries);
-    for (int i = 0; i < rounds; ++i) {
-        int ends[2], status = 0;
-        char saved = 0;
-        CHECK(pipe(ends) == 0);
-        const pid_t child = fork();
-        if (child == 0) {
-            vlw_editor *const editor = new_editor();
-            for (int n = 0;; ++n)
-                if (save_title(editor, "a.wav", n % 2 ? kLong : "New") != VLW_OK || (n == 0 && write(ends[1], "+", 1) != 1)) _exit(1);
-        }
-        CHECK(read(ends[0], &saved, 1) == 1);
-        usleep((useconds_t)(i * 7919 % 4000));
-        CHECK(kill(child, SIGKILL) == 0 && waitpid(child, &status, 0) == child && WIFSIGNALED(status));
-        CHECK(old_or_new("a.wav", VLW_FAILED, before, kLong, "New"));
-        close(ends[0]), close(ends[1]);
-    }
-    free(before.at);
-}
-
 /* Each allocation fails in its turn. */
 static void memory_runs_out(void) {
 #if OWN_ALLOCATION
@@ -647,7 +626,6 @@ static void memory_runs_out(void) {
 }
 
 int main(int argc, char **argv) {
-    const int longer = argc == 3 && same(argv[2], "long");
     if (argc < 2 || !enter_folder(argv[1])) return 2;
     const struct {
         const char *name;
@@ -662,7 +640,6 @@ int main(int argc, char **argv) {
     }
     failing_changes(0);
     failing_changes(1);
-    killed_anywhere(longer ? 2000 : 30);
     CHECK(leave_folder());
     return s_failures ? 1 : 0;
 }

@@ -1,6 +1,6 @@
 // Each command of the program with one call of the system, or one allocation, failing: the first, the second,
 // and so on until nothing fails any more. By itself a sample of them; with VL_ALL_FAULTS in the environment
-// each one.
+// each one, or each one of the kinds that it names.
 #include <map>
 
 #include "tests/host/VlwavTest.h"
@@ -46,9 +46,10 @@ protected:
     RunResult RunFailing(const std::string& fault) const {
         std::filesystem::remove(m_folder / ".failed");
         // The sanitizer wants to be loaded first, and an allocation that fails isn't its business.
-        return Run("env LD_PRELOAD='" FAILCALL_PATH "' VL_FAIL=" + fault +
-                   " VL_FAIL_NOTE=\"$PWD/.failed\" ASAN_OPTIONS=verify_asan_link_order=0:detect_leaks=0 "
-                   "timeout -s KILL 60 '" VLWAV_PATH "' " +
+        return Run("timeout -s KILL 60 env LD_PRELOAD='" FAILCALL_PATH "' VL_FAIL=" + fault +
+                   " VL_FAIL_NOTE=\"$PWD/.failed\" "
+                   "ASAN_OPTIONS=verify_asan_link_order=0:detect_leaks=0:allocator_may_return_null=1 "
+                   "'" VLWAV_PATH "' " +
                    GetParam().arguments);
     }
     // Inputs as they were; a file that is changed in its place may also have its new tags already.
@@ -72,8 +73,10 @@ TEST_P(CommandFaults, EndWithTheReasonOrAsThoughNothingHadHappened) {
     ASSERT_EQ(clean.exitCode, 0) << clean.err;
     const Files wanted = Held();
     const std::string newTags = Vlwav("tag a.wav").out;
-    const bool all = std::getenv("VL_ALL_FAULTS") != nullptr;
+    const char* const all = std::getenv("VL_ALL_FAULTS");
+    const std::string_view kinds = all && *all != '1' ? all : "read write open flush cut memory";
     for (const std::string kind : {"read", "write", "open", "flush", "cut", "memory"}) {
+        if (kinds.find(kind) == std::string_view::npos) continue;
         for (const char* lasting : {"", "+"}) {
             for (int n = 1;; n += all ? 1 : 1 + n / 2) {
                 Restore();
@@ -84,8 +87,12 @@ TEST_P(CommandFaults, EndWithTheReasonOrAsThoughNothingHadHappened) {
                     EXPECT_EQ(run.out, clean.out);
                     EXPECT_TRUE(Held() == wanted);
                 } else {
-                    EXPECT_EQ(run.exitCode, 1);
-                    EXPECT_EQ(run.err.find("vlwav: "), 0u);
+                    // The loader's own way to end a process whose thread finds no memory for a library's
+                    // data.
+                    const bool byLoader =
+                        run.exitCode == 127 && run.err.ends_with("thread-local data: ABORT\n");
+                    EXPECT_TRUE(byLoader || run.exitCode == 1) << run.exitCode;
+                    EXPECT_TRUE(byLoader || run.err.starts_with("vlwav: "));
                     // A whole output of which only the telling failed may stay.
                     Files files = Held();
                     if (GetParam().output && files.count(GetParam().output) != 0) {

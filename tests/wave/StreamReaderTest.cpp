@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "AudioCodec/attributes/AttributeIds.h"
 #include "AudioCodec/metadata/IAC3Metadata.h"
 #include "AudioCodec/wave/CACStreamReader.h"
@@ -437,6 +439,43 @@ TEST(StreamReader, WithoutMemoryAnOpenGivesACodeAndLeavesNoSource) {
     const auto change = [&] { return reader->SetOutputFormat(1, 8000, 2); };
     EXPECT_EQ(RunWithMoreMemory(RESULT_NO_MEMORY, change, [&] { EXPECT_EQ(read32(), RESULT_OK); }),
               RESULT_OK);
+}
+
+// Whose reads call the reader that reads from it, on the same thread and on another one.
+class MeddlingStream final : public ByteStream {
+public:
+    using ByteStream::ByteStream;
+    HRESULT Read(void* buffer, uint32_t size, uint32_t* done) override {
+        if (reader) {
+            int64_t frames = 0;
+            reader->GetLength(&frames);
+            std::jthread([&] { reader->GetLength(&frames); }).join();
+            std::jthread([this] { reader->SetLong(ATTR_INFO_ENCODING, INFO_ENCODING_UTF8); }).join();
+        }
+        return ByteStream::Read(buffer, size, done);
+    }
+    CACStreamReader* reader = nullptr;
+};
+
+TEST(SoleUse, ADebugBuildTellsOfTwoThreadsInOneObjectAndGoesOn) {
+    MeddlingStream stream(Mono(8).Image());
+    const auto reader = NewReader({1, 44100});
+    ASSERT_EQ(reader->OpenStream(&stream, 0), RESULT_OK);
+    int16_t samples[8];
+    uint32_t read = 0;
+    stream.reader = reader.Get();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(reader->Read(samples, 8, &read, nullptr), RESULT_OK);
+    const std::string told = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(read, 8u);
+#ifdef NDEBUG
+    EXPECT_EQ(told, "");
+#else
+    EXPECT_EQ(
+        told,
+        "CACStreamReader: GetLength is called while another thread is in Read: one thread at a time uses "
+        "it.\n");
+#endif
 }
 
 }  // namespace

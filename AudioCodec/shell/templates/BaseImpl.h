@@ -3,7 +3,9 @@
 // the operations of T, its interface table and its name.
 //
 // References may be taken and dropped from any thread; the attribute operations lock in the store. For all
-// else one thread at a time calls an object.
+// else one thread at a time calls an object: an operation that needs that begins with
+//
+//   const auto alone = Alone();
 #pragma once
 
 #include <cstdlib>
@@ -12,6 +14,7 @@
 
 #include "AudioCodec/attributes/CAttributeContainerV2.h"
 #include "AudioCodec/shell/object/InterfaceTable.h"
+#include "AudioCodec/shell/object/SoleUse.h"
 #include "platform/com/ReferenceCount.h"
 
 // Counts references; the object is born with none, and the Release that takes away the last one deletes it.
@@ -41,8 +44,14 @@ public:
     // The class's own name, constant; for debugging.
     virtual const char16_t* GetClassName() = 0;
 
+protected:
+    SoleUse::Scope Alone(const char* operation = __builtin_FUNCTION()) {
+        return SoleUse::Scope(m_use, *this, operation);
+    }
+
 private:
     ReferenceCount m_references{0};
+    [[no_unique_address]] SoleUse m_use;
 };
 
 // The allocator. All objects and stores share the one heap, so a block may go back through any of them.

@@ -3,12 +3,14 @@
 // module's own file. The system's way, a library that the module names as needed, looks beside the link by
 // which a module was loaded, and takes whatever copy of the layer the process has already.
 //
-// A module whose layer is missing is loaded all the same, and is not attached: each function returns 0 there.
+// A module whose layer can't be had, for want of the file or of memory, is loaded all the same, and is not
+// attached: each function returns 0 there.
 #include <dlfcn.h>
 #include <sys/mman.h>
 
 #include <iterator>
 
+#include "platform/base/Border.h"
 #include "platform/loader/posix/LoadedModule.h"
 
 namespace {
@@ -66,7 +68,7 @@ void* LoadLayer() {
 constexpr int kBeforeAllElse = 101;  // the least that a program may ask for
 
 [[gnu::constructor(kBeforeAllElse)]] void FillTable() {
-    s_layer = LoadLayer();
+    s_layer = AtBorder(nullptr, &LoadLayer);
     for (size_t i = 0; i < std::size(kNames); ++i) {
         void* const function = s_layer ? dlsym(s_layer, kNames[i]) : nullptr;
         vl_layer_functions[i] = function ? function : reinterpret_cast<void*>(&ReturnNothing);

@@ -4,23 +4,30 @@
 #include <link.h>
 
 #include <filesystem>
+#include <new>
 
 namespace {
+
+// Without memory a path isn't another path.
+bool Failed(const std::error_code& error) {
+    if (error == std::errc::not_enough_memory) throw std::bad_alloc();
+    return static_cast<bool>(error);
+}
 
 // The folder is made real, so that the path outlives a move of the current folder or of a link; the name
 // stays, so that what lies beside the module is found by the name that its users know.
 std::string WholePath(const std::filesystem::path& path) {
     std::error_code error;
     const auto absolute = std::filesystem::absolute(path, error);
-    if (error) return path.string();
+    if (Failed(error)) return path.string();
     const auto folder = std::filesystem::canonical(absolute.parent_path(), error);
-    return error ? absolute.string() : (folder / absolute.filename()).string();
+    return Failed(error) ? absolute.string() : (folder / absolute.filename()).string();
 }
 
 std::string FolderOfFile(const std::filesystem::path& path) {
     std::error_code error;
     const auto file = std::filesystem::canonical(path, error);
-    return (error ? path : file).parent_path().string();
+    return (Failed(error) ? path : file).parent_path().string();
 }
 
 }  // namespace
@@ -36,7 +43,13 @@ LoadedModule FindLoadedModule(const void* address) {
     return {map, path, FolderOfFile(path)};
 }
 
-HMODULE LoadModule(const char* path) { return dlopen(path, RTLD_NOW | RTLD_LOCAL); }
+HMODULE LoadModule(const char* path) {
+    void* const module = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+    // What failed here isn't what the host hears from dlerror. And where memory lacked, the system's dlopen
+    // around this one, in which the layer is being loaded, would take the mark that was left for an address.
+    if (!module) dlerror();
+    return module;
+}
 
 void UnloadModule(HMODULE module) { dlclose(module); }
 

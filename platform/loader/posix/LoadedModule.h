@@ -12,7 +12,7 @@ struct LoadedModule {
 };
 
 // The module that holds `address`. A relative path is taken from the current folder; no handle for an address
-// in no module.
+// in no module. Throws std::bad_alloc.
 LoadedModule FindLoadedModule(const void* address);
 
 // Loads the module at `path` with all that it needs, null if that can't be; and takes back one loading.

@@ -23,7 +23,7 @@ public:
         if (dladdr1(&s_here, &info, reinterpret_cast<void**>(&self), RTLD_DL_LINKMAP) == 0 || !self) return;
         const link_map* library = self;
         while (library->l_prev) library = library->l_prev;
-        for (; library != self && !m_library; library = library->l_next)
+        for (; library != self && !m_library && m_isKnown; library = library->l_next)
             if (IsCopy(*library)) Hold(library->l_name);
     }
     ~Holder() {
@@ -35,21 +35,32 @@ public:
     void* Find(const char* function) const {
         return m_library ? dlvsym(m_library, function, VL_LAYER_NODE) : nullptr;
     }
+    bool IsKnown() const { return m_isKnown; }
 
 private:
     void Hold(const char* path) {
         m_library = dlopen(path, RTLD_NOW | RTLD_NOLOAD);
-        if (!m_library || Find("VlCreateMutexA")) return;
+        if (!m_library) {
+            m_isKnown = false;
+            dlerror();  // as LoadModule does
+            return;
+        }
+        if (Find("VlCreateMutexA")) return;
         dlclose(m_library);  // of another version
         m_library = nullptr;
     }
 
     void* m_library = nullptr;
+    bool m_isKnown = true;
 };
+
+const Holder& First() {
+    static const Holder s_first;
+    return s_first;
+}
 
 }  // namespace
 
-void* FirstCopy::Find(const char* function) {
-    static const Holder s_first;
-    return s_first.Find(function);
-}
+void* FirstCopy::Find(const char* function) { return First().Find(function); }
+
+bool FirstCopy::IsKnown() { return First().IsKnown(); }

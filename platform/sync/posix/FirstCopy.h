@@ -9,4 +9,8 @@ namespace FirstCopy {
 // later the loader's lock, which this takes, may be held by a thread that waits for the one that asks.
 void* Find(const char* function);
 
+// False where there is a copy that couldn't be held for want of memory: this one passes for the first then,
+// and nobody may use it.
+bool IsKnown();
+
 }  // namespace FirstCopy
