@@ -17,24 +17,35 @@
 namespace {
 
 struct Host {
-    explicit Host(ScriptBytes& from) : script(from), image(from.Rest()), stream(image) {
+    Host(ScriptBytes steps, std::vector<uint8_t> bytes)
+        : script(steps), image(std::move(bytes)), stream(image), file(image) {
         codec->CreateStreamReader(reader.Put());
         codec->CreateWriter(writer.Put());
-        codec->CreateMetadataEditor(file.Wide().c_str(), editor.Put());
+        codec->CreateMetadataEditor(path.c_str(), editor.Put());
         CreateMetadataObject(metadata.Put());
     }
+    // A call into the module, with memory or, if it is this step's turn, with an allocation that fails.
+    template <class Work>
+    auto Call(Work work) {
+        std::optional<FailingAllocator> heap;
+        if (failing >= 0) heap.emplace(failing, true);
+        return work();
+    }
     // A buffer for so many frames; fewer where they would be large.
-    std::vector<int16_t> Room(uint32_t& frames, uint32_t channels) {
+    static std::vector<int16_t> Room(uint32_t& frames, uint32_t channels) {
         constexpr uint32_t kMost = 1 << 16;
         frames = std::min(frames, kMost / std::max(channels, 1U));
         return std::vector<int16_t>(size_t{frames} * channels);
     }
 
-    ScriptBytes& script;
+    ScriptBytes script;
+    int failing = -1;
     const std::vector<uint8_t> image;
     ByteStream stream;
-    const ScopedFile file{image};
+    const ScopedFile file;
     const ScopedFile made;
+    const std::u16string path = file.Wide();
+    const std::u16string madePath = made.Wide();
     const RefPtr<CPrivateCodecMain> codec = RefPtr<CPrivateCodecMain>::Retain(new CPrivateCodecMain);
     RefPtr<IAC3StreamReader> reader;
     RefPtr<IAC3Writer> writer;
@@ -43,105 +54,124 @@ struct Host {
     bool isMaking = false;
 };
 
-using Step = void (*)(Host&);
+// What comes from elsewhere goes on top of the host's own tags and pictures.
+template <class Source>
+void TakeMetadata(Host& host, Source& source) {
+    RefPtr<IAC3Metadata> found;
+    if (host.Call([&] { return source.GetMetadata(found.Put()); }) == RESULT_OK)
+        host.metadata->CopyFrom(found.Get());
+}
+
+// Each takes its numbers from the script first.
+using Step = void (*)(Host& host, uint32_t number, uint32_t other);
 constexpr Step kSteps[] = {
-    [](Host& host) { host.reader->Open(host.file.Wide().c_str(), host.script.Next16()); },
-    [](Host& host) {
-        host.stream.position = host.script.Next() % 3;
-        host.reader->OpenStream(&host.stream, 0);
+    [](Host& host, uint32_t flags, uint32_t) {
+        host.Call([&] { return host.reader->Open(host.path.c_str(), flags); });
     },
-    [](Host& host) {
-        uint32_t frames = host.script.NextNumber();
+    [](Host& host, uint32_t place, uint32_t) {
+        host.stream.position = place % 3;
+        host.Call([&] { return host.reader->OpenStream(&host.stream, 0); });
+    },
+    [](Host& host, uint32_t frames, uint32_t) {
         uint32_t channels = 0, rate = 0, bytes = 0, done = 0;
         host.reader->GetOutputFormat(&channels, &rate, &bytes);
-        std::vector<int16_t> buffer = host.Room(frames, channels);
-        host.reader->Read(buffer.data(), frames, &done, nullptr);
+        std::vector<int16_t> buffer = Host::Room(frames, channels);
+        host.Call([&] { return host.reader->Read(buffer.data(), frames, &done, nullptr); });
         Check(done <= frames, "no more is read than was asked for");
     },
-    [](Host& host) {
+    [](Host& host, uint32_t offset, uint32_t origin) {
         int64_t position = 0;
-        const uint32_t origin = host.script.Next() % 4;
-        host.reader->Seek(origin, static_cast<int32_t>(host.script.NextNumber()), &position);
+        host.Call([&] { return host.reader->Seek(origin % 4, static_cast<int32_t>(offset), &position); });
         Check(position >= 0, "no position is negative");
     },
-    [](Host& host) { host.reader->SetOutputFormat(host.script.NextNumber(), host.script.NextNumber(), 2); },
-    [](Host& host) { host.reader->SetOutputFormat(host.script.Next() % 3, 100 * host.script.Next16(), 2); },
-    [](Host& host) {
-        RefPtr<IAC3Metadata> found;
+    [](Host& host, uint32_t channels, uint32_t rate) {
+        host.Call([&] { return host.reader->SetOutputFormat(channels, rate, 2); });
+    },
+    [](Host& host, uint32_t channels, uint32_t rate) {
+        host.Call([&] { return host.reader->SetOutputFormat(1 + channels % 2, 100 * (rate % 2000), 2); });
+    },
+    [](Host& host, uint32_t index, uint32_t) {
         int64_t frames = 0;
         AudioFormatInfo format{};
+        char16_t* text = nullptr;
         host.reader->GetLength(&frames);
         host.reader->GetSourceFormat(&format);
-        if (host.reader->GetMetadata(found.Put()) == RESULT_OK) host.metadata->CopyFrom(found.Get());
-    },
-    [](Host& host) {
-        char16_t* text = nullptr;
-        host.reader->GetExtension(host.script.Next(), &text);
+        host.Call([&] { return host.reader->GetExtension(index, &text); });
         host.reader->Free(text);
     },
-    [](Host& host) { host.reader->Close(); },
-    [](Host& host) { host.writer->SelectFormat(host.script.Next() % 32); },
-    [](Host& host) { host.writer->SetFormat(host.script.NextNumber(), host.script.NextNumber(), 2); },
-    [](Host& host) { host.writer->SetFormat(1 + host.script.Next() % 2, 100 * host.script.Next16(), 2); },
-    [](Host& host) {
-        host.isMaking = host.writer->Open(host.made.Wide().c_str(), host.script.Next() % 2) == RESULT_OK;
+    [](Host& host, uint32_t, uint32_t) { TakeMetadata(host, *host.reader); },
+    [](Host& host, uint32_t, uint32_t) { host.Call([&] { return host.reader->Close(); }); },
+    [](Host& host, uint32_t index, uint32_t) {
+        host.Call([&] { return host.writer->SelectFormat(index % 32); });
     },
-    [](Host& host) {
-        uint32_t frames = host.script.NextNumber();
+    [](Host& host, uint32_t channels, uint32_t rate) {
+        host.Call([&] { return host.writer->SetFormat(channels, rate, 2); });
+    },
+    [](Host& host, uint32_t channels, uint32_t rate) {
+        host.Call([&] { return host.writer->SetFormat(1 + channels % 2, 100 * (rate % 655), 2); });
+    },
+    [](Host& host, uint32_t flags, uint32_t) {
+        host.isMaking =
+            host.Call([&] { return host.writer->Open(host.madePath.c_str(), flags % 2); }) == RESULT_OK;
+    },
+    [](Host& host, uint32_t frames, uint32_t) {
         uint32_t channels = 0, rate = 0, bytes = 0, done = 0;
         host.writer->GetFormat(&channels, &rate, &bytes);
-        const std::vector<int16_t> buffer = host.Room(frames, channels);
-        host.writer->Write(buffer.data(), frames, &done);
+        const std::vector<int16_t> buffer = Host::Room(frames, channels);
+        host.Call([&] { return host.writer->Write(buffer.data(), frames, &done); });
         Check(done <= frames, "no more is taken than was offered");
     },
-    [](Host& host) {
+    [](Host& host, uint32_t offset, uint32_t origin) {
         int64_t position = 0;
-        const uint32_t origin = host.script.Next() % 4;
-        host.writer->Seek(origin, static_cast<int32_t>(host.script.NextNumber()), &position);
+        host.Call([&] { return host.writer->Seek(origin % 4, static_cast<int32_t>(offset), &position); });
     },
-    [](Host& host) { host.writer->SetMetadata(host.metadata.Get()); },
-    [](Host& host) {
+    [](Host& host, uint32_t, uint32_t) {
+        host.Call([&] { return host.writer->SetMetadata(host.metadata.Get()); });
+    },
+    [](Host& host, uint32_t, uint32_t) {
         const bool wasMaking = std::exchange(host.isMaking, false);
-        if (host.writer->Close() != RESULT_OK || !wasMaking) return;
+        if (host.Call([&] { return host.writer->Close(); }) != RESULT_OK || !wasMaking) return;
         const std::vector<uint8_t> bytes = host.made.Bytes();
         Check(PlainWave(bytes).isSound, "what was written is a WAV file");
     },
-    [](Host& host) { host.editor->Open(); },
-    [](Host& host) {
-        RefPtr<IAC3Metadata> found;
-        if (host.editor->GetMetadata(found.Put()) == RESULT_OK) host.metadata->CopyFrom(found.Get());
+    [](Host& host, uint32_t, uint32_t) { host.Call([&] { return host.editor->Open(); }); },
+    [](Host& host, uint32_t, uint32_t) { TakeMetadata(host, *host.editor); },
+    [](Host& host, uint32_t, uint32_t) {
+        host.Call([&] { return host.editor->SetMetadata(host.metadata.Get()); });
     },
-    [](Host& host) { host.editor->SetMetadata(host.metadata.Get()); },
-    [](Host& host) { host.editor->Save(); },
-    [](Host& host) { host.editor->Close(); },
-    [](Host& host) { SetTagAttributes(host.script, *host.metadata); },
-    [](Host& host) {
+    [](Host& host, uint32_t, uint32_t) { host.Call([&] { return host.editor->Save(); }); },
+    [](Host& host, uint32_t, uint32_t) { host.editor->Close(); },
+    [](Host& host, uint32_t, uint32_t) { SetTagAttributes(host.script, *host.metadata); },
+    [](Host& host, uint32_t size, uint32_t id) {
         PictureSet* set = nullptr;
         host.metadata->GetPictureSet(&set);
-        const std::string bytes = host.script.Text(host.script.Next());
-        set->StorePicture(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), u"image/png", u"",
-                          static_cast<int32_t>(host.script.Next() % 5));
+        const size_t count = std::min<size_t>(size, host.image.size());
+        host.Call([&] {
+            return set->StorePicture(host.image.data(), count, u"image/png", u"",
+                                     static_cast<int32_t>(id % 5));
+        });
     },
-    [](Host& host) {
+    [](Host& host, uint32_t number, uint32_t) {
         const uint8_t* bytes = nullptr;
         uint32_t size = 0;
         char16_t* text = nullptr;
-        int32_t id = static_cast<int32_t>(host.script.Next() % 6) - 1;
-        host.metadata->GetPictureData(&bytes, &size, &text, id);
+        auto id = static_cast<int32_t>(number % 6) - 1;
+        host.Call([&] { return host.metadata->GetPictureData(&bytes, &size, &text, id); });
         host.metadata->Free(text);
         Check(bytes || size == 0, "a picture has its bytes");
     },
-    [](Host& host) {
+    [](Host& host, uint32_t number, uint32_t) {
         CImage* image = nullptr;
-        int32_t id = static_cast<int32_t>(host.script.Next() % 6) - 1;
-        host.metadata->GetPictureImage(&image, id, nullptr);
+        auto id = static_cast<int32_t>(number % 6) - 1;
+        host.Call([&] { return host.metadata->GetPictureImage(&image, id, nullptr); });
         delete image;
     },
-    [](Host& host) {
-        host.metadata->SetPictureFromFile(host.file.Wide().c_str(),
-                                          static_cast<int32_t>(host.script.Next() % 5));
+    [](Host& host, uint32_t id, uint32_t) {
+        host.Call([&] {
+            return host.metadata->SetPictureFromFile(host.path.c_str(), static_cast<int32_t>(id % 5));
+        });
     },
-    [](Host& host) { host.metadata->Clear(); },
+    [](Host& host, uint32_t, uint32_t) { host.metadata->Clear(); },
 };
 
 std::vector<int16_t> AllOf(IAC3StreamReader& reader, const std::u16string& path, Result& opened) {
@@ -163,15 +193,14 @@ std::vector<int16_t> AllOf(IAC3StreamReader& reader, const std::u16string& path,
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     ScriptBytes all(data, size);
-    ScriptBytes script = all.Part(kHead);
-    Host host(all);
-    host.script = script;
+    const ScriptBytes steps = all.Part(kHead);
+    Host host(steps, all.Rest());
     while (!host.script.IsOver()) {
         const uint32_t step = host.script.Next();
         const bool fails = step / std::size(kSteps) == 1;
-        std::optional<FailingAllocator> heap;
-        if (fails) heap.emplace(static_cast<int>(host.script.Next() % 64), true);
-        kSteps[step % std::size(kSteps)](host);
+        host.failing = fails ? static_cast<int>(host.script.Next() % 64) : -1;
+        const uint32_t number = host.script.NextNumber();
+        kSteps[step % std::size(kSteps)](host, number, host.script.NextNumber());
     }
     host.editor->Close();
     host.writer->Close();
@@ -179,8 +208,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     host.codec->CreateStreamReader(fresh.Put());
     Result opened = RESULT_OK;
     Result openedAgain = RESULT_OK;
-    const std::vector<int16_t> due = AllOf(*fresh, host.file.Wide(), opened);
-    const std::vector<int16_t> found = AllOf(*host.reader, host.file.Wide(), openedAgain);
+    const std::vector<int16_t> due = AllOf(*fresh, host.path, opened);
+    const std::vector<int16_t> found = AllOf(*host.reader, host.path, openedAgain);
     Check(opened != RESULT_OK || (openedAgain == RESULT_OK && found == due),
           "a used reader opens as a new one does");
     return 0;

@@ -26,8 +26,10 @@ void CheckKept(const Bytes& before, const Bytes& after) {
     for (const PlainWave::Span& chunk : plain.chunks) {
         const uint64_t content = chunk.place + kChunkHeaderSize;
         const uint64_t size = std::min(chunk.size, before.size() - content);
-        // One that reaches past the end may be none, and may then move with the rest.
-        if (size < chunk.size && chunk.id != ChunkId::kData) end = content;
+        // One that reaches past the end may be none, and may then move with the rest; a list that an earlier
+        // save left unfinished goes.
+        if (size < chunk.size && chunk.id != ChunkId::kData)
+            end = chunk.id == ChunkId::kUnfinished ? before.size() : content;
         if (end == content || IsTheEditors(chunk)) continue;
         Check(content + size <= after.size() &&
                   std::equal(at(content), at(content + size), after.begin() + (at(content) - before.begin())),

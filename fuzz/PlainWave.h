@@ -74,7 +74,7 @@ private:
             left -= kChunkHeaderSize;
             // The last pad byte may be missing; what reaches past the list is cut there.
             const uint64_t stored = size == left ? left : size + size % 2;
-            if (!Has(place, stored)) return false;
+            if (!Has(place, std::min(stored, left))) return false;
             info.emplace(id, Text(place, std::min(size, left)));
             place += std::min(stored, left);
             left -= std::min(stored, left);

@@ -96,6 +96,7 @@ TEST(WaveFileWalk, SizesThatLieAreCutWithinAListAndKeptOfTheAudio) {
         std::string bytes, value;
     } rows[] = {
         {16, 40, "abcd", "abcd"},
+        {16, 0xFFFFFFFE, "abcd", "abcd"},
         {15, 3, "abc\0"s, "abc"},  // the list doesn't count the last pad byte
         {20, 5, "abcde\0xx"s, "abcde"},
     };
