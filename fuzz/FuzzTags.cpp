@@ -58,7 +58,6 @@ void PlayInfoList(const InfoChunks& chunks) {
     Check(MapOf(ChunksOf(entries)) == due, "a list comes back as it was written");
 }
 
-// No new entry is empty, since the last one would be none.
 void PlayChanges(ScriptBytes script, std::string_view entries) {
     constexpr uint32_t kIds[] = {FourCC("INAM"), FourCC("ICRD"), FourCC("IARL"), FourCC("vltg")};
     std::vector<InfoChange> changes;
@@ -71,7 +70,11 @@ void PlayChanges(ScriptBytes script, std::string_view entries) {
         due.erase(id);
         if (what > 170) due[id] = *changes.back().bytes;
     }
-    Check(MapOf(ChunksOf(ChangeInfoEntries(entries, changes))) == due, "what changes does, and nothing else");
+    // One without a byte is there or not, as another follows it.
+    auto found = MapOf(ChunksOf(ChangeInfoEntries(entries, changes)));
+    for (auto* map : {&due, &found})
+        std::erase_if(*map, [](const auto& entry) { return entry.second.empty(); });
+    Check(found == due, "what changes does, and nothing else");
 }
 
 // The second time: the first may lose what Windows-1252 lacks, and a year's fifth digit.

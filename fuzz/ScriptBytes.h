@@ -57,12 +57,15 @@ public:
         m_left -= taken;
         return text;
     }
-    // Up to 255 units, none of them zero.
+    // Up to 255 characters, none of them zero; surrogates come in pairs.
     std::u16string Wide() {
-        std::u16string text(Next(), u' ');
-        for (char16_t& unit : text) {
+        std::u16string text;
+        for (uint32_t left = Next(); left != 0; --left) {
             const uint32_t byte = Next();  // beyond ASCII now and then
-            unit = static_cast<char16_t>(byte < 0xF0 ? std::max(byte, 1U) : std::max(Next16(), 1U));
+            const uint32_t unit = std::max(byte < 0xF0 ? byte : Next16(), 1U);
+            const bool isSurrogate = unit >= 0xD800 && unit < 0xE000;
+            text += static_cast<char16_t>(isSurrogate ? unit & 0xDBFF : unit);
+            if (isSurrogate) text += static_cast<char16_t>(unit | 0xDC00);
         }
         return text;
     }

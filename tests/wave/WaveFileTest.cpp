@@ -83,10 +83,11 @@ TEST(WaveFileWalk, FormatRecordsOfEveryLength) {
 
 TEST(WaveFileWalk, ListsKeepTheFirstOfAnIdAndTheLastListWins) {
     WavImage image = Sound().Info(None().Chunk("ISFT", "gone"));
-    image.Info(None().Chunk("INAM", "One\0"s).Chunk("INAM", "Two\0"s).Chunk("IART", "a\0b"s));
+    image.Info(
+        None().Chunk("IKEY", "").Chunk("INAM", "One\0"s).Chunk("INAM", "Two\0"s).Chunk("IART", "a\0b"s));
     CWaveFile wave;
     ASSERT_EQ(OpenImage(image, wave), RESULT_OK);
-    const InfoChunks expected{{FourCC("INAM"), "One\0"s}, {FourCC("IART"), "a\0b"s}};
+    const InfoChunks expected{{FourCC("INAM"), "One\0"s}, {FourCC("IART"), "a\0b"s}, {FourCC("IKEY"), ""}};
     EXPECT_EQ(wave.Chunks(), expected);
 }
 
