@@ -52,6 +52,7 @@ struct Host {
     RefPtr<IAC3MetadataEditor> editor;
     RefPtr<IAC3Metadata> metadata;
     bool isMaking = false;
+    uint32_t writtenChannels = 0;
 };
 
 // What comes from elsewhere goes on top of the host's own tags and pictures.
@@ -111,13 +112,14 @@ constexpr Step kSteps[] = {
         host.Call([&] { return host.writer->SetFormat(1 + channels % 2, 100 * (rate % 655), 2); });
     },
     [](Host& host, uint32_t flags, uint32_t) {
+        uint32_t rate = 0, bytes = 0;
+        host.writer->GetFormat(&host.writtenChannels, &rate, &bytes);
         host.isMaking =
             host.Call([&] { return host.writer->Open(host.madePath.c_str(), flags % 2); }) == RESULT_OK;
     },
     [](Host& host, uint32_t frames, uint32_t) {
-        uint32_t channels = 0, rate = 0, bytes = 0, done = 0;
-        host.writer->GetFormat(&channels, &rate, &bytes);
-        const std::vector<int16_t> buffer = Host::Room(frames, channels);
+        uint32_t done = 0;
+        const std::vector<int16_t> buffer = Host::Room(frames, host.writtenChannels);
         host.Call([&] { return host.writer->Write(buffer.data(), frames, &done); });
         Check(done <= frames, "no more is taken than was offered");
     },

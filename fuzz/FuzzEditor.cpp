@@ -51,14 +51,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     ScriptBytes script(data, size);
     ScriptBytes tags = script.Part(kHead);
     const uint32_t options = tags.Next();
+    const bool isChangedOnly = options / 2 % 2 == 1;
+    const uint32_t encoding = options / 4 % 3;
     ScriptBytes failing = tags.Part(2);
     const ScopedFile file(script.Rest());
     const Bytes before = file.Bytes();
     const auto make = [&] {
         auto editor = RefPtr<CACMetadataEditor>::Retain(new CACMetadataEditor(file.Wide().c_str()));
-        editor->SetBool(ATTR_EDIT_ANY_FORMAT, options & 1);
-        editor->SetBool(ATTR_EDIT_CHANGED_ONLY, options >> 1 & 1);
-        editor->SetLong(ATTR_INFO_ENCODING, (options >> 2) % 3);
+        editor->SetBool(ATTR_EDIT_ANY_FORMAT, options % 2);
+        editor->SetBool(ATTR_EDIT_CHANGED_ONLY, isChangedOnly);
+        editor->SetLong(ATTR_INFO_ENCODING, encoding);
         return editor;
     };
     const auto editor = make();
@@ -86,9 +88,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const auto again = make();
     Check(again->Open() == RESULT_OK, "a file that was saved opens");
     const TagTexts found = TagsOf(*again);
-    const bool reports = options % 4 != 0 || (options >> 2) % 3 != 0;
-    if (reports && saved == RESULT_OK && (options >> 2) % 3 != 0)
-        Check(found == wanted, "the tags are the ones that were wanted");
+    // Windows-1252 can't hold all of them, and a date that is written as a whole may keep what isn't one.
+    const bool holdsAll = isChangedOnly && encoding != 0;
+    Check(saved != RESULT_OK || !holdsAll || found == wanted, "the tags are the ones that were wanted");
     if (saved != RESULT_OK) Check(after == before, "a save that is refused writes nothing");
     return 0;
 }
