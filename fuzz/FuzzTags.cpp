@@ -94,7 +94,7 @@ void PlayMapping(InfoChunks chunks, InfoEncoding encoding) {
 }
 
 // A save of what a host wants, which finds it all in the file afterwards, and then has nothing to change.
-void PlayWishes(ScriptBytes& script, std::string entries, InfoEncoding encoding) {
+void PlayWishes(ScriptBytes& script, const std::string& entries, InfoEncoding encoding) {
     const auto wanted = RefPtr<CMetadata>::Retain(new CMetadata);
     const InfoChunks chunks = ChunksOf(entries);
     TagList tags;
