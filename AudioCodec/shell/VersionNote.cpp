@@ -14,7 +14,7 @@ struct VersionNote {
 };
 static_assert(sizeof(VERSION_TEXT) <= sizeof(VersionNote::content));
 
-[[gnu::used, gnu::no_sanitize_address, gnu::section(".note.vlacwav3"), gnu::aligned(4)]] const VersionNote s_note = {
+[[gnu::used, gnu::section(".note.vlacwav3"), gnu::aligned(4)]] const VersionNote s_note = {
     sizeof("VlACWav3"), sizeof(VersionNote::content), 1, "VlACWav3", VERSION_TEXT};
 
 }  // namespace
