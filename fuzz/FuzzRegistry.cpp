@@ -64,7 +64,8 @@ bool Act(ScriptBytes& script) {
     LONG result = 0;
     if (step == 0) result = VlBeginRegistryTransaction(VL_REGISTRY_USER);
     if (step == 1)
-        result = VlEndRegistryTransaction(script.Next() % 3 == 0 ? ERROR_ACCESS_DENIED : ERROR_SUCCESS);
+        result = VlEndRegistryTransaction(
+            static_cast<LONG>(script.Next() % 3 == 0 ? ERROR_ACCESS_DENIED : ERROR_SUCCESS));
     if (step == 2) result = RegDeleteKeyA(root, path.c_str());
     if (step > 2) {
         const UniqueKey key = KeyOf(root, path, step > 5, result);
@@ -77,7 +78,8 @@ bool Act(ScriptBytes& script) {
         Check(got != ERROR_SUCCESS || size <= sizeof room, "a value is no larger than its room");
         if (result == ERROR_SUCCESS) result = got;
     }
-    return result == ERROR_NOT_REGISTRY_FILE || result == ERROR_REVISION_MISMATCH;
+    return static_cast<DWORD>(result) == ERROR_NOT_REGISTRY_FILE ||
+           static_cast<DWORD>(result) == ERROR_REVISION_MISMATCH;
 }
 
 }  // namespace
@@ -99,7 +101,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         .write(reinterpret_cast<const char*>(file.data()), static_cast<std::streamsize>(file.size()));
     bool isForeign = false;
     while (!steps.IsOver()) isForeign |= Act(steps);
-    while (VlEndRegistryTransaction(ERROR_ACCESS_DENIED) != static_cast<LONG>(ERROR_INVALID_HANDLE)) {
+    while (VlEndRegistryTransaction(static_cast<LONG>(ERROR_ACCESS_DENIED)) !=
+           static_cast<LONG>(ERROR_INVALID_HANDLE)) {
     }
     Check(!isForeign || FileContents<Bytes>(s_files.path) == file, "a file of somebody else stays as it is");
     for (const char* suffix : {"-journal", "-wal", "-shm"}) std::filesystem::remove(s_files.path + suffix);

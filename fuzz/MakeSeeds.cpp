@@ -47,6 +47,7 @@ int main(int count, char** arguments) {
     const WavImage entries =
         None().Chunk("INAM", "T\xF6ne").Chunk("ICRD", "1999-02-01").Chunk("IARL", "7").Chunk("vltg", texts);
     waves.push_back(WavImage().Fmt(1, 2, 44100, 8).Data(Noise(300)).Info(entries).Sized().Text());
+    waves.push_back(WavImage().Fmt(1, 1, 8000, 16).Chunk("junk", std::string(20000, 'j')).Text());
     for (const std::string& wave : waves) {
         Write("wave_file", wave);
         for (const char* target : {"chunk_walk", "editor", "border", "aiff"})

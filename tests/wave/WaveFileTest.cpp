@@ -118,6 +118,25 @@ TEST(WaveFileWalk, SizesThatLieAreCutWithinAListAndKeptOfTheAudio) {
     EXPECT_EQ(wave.DataSize(), 0xFFFFFFFFu);
 }
 
+TEST(WaveFileWalk, WithoutAudioThereIsNothingToRead) {
+    const WavImage image = WavImage().Fmt(1, 1, 8000, 16).Chunk("junk", std::string(20000, 'j'));
+    const ScopedFile file(image.Image());
+    ByteStream stream(image.Image());
+    CWaveFile wave;
+    ASSERT_EQ(wave.OpenForReading(file.Wide().c_str(), true), RESULT_OK);
+    for (int of = 0; of < 2; ++of) {
+        for (int moved = 0; moved < 2; ++moved) {
+            char bytes[100];
+            uint32_t done = 9;
+            EXPECT_EQ(wave.ReadData(sizeof bytes, bytes, &done), RESULT_OK);
+            EXPECT_EQ(done, 0u);
+            EXPECT_EQ(wave.SeekData(0, 0), RESULT_OK);
+        }
+        wave.AttachStream(&stream);
+        ASSERT_TRUE(wave.ParseChunks());
+    }
+}
+
 TEST(ChunkWalk, TakesACallersSizeInsteadOfOneThatLies) {
     ByteStream stream(None().Header("data", 0xFFFFFFFF).Bytes("ab").Header("tail", 0).Image());
     StreamSource source(stream);
