@@ -178,6 +178,9 @@ constexpr Step kSteps[] = {
 
 std::vector<int16_t> AllOf(IAC3StreamReader& reader, const std::u16string& path, Result& opened) {
     opened = reader.Open(path.c_str(), OPEN_READ_ONLY);
+    AudioFormatInfo format{};
+    reader.GetSourceFormat(&format);
+    if (format.channels > 64) return {};  // to mix them is all that there is time for
     reader.SetOutputFormat(1, 32000, 2);
     std::vector<int16_t> buffer(3000);
     uint32_t done = 0;

@@ -65,11 +65,11 @@ int main(int count, char** arguments) {
                                static_cast<uint8_t>(kind + codec));
         free_sound(&made);
     }
-    for (uint32_t seed = 0; seed < 40; ++seed) {
+    for (uint32_t seed = 0; seed < 16; ++seed) {
         const std::vector<uint8_t> script = RandomScript(seed);
         const std::string_view bytes(reinterpret_cast<const char*>(script.data()), script.size());
         Write("converter", bytes);
         Write("store", std::string(16, '\0') + std::string(bytes));
-        WriteBehindScripts("registry", bytes.substr(0, seed % 4 * 3), static_cast<uint8_t>(seed % 4));
+        WriteBehindScripts("registry", bytes.substr(0, size_t{seed % 4} * 3), static_cast<uint8_t>(seed % 4));
     }
 }
