@@ -120,6 +120,7 @@ TEST_F(FileAhead, SmallBlocksCostFewCallsAndLargeOnesNoByteTwice) {
         EXPECT_LE(counted.CallsSeen(), 12) << size;
     }
     DWORD done = 9;
+    EXPECT_EQ(ReadFrom(file.get(), 0, 100, 300), 300u);
     EXPECT_TRUE(ReadFile(file.get(), nullptr, 0, &done, nullptr) && done == 0);
     std::mt19937 random(1);
     for (int i = 0; i < 300; ++i) {
