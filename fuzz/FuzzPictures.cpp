@@ -8,9 +8,6 @@
 
 namespace {
 
-// The library is loaded once: the fuzzer's counters inside it must not come and go.
-const std::unique_ptr<CImage> g_keeper(VlCreateImage());
-
 constexpr int64_t kPixelsMost = 1 << 20;  // beyond, decoding is all that there is time for
 
 std::unique_ptr<CImage> Decode(IAC3Metadata& metadata) {
@@ -21,13 +18,6 @@ std::unique_ptr<CImage> Decode(IAC3Metadata& metadata) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
-    if (g_keeper->Save(u"/dev/null", &IMAGE_FORMAT_BMP) >= 0) std::abort();  // there is no image
-    g_keeper->Create(1, 1, 24, 0);
-    if (g_keeper->Save(u"/dev/null", &IMAGE_FORMAT_BMP) < 0) std::abort();  // there is no library
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     RefPtr<IAC3Metadata> metadata;

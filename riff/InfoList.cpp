@@ -16,8 +16,9 @@ bool WalkInfoList(ChunkWalk& walk, const TakeInfoEntry& take) {
         if (!walk.ReadHeader(entry)) return false;
         left -= kChunkHeaderSize;
         const InfoExtent extent = ExtentOfInfoEntry(entry.declared, left);
-        // Before memory is taken: the size may be a lie.
-        if (!walk.Source().Holds(extent.stored)) return false;
+        // Before memory is taken: the list's size may be a lie. The entry's may be one too, and is no reason
+        // to refuse the file: a stream wouldn't know, nor would who has the list alone.
+        if (!walk.Source().Holds(extent.held)) return false;
         if (!take(entry.id, extent.held, extent.kept)) return false;
         left -= extent.held;
     }

@@ -21,7 +21,7 @@ InfoExtent ExtentOfInfoEntry(uint32_t size, uint64_t left);
 using TakeInfoEntry = std::function<bool(uint32_t id, uint32_t held, uint32_t kept)>;
 
 // Walks the entries of the list that the walk stands in, after its type. An entry that reaches past the list
-// is cut there. False where the bytes end before the list does or before an entry's size.
+// is cut there, however far. False where the bytes end before the list does.
 bool WalkInfoList(ChunkWalk& walk, const TakeInfoEntry& take);
 
 // Reads them in place of what `chunks` holds. After a failure the entries before it are in. May

@@ -1,30 +1,66 @@
 #!/usr/bin/env bash
-# Runs each fuzz target for some seconds (the first argument, default 60) from the seeds in fuzz/seeds.
+# Runs each fuzz target for some minutes (the first argument, default 1), as many at once as there are cores, or
+# one of them (the second, with or without "fuzz_") on all cores. Ends with a table, and with 1 if one found something.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-seconds="${1:-60}"
-[[ "$seconds" =~ ^[1-9][0-9]*$ ]] || die "usage: fuzz.sh [SECONDS]"
+minutes="${1:-1}"
+chosen="${2:-}"
+[[ "$minutes" =~ ^[1-9][0-9]*$ ]] || die "usage: fuzz.sh [MINUTES] [TARGET]"
 need "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" "${CLANG_PACKAGES[@]}"
 build fuzz
+build/fuzz/bin/make_seeds build/fuzz/seeds
 tests/support/make-pictures.sh build/fuzz/seeds/pictures
 
-shopt -s nullglob
 targets=(build/fuzz/bin/fuzz_*)
-((${#targets[@]})) || die "there are no fuzz targets in build/fuzz/bin"
-dictionaries=(fuzz/*.dict)
-for target in "${targets[@]}"; do
-  name="$(basename "$target")"
-  corpus="build/fuzz/corpus/$name"
-  mkdir -p "$corpus"
-  # Seeds of this target, made or kept, else those that lie in the folder itself.
-  seeds=(build/fuzz/seeds/"${name#fuzz_}"/)
-  [[ -d "${seeds[0]}" ]] || seeds=(fuzz/seeds/"${name#fuzz_}"/)
-  [[ -d "${seeds[0]}" ]] || seeds=(fuzz/seeds/)
-  [[ -d "${seeds[0]}" ]] || seeds=()
-  say "$name for $seconds s"
-  TMPDIR=build/fuzz "$target" -max_total_time="$seconds" -rss_limit_mb=1024 -print_final_stats=1 \
-    -artifact_prefix="build/fuzz/$name-" "${dictionaries[@]/#/-dict=}" "$corpus" "${seeds[@]}" 2>&1 |
-    grep -E '^(stat::|==|SUMMARY|artifact|Test unit)|ERROR|DONE' || true
-  ((PIPESTATUS[0] == 0)) || die "$name found something: see build/fuzz/$name-*"
+targets=("${targets[@]##*/fuzz_}")
+runs=("${targets[@]}")
+if [[ -n "$chosen" ]]; then
+  targets=("${chosen#fuzz_}")
+  [[ -x "build/fuzz/bin/fuzz_${targets[0]}" ]] || die "there is no target $chosen"
+  runs=()
+  for ((core = 0; core < JOBS; ++core)); do runs+=("${targets[0]}"); done
+fi
+
+# Files that the targets work on: in memory, where there is such a place.
+place=build/fuzz
+[[ -w /dev/shm ]] && place=/dev/shm
+scratch="$(mktemp -d -p "$place" vlwav-fuzz-XXXXXX)"
+trap 'rm -rf "$scratch"' EXIT
+logs=build/fuzz/logs
+rm -rf "$logs"
+mkdir -p "$logs" build/fuzz/found
+
+# run NAME NUMBER: one process, which shares its corpus with others of its target.
+run() {
+  local corpus="build/fuzz/corpus/$1"
+  mkdir -p "$corpus" "$scratch/$2"
+  TMPDIR="$scratch/$2" ASAN_OPTIONS=intercept_tls_get_addr=0 "build/fuzz/bin/fuzz_$1" -max_total_time=$((minutes * 60)) \
+    -timeout=25 -rss_limit_mb=1024 -malloc_limit_mb=256 -max_len=65536 -print_final_stats=1 -dict=fuzz/ids.dict \
+    -artifact_prefix="build/fuzz/found/$1-" "$corpus" "build/fuzz/seeds/$1" >"$logs/$1.$2" 2>&1 || touch "$logs/$1.failed"
+}
+
+for number in "${!runs[@]}"; do
+  (($(jobs -pr | wc -l) < JOBS)) || wait -n
+  say "${runs[number]} for $minutes min"
+  run "${runs[number]}" "$number" &
 done
+wait
+
+# number NAME PATTERN: the greatest that follows it in the last lines of the target's processes.
+number() { cat "$logs/$1".[0-9]* | grep -oE "$2 *[0-9]+" | grep -oE '[0-9]+$' | sort -n | tail -1; }
+
+found=0
+printf '%-12s %12s %8s %8s %8s  %s\n' target executions edges features corpus found
+for name in "${targets[@]}"; do
+  executions="$(cat "$logs/$name".[0-9]* | awk '/^stat::number_of_executed_units/ { sum += $2 } END { print sum + 0 }')"
+  verdict=nothing
+  if [[ -e "$logs/$name.failed" ]]; then
+    found=1
+    verdict="$(cat "$logs/$name".[0-9]* | sed -nE 's/.*Test unit written to ([^ ]+).*/\1/p' | sort -u | paste -sd ' ')"
+    [[ -n "$verdict" ]] || verdict="it ended: see $logs/$name.*"
+  fi
+  printf '%-12s %12d %8d %8d %8d  %s\n' "$name" "$executions" "$(number "$name" cov:)" "$(number "$name" ft:)" \
+    "$(find "build/fuzz/corpus/$name" -type f | wc -l)" "$verdict"
+done
+exit "$found"

@@ -37,8 +37,8 @@ struct IAC3Writer : IAttributeContainer64 {
     // file with what was accepted where that matters. RESULT_NO_MEMORY: the file is without its metadata, and
     // so it is with RESULT_WRITE_FAILED, where they would reach past 4 GiB.
     virtual Result Close() = 0;
-    // What Write will be given. Channels and rate are cut to 16 bits; samples are 16 bits wide, whatever
-    // bytesPerSample says. Always RESULT_OK.
+    // What Write will be given after the next Open. Channels and rate are cut to 16 bits; samples are 16 bits
+    // wide, whatever bytesPerSample says. Always RESULT_OK.
     virtual Result SetFormat(uint32_t channels /*in*/, uint32_t rate /*in: Hz*/,
                              uint32_t bytesPerSample /*in: 2*/) = 0;
     // RESULT_OK, RESULT_BAD_ARGUMENT for null.

@@ -41,6 +41,7 @@ int ReadAhead::Fill(const SystemFile& file, int64_t place) {
 }
 
 size_t ReadAhead::Take(uint8_t* buffer, size_t size, int64_t place) const {
+    if (size == 0) return 0;  // into a buffer that may be null
     if (place < m_at || place - m_at >= static_cast<int64_t>(m_count)) return 0;
     const auto from = static_cast<size_t>(place - m_at);
     const size_t count = std::min(size, m_count - from);

@@ -409,6 +409,17 @@ TEST(EditAttributes, AChangedTagReadsBackAndAllElseStaysToTheByte) {
     }
 }
 
+// The save moves it to the end of the file, where it reaches past that too.
+TEST(EditAttributes, AnEntryThatReachesPastItsListIsOneWhereverTheListStands) {
+    const std::string cut = None().Header("IXYZ", 900).Bytes("cut off.").Text();
+    const WavImage image = Pcm().Chunk("LIST", "INFO" + Entry("INAM", "Old\0"s) + cut);
+    const ScopedFile file(WavImage(image).Chunk("data", std::string(2000, 'x')).Sized().Image());
+    const TagPairs wanted = Change(file, kChangedOnly, ATTR_TITLE, u"New");
+    EXPECT_EQ(ListIn(file), Entry("INAM", "New\0"s) + cut);
+    EXPECT_EQ(Written(*TagsOf(file)), wanted);
+    EXPECT_EQ(ChunksIn(file).Find(FourCC("IXYZ")), "cut off.");
+}
+
 TEST(EditAttributes, DatesTracksAndSecondPlaces) {
     const std::string performer = Wide("performer", u"P"), none = "(none)";
     const struct {

@@ -119,6 +119,9 @@ TEST_F(FileAhead, SmallBlocksCostFewCallsAndLargeOnesNoByteTwice) {
         EXPECT_EQ(ReadFrom(file.get(), 0, size, m_bytes.size() + 1), m_bytes.size());
         EXPECT_LE(counted.CallsSeen(), 12) << size;
     }
+    DWORD done = 9;
+    EXPECT_EQ(ReadFrom(file.get(), 0, 100, 300), 300u);
+    EXPECT_TRUE(ReadFile(file.get(), nullptr, 0, &done, nullptr) && done == 0);
     std::mt19937 random(1);
     for (int i = 0; i < 300; ++i) {
         const size_t place = random() % m_bytes.size();

@@ -40,7 +40,7 @@ public:
                                   std::min(1.0, static_cast<double>(to) / from));
         converter.ResetToInputPosition(0);
         definition.ResetToInput(0);
-        std::vector<int16_t> made(kMost * outChannels);
+        std::vector<int16_t> made(size_t{kMost} * outChannels);
         std::vector<int16_t> due = made;
         for (size_t at = 0; m_left != 0;) {
             const uint32_t action = Next();
@@ -97,7 +97,7 @@ private:
         std::mt19937 random(Next16());
         std::vector<int16_t> samples(kInputFrames * channels);
         for (size_t i = 0; i < samples.size(); ++i) {
-            const auto t = static_cast<double>(i / channels);
+            const auto t = static_cast<double>(i / channels);  // the frame;
             const auto any = static_cast<int>(random());
             const auto sine = [&](double peak) {
                 return static_cast<int>(

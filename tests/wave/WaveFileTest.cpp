@@ -83,10 +83,11 @@ TEST(WaveFileWalk, FormatRecordsOfEveryLength) {
 
 TEST(WaveFileWalk, ListsKeepTheFirstOfAnIdAndTheLastListWins) {
     WavImage image = Sound().Info(None().Chunk("ISFT", "gone"));
-    image.Info(None().Chunk("INAM", "One\0"s).Chunk("INAM", "Two\0"s).Chunk("IART", "a\0b"s));
+    image.Info(
+        None().Chunk("IKEY", "").Chunk("INAM", "One\0"s).Chunk("INAM", "Two\0"s).Chunk("IART", "a\0b"s));
     CWaveFile wave;
     ASSERT_EQ(OpenImage(image, wave), RESULT_OK);
-    const InfoChunks expected{{FourCC("INAM"), "One\0"s}, {FourCC("IART"), "a\0b"s}};
+    const InfoChunks expected{{FourCC("INAM"), "One\0"s}, {FourCC("IART"), "a\0b"s}, {FourCC("IKEY"), ""}};
     EXPECT_EQ(wave.Chunks(), expected);
 }
 
@@ -96,6 +97,7 @@ TEST(WaveFileWalk, SizesThatLieAreCutWithinAListAndKeptOfTheAudio) {
         std::string bytes, value;
     } rows[] = {
         {16, 40, "abcd", "abcd"},
+        {16, 0xFFFFFFFE, "abcd", "abcd"},
         {15, 3, "abc\0"s, "abc"},  // the list doesn't count the last pad byte
         {20, 5, "abcde\0xx"s, "abcde"},
     };
@@ -116,6 +118,25 @@ TEST(WaveFileWalk, SizesThatLieAreCutWithinAListAndKeptOfTheAudio) {
     EXPECT_EQ(wave.DataSize(), 0xFFFFFFFFu);
 }
 
+TEST(WaveFileWalk, WithoutAudioThereIsNothingToRead) {
+    const WavImage image = WavImage().Fmt(1, 1, 8000, 16).Chunk("junk", std::string(20000, 'j'));
+    const ScopedFile file(image.Image());
+    ByteStream stream(image.Image());
+    CWaveFile wave;
+    ASSERT_EQ(wave.OpenForReading(file.Wide().c_str(), true), RESULT_OK);
+    for (int of = 0; of < 2; ++of) {
+        for (int moved = 0; moved < 2; ++moved) {
+            char bytes[100];
+            uint32_t done = 9;
+            EXPECT_EQ(wave.ReadData(sizeof bytes, bytes, &done), RESULT_OK);
+            EXPECT_EQ(done, 0u);
+            EXPECT_EQ(wave.SeekData(0, 0), RESULT_OK);
+        }
+        wave.AttachStream(&stream);
+        ASSERT_TRUE(wave.ParseChunks());
+    }
+}
+
 TEST(ChunkWalk, TakesACallersSizeInsteadOfOneThatLies) {
     ByteStream stream(None().Header("data", 0xFFFFFFFF).Bytes("ab").Header("tail", 0).Image());
     StreamSource source(stream);
@@ -130,19 +151,23 @@ TEST(WaveFileWalk, SizesThatLieTakeNoMemory) {
     constexpr size_t kSmall = 200000;
     for (const uint32_t claimed : {0x10000000u, 0xFFFFFFF0u, 0xFFFFFFFEu, 0xFFFFFFFFu}) {
         const std::string some(200, 'x');
-        for (const WavImage& image :
-             {WavImage().Header("fmt ", claimed).FormatRecord(1, 1, 8000, 8).Bytes(some),
-              Sound().Header("LIST", claimed).Bytes("INFO").Header("INAM", claimed - 30).Bytes("abc"),
-              Sound().Header("LIST", 100).Bytes("INFO").Header("INAM", claimed).Bytes(some),
-              Sound().Header("fact", claimed).Bytes("abcd")}) {
+        const struct {
+            bool opens;
+            WavImage image;
+        } rows[] = {
+            {false, WavImage().Header("fmt ", claimed).FormatRecord(1, 1, 8000, 8).Bytes(some)},
+            {false, Sound().Header("LIST", claimed).Bytes("INFO").Header("INAM", claimed - 30).Bytes("abc")},
+            {true, Sound().Header("LIST", 100).Bytes("INFO").Header("INAM", claimed).Bytes(some)},
+            {true, Sound().Header("fact", claimed).Bytes("abcd")}};
+        for (const auto& [opens, image] : rows) {
             const ScopedFile file(image.Image());
             ByteStream stream(image.Image());
             const std::u16string path = file.Wide();
             CWaveFile wave;
             const size_t before = AllocatedSoFar().bytes;
-            wave.OpenForReading(path.c_str(), true);
+            EXPECT_EQ(wave.OpenForReading(path.c_str(), true) == RESULT_OK, opens);
             wave.AttachStream(&stream);
-            EXPECT_EQ(wave.ParseChunks(), image.Text().find("fact") != std::string::npos);
+            EXPECT_EQ(wave.ParseChunks(), opens);
             EXPECT_LT(AllocatedSoFar().bytes - before, kSmall) << claimed;
         }
     }

@@ -302,6 +302,9 @@ int64_t CWaveFile::TellData() const {
 
 Result CWaveFile::ReadData(uint32_t count, void* buffer, uint32_t* done) {
     *done = 0;
+    // Without a "data" chunk the walk left its place anywhere, and a move goes to the start: what stands
+    // there is no audio. A stream is asked for nothing all the same, since one that fails has to say so.
+    if (m_dataOffset == 0) count = 0;
     if (m_file) {
         // Chunks may follow the audio, so a file is read up to its declared end. The place never lies after
         // that: only reads and SeekData move it.

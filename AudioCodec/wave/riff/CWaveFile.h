@@ -5,10 +5,10 @@
 // Decisions: sizes are checked against the file (or by touching a stream's last byte) before memory is taken.
 // A format record that claims more extra bytes than its chunk has gets those that are there. A list of fewer
 // than 4 bytes is passed over like an unknown chunk. A sub-chunk that reaches past its list is cut there, one
-// that reaches past the file's end fails the parse. A failed open leaves no handle behind. A file that was
-// there before is changed by CTagSave, so that its audio and its other chunks stay. A stream that refuses a
-// move fails the parse. A header that the system refuses to read ends the walk like the file's end does, and
-// is remembered: what was found then may not be all.
+// that the file's end cuts off within its list fails the parse. A failed open leaves no handle behind. A file
+// that was there before is changed by CTagSave, so that its audio and its other chunks stay. A stream that
+// refuses a move fails the parse. A header that the system refuses to read ends the walk like the file's end
+// does, and is remembered: what was found then may not be all.
 #pragma once
 
 #include <cstdint>
