@@ -60,10 +60,9 @@ private:
     bool TakeFormat(ChunkWalk& walk) {
         const auto kept = static_cast<uint32_t>(
             std::min<uint64_t>(walk.Current().size, kFormatFixedSize + kFormatExtraMost));
-        std::vector<uint8_t> record(kept);
-        if (!walk.Read(record.data(), kept)) return false;
-        m_chunks.format = WaveFormat::Load(record.data(), kept);
-        m_chunks.record = std::move(record);
+        m_chunks.record.resize(kept);
+        if (!walk.Read(m_chunks.record.data(), kept)) return false;
+        m_chunks.format = WaveFormat::Load(m_chunks.record.data(), kept);
         return true;
     }
 
@@ -99,13 +98,17 @@ private:
     }
 
     bool ChunksFollow(uint64_t place) {
+        // The walk itself goes along the chain that it found, so what follows later is a part of it.
+        if (m_chainSeen) return true;
         InputBlocks blocks(m_input);
         blocks.MoveTo(place);
         ChunkWalk walk(blocks, ByteOrder::Little, place);
         uint64_t end = place;
         while (walk.Next()) end = walk.Current().End();
         // A last pad byte may be missing.
-        return end == *m_input.Size() || (end == *m_input.Size() + 1 && walk.Current().size % 2 == 1);
+        m_chainSeen =
+            end == *m_input.Size() || (end == *m_input.Size() + 1 && walk.Current().size % 2 == 1);
+        return m_chainSeen;
     }
 
     void DescribeFormat() {
@@ -160,6 +163,7 @@ private:
     }
 
     Input& m_input;
+    bool m_chainSeen = false;  // from some audio of size 0 to the end of the file
     WaveChunks m_chunks;
     SourceFacts m_facts;
 };
