@@ -28,6 +28,10 @@ const TagRow* FindTagById(uint32_t id) {
     return Find([id](const TagRow& row) { return row.id == id; });
 }
 
+size_t PlaceOfAttribute(const TagRow& row) {
+    return static_cast<size_t>(FindTagById(row.id) - TagTable().data());
+}
+
 const TagRow* FindTagByChunk(uint32_t chunk) {
     return Find([chunk](const TagRow& row) { return chunk != 0 && row.chunk == chunk; });
 }

@@ -40,6 +40,7 @@ Result CACMetadataEditor::OpenFile() {
     m_options = {GetBool(ATTR_EDIT_ANY_FORMAT), GetBool(ATTR_EDIT_CHANGED_ONLY),
                  InfoEncodingOf(GetLong(ATTR_INFO_ENCODING))};
     m_wave.KeepFormat(m_options.anyFormat || m_options.changedOnly);
+    m_wave.KeepChunks(m_options.changedOnly ? InfoWanted::Tags : InfoWanted::All);
     const Result opened = m_wave.OpenForReading(m_path.c_str(), false);
     if (opened != RESULT_OK) return opened;
     m_sourceFormat = m_wave.Format();

@@ -34,7 +34,7 @@ Value Find(const TagList& tags, const TagRow& row) {
 std::vector<Difference> FindDifferences(const InfoChunks& chunks, IAC3Metadata& wanted,
                                         InfoEncoding encoding) {
     TagList found;
-    ChunksToTags(found, chunks, encoding);
+    TakeTags(found, chunks, encoding);
     TagList before;
     TagsAsWritten(before, found);
     TagList after;

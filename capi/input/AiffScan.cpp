@@ -63,10 +63,6 @@ uint32_t RateOf(const uint8_t* bytes) {
     return static_cast<uint32_t>(std::min<uint64_t>(rate, UINT32_MAX));
 }
 
-void StoreBE32(uint8_t* bytes, uint32_t value) {
-    for (int i = 0; i < 4; ++i) bytes[i] = static_cast<uint8_t>(value >> (24 - 8 * i));
-}
-
 class AiffScanner {
 public:
     explicit AiffScanner(Input& input) : m_input(input) {}

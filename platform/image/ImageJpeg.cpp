@@ -15,8 +15,11 @@ namespace {
 
 constexpr int kQuality = 95;  // with colour as fine as brightness: a photograph keeps above 35 dB
 constexpr long kMaxWorkMemory =
-    512L << 20;                 // bytes that libjpeg may take to keep a progressive image's numbers
-constexpr int kMaxScans = 100;  // each goes over the whole image; a handful is usual
+    128L << 20;  // bytes that libjpeg may take to keep a progressive image's numbers
+// Each scan goes over the whole image, in a few bytes where it says nothing. A handful is usual.
+constexpr int kMaxScans = 100;
+constexpr int kEnoughScans = 25;                             // of any image
+constexpr uint64_t kMaxScannedPixels = uint64_t{256} << 20;  // by more of them
 
 // Warnings about what any reader can do without. All others tell of broken picture data.
 constexpr int kHarmlessWarnings[] = {JWRN_ADOBE_XFORM, JWRN_BOGUS_ICC, JWRN_EXTRANEOUS_DATA, JWRN_JFIF_MAJOR};
@@ -78,7 +81,10 @@ void SkipBytes(j_decompress_ptr info, long count) {
 }
 
 void CheckScans(j_common_ptr info) {
-    if (reinterpret_cast<j_decompress_ptr>(info)->input_scan_number > kMaxScans) LeaveJpeg(info);
+    const jpeg_decompress_struct& image = *reinterpret_cast<j_decompress_ptr>(info);
+    const auto scans = static_cast<uint64_t>(image.input_scan_number);
+    const uint64_t pixels = uint64_t{image.image_width} * image.image_height;
+    if (scans > kMaxScans || (scans > kEnoughScans && scans * pixels > kMaxScannedPixels)) LeaveJpeg(info);
 }
 
 void SetUpInput(JpegReader& reader) {
@@ -136,7 +142,8 @@ bool RunReader(JpegReader& reader, Raster& raster) {
     jpeg_create_decompress(&reader.info);
     SetUpInput(reader);
     jpeg_read_header(&reader.info, TRUE);
-    if (!AllocateFor(reader.info, raster)) return false;
+    // Arithmetic coding makes any number of pixels of no bytes at all, and hardly any picture has it.
+    if (reader.info.arith_code || !AllocateFor(reader.info, raster)) return false;
     jpeg_start_decompress(&reader.info);
     while (reader.info.output_scanline < reader.info.output_height) {
         uint8_t* row = raster.Row(reader.info.output_scanline);

@@ -1,12 +1,15 @@
 // Gives hostile files to the module and to the C library, each in a child of its own, and holds every
 // operation to the limits that docs/limits.md tells. Prints what came of each:
 //
-//   hostile_files MODULE [PART OF A NAME]
+//   hostile_files MODULE [TIMES [PART OF A NAME]]
+//
+// With TIMES an operation may take so many times the processor time: where other work goes on beside it.
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -74,8 +77,9 @@ void RunAll(const Codec& codec, std::span<const Operation> operations, const std
 
 class Runner {
 public:
-    explicit Runner(const char* modulePath)
+    Runner(const char* modulePath, double times)
         : m_codec(modulePath),
+          m_mostMilliseconds(kMostMilliseconds * times),
           m_outcomes(static_cast<Outcome*>(mmap(nullptr, sizeof(Outcome) * kMostOperations,
                                                 PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))) {
         if (m_outcomes == MAP_FAILED) throw std::runtime_error("no memory");
@@ -122,8 +126,8 @@ private:
         return WIFEXITED(status) && WEXITSTATUS(status) == 0;
     }
 
-    static bool IsWithin(const Outcome& outcome, const HostileFile& file) {
-        return outcome.milliseconds <= kMostMilliseconds &&
+    bool IsWithin(const Outcome& outcome, const HostileFile& file) const {
+        return outcome.milliseconds <= m_mostMilliseconds &&
                outcome.bytes <= kMostBytes + static_cast<int64_t>(file.kept);
     }
     bool Holds(const HostileFile& file, std::span<const Operation> operations) const {
@@ -144,6 +148,7 @@ private:
     }
 
     Codec m_codec;
+    const double m_mostMilliseconds;
     Folder m_folder;
     Outcome* const m_outcomes;
 };
@@ -152,7 +157,8 @@ private:
 
 int main(int count, char** arguments) {
     if (count < 2) return 2;
-    const std::string part = count > 2 ? arguments[2] : "";
+    const double times = count > 2 ? std::atof(arguments[2]) : 1;
+    const std::string part = count > 3 ? arguments[3] : "";
     struct Part {
         HostileFiles files;
         std::span<const Operation> operations;
@@ -160,7 +166,7 @@ int main(int count, char** arguments) {
     const Part parts[] = {{HostileWaves(), AudioOperations()},
                           {HostileAiffs(), AudioOperations()},
                           {HostilePictures(), PictureOperations()}};
-    Runner runner(arguments[1]);
+    Runner runner(arguments[1], times);
     for (const auto& [files, operations] : parts)
         for (const HostileFile& file : files)
             if (file.name.find("nothing wrong") != std::string::npos) runner.WarmUp(file, operations);
