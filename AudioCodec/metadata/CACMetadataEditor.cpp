@@ -81,6 +81,7 @@ Result CACMetadataEditor::StoreChanges() {
     if (!m_wave.ReadEntries(entries)) return RESULT_NOT_WAVE;
     auto changed = ChangedInfoEntries(entries, m_wave.Chunks(), *m_metadata, m_options.encoding);
     if (!changed) return RESULT_OK;
+    entries = {};  // there may be many megabytes of them
     m_wave.SetEntries(std::move(*changed));
     m_wave.SetModified(true);
     return RESULT_OK;
@@ -99,7 +100,9 @@ Result CACMetadataEditor::SetMetadata(IAC3Metadata* source) { return KeepMetadat
 Result CACMetadataEditor::GetMetadata(IAC3Metadata** metadata) {
     return GiveMetadata(metadata, [&](IAC3Metadata& object) {
         TagList tags;
-        ChunksToTags(tags, m_wave.Chunks(), m_options.encoding);
+        // A save of what differs asks the file itself for the tags that nobody here knows.
+        const auto read = m_options.changedOnly ? TakeTags : ChunksToTags;
+        read(tags, m_wave.Chunks(), m_options.encoding);
         TagsToMetadata(tags, object);
         // Whole or not at all: Save takes this list for the file's tags, after another Open too.
         m_tags.clear();

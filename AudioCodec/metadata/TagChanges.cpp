@@ -17,6 +17,7 @@ namespace {
 using Value = std::optional<std::u16string>;  // nothing: no such tag
 
 constexpr std::string_view kDigits = "0123456789";
+constexpr size_t kNewEntries = 4096;  // bytes that the new ones of "vltg" seldom go beyond
 constexpr size_t kCompactDate = 8;  // digits of year, month and day without anything between them
 
 struct Difference {
@@ -185,6 +186,7 @@ private:
     void ChangeTagChunk() {
         const std::string_view old = m_chunks.Find(kTagChunk).value_or(std::string_view());
         std::string changed;
+        changed.reserve(old.size() + kNewEntries);
         TagEntryReader reader(old);
         for (std::string_view left = old; reader.Next(); left = reader.Rest()) {
             const TagRow* const row = FindTagByName(LoweredTagName(reader.Name()));

@@ -153,6 +153,10 @@ void ChunksToTags(TagList& tags, const InfoChunks& chunks, InfoEncoding encoding
 void TakeTags(TagList& tags, const InfoChunks& chunks, InfoEncoding encoding) {
     TagList found;
     AddChunks(found, chunks, encoding, AddLastEntries);
+    if (tags.empty()) {
+        tags = std::move(found);
+        return;
+    }
     std::vector<std::optional<TagEntry>> last(TagTable().size());
     for (const TagList* const list : {&std::as_const(tags), &std::as_const(found)})
         for (const TagEntry& entry : *list)

@@ -96,7 +96,7 @@ Result CACStreamReader::OpenFile(const char16_t* path, uint32_t flags) {
         if (opened != RESULT_OK) return opened;
     }
     // Last, when nothing can refuse the file any more: the tags of one that didn't open are not kept.
-    TakeTags(m_tags, m_wave.Chunks(), InfoEncodingOf(GetLong(ATTR_INFO_ENCODING)));
+    TakeTags();
     StartAtBeginning();
     return RESULT_OK;
 }
@@ -126,9 +126,15 @@ Result CACStreamReader::OpenImage(IStream* stream, uint32_t flags) {
     m_wave.SetModified(false);
     m_sourceFormat = m_wave.Format();
     if (!m_sourceFormat.IsDirectPcm()) return RESULT_NOT_PCM;
-    TakeTags(m_tags, m_wave.Chunks(), InfoEncodingOf(GetLong(ATTR_INFO_ENCODING)));
+    TakeTags();
     StartAtBeginning();
     return RESULT_OK;
+}
+
+// Nobody asks for the chunks after that.
+void CACStreamReader::TakeTags() {
+    ::TakeTags(m_tags, m_wave.Chunks(), InfoEncodingOf(GetLong(ATTR_INFO_ENCODING)));
+    m_wave.Chunks().clear();
 }
 
 void CACStreamReader::StartAtBeginning() {

@@ -51,6 +51,7 @@ private:
     Result OpenFile(const char16_t* path, uint32_t flags);
     Result OpenInner(const char16_t* path, uint32_t flags);
     Result OpenImage(IStream* stream, uint32_t flags);
+    void TakeTags();
     void StartAtBeginning();
     void ForgetSource();
 

@@ -17,6 +17,7 @@ constexpr uint32_t kNotTold = 0xFFFFFFFF;
 constexpr uint32_t kNotToldEither = 0x7FFFF000;
 constexpr uint32_t kCutMost = 255;
 constexpr uint32_t kHeldListMost = 64u << 20;
+constexpr size_t kListPiece = 65536;
 
 struct WaveChunks {
     std::optional<WaveFormat> format;
@@ -81,8 +82,19 @@ private:
         m_facts.infoList = Extent{walk.Current().Content() + kListTypeSize, size};
         if (m_input.IsSeekable()) return true;
         if (size > kHeldListMost) throw Damaged(m_input, "its tags take more than 64 MiB.");
-        m_facts.infoEntries.resize(size);
-        return walk.Read(m_facts.infoEntries.data(), size);
+        return HoldList(walk, size);
+    }
+
+    // As it comes: a few bytes can promise all of it.
+    bool HoldList(ChunkWalk& walk, uint64_t size) {
+        std::vector<uint8_t>& entries = m_facts.infoEntries;
+        for (entries.clear(); entries.size() < size;) {
+            const size_t there = entries.size();
+            const auto piece = static_cast<size_t>(std::min<uint64_t>(size - there, kListPiece));
+            entries.resize(there + piece);
+            if (!walk.Read(&entries[there], piece)) return false;
+        }
+        return true;
     }
 
     // (2) 0 is a size too: nothing is there, or a chain of chunks follows that ends where the file does.

@@ -126,13 +126,14 @@ private:
         return WIFEXITED(status) && WEXITSTATUS(status) == 0;
     }
 
-    bool IsWithin(const Outcome& outcome, const HostileFile& file) const {
-        return outcome.milliseconds <= m_mostMilliseconds &&
-               outcome.bytes <= kMostBytes + static_cast<int64_t>(file.kept);
+    bool IsWithin(const Outcome& outcome, const HostileFile& file, const Operation& operation) const {
+        // An edit holds old tags and new ones.
+        const auto kept = static_cast<int64_t>(file.kept * (operation.writes ? 2 : 1));
+        return outcome.milliseconds <= m_mostMilliseconds && outcome.bytes <= kMostBytes + kept;
     }
     bool Holds(const HostileFile& file, std::span<const Operation> operations) const {
         for (size_t i = 0; i < operations.size(); ++i)
-            if (!IsWithin(m_outcomes[i], file)) return false;
+            if (!IsWithin(m_outcomes[i], file, operations[i])) return false;
         return true;
     }
 
@@ -140,7 +141,7 @@ private:
         for (size_t i = 0; i < operations.size(); ++i) {
             const Outcome& outcome = m_outcomes[i];
             if (!outcome.begun) continue;
-            const char* const verdict = !outcome.done ? "ENDED" : IsWithin(outcome, file) ? "" : "BEYOND";
+            const char* const verdict = !outcome.done ? "ENDED" : IsWithin(outcome, file, operations[i]) ? "" : "BEYOND";
             std::printf("%-6s %7.1f ms %7.1f MiB  %-13s %s%s: %s\n", verdict, outcome.milliseconds,
                         static_cast<double>(outcome.bytes) / (1 << 20), operations[i].name, file.name.c_str(),
                         file.extension.c_str(), outcome.text);
