@@ -1,6 +1,8 @@
 #include "capi/TagTransfer.h"
 
 #include <cstdlib>
+#include <span>
+#include <string>
 
 #include "AudioCodec/shell/object/HandedOut.h"
 #include "capi/Keywords.h"
@@ -10,7 +12,7 @@
 namespace {
 
 // A half of a pair that stands alone has no UTF-8; some would even come out as another byte.
-void ReplaceLoneHalves(std::u16string& text) {
+void ReplaceLoneHalves(std::span<char16_t> text) {
     const auto isHigh = [](char16_t unit) { return (unit & 0xFC00) == 0xD800; };
     const auto isLow = [](char16_t unit) { return (unit & 0xFC00) == 0xDC00; };
     for (size_t i = 0; i < text.size(); ++i) {
@@ -25,9 +27,9 @@ std::string TextOf(IAC3Metadata& metadata, uint32_t id) {
     HandedOutText text(metadata);
     if (metadata.GetString(id, text.Put()) == RESULT_NO_MEMORY) throw std::bad_alloc();
     if (!text.Get()) return {};  // one that isn't there
-    std::u16string units = text.Get();
+    const std::span units(text.Get(), std::char_traits<char16_t>::length(text.Get()));
     ReplaceLoneHalves(units);
-    return Utf::ToUtf8(units);
+    return Utf::ToUtf8({units.data(), units.size()});
 }
 
 std::string NumberOf(IAC3Metadata& metadata, uint32_t id) {

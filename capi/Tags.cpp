@@ -61,6 +61,7 @@ void Tags::DropUnkept() {
 
 void Tags::Add(const Tags& other) {
     for (const auto& [place, text] : other.m_texts) m_texts[place] = text;
+    m_asked.Forget();
     for (const auto& [number, bytes] : other.m_pictures) m_pictures[number] = bytes;
 }
 
@@ -71,6 +72,7 @@ const std::string& Tags::TextOf(const TagRow& row) const {
 }
 
 void Tags::SetPicture(int32_t number, const void* bytes, size_t size) {
+    m_asked.Forget();
     if (!bytes) {
         m_pictures.erase(number);
         return;
@@ -84,6 +86,7 @@ void Tags::SetPicture(int32_t number, const void* bytes, size_t size) {
 }
 
 void Tags::Clear() noexcept {
+    m_asked.Forget();
     m_texts.clear();
     m_pictures.clear();
 }
@@ -98,4 +101,8 @@ Tags::Pictures::const_iterator Tags::BestPicture() const {
     for (const int32_t number : kShownFirst)
         if (const auto picture = m_pictures.find(number); picture != m_pictures.end()) return picture;
     return m_pictures.begin();
+}
+
+Tags::Pictures::const_iterator Tags::PictureAt(size_t index) const {
+    return index < m_pictures.size() ? m_asked.Find(m_pictures, index) : m_pictures.end();
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "capi/ErrorRecord.h"
+#include "platform/base/IndexedPlace.h"
 #include "riff/TagTable.h"
 
 // Whether a text is UTF-8 throughout.
@@ -38,8 +39,11 @@ public:
     const std::string& TextOf(const TagRow& row) const;  // empty where there is none
     const std::string* Find(const char* keyword) const;  // null where there is none
     Pictures::const_iterator BestPicture() const;        // the one to show where one is shown, else the end
+    Pictures::const_iterator PictureAt(size_t index) const;  // by ascending number; the end past the last
 
-    bool operator==(const Tags&) const = default;
+    bool operator==(const Tags& other) const {
+        return m_texts == other.m_texts && m_pictures == other.m_pictures;
+    }
 
     const Texts& AllTexts() const { return m_texts; }
     const Pictures& AllPictures() const { return m_pictures; }
@@ -47,6 +51,7 @@ public:
 private:
     Texts m_texts;
     Pictures m_pictures;
+    mutable IndexedPlace<Pictures> m_asked;
 };
 
 struct vlw_tags {

@@ -24,6 +24,12 @@ template <class T>
 constexpr void StoreLE(uint8_t* bytes, T value) {
     for (size_t i = 0; i < sizeof(T); ++i) bytes[i] = static_cast<uint8_t>(value >> 8 * i);
 }
+
+template <class T>
+constexpr void StoreBE(uint8_t* bytes, T value) {
+    for (size_t i = sizeof(T); i-- > 0; value = static_cast<T>(value >> 8))
+        bytes[i] = static_cast<uint8_t>(value);
+}
 }  // namespace ByteOrderDetail
 
 constexpr uint16_t LoadLE16(const uint8_t* bytes) { return ByteOrderDetail::LoadLE<uint16_t>(bytes); }
@@ -34,6 +40,7 @@ constexpr void StoreLE32(uint8_t* bytes, uint32_t value) { ByteOrderDetail::Stor
 constexpr uint16_t LoadBE16(const uint8_t* bytes) { return ByteOrderDetail::LoadBE<uint16_t>(bytes); }
 constexpr uint32_t LoadBE32(const uint8_t* bytes) { return ByteOrderDetail::LoadBE<uint32_t>(bytes); }
 constexpr uint64_t LoadBE64(const uint8_t* bytes) { return ByteOrderDetail::LoadBE<uint64_t>(bytes); }
+constexpr void StoreBE32(uint8_t* bytes, uint32_t value) { ByteOrderDetail::StoreBE(bytes, value); }
 
 // A four-character id as the number that its bytes read as: FourCC("RIFF") is 0x46464952.
 consteval uint32_t FourCC(const char (&text)[5]) {

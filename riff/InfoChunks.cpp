@@ -33,7 +33,8 @@ std::optional<std::string_view> InfoChunks::Find(uint32_t id) const {
 
 uint32_t InfoChunks::Grow(size_t size) {
     const size_t start = m_bytes.size();
-    if (size > UINT32_MAX - start) throw std::bad_alloc();
+    const size_t taken = start + m_slots.size() * sizeof(Slot);
+    if (taken > kMostBytes || size > kMostBytes - taken) throw std::bad_alloc();
     m_bytes.resize(start + size);
     return static_cast<uint32_t>(start);
 }
@@ -58,7 +59,13 @@ void InfoChunks::Erase(uint32_t id) {
         if (slot.start > gone.start) slot.start -= gone.size;
 }
 
-void InfoChunks::clear() { *this = {}; }
+void InfoChunks::clear() {
+    // A file may have a million small lists, each in place of the one before it.
+    constexpr size_t kLittle = 4096;
+    if (m_bytes.capacity() + m_slots.capacity() * sizeof(Slot) > kLittle) *this = {};
+    m_slots.clear();
+    m_bytes.clear();
+}
 
 void InfoChunks::Seal() {
     // By place within an id, so that the first that came in stands first, without memory for a stable sort.

@@ -2,8 +2,8 @@
 // little-endian numbers, each id once. Gives the bytes no meaning. The bytes lie in one block, so that a
 // million entries take no more than twice what they take in a file.
 //
-// Decisions: what is replaced or erased keeps its bytes until Clear; all of them together stay below 4 GiB,
-// and std::bad_alloc says where they wouldn't.
+// Decisions: all of them together, with what is noted of each, stay below 64 MiB, and std::bad_alloc says
+// where they wouldn't.
 #pragma once
 
 #include <cstdint>
@@ -32,6 +32,8 @@ class InfoChunks {
     };
 
 public:
+    static constexpr size_t kMostBytes = size_t{64} << 20;
+
     using Entry = std::pair<uint32_t, std::string_view>;  // valid until the next change
 
     class Iterator {
@@ -64,7 +66,7 @@ public:
     // In place of what is there. `bytes` lie elsewhere. May throw bad_alloc.
     void Set(uint32_t id, std::string_view bytes);
     void Erase(uint32_t id);
-    void clear();  // gives the memory back too
+    void clear();  // gives more than a little memory back too
 
     // For a list on its way in: `fill(char*)` puts `held` bytes, of which the first `kept` become an entry if
     // it returns true. Of two entries with one id the first stays. Nothing else is asked before Seal. May

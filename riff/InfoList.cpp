@@ -1,6 +1,38 @@
 #include "riff/InfoList.h"
 
 #include <algorithm>
+#include <array>
+
+#include "riff/TagTable.h"
+
+namespace {
+
+// The ids that tags are made of, each until it is taken.
+class TagIdsLeft {
+public:
+    TagIdsLeft() {
+        Add(kTagChunk);
+        for (const TagRow& row : TagTable())
+            if (row.chunk != 0) Add(row.chunk);
+    }
+    bool Take(uint32_t id) {
+        const auto end = m_ids.begin() + static_cast<std::ptrdiff_t>(m_count);
+        const auto found = std::find(m_ids.begin(), end, id);
+        if (found == end) return false;
+        *found = m_ids[--m_count];
+        return true;
+    }
+
+private:
+    void Add(uint32_t id) {
+        if (m_count < m_ids.size()) m_ids[m_count++] = id;
+    }
+
+    std::array<uint32_t, 32> m_ids;
+    size_t m_count = 0;
+};
+
+}  // namespace
 
 InfoExtent ExtentOfInfoEntry(uint32_t size, uint64_t left) {
     uint64_t stored = uint64_t{size} + (size & 1);
@@ -25,9 +57,11 @@ bool WalkInfoList(ChunkWalk& walk, const TakeInfoEntry& take) {
     return true;
 }
 
-bool ReadInfoList(ChunkWalk& walk, InfoChunks& chunks) {
+bool ReadInfoList(ChunkWalk& walk, InfoChunks& chunks, InfoWanted wanted) {
     chunks.clear();
+    TagIdsLeft tags;
     const bool whole = WalkInfoList(walk, [&](uint32_t id, uint32_t held, uint32_t kept) {
+        if (wanted == InfoWanted::Tags && !tags.Take(id)) return walk.Skip(held);
         return chunks.Append(id, held, kept, [&](char* bytes) { return walk.Read(bytes, held); });
     });
     chunks.Seal();

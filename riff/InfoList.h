@@ -24,9 +24,15 @@ using TakeInfoEntry = std::function<bool(uint32_t id, uint32_t held, uint32_t ke
 // is cut there, however far. False where the bytes end before the list does.
 bool WalkInfoList(ChunkWalk& walk, const TakeInfoEntry& take);
 
+// Which entries are wanted of a list.
+enum class InfoWanted {
+    All,
+    Tags,  // those that tags are made of: of each id in the table of tags the first
+};
+
 // Reads them in place of what `chunks` holds. After a failure the entries before it are in. May
 // throw bad_alloc.
-bool ReadInfoList(ChunkWalk& walk, InfoChunks& chunks);
+bool ReadInfoList(ChunkWalk& walk, InfoChunks& chunks, InfoWanted wanted = InfoWanted::All);
 
 // Bytes of the entries with their headers and pad bytes; 0 means that no list is written.
 uint64_t InfoEntriesSize(const InfoChunks& chunks);

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <vector>
 
-#include "riff/InfoList.h"
 #include "riff/SpanSource.h"
 
 namespace {
@@ -51,9 +50,9 @@ std::string ChangeInfoEntries(std::string_view entries, std::span<const InfoChan
     return changed;
 }
 
-void ReadInfoEntries(std::string_view entries, InfoChunks& chunks) {
+void ReadInfoEntries(std::string_view entries, InfoChunks& chunks, InfoWanted wanted) {
     SpanSource source({BytesOf(entries), entries.size()});
     ChunkWalk walk(source, ByteOrder::Little, 0);
     walk.SetSize(entries.size() + kListTypeSize);  // as if it had come to the list and read its type
-    ReadInfoList(walk, chunks);
+    ReadInfoList(walk, chunks, wanted);
 }

@@ -12,7 +12,7 @@
 #include <string>
 #include <string_view>
 
-#include "riff/InfoChunks.h"
+#include "riff/InfoList.h"
 
 struct InfoChange {
     uint32_t id = 0;
@@ -24,4 +24,4 @@ struct InfoChange {
 std::string ChangeInfoEntries(std::string_view entries, std::span<const InfoChange> changes);
 
 // Puts the entries in place of what `chunks` holds, as ReadInfoList does. May throw bad_alloc.
-void ReadInfoEntries(std::string_view entries, InfoChunks& chunks);
+void ReadInfoEntries(std::string_view entries, InfoChunks& chunks, InfoWanted wanted = InfoWanted::All);

@@ -18,6 +18,14 @@ const TagRow* Find(Matches&& matches) {
     return row == table.end() ? nullptr : &*row;
 }
 
+// A bit for each number of letters that a name has.
+uint64_t SizesOfNames() {
+    uint64_t sizes = 0;
+    for (const TagRow& row : TagTable())
+        if (row.keyword.size() < 64) sizes |= uint64_t{1} << row.keyword.size();
+    return sizes;
+}
+
 }  // namespace
 
 bool HoldsTrack(std::string_view chunk) {
@@ -26,6 +34,10 @@ bool HoldsTrack(std::string_view chunk) {
 
 const TagRow* FindTagById(uint32_t id) {
     return Find([id](const TagRow& row) { return row.id == id; });
+}
+
+size_t PlaceOfAttribute(const TagRow& row) {
+    return static_cast<size_t>(FindTagById(row.id) - TagTable().data());
 }
 
 const TagRow* FindTagByChunk(uint32_t chunk) {
@@ -38,7 +50,8 @@ const TagRow* FindTagByKeyword(std::string_view keyword) {
 }
 
 const TagRow* FindTagByName(std::string_view name) {
-    if (name.empty()) return nullptr;
+    static const uint64_t s_sizes = SizesOfNames();
+    if (name.empty() || name.size() >= 64 || !(s_sizes >> name.size() & 1)) return nullptr;
     // Asked for each entry of a file: size and last letter tell nearly all rows apart.
     return Find([name](const TagRow& row) {
         return row.keyword.size() == name.size() && row.keyword.back() == name.back() &&

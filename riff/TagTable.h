@@ -47,6 +47,9 @@ std::span<const TagRow> TagTable();
 // Whether a chunk of form Track gives its place to a new number.
 bool HoldsTrack(std::string_view chunk);
 
+// Where in the table the first row of its attribute stands.
+size_t PlaceOfAttribute(const TagRow& row);
+
 // These return null where there is no such row.
 const TagRow* FindTagById(uint32_t id);                    // the first of them
 const TagRow* FindTagByChunk(uint32_t chunk);              // the row whose own chunk it is

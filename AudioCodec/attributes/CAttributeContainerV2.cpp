@@ -1,7 +1,6 @@
 #include "AudioCodec/attributes/CAttributeContainerV2.h"
 
 #include <cstdlib>
-#include <iterator>
 #include <limits>
 #include <mutex>
 
@@ -63,7 +62,7 @@ uint32_t CAttributeContainerV2::GetAttributeCount() {
 Result CAttributeContainerV2::GetAttributeByIndex(uint32_t index, uint32_t* id, uint32_t* type) {
     const Guard guard(m_lock);
     if (!id || !type || index >= m_attributes.size()) return RESULT_BAD_ARGUMENT;
-    const AttributeValue& record = *std::next(m_attributes.begin(), index)->second;
+    const AttributeValue& record = *m_asked.Find(m_attributes, index)->second;
     *id = record.GetId();
     *type = record.GetType();
     return RESULT_OK;
@@ -77,6 +76,8 @@ const char* CAttributeContainerV2::GetAttributeIdText(uint32_t id) {
 void CAttributeContainerV2::Clear() {
     const Guard guard(m_lock);
     m_attributes.clear();
+    m_asked.Forget();
+    m_found.isKnown = false;
     // Taken out first, since an object that goes may call back into this store.
     Holders holders;
     holders.swap(m_interfaces);
@@ -96,6 +97,7 @@ Result CAttributeContainerV2::Store(uint32_t id, uint32_t type, const void* sour
         AttributeValue* record = Find(id);
         if (!record) {
             // The record comes before its entry, so that no entry is ever without one.
+            m_asked.Forget();
             m_attributes.emplace(id, std::make_unique<AttributeValue>(id, type, source, count));
             return RESULT_OK;
         }

@@ -16,6 +16,7 @@
 #include "AudioCodec/attributes/IAttributeContainer64.h"
 #include "AudioCodec/attributes/InterfaceHolder.h"
 #include "AudioCodec/shell/object/RecursiveLock.h"
+#include "platform/base/IndexedPlace.h"
 
 // A further name of IAttributeContainer64, known to the store alone.
 inline constexpr GUID IID_IStoreAlias = MakeGuid("6A822AF0-8037-4186-9F24-D38A8598EFD8");
@@ -86,7 +87,15 @@ public:
     uint32_t SetChangeCount(uint32_t id, uint32_t count);  // returns the old one
 
 private:
+    using Attributes = std::map<uint32_t, std::unique_ptr<AttributeValue>>;
     using Holders = std::vector<std::unique_ptr<InterfaceHolder>>;
+    // Of the holder that was asked for last, by which the next one is found without a walk from the start.
+    struct FoundHolder {
+        GUID iid = {};
+        uint32_t index = 0;  // among those of the identifier
+        size_t place = 0;    // in m_interfaces
+        bool isKnown = false;
+    };
 
     AttributeValue* Find(uint32_t id) const;
     Result Store(uint32_t id, uint32_t type, const void* source, uint32_t count);
@@ -99,11 +108,14 @@ private:
     template <class T>
     Result HandOut(const T* source, uint64_t bytes, T** copy);
 
-    Holders::const_iterator FindHolder(const GUID* iid, const IBase* object, uint32_t index) const;
+    const InterfaceHolder* FindHolder(const GUID* iid, uint32_t index);
+    std::unique_ptr<InterfaceHolder> TakeHolders(const GUID* iid, const IBase* object);
 
     uint32_t m_refCount = 0;
     bool m_isGoing = false;  // in the destructor: takes no interface any more
     RecursiveLock m_lock;    // guards everything here
-    std::map<uint32_t, std::unique_ptr<AttributeValue>> m_attributes;
+    Attributes m_attributes;
+    IndexedPlace<Attributes> m_asked;
     Holders m_interfaces;  // in order of addition
+    FoundHolder m_found;
 };

@@ -1,6 +1,8 @@
 // One interface that hangs on a store: counted, then dropped with the holder, or only borrowed.
 #pragma once
 
+#include <memory>
+
 #include "AudioCodec/shell/object/IBase.h"
 
 class InterfaceHolder {
@@ -19,6 +21,8 @@ public:
     IBase* GetObject() const { return m_object; }
     bool HasReference() const { return m_addRef; }
     Result GetStatus() const { return m_status; }
+
+    std::unique_ptr<InterfaceHolder> next;  // of those that are taken out together
 
 private:
     const GUID* m_iid;

@@ -41,6 +41,7 @@ Result CACMetadataEditor::OpenFile() {
     m_options = {GetBool(ATTR_EDIT_ANY_FORMAT), GetBool(ATTR_EDIT_CHANGED_ONLY),
                  InfoEncodingOf(GetLong(ATTR_INFO_ENCODING))};
     m_wave.KeepFormat(m_options.anyFormat || m_options.changedOnly);
+    m_wave.KeepChunks(m_options.changedOnly ? InfoWanted::Tags : InfoWanted::All);
     const Result opened = m_wave.OpenForReading(m_path.c_str(), false);
     if (opened != RESULT_OK) return opened;
     m_sourceFormat = m_wave.Format();
@@ -82,6 +83,7 @@ Result CACMetadataEditor::StoreChanges() {
     if (!m_wave.ReadEntries(entries)) return RESULT_NOT_WAVE;
     auto changed = ChangedInfoEntries(entries, m_wave.Chunks(), *m_metadata, m_options.encoding);
     if (!changed) return RESULT_OK;
+    entries = {};  // there may be many megabytes of them
     m_wave.SetEntries(std::move(*changed));
     m_wave.SetModified(true);
     return RESULT_OK;
@@ -108,7 +110,9 @@ Result CACMetadataEditor::GetMetadata(IAC3Metadata** metadata) {
     const auto alone = Alone();
     return GiveMetadata(metadata, [&](IAC3Metadata& object) {
         TagList tags;
-        ChunksToTags(tags, m_wave.Chunks(), m_options.encoding);
+        // A save of what differs asks the file itself for the tags that nobody here knows.
+        const auto read = m_options.changedOnly ? TakeTags : ChunksToTags;
+        read(tags, m_wave.Chunks(), m_options.encoding);
         TagsToMetadata(tags, object);
         // Whole or not at all: Save takes this list for the file's tags, after another Open too.
         m_tags.clear();

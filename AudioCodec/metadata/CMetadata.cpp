@@ -1,6 +1,7 @@
 #include "AudioCodec/metadata/CMetadata.h"
 
 #include <memory>
+#include <utility>
 
 #include "AudioCodec/metadata/TemporaryFile.h"
 #include "AudioCodec/shell/object/Border.h"
@@ -61,7 +62,7 @@ Result CMetadata::CopyText(uint32_t id, IAC3Metadata& source) {
     return given == RESULT_OK && text.Get() ? SetString(id, text.Get()) : given;
 }
 
-// One buffer for the file, one copy in the set.
+// What the file holds is read once, and goes into the set as it is.
 Result CMetadata::StoreFile(const char16_t* path, int32_t id) {
     const UniqueHandle file = TakeFile(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr,
                                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
@@ -69,12 +70,12 @@ Result CMetadata::StoreFile(const char16_t* path, int32_t id) {
     SetLastError(ERROR_SUCCESS);
     const DWORD size = GetFileSize(file.get(), nullptr);
     if (size == INVALID_FILE_SIZE && GetLastError() != ERROR_SUCCESS) return RESULT_NO_MEMORY;
-    const auto bytes = std::make_unique_for_overwrite<uint8_t[]>(size);
+    auto bytes = std::make_unique_for_overwrite<uint8_t[]>(size);
     DWORD done = 0;
     if (!ReadFile(file.get(), bytes.get(), size, &done, nullptr) || done != size) return RESULT_NO_MEMORY;
 
-    const Result stored = m_pictures.StorePicture(bytes.get(), size, kStoredMediaType, u"",
-                                                  id == PICTURE_ID_NONE ? kIdForNone : id);
+    const Result stored = m_pictures.TakePicture(std::move(bytes), size, kStoredMediaType, u"",
+                                                 id == PICTURE_ID_NONE ? kIdForNone : id);
     if (stored == RESULT_OK) m_pictures.m_changed = true;
     return stored;
 }

@@ -41,11 +41,25 @@ void AddNumber(TagList& tags, const TagRow& row, int32_t number, ZeroNumbers zer
     AddTag(tags, row.keyword, std::u16string(digits.begin(), digits.end()));
 }
 
+struct LastTag {
+    const TagRow* row = nullptr;  // the attribute's first; null: no tag is for it
+    std::u16string_view value;
+};
+// For each attribute the value that stands at the end, where each tag overwrites the one before it.
+std::vector<LastTag> LastOfEach(const TagList& tags) {
+    std::vector<LastTag> last(TagTable().size());
+    for (const auto& [name, value] : tags) {
+        // A second word for an attribute stands for what the first one means.
+        if (const TagRow* const row = FindTagByName(name))
+            last[PlaceOfAttribute(*row)] = {&TagTable()[PlaceOfAttribute(*row)], value};
+    }
+    return last;
+}
+
 }  // namespace
 
 void TagsToMetadata(const TagList& tags, IAC3Metadata& metadata) {
-    for (const auto& [name, value] : tags) {
-        const TagRow* const row = FindTagByName(name);
+    for (const auto& [row, value] : LastOfEach(tags)) {
         if (!row) continue;
         const Result set = row->kind == TagKind::Text
                                ? metadata.SetString(row->id, value.data())
@@ -57,12 +71,8 @@ void TagsToMetadata(const TagList& tags, IAC3Metadata& metadata) {
 
 void TagsAsWritten(TagList& written, const TagList& tags) {
     std::vector<std::optional<std::u16string_view>> values(TagTable().size() + 1);  // by the written place
-    for (const auto& [name, value] : tags) {
-        const TagRow* const read = FindTagByName(name);
-        // A second word for an attribute stands for what the first one writes.
-        const TagRow* const row = read ? FindTagById(read->id) : nullptr;
+    for (const auto& [row, value] : LastOfEach(tags))
         if (row && row->writtenPlace != 0) values[row->writtenPlace] = value;
-    }
     for (uint32_t place = 1; const TagRow* const row = FindTagWrittenAt(place); ++place) {
         if (!values[place]) continue;
         if (row->kind == TagKind::Text)

@@ -60,10 +60,18 @@ void ReleasePicture(PictureRecord* record) noexcept { delete record; }
 Result PictureSet::StorePicture(const uint8_t* data, size_t size, const char16_t* mediaType,
                                 const char16_t* caption, int32_t id) {
     return AtBorder(RESULT_NO_MEMORY, [&] {
+        auto copy = std::make_unique_for_overwrite<uint8_t[]>(size);
+        std::copy_n(data, size, copy.get());
+        return TakePicture(std::move(copy), size, mediaType, caption, id);
+    });
+}
+
+Result PictureSet::TakePicture(std::unique_ptr<uint8_t[]> data, size_t size, const char16_t* mediaType,
+                               const char16_t* caption, int32_t id) {
+    return AtBorder(RESULT_NO_MEMORY, [&] {
         PicturePtr picture(new PictureRecord);
         // The record is complete before the set is touched: without memory the picture that was there stays.
-        picture->data = std::make_unique_for_overwrite<uint8_t[]>(size);
-        std::copy_n(data, size, picture->data.get());
+        picture->data = std::move(data);
         picture->size = size;
         NamePicture(*picture, caption, mediaType, id);
         m_cursor = m_records.try_emplace(id).first;  // the last thing that can fail

@@ -51,6 +51,9 @@ struct PictureSet {
     // RESULT_OK, or RESULT_NO_MEMORY.
     Result StorePicture(const uint8_t* data, size_t size /*bytes*/, const char16_t* mediaType,
                         const char16_t* caption, int32_t id);
+    // The same with the bytes themselves.
+    Result TakePicture(std::unique_ptr<uint8_t[]> data, size_t size /*bytes*/, const char16_t* mediaType,
+                       const char16_t* caption, int32_t id);
     // Finds a picture; with -1 the best one: that under 3, 0, 4 or 8, else under the lowest number. The
     // record stays the set's. RESULT_OK; otherwise the record is null: RESULT_FAILED for a number that isn't
     // there, RESULT_BAD_ARGUMENT for -1 on an empty set.

@@ -17,6 +17,7 @@ namespace {
 using Value = std::optional<std::u16string>;  // nothing: no such tag
 
 constexpr std::string_view kDigits = "0123456789";
+constexpr size_t kNewEntries = 4096;  // bytes that the new ones of "vltg" seldom go beyond
 constexpr size_t kCompactDate = 8;  // digits of year, month and day without anything between them
 
 struct Difference {
@@ -34,7 +35,7 @@ Value Find(const TagList& tags, const TagRow& row) {
 std::vector<Difference> FindDifferences(const InfoChunks& chunks, IAC3Metadata& wanted,
                                         InfoEncoding encoding) {
     TagList found;
-    ChunksToTags(found, chunks, encoding);
+    TakeTags(found, chunks, encoding);
     TagList before;
     TagsAsWritten(before, found);
     TagList after;
@@ -185,6 +186,7 @@ private:
     void ChangeTagChunk() {
         const std::string_view old = m_chunks.Find(kTagChunk).value_or(std::string_view());
         std::string changed;
+        changed.reserve(old.size() + kNewEntries);
         TagEntryReader reader(old);
         for (std::string_view left = old; reader.Next(); left = reader.Rest()) {
             const TagRow* const row = FindTagByName(LoweredTagName(reader.Name()));

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 #include <optional>
+#include <utility>
+#include <vector>
 
 #include "riff/TagEntries.h"
 #include "riff/TagTable.h"
@@ -64,12 +66,39 @@ const Form& FormOf(const TagRow& row) {
                          [&](const Form& form) { return form.form == row.form; });
 }
 
+InfoEncoding EncodingOf(const TagRow& row, InfoEncoding ofTexts) {
+    return row.form == TagForm::Text ? ofTexts : InfoEncoding::Ansi;
+}
+
+void AddEntry(TagList& tags, const TagEntryReader& entry) {
+    std::u16string value;
+    entry.Value(value);
+    AddTag(tags, entry.Name(), value);
+}
+
 void AddEntries(TagList& tags, std::string_view bytes) {
     tags.Reserve(bytes.size());
-    std::u16string value;
-    for (TagEntryReader entries(bytes); entries.Next();) {
-        entries.Value(value);
-        AddTag(tags, entries.Name(), value);
+    for (TagEntryReader entries(bytes); entries.Next();) AddEntry(tags, entries);
+}
+
+// Of the entries those that are the last for an attribute.
+void AddLastEntries(TagList& tags, std::string_view bytes) {
+    std::vector<std::optional<TagEntryReader>> last(TagTable().size());
+    for (TagEntryReader entries(bytes); entries.Next();)
+        if (const TagRow* const row = FindTagByName(LoweredTagName(entries.Name())))
+            last[PlaceOfAttribute(*row)] = entries;
+    for (const auto& entry : last)
+        if (entry) AddEntry(tags, *entry);
+}
+
+void AddChunks(TagList& tags, const InfoChunks& chunks, InfoEncoding encoding,
+               void (*addEntries)(TagList& tags, std::string_view bytes)) {
+    for (const auto& [id, bytes] : chunks) {
+        if (id == kTagChunk) addEntries(tags, bytes);
+        const TagRow* const row = FindTagByChunk(id);
+        std::string_view text;
+        if (!row || !FormOf(*row).textOf(bytes, text)) continue;
+        AddTag(tags, row->keyword, DecodeInfoText(text, EncodingOf(*row, encoding)));
     }
 }
 
@@ -107,10 +136,6 @@ const TagRow* FindOwnChunk(std::string_view name) {
     return row && row->chunk != 0 ? row : nullptr;
 }
 
-InfoEncoding EncodingOf(const TagRow& row, InfoEncoding ofTexts) {
-    return row.form == TagForm::Text ? ofTexts : InfoEncoding::Ansi;
-}
-
 bool AreHeldByAnsi(const TagList& tags) {
     for (const auto& [name, value] : tags) {
         const TagRow* const row = FindOwnChunk(name);
@@ -122,13 +147,24 @@ bool AreHeldByAnsi(const TagList& tags) {
 }  // namespace
 
 void ChunksToTags(TagList& tags, const InfoChunks& chunks, InfoEncoding encoding) {
-    for (const auto& [id, bytes] : chunks) {
-        if (id == kTagChunk) AddEntries(tags, bytes);
-        const TagRow* const row = FindTagByChunk(id);
-        std::string_view text;
-        if (!row || !FormOf(*row).textOf(bytes, text)) continue;
-        AddTag(tags, row->keyword, DecodeInfoText(text, EncodingOf(*row, encoding)));
+    AddChunks(tags, chunks, encoding, AddEntries);
+}
+
+void TakeTags(TagList& tags, const InfoChunks& chunks, InfoEncoding encoding) {
+    TagList found;
+    AddChunks(found, chunks, encoding, AddLastEntries);
+    if (tags.empty()) {
+        tags = std::move(found);
+        return;
     }
+    std::vector<std::optional<TagEntry>> last(TagTable().size());
+    for (const TagList* const list : {&std::as_const(tags), &std::as_const(found)})
+        for (const TagEntry& entry : *list)
+            if (const TagRow* const row = FindTagByName(entry.name)) last[PlaceOfAttribute(*row)] = entry;
+    TagList taken;
+    for (const auto& entry : last)
+        if (entry) taken.Append(entry->name, entry->value);
+    tags = std::move(taken);
 }
 
 void TagsToChunks(const TagList& tags, InfoChunks& chunks, InfoEncoding encoding) {

@@ -63,6 +63,7 @@ int64_t RescalePosition(int64_t position, uint32_t rate, int32_t oldRate) {
 
 CACStreamReader::CACStreamReader() {
     for (const TextAttribute& attribute : kAttributes) PresetString(attribute.id, attribute.text);
+    m_wave.KeepChunks(InfoWanted::Tags);
 }
 
 CACStreamReader::~CACStreamReader() { CACStreamReader::Close(); }
@@ -96,7 +97,7 @@ Result CACStreamReader::OpenFile(const char16_t* path, uint32_t flags) {
         if (opened != RESULT_OK) return opened;
     }
     // Last, when nothing can refuse the file any more: the tags of one that didn't open are not kept.
-    ChunksToTags(m_tags, m_wave.Chunks(), InfoEncodingOf(GetLong(ATTR_INFO_ENCODING)));
+    TakeTags();
     StartAtBeginning();
     return RESULT_OK;
 }
@@ -127,9 +128,15 @@ Result CACStreamReader::OpenImage(IStream* stream, uint32_t flags) {
     m_wave.SetModified(false);
     m_sourceFormat = m_wave.Format();
     if (!m_sourceFormat.IsDirectPcm()) return RESULT_NOT_PCM;
-    ChunksToTags(m_tags, m_wave.Chunks(), InfoEncodingOf(GetLong(ATTR_INFO_ENCODING)));
+    TakeTags();
     StartAtBeginning();
     return RESULT_OK;
+}
+
+// Nobody asks for the chunks after that.
+void CACStreamReader::TakeTags() {
+    ::TakeTags(m_tags, m_wave.Chunks(), InfoEncodingOf(GetLong(ATTR_INFO_ENCODING)));
+    m_wave.Chunks().clear();
 }
 
 void CACStreamReader::StartAtBeginning() {

@@ -51,6 +51,7 @@ private:
     Result OpenFile(const char16_t* path, uint32_t flags);
     Result OpenInner(const char16_t* path, uint32_t flags);
     Result OpenImage(IStream* stream, uint32_t flags);
+    void TakeTags();
     void StartAtBeginning();
     void ForgetSource();
 
@@ -65,7 +66,7 @@ private:
 
     CWaveFile m_wave;
     WaveFormat m_sourceFormat;
-    TagList m_tags;                     // of every file opened so far, the latest last
+    TagList m_tags;                     // of every file opened so far: for each attribute the latest
     std::vector<uint8_t> m_byteBuffer;  // raw 8-bit audio; grows when needed, within bounds
     uint32_t m_outChannels = 2;
     uint32_t m_outRate = 44100;

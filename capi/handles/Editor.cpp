@@ -3,12 +3,14 @@
 #include <cerrno>
 #include <filesystem>
 #include <new>
+#include <vector>
 
 #include "capi/ModuleFailure.h"
 #include "capi/SystemFailure.h"
 #include "capi/TagLosses.h"
 #include "capi/TagTransfer.h"
 #include "capi/TextEncoding.h"
+#include "capi/handles/ListFile.h"
 #include "capi/handles/SourceTags.h"
 #include "capi/handles/WriteFailure.h"
 #include "capi/input/OpenInput.h"
@@ -19,6 +21,7 @@
 namespace {
 
 constexpr uint64_t kListRoom = 4096;  // bytes that a save may need at the least
+constexpr uint32_t kCopyBlock = 65536;
 
 // An editor that writes what differs, with the file open. Throws Failure.
 RefPtr<IAC3MetadataEditor> OpenModuleEditor(const Module& module, const std::string& path, vlw_text text) {
@@ -82,6 +85,17 @@ Tags ReadBack(const Module& module, const std::string& path, vlw_text text) {
     return ReadSourceTags(ModuleReaders(module), *input, ScanSource(*input), text);
 }
 
+// A file that has the list alone, block by block.
+void WriteList(const Descriptor& target, Input& input, const SourceFacts& facts, const std::string& path) {
+    ListFile list(input, facts);
+    std::vector<uint8_t> block(kCopyBlock);
+    for (uint32_t done = 1; done != 0;) {
+        list.Read(block.data(), kCopyBlock, &done);
+        list.ThrowFailure();
+        RequireSystem(target.Write(block.data(), done), "Trying the tags of", path);
+    }
+}
+
 }  // namespace
 
 void Editor::Open(const char* path) {
@@ -107,9 +121,8 @@ void Editor::Close() noexcept { m_file.reset(); }
 // On a file in memory that has the list alone.
 Tags Editor::Try(const Module& module, const OpenFile& file) const {
     Descriptor copy;
-    const std::vector<uint8_t> small = FileOfList(ReadListEntries(*file.input, file.facts));
     RequireSystem(copy.MakeInMemory(), "Trying the tags of", file.path);
-    RequireSystem(copy.Write(small.data(), small.size()), "Trying the tags of", file.path);
+    WriteList(copy, *file.input, file.facts, file.path);
     const std::string path = copy.ReopeningPath();
     try {
         SaveChanges(module, *OpenModuleEditor(module, path, file.text), file.tags.content, file.before, path);

@@ -70,11 +70,8 @@ size_t vlw_tags_picture_count(const vlw_tags* tags) { return tags ? tags->conten
 
 vlw_code vlw_tags_picture_at(const vlw_tags* tags, size_t index, int32_t* number, const void** bytes,
                              size_t* size) {
-    if (!tags) return VLW_BAD_ARGUMENT;
-    const Tags::Pictures& pictures = tags->content.AllPictures();
-    if (index >= pictures.size()) return VLW_END;
-    return Lend(tags->content, std::next(pictures.begin(), static_cast<std::ptrdiff_t>(index)), number, bytes,
-                size);
+    return tags ? Lend(tags->content, tags->content.PictureAt(index), number, bytes, size)
+                : VLW_BAD_ARGUMENT;
 }
 
 vlw_code vlw_tags_best_picture(const vlw_tags* tags, int32_t* number, const void** bytes, size_t* size) {

@@ -63,10 +63,6 @@ uint32_t RateOf(const uint8_t* bytes) {
     return static_cast<uint32_t>(std::min<uint64_t>(rate, UINT32_MAX));
 }
 
-void StoreBE32(uint8_t* bytes, uint32_t value) {
-    for (int i = 0; i < 4; ++i) bytes[i] = static_cast<uint8_t>(value >> (24 - 8 * i));
-}
-
 class AiffScanner {
 public:
     explicit AiffScanner(Input& input) : m_input(input) {}
@@ -98,7 +94,8 @@ private:
                 if (!m_input.IsSeekable() || !m_soundBytes) return;
             }
             for (const TextRow& row : kTexts)
-                if (chunk.id == row.id && chunk.size <= kTextMost) whole = TakeText(walk, row.keyword);
+                if (chunk.id == row.id && chunk.size <= kTextMost && !HasText(row.keyword))
+                    whole = TakeText(walk, row.keyword);
             if (!whole) return;
         }
     }
@@ -124,11 +121,16 @@ private:
         return true;
     }
 
-    // The first of a kind; "comment" may come several times.
+    // Of several of a kind the first that says something.
+    bool HasText(const char* keyword) const {
+        return std::any_of(m_facts.texts.begin(), m_facts.texts.end(),
+                           [&](const auto& text) { return text.first == keyword; });
+    }
     bool TakeText(ChunkWalk& walk, const char* keyword) {
         std::string text(walk.Current().size, '\0');
         if (!walk.Read(text.data(), text.size())) return false;
-        m_facts.texts.emplace_back(keyword, text.substr(0, text.find('\0')));
+        text.resize(std::min(text.find('\0'), text.size()));
+        if (!text.empty()) m_facts.texts.emplace_back(keyword, std::move(text));
         return true;
     }
 

@@ -17,6 +17,7 @@ constexpr uint32_t kNotTold = 0xFFFFFFFF;
 constexpr uint32_t kNotToldEither = 0x7FFFF000;
 constexpr uint32_t kCutMost = 255;
 constexpr uint32_t kHeldListMost = 64u << 20;
+constexpr size_t kListPiece = 65536;
 
 struct WaveChunks {
     std::optional<WaveFormat> format;
@@ -60,10 +61,9 @@ private:
     bool TakeFormat(ChunkWalk& walk) {
         const auto kept = static_cast<uint32_t>(
             std::min<uint64_t>(walk.Current().size, kFormatFixedSize + kFormatExtraMost));
-        std::vector<uint8_t> record(kept);
-        if (!walk.Read(record.data(), kept)) return false;
-        m_chunks.format = WaveFormat::Load(record.data(), kept);
-        m_chunks.record = std::move(record);
+        m_chunks.record.resize(kept);
+        if (!walk.Read(m_chunks.record.data(), kept)) return false;
+        m_chunks.format = WaveFormat::Load(m_chunks.record.data(), kept);
         return true;
     }
 
@@ -82,8 +82,19 @@ private:
         m_facts.infoList = Extent{walk.Current().Content() + kListTypeSize, size};
         if (m_input.IsSeekable()) return true;
         if (size > kHeldListMost) throw Damaged(m_input, "its tags take more than 64 MiB.");
-        m_facts.infoEntries.resize(size);
-        return walk.Read(m_facts.infoEntries.data(), size);
+        return HoldList(walk, size);
+    }
+
+    // As it comes: a few bytes can promise all of it.
+    bool HoldList(ChunkWalk& walk, uint64_t size) {
+        std::vector<uint8_t>& entries = m_facts.infoEntries;
+        for (entries.clear(); entries.size() < size;) {
+            const size_t there = entries.size();
+            const auto piece = static_cast<size_t>(std::min<uint64_t>(size - there, kListPiece));
+            entries.resize(there + piece);
+            if (!walk.Read(&entries[there], piece)) return false;
+        }
+        return true;
     }
 
     // (2) 0 is a size too: nothing is there, or a chain of chunks follows that ends where the file does.
@@ -99,13 +110,17 @@ private:
     }
 
     bool ChunksFollow(uint64_t place) {
+        // The walk itself goes along the chain that it found, so what follows later is a part of it.
+        if (m_chainSeen) return true;
         InputBlocks blocks(m_input);
         blocks.MoveTo(place);
         ChunkWalk walk(blocks, ByteOrder::Little, place);
         uint64_t end = place;
         while (walk.Next()) end = walk.Current().End();
         // A last pad byte may be missing.
-        return end == *m_input.Size() || (end == *m_input.Size() + 1 && walk.Current().size % 2 == 1);
+        m_chainSeen =
+            end == *m_input.Size() || (end == *m_input.Size() + 1 && walk.Current().size % 2 == 1);
+        return m_chainSeen;
     }
 
     void DescribeFormat() {
@@ -160,6 +175,7 @@ private:
     }
 
     Input& m_input;
+    bool m_chainSeen = false;  // from some audio of size 0 to the end of the file
     WaveChunks m_chunks;
     SourceFacts m_facts;
 };

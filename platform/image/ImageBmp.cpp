@@ -210,8 +210,10 @@ private:
         return true;
     }
     bool PutRun(uint32_t count, uint8_t value) {
-        for (uint32_t i = 0; i < count; ++i)
+        for (uint32_t i = 0; i < count; ++i) {
             if (!Put(value, i)) return false;
+            if (m_x >= m_raster.width) break;  // the rest is dropped
+        }
         return true;
     }
     bool PutPixels(uint32_t count) {

@@ -53,9 +53,12 @@ bool FitsScreen(const GifFileType& gif) {
            frame.Left + frame.Width <= gif.SWidth && frame.Top + frame.Height <= gif.SHeight;
 }
 
-// What the frame leaves free is transparent if it can be, else of the background's colour.
+// What the frame leaves free is transparent if it can be, else of the background's colour. A new raster is
+// all 0, and memory that nothing is written to isn't taken.
 void FillScreen(const GifFileType& gif, int transparent, Raster& raster) {
     const int fill = transparent != NO_TRANSPARENT_COLOR ? transparent : gif.SBackGroundColor;
+    const bool isCovered = gif.Image.Width == gif.SWidth && gif.Image.Height == gif.SHeight;
+    if (fill == 0 || isCovered) return;
     std::fill_n(raster.bits.get(), raster.pitch * raster.height, static_cast<uint8_t>(fill));
 }
 

@@ -15,8 +15,12 @@ namespace {
 
 constexpr int kQuality = 95;  // with colour as fine as brightness: a photograph keeps above 35 dB
 constexpr long kMaxWorkMemory =
-    512L << 20;                 // bytes that libjpeg may take to keep a progressive image's numbers
-constexpr int kMaxScans = 100;  // each goes over the whole image; a handful is usual
+    128L << 20;  // bytes that libjpeg may take to keep a progressive image's numbers
+// Each scan goes over the whole image, in a few bytes where it says nothing. A handful is usual.
+constexpr int kMaxScans = 100;
+constexpr int kEnoughScans = 25;                             // of any image
+constexpr uint64_t kMaxScannedPixels = uint64_t{256} << 20;  // by more of them
+constexpr uint64_t kMaxArithmeticPixels = 4 << 20;           // which may come of no bytes at all
 
 // Warnings about what any reader can do without. All others tell of broken picture data.
 constexpr int kHarmlessWarnings[] = {JWRN_ADOBE_XFORM, JWRN_BOGUS_ICC, JWRN_EXTRANEOUS_DATA, JWRN_JFIF_MAJOR};
@@ -89,10 +93,16 @@ void SkipBytes(j_decompress_ptr info, long count) {
     info->src->bytes_in_buffer -= static_cast<size_t>(count);
 }
 
+uint64_t PixelsOf(const jpeg_decompress_struct& info) {
+    return uint64_t{info.image_width} * info.image_height;
+}
+
 // Called between the steps in which the scans of an image with several of them are taken in.
 void WatchScans(j_common_ptr common) {
     const auto* info = reinterpret_cast<j_decompress_ptr>(common);
-    if (info->input_scan_number > kMaxScans) LeaveJpeg(common);
+    const auto scans = static_cast<uint64_t>(info->input_scan_number);
+    if (scans > kMaxScans || (scans > kEnoughScans && scans * PixelsOf(*info) > kMaxScannedPixels))
+        LeaveJpeg(common);
     auto* reader = static_cast<JpegReader*>(info->client_data);
     for (int i = 0; i < info->comps_in_scan; ++i)
         reader->components |= 1u << info->cur_comp_info[i]->component_index;
@@ -167,6 +177,7 @@ bool RunReader(JpegReader& reader, Raster& raster) {
     jpeg_create_decompress(&reader.info);
     SetUpInput(reader);
     jpeg_read_header(&reader.info, TRUE);
+    if (reader.info.arith_code && PixelsOf(reader.info) > kMaxArithmeticPixels) return false;
     if (!AllocateFor(reader.info, raster)) return false;
     jpeg_start_decompress(&reader.info);
     while (reader.info.output_scanline < reader.info.output_height) {

@@ -67,6 +67,7 @@ uint32_t Distance(uint32_t a, uint32_t b) {
 
 HRESULT Raster::Allocate(uint32_t rasterWidth, uint32_t rasterHeight, PixelFormat pixelFormat) {
     if (rasterWidth - 1 >= kMaxImageSide || rasterHeight - 1 >= kMaxImageSide) return E_FAIL;
+    if (uint64_t{rasterWidth} * rasterHeight > kMaxImagePixels) return E_FAIL;
     const uint64_t rowBits = uint64_t{rasterWidth} * kFormatBits[static_cast<uint8_t>(pixelFormat)];
     const uint64_t rowBytes = (rowBits + 31) / 32 * 4;
     if (rowBytes * rasterHeight > kMaxImageBytes) return E_FAIL;

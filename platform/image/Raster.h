@@ -11,7 +11,8 @@
 enum class PixelFormat : uint8_t { None, Indexed1, Indexed4, Indexed8, Rgb555, Rgb565, Rgb24, Rgb32, Argb32 };
 
 inline constexpr uint32_t kMaxImageSide = 32767;                 // pixels
-inline constexpr uint64_t kMaxImageBytes = uint64_t{512} << 20;  // of one image's pixels
+inline constexpr uint64_t kMaxImagePixels = uint64_t{64} << 20;  // of one image
+inline constexpr uint64_t kMaxImageBytes = uint64_t{256} << 20;  // of its pixels
 inline constexpr uint32_t kMaxPalette = 256;
 
 constexpr uint32_t PackColor(uint32_t red, uint32_t green, uint32_t blue, uint32_t alpha = 255) {

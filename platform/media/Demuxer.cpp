@@ -107,6 +107,7 @@ HRESULT Demuxer::OpenFormat() {
     context->pb = io;
     const int opened = avformat_open_input(&context, "", format, nullptr);
     if (opened < 0) return ReasonOf(opened);  // freed there
+    m_io->EndOfHead();
     m_format.reset(context);
     // After the head was read, which may be of any length: this bounds the packets that are tried.
     context->probesize = kBytesForTheHead;

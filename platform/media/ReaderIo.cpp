@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace {
 constexpr int kBufferSize = 32768;
@@ -33,13 +34,27 @@ int ReaderIo::OnRead(void* self, uint8_t* buffer, int size) {
 
 int ReaderIo::Read(uint8_t* buffer, int size) {
     if (m_stop) return AVERROR_EXIT;
-    if (m_position >= m_size) return AVERROR_EOF;
-    LONG done = 0;
-    const auto length = static_cast<LONG>(std::min<LONGLONG>(size, m_size - m_position));
-    if (m_last == S_OK) m_last = AtBorder(ResultOfThrow, [&] { return ReadOn(buffer, length, done); });
-    m_position += done;
-    if (FAILED(m_last)) return AVERROR(EIO);
-    return done > 0 ? done : AVERROR_EOF;
+    // What was kept back comes first, and together with it there is a whole header at last.
+    size_t there = std::exchange(m_keptBytes, 0);
+    std::copy_n(m_kept, there, buffer);
+    size_t given = 0;
+    while (given == 0 && m_position < m_size && there < static_cast<size_t>(size)) {
+        LONG done = 0;
+        const auto room = static_cast<LONGLONG>(static_cast<size_t>(size) - there);
+        const auto length = static_cast<LONG>(std::min<LONGLONG>(room, m_size - m_position));
+        uint8_t* const to = buffer + there;
+        if (m_last == S_OK) m_last = AtBorder(ResultOfThrow, [&] { return ReadOn(to, length, done); });
+        const auto place = static_cast<uint64_t>(m_position) - there;
+        m_position += done;
+        there += static_cast<size_t>(done);
+        if (FAILED(m_last)) return AVERROR(EIO);
+        if (done == 0) break;
+        given = m_hidden.Pass(place, {buffer, there});
+    }
+    if (given == 0) given = there;  // the source has ended
+    m_keptBytes = there - given;
+    std::copy_n(buffer + given, m_keptBytes, m_kept);
+    return given > 0 ? static_cast<int>(given) : AVERROR_EOF;
 }
 
 HRESULT ReaderIo::ReadOn(uint8_t* buffer, LONG size, LONG& done) {
@@ -63,5 +78,6 @@ int64_t ReaderIo::OnSeek(void* self, int64_t offset, int whence) {
     if (whence & AVSEEK_SIZE) return io.m_size;
     if (!io.m_honoursPositions || (whence & ~AVSEEK_FORCE) != SEEK_SET || offset < 0) return AVERROR(ENOSYS);
     io.m_position = offset;
+    io.m_keptBytes = 0;
     return offset;
 }

@@ -10,6 +10,7 @@
 
 #include "platform/com/RefPtr.h"
 #include "platform/media/FFmpeg.h"
+#include "platform/media/HiddenChunks.h"
 #include "platform/media/MediaSample.h"
 
 class ReaderIo {
@@ -24,6 +25,8 @@ public:
 
     // Of the read that failed, or S_OK. The libraries tell it as damage, or as the end.
     HRESULT Failure() const { return FAILED(m_last) ? m_last : S_OK; }
+    // Until then chunks that no audio needs don't get through.
+    void EndOfHead() { m_hidden.End(); }
     // Lets reads through again, from wherever the next seek leads.
     void Resume();
 
@@ -41,6 +44,9 @@ private:
     const std::atomic<bool>& m_stop;
     LONGLONG m_size = 0;
     LONGLONG m_position = 0;  // of the next byte to ask for
-    HRESULT m_last = S_OK;    // S_FALSE: the source has ended early
+    HiddenChunks m_hidden;
+    uint8_t m_kept[kChunkHeaderSize] = {};  // the first bytes of a header, in front of m_position
+    size_t m_keptBytes = 0;
+    HRESULT m_last = S_OK;  // S_FALSE: the source has ended early
     std::unique_ptr<AVIOContext, FreeContext> m_context;
 };

@@ -152,24 +152,6 @@ TEST_F(ImageDecoders, SurviveEveryByteThatIsWrong) {
     }
 }
 
-// Where coded pixels are few, or none are told, the memory alone would show it.
-TEST_F(ImageDecoders, RefuseSizesBeyondTheBoundsBeforeMemoryIsTaken) {
-    const struct {
-        const char* name;
-        size_t place;  // of width and height, or height and width
-        int bytes;     // of each
-        uint16_t side;
-    } rows[] = {{"rle8.bmp", 18, 4, 32767}, {"colors5.gif", 6, 2, 32767}, {"colors5.gif", 6, 2, 65535}};
-    for (const auto& row : rows) {
-        Bytes bytes = Picture(row.name);
-        for (const size_t place : {row.place, row.place + static_cast<size_t>(row.bytes)})
-            StoreLE16(&bytes[place], row.side);
-        const ImagePtr imageOwner(VlCreateImage());
-        CImage& image = *imageOwner;
-        EXPECT_LT(LoadBytes(image, bytes), 0) << row.name << " " << row.side;
-    }
-}
-
 // --- bitmaps, which can be written down
 
 // A bitmap file with an info header. `size` is of the picture; `rest` are palette and pixels.

@@ -15,7 +15,7 @@ public:
     // The place for the getter to put the text; once only.
     [[nodiscard]] char16_t** Put() { return &m_text; }
     char16_t* Detach() { return std::exchange(m_text, nullptr); }  // from now on another's
-    const char16_t* Get() const { return m_text; }                 // null as long as there is none
+    char16_t* Get() const { return m_text; }                       // null as long as there is none
 
 private:
     IMemory& m_owner;

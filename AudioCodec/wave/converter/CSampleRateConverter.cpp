@@ -10,6 +10,7 @@
 #include "AudioCodec/wave/converter/CSampleRateConverter.h"
 
 #include <algorithm>
+#include <new>
 
 #include "AudioCodec/shell/object/Saturating.h"
 #include "AudioCodec/wave/converter/ConversionRatio.h"
@@ -46,6 +47,8 @@ void CSampleRateConverter::Configure(uint32_t srcChannels, int32_t srcRate, uint
 
 void CSampleRateConverter::Prepare() {
     if (m_filter || !IsConfigured()) return;
+    // A file of a few bytes can tell of 65535, and the rows of so many would take megabytes.
+    if (m_srcChannels > kMostChannels) throw std::bad_alloc();
     const double relative = static_cast<double>(m_dstRate) / m_srcRate;
     const double cutoff = relative >= 0.0 && relative < 1.0 ? relative : 1.0;  // 1 for a source rate of 0
     std::shared_ptr<const PhaseFilter> filter = SharedFilter({m_phaseCount, m_inputStep}, cutoff);

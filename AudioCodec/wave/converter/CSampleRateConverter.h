@@ -23,11 +23,15 @@ class PhaseFilter;
 
 class CSampleRateConverter {
 public:
+    // Of the input. The rows of so many take half a MiB.
+    static constexpr uint32_t kMostChannels = 4096;
+
     // Takes a pair of formats and stands at the start of the input.
     void Configure(uint32_t srcChannels, int32_t srcRate, uint32_t dstChannels, int32_t dstRate);
     // Converts by this kernel in place of the chosen one, for tests and measurements. Before it is prepared.
     void UseKernel(const ConverterKernel& kernel) { m_wantedKernel = &kernel; }
-    // Builds the filter, unless that is done: the costly step. Throws std::bad_alloc, and can be tried again.
+    // Builds the filter, unless that is done: the costly step. Throws std::bad_alloc, and can be tried again;
+    // of more than kMostChannels channels it always does.
     void Prepare();
 
     // Turns input frames into output frames. In: *inFrames on offer, *outFrames of room. Out: *inFrames that

@@ -1,6 +1,7 @@
 #include "AudioCodec/wave/riff/CWaveFile.h"
 
 #include <algorithm>
+#include <new>
 #include <vector>
 
 #include "AudioCodec/shell/object/Border.h"
@@ -11,7 +12,6 @@
 #include "AudioCodec/wave/riff/StreamSource.h"
 #include "platform/file/FilePointer.h"
 #include "riff/ChunkWalk.h"
-#include "riff/InfoList.h"
 #include "riff/InfoListEdit.h"
 
 namespace {
@@ -121,9 +121,11 @@ bool CWaveFile::ParseFormat(ChunkWalk& walk) {
     // The declared size is checked as a whole, though only the part that a format can have is read.
     if (!walk.Source().Holds(size)) return false;
     const uint32_t kept = std::min(size, kFormatFixedSize + kFormatExtraMost);
-    std::vector<uint8_t> record(kept);
-    if (!walk.Read(record.data(), kept)) return false;
-    m_format = WaveFormat::Load(record.data(), kept);
+    uint8_t plain[kFormatFixedSize];  // nearly all records are that short
+    std::vector<uint8_t> extended(kept > sizeof plain ? kept : 0);
+    uint8_t* const record = extended.empty() ? plain : extended.data();
+    if (!walk.Read(record, kept)) return false;
+    m_format = WaveFormat::Load(record, kept);
     m_toldBlockAlign = m_format.blockAlign;
     // In a file the frame size is what channels and bits make it, whatever the record tells. A stream's is
     // kept as told, and its reader compares before it reads by it.
@@ -140,7 +142,7 @@ bool CWaveFile::ParseList(ChunkWalk& walk) {
     // Of several lists the last wins whole. Its place is of use in a file alone, which can always tell it.
     if (m_file && !walk.Source().Tell(m_entriesPlace)) return false;
     m_entriesSize = walk.Current().size - kListTypeSize;
-    return ReadInfoList(walk, m_chunks);
+    return ReadInfoList(walk, m_chunks, m_wantedChunks);
 }
 
 bool CWaveFile::ParseData(ChunkWalk& walk) {
@@ -162,6 +164,7 @@ bool CWaveFile::ReadEntries(std::string& entries) const {
     if (!m_file || m_entriesSize == 0) return true;
     // The last bytes of a list may be told and not there.
     const uint64_t there = std::min(m_entriesSize, SizeOfFile(m_file.get()) - m_entriesPlace);
+    if (there > InfoChunks::kMostBytes) throw std::bad_alloc();
     entries.resize(there);
     DWORD done = 0;
     return MoveTo(static_cast<int64_t>(m_entriesPlace)) &&
@@ -170,7 +173,7 @@ bool CWaveFile::ReadEntries(std::string& entries) const {
 
 void CWaveFile::SetEntries(std::string entries) {
     InfoChunks chunks;
-    ReadInfoEntries(entries, chunks);
+    ReadInfoEntries(entries, chunks, m_wantedChunks);
     m_chunks = std::move(chunks);
     m_entries = std::move(entries);
 }

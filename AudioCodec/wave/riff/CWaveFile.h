@@ -17,7 +17,7 @@
 
 #include "AudioCodec/shell/object/ResultCodes.h"
 #include "platform/base/UniqueHandle.h"
-#include "riff/InfoChunks.h"
+#include "riff/InfoList.h"
 #include "riff/WaveFormat.h"
 
 class ByteSource;
@@ -84,6 +84,8 @@ public:
     const WaveFormat& Format() const { return m_format; }
     uint32_t DataSize() const { return m_dataSize; }
     InfoChunks& Chunks() { return m_chunks; }
+    // From the next walk on. Without all of them a list can't be written from Chunks.
+    void KeepChunks(InfoWanted wanted) { m_wantedChunks = wanted; }
     uint16_t ToldBlockAlign() const { return m_toldBlockAlign; }  // as the file's format record has it
     // The system refused a read in it, or memory ran out, so chunks may have been missed. Of a file alone.
     bool ReadFailed() const { return m_readFailed; }
@@ -131,6 +133,7 @@ private:
     uint32_t m_dataSize = 0;    // audio bytes as declared, or as written
     WaveFormat m_format;
     InfoChunks m_chunks;
+    InfoWanted m_wantedChunks = InfoWanted::All;
     uint64_t m_entriesPlace = 0;  // of those that m_chunks were read from
     uint64_t m_entriesSize = 0;   // as the list declares it; 0: there are none
     std::optional<std::string> m_entries;

@@ -1,0 +1,20 @@
+// Files as someone makes them who wants a reader to crash, to wait or to take all memory: small, or a million
+// of something. One table for each kind; each row makes its file when it is asked.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+struct HostileFile {
+    std::string name;
+    std::string extension;  // with its dot
+    std::function<std::string()> make;
+    size_t kept = 0;  // bytes that reading it may keep on top: tags, pixels
+};
+using HostileFiles = std::vector<HostileFile>;
+
+HostileFiles HostileWaves();
+HostileFiles HostileAiffs();
+HostileFiles HostilePictures();
