@@ -7,6 +7,8 @@
 
 namespace {
 
+constexpr size_t kNewBytes = 4096;  // that changes seldom add; more of them cost a copy of the list
+
 const uint8_t* BytesOf(std::string_view text) { return reinterpret_cast<const uint8_t*>(text.data()); }
 
 void AppendEntry(std::string& entries, uint32_t id, std::string_view bytes) {
@@ -22,7 +24,7 @@ void AppendEntry(std::string& entries, uint32_t id, std::string_view bytes) {
 
 std::string ChangeInfoEntries(std::string_view entries, std::span<const InfoChange> changes) {
     std::string changed;
-    changed.reserve(entries.size());
+    changed.reserve(entries.size() + kNewBytes);
     std::vector<bool> isPut(changes.size());
     size_t end = 0;  // of the last entry that is whole
     while (entries.size() > kChunkHeaderSize) {

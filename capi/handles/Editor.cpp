@@ -56,6 +56,9 @@ SourceFacts ScanWaveFile(Input& input) {
     return facts;
 }
 
+// Refused without a lock, and for what it is.
+void RequireEditable(Input& input) { static_cast<void>(ListFile(input, ScanWaveFile(input))); }
+
 // Why a save failed, as far as it can be told.
 int FindSaveError(const std::string& path) {
     Descriptor file;
@@ -105,7 +108,7 @@ void Editor::Open(const char* path) {
     file->text = m_text;
     const Module& module = m_module.Get();
     RequireRegular(path);
-    ScanWaveFile(*OpenPathUnshared(path));  // refused without a lock, and for what it is
+    RequireEditable(*OpenPathUnshared(path));
     file->editor = OpenModuleEditor(module, file->path, m_text);
     // Only now nobody else changes it.
     file->fullPath = std::filesystem::absolute(path).native();

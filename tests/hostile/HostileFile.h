@@ -15,6 +15,7 @@ struct HostileFile {
 };
 using HostileFiles = std::vector<HostileFile>;
 
-HostileFiles HostileWaves();
-HostileFiles HostileAiffs();
-HostileFiles HostilePictures();
+// `many`: how many of what can be counted. One call of each in a program.
+HostileFiles HostileWaves(size_t many);
+HostileFiles HostileAiffs(size_t many);
+HostileFiles HostilePictures(size_t many);

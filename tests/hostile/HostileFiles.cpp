@@ -1,9 +1,9 @@
 // Gives hostile files to the module and to the C library, each in a child of its own, and holds every
 // operation to the limits that docs/limits.md tells. Prints what came of each:
 //
-//   hostile_files MODULE [TIMES [PART OF A NAME]]
+//   hostile_files MODULE [MANY [PART OF A NAME]]
 //
-// With TIMES an operation may take so many times the processor time: where other work goes on beside it.
+// MANY is how many there are of what can be counted, a million unless it is told.
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -20,6 +20,7 @@
 
 namespace {
 
+constexpr size_t kMany = 1'000'000;
 constexpr double kMostMilliseconds = 100;
 constexpr int64_t kMostBytes = int64_t{16} << 20;
 constexpr unsigned kHangSeconds = 20;
@@ -77,9 +78,8 @@ void RunAll(const Codec& codec, std::span<const Operation> operations, const std
 
 class Runner {
 public:
-    Runner(const char* modulePath, double times)
+    explicit Runner(const char* modulePath)
         : m_codec(modulePath),
-          m_mostMilliseconds(kMostMilliseconds * times),
           m_outcomes(static_cast<Outcome*>(mmap(nullptr, sizeof(Outcome) * kMostOperations,
                                                 PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))) {
         if (m_outcomes == MAP_FAILED) throw std::runtime_error("no memory");
@@ -126,10 +126,12 @@ private:
         return WIFEXITED(status) && WEXITSTATUS(status) == 0;
     }
 
-    bool IsWithin(const Outcome& outcome, const HostileFile& file, const Operation& operation) const {
-        // An edit holds old tags and new ones.
-        const auto kept = static_cast<int64_t>(file.kept * (operation.writes ? 2 : 1));
-        return outcome.milliseconds <= m_mostMilliseconds && outcome.bytes <= kMostBytes + kept;
+    static bool IsWithin(const Outcome& outcome, const HostileFile& file, const Operation& operation) {
+        // What is kept takes time as well: as long again for each so many bytes.
+        const auto kept = static_cast<int64_t>(file.kept * operation.copies);
+        const double share = 1 + static_cast<double>(file.kept) / static_cast<double>(kMostBytes);
+        return outcome.milliseconds <= kMostMilliseconds * operation.steps * share &&
+               outcome.bytes <= kMostBytes + kept;
     }
     bool Holds(const HostileFile& file, std::span<const Operation> operations) const {
         for (size_t i = 0; i < operations.size(); ++i)
@@ -141,7 +143,9 @@ private:
         for (size_t i = 0; i < operations.size(); ++i) {
             const Outcome& outcome = m_outcomes[i];
             if (!outcome.begun) continue;
-            const char* const verdict = !outcome.done ? "ENDED" : IsWithin(outcome, file, operations[i]) ? "" : "BEYOND";
+            const char* const verdict = !outcome.done                            ? "ENDED"
+                                        : IsWithin(outcome, file, operations[i]) ? ""
+                                                                                 : "BEYOND";
             std::printf("%-6s %7.1f ms %7.1f MiB  %-13s %s%s: %s\n", verdict, outcome.milliseconds,
                         static_cast<double>(outcome.bytes) / (1 << 20), operations[i].name, file.name.c_str(),
                         file.extension.c_str(), outcome.text);
@@ -149,7 +153,6 @@ private:
     }
 
     Codec m_codec;
-    const double m_mostMilliseconds;
     Folder m_folder;
     Outcome* const m_outcomes;
 };
@@ -158,16 +161,16 @@ private:
 
 int main(int count, char** arguments) {
     if (count < 2) return 2;
-    const double times = count > 2 ? std::atof(arguments[2]) : 1;
+    const size_t many = count > 2 ? std::strtoul(arguments[2], nullptr, 10) : kMany;
     const std::string part = count > 3 ? arguments[3] : "";
     struct Part {
         HostileFiles files;
         std::span<const Operation> operations;
     };
-    const Part parts[] = {{HostileWaves(), AudioOperations()},
-                          {HostileAiffs(), AudioOperations()},
-                          {HostilePictures(), PictureOperations()}};
-    Runner runner(arguments[1], times);
+    const Part parts[] = {{HostileWaves(many), AudioOperations()},
+                          {HostileAiffs(many), AudioOperations()},
+                          {HostilePictures(many), PictureOperations()}};
+    Runner runner(arguments[1]);
     for (const auto& [files, operations] : parts)
         for (const HostileFile& file : files)
             if (file.name.find("nothing wrong") != std::string::npos) runner.WarmUp(file, operations);

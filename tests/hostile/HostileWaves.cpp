@@ -7,7 +7,7 @@ using namespace Bytes;
 
 namespace {
 
-constexpr size_t kMillion = 1'000'000;
+size_t s_many = 0;  // a million, or fewer where time is short
 
 std::string Chunk(const std::string& id, const std::string& content) {
     return id + Little(content.size(), 4) + content + Zeros(content.size() & 1);
@@ -44,67 +44,69 @@ void AddBoth(HostileFiles& files, const std::string& name, const std::function<s
 }
 
 void AddCounted(HostileFiles& files) {
-    AddBoth(files, "a million empty chunks", [] { return Repeat(kMillion, Head("abcd", 0)); });
-    AddBoth(files, "a million odd chunks", [] { return Repeat(kMillion, Chunk("abcd", "x")); });
-    AddBoth(files, "a million formats", [] { return Repeat(kMillion, kFmt); });
-    AddBoth(files, "a million facts", [] { return Repeat(kMillion, Chunk("fact", Zeros(4))); });
-    AddBoth(files, "a million audio chunks", [] { return Repeat(kMillion, Chunk("data", Zeros(4))); });
-    AddBoth(files, "a million empty audio chunks", [] { return Repeat(kMillion, Head("data", 0)); });
-    AddBoth(files, "a million lists", [] { return Repeat(kMillion, List("")); });
-    AddBoth(files, "a million lists of a title", [] { return Repeat(kMillion, List(Chunk("INAM", "a"))); });
-    AddBoth(files, "a million lists of another type", [] { return Repeat(kMillion, Chunk("LIST", "adtl")); });
-    AddBoth(files, "a million fillers", [] { return Repeat(kMillion, Chunk("JUNK", "")); });
-    AddBoth(files, "a million unfinished lists", [] { return Repeat(kMillion, Chunk(Zeros(4), "INFO")); });
+    AddBoth(files, "a million empty chunks", [] { return Repeat(s_many, Head("abcd", 0)); });
+    AddBoth(files, "a million odd chunks", [] { return Repeat(s_many, Chunk("abcd", "x")); });
+    AddBoth(files, "a million formats", [] { return Repeat(s_many, kFmt); });
+    AddBoth(files, "a million facts", [] { return Repeat(s_many, Chunk("fact", Zeros(4))); });
+    AddBoth(files, "a million audio chunks", [] { return Repeat(s_many, Chunk("data", Zeros(4))); });
+    AddBoth(files, "a million empty audio chunks", [] { return Repeat(s_many, Head("data", 0)); });
+    AddBoth(files, "a million lists", [] { return Repeat(s_many, List("")); });
+    AddBoth(files, "a million lists of a title", [] { return Repeat(s_many, List(Chunk("INAM", "a"))); });
+    AddBoth(files, "a million lists of another type", [] { return Repeat(s_many, Chunk("LIST", "adtl")); });
+    AddBoth(files, "a million fillers", [] { return Repeat(s_many, Chunk("JUNK", "")); });
+    AddBoth(files, "a million unfinished lists", [] { return Repeat(s_many, Chunk(Zeros(4), "INFO")); });
     AddBoth(
-        files, "a million list entries of one id", [] { return List(Repeat(kMillion, Chunk("INAM", "a"))); },
-        10 * kMillion);
+        files, "a million list entries of one id", [] { return List(Repeat(s_many, Chunk("INAM", "a"))); },
+        10 * s_many);
     AddBoth(
-        files, "a million list entries of no bytes", [] { return List(Repeat(kMillion, Chunk("ISFT", ""))); },
-        8 * kMillion);
+        files, "a million list entries of no bytes", [] { return List(Repeat(s_many, Chunk("ISFT", ""))); },
+        8 * s_many);
     AddBoth(
         files, "400000 list entries, each with an id of its own",
-        [] { return List(Each(400'000, [](size_t i) { return Chunk(IdOf(i), "a"); })); }, 4 * kMillion);
+        [] { return List(Each(s_many * 2 / 5, [](size_t i) { return Chunk(IdOf(i), "a"); })); }, 4 * s_many);
     AddBoth(
         files, "400000 list entries, ids descending",
-        [] { return List(Each(400'000, [](size_t i) { return Chunk(IdOf(400'000 - i), "a"); })); },
-        4 * kMillion);
+        [] {
+            return List(Each(s_many * 2 / 5, [](size_t i) { return Chunk(IdOf(s_many * 2 / 5 - i), "a"); }));
+        },
+        4 * s_many);
     AddBoth(
-        files, "a million named tags",
-        [] { return List(Chunk("vltg", Repeat(kMillion, kEntry) + Zeros(1))); }, 8 * kMillion);
+        files, "a million named tags", [] { return List(Chunk("vltg", Repeat(s_many, kEntry) + Zeros(1))); },
+        8 * s_many);
     AddBoth(
         files, "a million titles among named tags",
         [] {
             return List(
-                Chunk("vltg", Repeat(kMillion, "title=\xFF\xFE" + std::string("v\0\0\0", 4)) + Zeros(1)));
+                Chunk("vltg", Repeat(s_many, "title=\xFF\xFE" + std::string("v\0\0\0", 4)) + Zeros(1)));
         },
-        12 * kMillion);
+        12 * s_many);
     AddBoth(
         files, "a million named tags without name and value",
-        [] { return List(Chunk("vltg", Repeat(kMillion, "=\xFF\xFE" + Zeros(2)) + Zeros(1))); },
-        5 * kMillion);
+        [] { return List(Chunk("vltg", Repeat(s_many, "=\xFF\xFE" + Zeros(2)) + Zeros(1))); }, 5 * s_many);
     AddBoth(
         files, "named tags without an end",
-        [] { return List(Chunk("vltg", "a=\xFF\xFE" + std::string(4 * kMillion, 'x'))); }, 4 * kMillion);
+        [] { return List(Chunk("vltg", "a=\xFF\xFE" + std::string(4 * s_many, 'x'))); }, 4 * s_many);
     AddBoth(
-        files, "a name without an end", [] { return List(Chunk("vltg", std::string(4 * kMillion, 'x'))); },
-        4 * kMillion);
+        files, "a name without an end", [] { return List(Chunk("vltg", std::string(4 * s_many, 'x'))); },
+        4 * s_many);
     AddBoth(
         files, "a title of 4 million letters",
-        [] { return List(Chunk("INAM", std::string(4 * kMillion, 'x'))); }, 16 * kMillion);
+        [] { return List(Chunk("INAM", std::string(4 * s_many, 'x'))); }, 16 * s_many);
     AddBoth(
         files, "a title of 4 million bytes that are no text",
-        [] { return List(Chunk("INAM", std::string(4 * kMillion, '\x81'))); }, 24 * kMillion);
+        [] { return List(Chunk("INAM", std::string(4 * s_many, '\x81'))); }, 24 * s_many);
     AddBoth(
-        files, "a date of 4 million digits",
-        [] { return List(Chunk("ICRD", std::string(4 * kMillion, '1'))); }, 16 * kMillion);
+        files, "a date of 4 million digits", [] { return List(Chunk("ICRD", std::string(4 * s_many, '1'))); },
+        16 * s_many);
     AddBoth(
         files, "a track of 4 million digits",
-        [] { return List(Chunk("IARL", std::string(4 * kMillion, '1'))); }, 16 * kMillion);
-    AddBoth(files, "100000 cue points", [] { return Chunk("cue ", Little(100'000, 4) + Zeros(2'400'000)); });
+        [] { return List(Chunk("IARL", std::string(4 * s_many, '1'))); }, 16 * s_many);
+    AddBoth(files, "100000 cue points",
+            [] { return Chunk("cue ", Little(s_many / 10, 4) + Zeros(s_many / 10 * 24)); });
     AddBoth(files, "100000 labels",
-            [] { return Chunk("LIST", "adtl" + Repeat(100'000, Chunk("labl", "\1\0\0\0a"))); });
+            [] { return Chunk("LIST", "adtl" + Repeat(s_many / 10, Chunk("labl", "\1\0\0\0a"))); });
     AddBoth(files, "100000 broadcast records",
-            [] { return Repeat(100'000, Chunk("bext", Zeros(602))).substr(0, 8'000'000); });
+            [] { return Repeat(s_many / 10, Chunk("bext", Zeros(602))).substr(0, 8'000'000); });
 }
 
 void AddSizes(HostileFiles& files) {
@@ -178,10 +180,10 @@ void AddFormats(HostileFiles& files) {
     files.push_back({"a format record of 65535 extra bytes", ".wav",
                      [] { return Wave(Fmt({.tag = 0x55, .bits = 0, .extra = Zeros(65535)}) + kAudio); }});
     files.push_back({"a format record of 4 million bytes", ".wav",
-                     [] { return Wave(Chunk("fmt ", kFmt24.substr(8) + Zeros(4 * kMillion)) + kAudio); }});
+                     [] { return Wave(Chunk("fmt ", kFmt24.substr(8) + Zeros(4 * s_many)) + kAudio); }});
     files.push_back({"MP3 frames of 1 million sync bytes", ".wav", [] {
                          return Wave(Fmt({.tag = 0x55, .bits = 0, .align = 1, .extra = Zeros(12)}) +
-                                     Chunk("data", std::string(kMillion, '\xFF')));
+                                     Chunk("data", std::string(s_many, '\xFF')));
                      }});
     files.push_back({"an ID3 chunk with a picture of 4 GiB", ".wav", [] {
                          return Wave(kFmt24 +
@@ -192,8 +194,8 @@ void AddFormats(HostileFiles& files) {
     files.push_back({"an ID3 chunk of a million frames", ".wav", [] {
                          return Wave(kFmt24 +
                                      Chunk("id3 ", "ID3\3" + Zeros(2) + std::string("\7\x7F\x7F\x7F", 4) +
-                                                       Repeat(500'000, "TXXX" + Big(4, 4) + Zeros(2) +
-                                                                           std::string("\0a\0b", 4))) +
+                                                       Repeat(s_many / 2, "TXXX" + Big(4, 4) + Zeros(2) +
+                                                                              std::string("\0a\0b", 4))) +
                                      kAudio);
                      }});
 }
@@ -208,9 +210,9 @@ void AddOthers(HostileFiles& files) {
     const auto add = [&](const char* name, const std::string& bytes) {
         files.push_back({name, ".wav", [bytes] { return bytes; }});
     };
-    add("zeros", Zeros(100'000));
-    add("RIFF again and again", Repeat(100'000, "RIFF"));
-    add("WAVE again and again", "RIFF" + Repeat(100'000, "WAVE"));
+    add("zeros", Zeros(s_many / 10));
+    add("RIFF again and again", Repeat(s_many / 10, "RIFF"));
+    add("WAVE again and again", "RIFF" + Repeat(s_many / 10, "WAVE"));
     add("RF64 of sizes that wrap", "RF64" + Little(0xFFFFFFFF, 4) + "WAVE" +
                                        Chunk("ds64", std::string(28, '\xFF')) + kFmt +
                                        Head("data", 0xFFFFFFFF) + Zeros(4096));
@@ -220,15 +222,16 @@ void AddOthers(HostileFiles& files) {
     add("big-endian", "RIFX" + Big(4096, 4) + "WAVE" + "fmt " + Big(16, 4) + Zeros(16) + "data" +
                           Big(0xFFFFFFFF, 4) + Zeros(4096));
     add("a size of 0 followed by a million chunks",
-        Wave(kFmt + Head("data", 0) + Repeat(kMillion, Head("abcd", 0))));
+        Wave(kFmt + Head("data", 0) + Repeat(s_many, Head("abcd", 0))));
     add("sizes of 0 that each look like audio",
-        Wave(kFmt + Repeat(100'000, Head("data", 0) + "????\1\0\0\0")));
-    add("text", Wave(kFmt + std::string(kMillion, 'a')));
+        Wave(kFmt + Repeat(s_many / 10, Head("data", 0) + "????\1\0\0\0")));
+    add("text", Wave(kFmt + std::string(s_many, 'a')));
 }
 
 }  // namespace
 
-HostileFiles HostileWaves() {
+HostileFiles HostileWaves(size_t many) {
+    s_many = many;
     HostileFiles files;
     AddCounted(files);
     AddSizes(files);

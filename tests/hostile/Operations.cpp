@@ -162,15 +162,15 @@ std::string Show(const Codec& codec, const std::string& path) {
 }
 
 constexpr Operation kAudio[] = {
-    {"read", false, Read},
-    {"look", false, Look},
-    {"edit", true, EditChanged},
-    {"rewrite", true, EditAll},
-    {"info", false, Info},
-    {"library read", false, LibraryRead},
-    {"library edit", true, LibraryEdit},
+    {"read", false, 1, 1, Read},
+    {"look", false, 1, 1, Look},
+    {"edit", true, 2, 1, EditChanged},
+    {"rewrite", true, 2, 1, EditAll},
+    {"info", false, 1, 1, Info},
+    {"library read", false, 1, 1, LibraryRead},
+    {"library edit", true, 4, 5, LibraryEdit},
 };
-constexpr Operation kPicture[] = {{"show", false, Show}};
+constexpr Operation kPicture[] = {{"show", false, 1, 1, Show}};
 
 }  // namespace
 

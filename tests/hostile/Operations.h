@@ -29,7 +29,11 @@ private:
 
 struct Operation {
     const char* name;
-    bool writes;  // is given a copy of its own
+    bool writes;    // is given a copy of its own
+    size_t copies;  // of the tags that it has to keep: an edit old ones and new ones, the library's those of
+                    // the program and of the file too
+    int steps;      // that each may take as long as another operation: the library tries an edit before it
+                    // does it, and reads back what both made
     std::string (*run)(const Codec& codec, const std::string& path);
 };
 std::span<const Operation> AudioOperations();
