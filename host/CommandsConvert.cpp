@@ -68,6 +68,7 @@ std::string TextOf(const vlw::Format& made, const std::vector<vlw::StockFormat>&
 std::vector<std::string> Lines(const std::string& text) {
     std::vector<std::string> lines;
     std::istringstream rest(text);
+    rest.exceptions(std::ios::badbit);  // a lack of memory is no end
     for (std::string line; std::getline(rest, line);) lines.push_back(line);
     return lines;
 }

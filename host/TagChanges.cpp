@@ -5,6 +5,7 @@
 #include <strings.h>
 
 #include <algorithm>
+#include <new>
 
 #include "host/Failure.h"
 
@@ -17,9 +18,16 @@ std::string KeptNames() {
     return fmt::format("{}", fmt::join(names, ", "));
 }
 
+// The command line isn't to blame for that.
+void RequireMemory(const vlw::Result<>& set) {
+    if (!set && set.error().code == vlw::Code::no_memory) throw std::bad_alloc();
+}
+
 void RequireKept(const std::string& given) {
     vlw::Tags trial;
-    if (!trial.try_set(given, "1"))
+    const auto known = trial.try_set(given, "1");
+    RequireMemory(known);
+    if (!known)
         throw UsageFailure(
             fmt::format("There is no tag named \"{}\"; the names are {}.", given, KeptNames()));
     const std::string_view name = (*trial.begin()).first;  // "performer" is another word
@@ -46,8 +54,9 @@ TagChanges::TagChanges(const std::vector<std::string>& sets, const std::vector<s
             throw UsageFailure(fmt::format("\"{}\" is no NAME=VALUE.", given));
         const std::string name = given.substr(0, separator);
         RequireKept(name);
-        if (const auto set = m_set.try_set(name, Trimmed(given.substr(separator + 1))); !set)
-            throw UsageFailure(set.error().text);
+        const auto set = m_set.try_set(name, Trimmed(given.substr(separator + 1)));
+        RequireMemory(set);
+        if (!set) throw UsageFailure(set.error().text);
         if (!m_set.get(name)) m_emptied.push_back(name);
     }
 }

@@ -149,6 +149,8 @@ CLI::App* AddRegistry(CLI::App& app, const char* name, const char* help, Registr
 ExitCode TellParseEnd(const CLI::App& app, const CLI::ParseError& end) {
     std::ostringstream out;
     std::ostringstream err;
+    out.exceptions(std::ios::badbit);
+    err.exceptions(std::ios::badbit);
     const int code = app.exit(end, out, err);
     Output output = Output::Standard();
     if (!out.str().empty()) output.Write(out.str());

@@ -54,6 +54,7 @@ std::vector<std::string> ListRegistries() {
     files.push_back(FindRegistry(VL_REGISTRY_SYSTEM));
     const char* const folders = EnvironmentOf("XDG_DATA_DIRS");
     std::istringstream list(folders && *folders ? folders : "/usr/local/share:/usr/share");
+    list.exceptions(std::ios::badbit);  // a lack of memory is no end
     for (std::string folder; std::getline(list, folder, ':');)
         if (folder.starts_with('/')) files.push_back((fs::path(folder) / kBelowData).string());
     std::erase(files, std::string());
