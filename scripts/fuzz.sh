@@ -33,7 +33,7 @@ mkdir -p "$logs" build/fuzz/found
 
 # run NAME NUMBER: one process, which shares its corpus with others of its target.
 run() {
-  local corpus="build/fuzz/corpus/$1"
+  local corpus="build/fuzz/corpus/fuzz_$1"
   mkdir -p "$corpus" "$scratch/$2"
   TMPDIR="$scratch/$2" ASAN_OPTIONS=intercept_tls_get_addr=0 "build/fuzz/bin/fuzz_$1" -max_total_time=$((minutes * 60)) \
     -timeout=25 -rss_limit_mb=1024 -malloc_limit_mb=256 -max_len=65536 -print_final_stats=1 -dict=fuzz/ids.dict \
@@ -61,6 +61,6 @@ for name in "${targets[@]}"; do
     [[ -n "$verdict" ]] || verdict="it ended: see $logs/$name.*"
   fi
   printf '%-12s %12d %8d %8d %8d  %s\n' "$name" "$executions" "$(number "$name" cov:)" "$(number "$name" ft:)" \
-    "$(find "build/fuzz/corpus/$name" -type f | wc -l)" "$verdict"
+    "$(find "build/fuzz/corpus/fuzz_$name" -type f | wc -l)" "$verdict"
 done
 exit "$found"
