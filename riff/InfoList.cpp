@@ -59,7 +59,8 @@ bool WalkInfoList(ChunkWalk& walk, const TakeInfoEntry& take) {
 
 bool ReadInfoList(ChunkWalk& walk, InfoChunks& chunks, InfoWanted wanted) {
     chunks.clear();
-    TagIdsLeft tags;
+    static const TagIdsLeft all;  // for a million lists
+    TagIdsLeft tags = all;
     const bool whole = WalkInfoList(walk, [&](uint32_t id, uint32_t held, uint32_t kept) {
         if (wanted == InfoWanted::Tags && !tags.Take(id)) return walk.Skip(held);
         return chunks.Append(id, held, kept, [&](char* bytes) { return walk.Read(bytes, held); });

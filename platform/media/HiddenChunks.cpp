@@ -13,6 +13,7 @@ constexpr uint32_t kWanted[] = {ChunkId::kFmt,  FourCC("ds64"),   ChunkId::kFact
                                 ChunkId::kData, ChunkId::kCommon, FourCC("FVER"),
                                 FourCC("wave"), FourCC("CHAN"),   kSound};
 constexpr uint32_t kBigEndianFiles[] = {ChunkId::kForm, FourCC("RIFX")};
+constexpr uint32_t kMostWanted = 256;          // of them; a handful is usual
 constexpr uint32_t kLargestTrue = 0x7FFFEFFF;  // of audio; above it stand numbers for "not told"
 
 template <size_t count>
@@ -45,7 +46,7 @@ size_t HiddenChunks::Pass(uint64_t place, std::span<uint8_t> bytes) {
         }
         const uint64_t content = m_next + kChunkHeaderSize;
         m_next = content + size + (size & 1);
-        if (IsOneOf(kWanted, id))
+        if (id == ChunkId::kData || (IsOneOf(kWanted, id) && ++m_wanted <= kMostWanted))
             m_run = nullptr;
         else
             Hide(header, content, m_next);

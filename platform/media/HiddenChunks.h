@@ -2,8 +2,9 @@
 // them, and a demuxer may look through all that it has for each. While the head of a file passes, the headers
 // of such chunks become those of filler, of one for a whole run of them. Places, sizes and audio stay.
 //
-// Decisions: audio whose size can't be true ends it, since nobody knows what follows. So does a jump past the
-// next header.
+// Decisions: of what audio needs the first 256 chunks are left as they are, and all of "data", since the
+// demuxer of WAV goes on from one to the next. Audio whose size can't be true ends it,
+// since nobody knows what follows. So does a jump past the next header.
 #pragma once
 
 #include <cstddef>
@@ -30,4 +31,5 @@ private:
     uint64_t m_next = 0;        // place of the next header
     uint8_t* m_run = nullptr;   // header of the filler that can still grow
     uint64_t m_runContent = 0;  // place after it
+    uint32_t m_wanted = 0;      // chunks that were left as they are, without "data"
 };

@@ -38,7 +38,7 @@ std::string Each(size_t count, Make make) {
 inline std::string IdOf(size_t number) {
     std::string id(4, 'A');
     for (char& letter : id) {
-        letter = static_cast<char>(letter + number % 26);
+        letter = static_cast<char>('A' + static_cast<int>(number % 26));
         number /= 26;
     }
     return id;

@@ -11,7 +11,8 @@ struct HostileFile {
     std::string name;
     std::string extension;  // with its dot
     std::function<std::string()> make;
-    size_t kept = 0;  // bytes that reading it may keep on top: tags, pixels
+    size_t kept = 0;    // bytes that reading it may keep on top: tags, pixels
+    double slower = 1;  // times the time of others
 };
 using HostileFiles = std::vector<HostileFile>;
 

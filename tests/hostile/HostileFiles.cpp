@@ -130,7 +130,7 @@ private:
         // What is kept takes time as well: as long again for each so many bytes.
         const auto kept = static_cast<int64_t>(file.kept * operation.copies);
         const double share = 1 + static_cast<double>(file.kept) / static_cast<double>(kMostBytes);
-        return outcome.milliseconds <= kMostMilliseconds * operation.steps * share &&
+        return outcome.milliseconds <= kMostMilliseconds * operation.steps * share * file.slower &&
                outcome.bytes <= kMostBytes + kept;
     }
     bool Holds(const HostileFile& file, std::span<const Operation> operations) const {

@@ -174,6 +174,7 @@ void AddGifs(HostileFiles& files) {
         for (size_t at = 0; at + 255 <= bytes.size(); at += 255) blocks += "\xFF" + bytes.substr(at, 255);
         return GifHead(1000, 1000) + GifFrame(1000, 1000) + "\2" + blocks + Zeros(1) + ";";
     });
+    files.back().slower = 5;  // giflib sets its table anew each time
 }
 
 // --- JPEG

@@ -164,11 +164,11 @@ std::string Show(const Codec& codec, const std::string& path) {
 constexpr Operation kAudio[] = {
     {"read", false, 1, 1, Read},
     {"look", false, 1, 1, Look},
-    {"edit", true, 2, 1, EditChanged},
-    {"rewrite", true, 2, 1, EditAll},
+    {"edit", true, 3, 3, EditChanged},
+    {"rewrite", true, 3, 3, EditAll},
     {"info", false, 1, 1, Info},
     {"library read", false, 1, 1, LibraryRead},
-    {"library edit", true, 4, 5, LibraryEdit},
+    {"library edit", true, 4, 6, LibraryEdit},
 };
 constexpr Operation kPicture[] = {{"show", false, 1, 1, Show}};
 
