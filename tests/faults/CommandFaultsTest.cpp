@@ -78,7 +78,7 @@ TEST_P(CommandFaults, EndWithTheReasonOrAsThoughNothingHadHappened) {
     for (const std::string kind : {"read", "write", "open", "flush", "cut", "memory"}) {
         if (kinds.find(kind) == std::string_view::npos) continue;
         for (const char* lasting : {"", "+"}) {
-            for (int n = 1;; n += all ? 1 : 1 + n / 2) {
+            for (int n = 1;; n += all ? 1 : 1 + n) {
                 Restore();
                 const RunResult run = RunFailing(kind + ":" + std::to_string(n) + lasting);
                 if (!std::filesystem::exists(m_folder / ".failed")) break;

@@ -115,6 +115,11 @@ private:
                     std::span<const Operation> operations) {
         std::memset(m_outcomes, 0, sizeof(Outcome) * kMostOperations);
         std::fflush(stdout);
+        if (!kJudges) {  // a child takes longer than what it is to do, and the sanitizer names the place
+            alarm(kHangSeconds);
+            RunAll(m_codec, operations, path, m_folder.Of("copy" + extension), m_outcomes);
+            return true;
+        }
         const pid_t child = fork();
         if (child == 0) {
             alarm(kHangSeconds);

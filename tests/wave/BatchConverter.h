@@ -97,7 +97,8 @@ private:
                              static_cast<double>(m_phases);
             const double a = std::fabs(t * cutoff);
             const double sinc = a == 0 ? 1 : std::sin(std::fmod(a, 2.0) * kPi) / (a * kPi);
-            const double hann = std::fabs(t / 16) >= 1 ? 0 : std::pow(std::cos(t / 16 * 0.5 * kPi), 2);
+            const double window = std::fabs(t / 16) >= 1 ? 0 : std::cos(t / 16 * 0.5 * kPi);
+            const double hann = window * window;  // to the bit, which pow isn't
             sum += row[j] = hann * sinc;
         }
         for (int64_t j = 0; j < 32; ++j) row[j] /= sum;
