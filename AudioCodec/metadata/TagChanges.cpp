@@ -18,7 +18,7 @@ using Value = std::optional<std::u16string>;  // nothing: no such tag
 
 constexpr std::string_view kDigits = "0123456789";
 constexpr size_t kNewEntries = 4096;  // bytes that the new ones of "vltg" seldom go beyond
-constexpr size_t kCompactDate = 8;  // digits of year, month and day without anything between them
+constexpr size_t kCompactDate = 8;    // digits of year, month and day without anything between them
 
 struct Difference {
     const TagRow* row;

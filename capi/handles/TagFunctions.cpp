@@ -70,8 +70,7 @@ size_t vlw_tags_picture_count(const vlw_tags* tags) { return tags ? tags->conten
 
 vlw_code vlw_tags_picture_at(const vlw_tags* tags, size_t index, int32_t* number, const void** bytes,
                              size_t* size) {
-    return tags ? Lend(tags->content, tags->content.PictureAt(index), number, bytes, size)
-                : VLW_BAD_ARGUMENT;
+    return tags ? Lend(tags->content, tags->content.PictureAt(index), number, bytes, size) : VLW_BAD_ARGUMENT;
 }
 
 vlw_code vlw_tags_best_picture(const vlw_tags* tags, int32_t* number, const void** bytes, size_t* size) {

@@ -118,8 +118,7 @@ private:
         uint64_t end = place;
         while (walk.Next()) end = walk.Current().End();
         // A last pad byte may be missing.
-        m_chainSeen =
-            end == *m_input.Size() || (end == *m_input.Size() + 1 && walk.Current().size % 2 == 1);
+        m_chainSeen = end == *m_input.Size() || (end == *m_input.Size() + 1 && walk.Current().size % 2 == 1);
         return m_chainSeen;
     }
 
