@@ -28,7 +28,7 @@ private:
         if (m_count < m_ids.size()) m_ids[m_count++] = id;
     }
 
-    std::array<uint32_t, 32> m_ids;
+    std::array<uint32_t, 32> m_ids = {};
     size_t m_count = 0;
 };
 

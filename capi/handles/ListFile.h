@@ -34,6 +34,6 @@ private:
     InputBlocks m_blocks;
     uint64_t m_listAt = 0;
     uint64_t m_size = 0;  // of the entries
-    uint8_t m_head[kHeadSize];
+    uint8_t m_head[kHeadSize] = {};
     std::exception_ptr m_failure;
 };

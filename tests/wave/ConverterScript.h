@@ -97,7 +97,8 @@ private:
         std::mt19937 random(Next16());
         std::vector<int16_t> samples(kInputFrames * channels);
         for (size_t i = 0; i < samples.size(); ++i) {
-            const auto t = static_cast<double>(i / channels);
+            const size_t frame = i / channels;
+            const auto t = static_cast<double>(frame);
             const auto any = static_cast<int>(random());
             const auto sine = [&](double peak) {
                 return static_cast<int>(
