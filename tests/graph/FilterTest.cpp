@@ -6,6 +6,7 @@
 #include "AudioCodec/graph/filter/CPointerList.h"
 #include "tests/graph/TestFilter.h"
 #include "tests/support/FailingAllocator.h"
+#include "tests/support/FilterManners.h"
 
 namespace {
 
@@ -104,6 +105,14 @@ TEST(BasePin, AConnectionThatCantBeCompletedIsTakenBackAtBothEnds) {
     EXPECT_EQ(pair.Connect(0, &full), S_OK);
     EXPECT_EQ(pair.Connect(0, &full), VFW_E_ALREADY_CONNECTED);
     EXPECT_EQ(pair.In().ReceiveConnection(&pair.Out(), &full), VFW_E_ALREADY_CONNECTED);
+}
+
+TEST(BaseFilter, AnswersAnyCaller) {
+    const Pair pair(2);
+    BYTE format = 1;
+    const AM_MEDIA_TYPE full = TypeNumber(1, &format);
+    ASSERT_EQ(pair.source->pins[0]->Connect(pair.sink->pins[0].get(), &full), S_OK);
+    for (const auto& filter : {pair.source, pair.sink}) filter_manners::ExpectFilter(*filter);
 }
 
 TEST(BaseFilter, CountsForItsPinsAndCutsItsName) {

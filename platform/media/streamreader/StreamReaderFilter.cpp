@@ -121,7 +121,9 @@ REFERENCE_TIME StreamReaderFilter::Position() {
     return m_segmentStart + FramesToTime(frames, m_format.nSamplesPerSec);
 }
 
-HRESULT StreamReaderFilter::GetCurrentPosition(LONGLONG* current) { return GetPositions(current, nullptr); }
+HRESULT StreamReaderFilter::GetCurrentPosition(LONGLONG* current) {
+    return current ? GetPositions(current, nullptr) : E_POINTER;
+}
 
 HRESULT StreamReaderFilter::GetPositions(LONGLONG* current, LONGLONG* stop) {
     if (current) *current = Position();

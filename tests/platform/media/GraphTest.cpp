@@ -6,6 +6,7 @@
 #include "platform/media/streamreader/RingSize.h"
 #include "tests/platform/media/CommandLine.h"
 #include "tests/platform/media/Graph.h"
+#include "tests/support/FilterManners.h"
 #include "tests/support/ScopedFile.h"
 
 namespace {
@@ -44,6 +45,20 @@ TEST(FilterGraph, TellsOfFiltersThatTakeTimeAndLetsGoOfThoseThatLeave) {
     EXPECT_FALSE(PeerOf(*pin));
     pin.Reset();
     EXPECT_FALSE(source->IsShared());
+}
+
+TEST(FilterGraph, AndItsFiltersAnswerAnyCaller) {
+    const ScopedFile file;
+    MakeFile(file.Path(), 1, 8000, "-c:a pcm_alaw", "2");
+    Graph graph;
+    ASSERT_EQ(graph.Open(file.Wide()), S_OK);
+    filter_manners::ExpectSeeking(*graph.seeking, 20'000'000);
+    RefPtr<IEnumFilters> filters;
+    ASSERT_EQ(graph.graph->EnumFilters(filters.Put()), S_OK);
+    EXPECT_GE(filter_manners::ExpectEnumerates<IBaseFilter>(*filters), 3U);
+    filters->Reset();
+    for (RefPtr<IBaseFilter> filter; filters->Next(1, filter.Put(), nullptr) == S_OK;)
+        filter_manners::ExpectFilter(*filter);
 }
 
 TEST(GraphReading, NeedsARunningGraph) {
