@@ -55,39 +55,38 @@ Character FirstOf(std::string_view bytes) {
     return {};
 }
 
-}  // namespace
-
-std::string Printable(std::string_view text) {
+// The text with each character that `spell` spells out; what it returns empty stays as it is.
+template <class Spell>
+std::string Spelled(std::string_view text, const Spell& spell) {
     std::string out;
     out.reserve(text.size());
     while (!text.empty()) {
         const Character next = FirstOf(text);
-        const size_t length = std::max<size_t>(next.length, 1);
-        if (next.length == 0 || IsControl(next.value))
-            out += fmt::format("\\x{:02X}", static_cast<uint8_t>(text.front()));
-        else if (IsSteering(next.value))
-            out += fmt::format("\\u{:04X}", static_cast<uint32_t>(next.value));
-        else
-            out += text.substr(0, length);
-        text.remove_prefix(length);
+        const std::string_view bytes = text.substr(0, std::max<size_t>(next.length, 1));
+        const std::string spelled = spell(next, bytes.front());
+        out += spelled.empty() ? bytes : spelled;
+        text.remove_prefix(bytes.size());
     }
     return out;
 }
 
+}  // namespace
+
+std::string Printable(std::string_view text) {
+    return Spelled(text, [](const Character& next, char first) {
+        if (next.length == 0 || IsControl(next.value))
+            return fmt::format("\\x{:02X}", static_cast<uint8_t>(first));
+        return IsSteering(next.value) ? fmt::format("\\u{:04X}", static_cast<uint32_t>(next.value))
+                                      : std::string();
+    });
+}
+
 std::string PrintableJson(std::string_view json) {
-    std::string out;
-    out.reserve(json.size());
-    while (!json.empty()) {
-        const Character next = FirstOf(json);
-        const size_t length = std::max<size_t>(next.length, 1);
-        // Of C0 only the layout's own line ends are left.
-        if (next.value == 0x7F || IsSteering(next.value))
-            out += fmt::format("\\u{:04x}", static_cast<uint32_t>(next.value));
-        else
-            out += json.substr(0, length);
-        json.remove_prefix(length);
-    }
-    return out;
+    // Of C0 only the layout's own line ends are left.
+    return Spelled(json, [](const Character& next, char) {
+        const bool isLeft = next.value == 0x7F || IsSteering(next.value);
+        return isLeft ? fmt::format("\\u{:04x}", static_cast<uint32_t>(next.value)) : std::string();
+    });
 }
 
 bool IsUtf8(std::string_view bytes) {

@@ -7,7 +7,7 @@
 
 namespace {
 
-// The ids that tags are made of, each until it is taken.
+// The ids that tags are made of, each until it is taken. Of a table with more of them than have room, any id.
 class TagIdsLeft {
 public:
     TagIdsLeft() {
@@ -16,6 +16,7 @@ public:
             if (row.chunk != 0) Add(row.chunk);
     }
     bool Take(uint32_t id) {
+        if (m_count > m_ids.size()) return true;
         const auto end = m_ids.begin() + static_cast<std::ptrdiff_t>(m_count);
         const auto found = std::find(m_ids.begin(), end, id);
         if (found == end) return false;
@@ -25,7 +26,8 @@ public:
 
 private:
     void Add(uint32_t id) {
-        if (m_count < m_ids.size()) m_ids[m_count++] = id;
+        if (m_count < m_ids.size()) m_ids[m_count] = id;
+        ++m_count;
     }
 
     std::array<uint32_t, 32> m_ids = {};
