@@ -26,7 +26,7 @@ say "kernels"
 shared="$(nm -C build/release/AudioCodec/CMakeFiles/vlacwav3_objects.dir/wave/converter/Kernel[AN]*.o | grep ' W ' || true)"
 [[ -z "$shared" ]] || die "the kernels share functions with other files: $shared"
 
-# What ships; tests and benchmarks are held to the warnings of both compilers.
+# What ships; tests are held to the warnings of both compilers, benchmarks to those of g++.
 # The fuzzer's targets are compiled here alone, as their own build would.
 say "clang-tidy"
 log=build/clang-tidy.log
