@@ -134,7 +134,7 @@ static void mixes(vlw_reader *reader) {
     vlw_converter *converter = NULL;
     CHECK_AT(vlw_converter_new(NULL, &converter) == VLW_OK && set_output(reader, 0, 2) == VLW_OK);
     for (size_t i = 0; i < sizeof masks / sizeof *masks; ++i) {
-        put_le32(made.file + 40, masks[i].mask);
+        set_le32(made.file + 40, masks[i].mask);
         CHECK_AT(vlw_reader_open_memory(reader, made.file, made.size) == masks[i].expected);
         FILE *const file = fopen("speakers.wav", "wb");
         CHECK_AT(file && fwrite(made.file, 1, made.size, file) == made.size && fclose(file) == 0);
