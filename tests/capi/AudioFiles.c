@@ -355,7 +355,7 @@ bytes make_aiff(uint32_t channels, uint32_t frames) {
 /* ---- reading ---- */
 
 int told(const vlw_error *error, vlw_code code, vlw_code expected, int system, const char *path) {
-    const int good = code == expected && error->code == expected && (system < 0 || error->system == system) && error->text[0] && strcmp(error->path, path) == 0;
+    const int good = code == expected && error->code == expected && (system < 0 || error->system == system) && error->text[0] && (!path || strcmp(error->path, path) == 0);
     if (!good) fprintf(stderr, "  %d, not %d; %d of %d \"%s\" \"%s\"\n", code, expected, error->code, error->system, error->text, error->path);
     return good;
 }

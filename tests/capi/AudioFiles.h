@@ -76,7 +76,8 @@ bytes make_aiff(uint32_t channels, uint32_t frames);
 
 /* ---- reading ---- */
 
-/* Whether a failure is the expected one and its record tells of it; a `system` of -1 is any. */
+/* Whether a failure is the expected one and its record tells of it; a `system` of -1 and no
+ * path are any. */
 int told(const vlw_error* error, vlw_code code, vlw_code expected, int system, const char* path);
 /* Whether both a new reader and a new editor find this value of a tag, or NULL for none. */
 int tag_is(const char* path, const char* keyword, const char* value);

@@ -1,9 +1,9 @@
 /* Other rates and channels: exact lengths, the same frames from every place and in every division, and the mixes. */
+#define _GNU_SOURCE
 #include <math.h>
-#include <stdlib.h>
 
 #include "tests/capi/AudioFiles.h"
-#include "tests/capi/Check.h"
+#include "tests/capi/Files.h"
 
 static char s_where[160];
 #define CHECK_AT(condition)                                           \
@@ -136,8 +136,7 @@ static void mixes(vlw_reader *reader) {
     for (size_t i = 0; i < sizeof masks / sizeof *masks; ++i) {
         set_le32(made.file + 40, masks[i].mask);
         CHECK_AT(vlw_reader_open_memory(reader, made.file, made.size) == masks[i].expected);
-        FILE *const file = fopen("speakers.wav", "wb");
-        CHECK_AT(file && fwrite(made.file, 1, made.size, file) == made.size && fclose(file) == 0);
+        put_file("speakers.wav", (bytes){made.file, made.size});
         CHECK_AT(vlw_converter_run(converter, "speakers.wav", "stereo.wav", &stereo) == masks[i].expected);
         CHECK_AT((remove("stereo.wav") == 0) == (masks[i].expected == VLW_OK) && remove("speakers.wav") == 0);
     }
@@ -146,32 +145,11 @@ static void mixes(vlw_reader *reader) {
     CHECK_AT(set_output(reader, 0, 0) == VLW_OK);
 }
 
-/* Rates of files that nobody means, and their conversion. */
-static void odd_rates(vlw_reader *reader) {
-    const uint32_t rates[] = {1, 999, 768001, 10000000, INT32_MAX};
-    for (size_t i = 0; i < sizeof rates / sizeof *rates; ++i) {
-        sound made = make_sound(PCM_16, rates[i], 1, 100);
-        snprintf(s_where, sizeof s_where, "rate %u", rates[i]);
-        CHECK_AT(set_output(reader, 0, 0) == VLW_OK && vlw_reader_open_memory(reader, made.file, made.size) == VLW_OK);
-        CHECK_AT(vlw_reader_rate(reader) == rates[i] && reads_as(reader, made.samples, 0, made.frames, 64, VLW_END));
-        const vlw_code code = set_output(reader, 48000, 0) == VLW_OK ? vlw_reader_open_memory(reader, made.file, made.size) : VLW_FAILED;
-        CHECK_AT(code == VLW_OK || code == VLW_UNSUPPORTED);
-        if (code == VLW_OK) {
-            size_t frames = 0;
-            free(whole(reader, &frames, 5000));
-        }
-        vlw_reader_close(reader);
-        free_sound(&made);
-    }
-    CHECK_AT(set_output(reader, 0, 0) == VLW_OK);
-}
-
 int main(void) {
     vlw_reader *reader = NULL;
     CHECK(vlw_reader_new(NULL, &reader) == VLW_OK);
     mixes(reader);
     rates(reader);
-    odd_rates(reader);
     vlw_reader_free(reader);
     return s_failures ? 1 : 0;
 }

@@ -486,25 +486,6 @@ static void without_proc(void) {
     vlw_writer_free(writer);
 }
 
-static void killed(void) {
-    const size_t names = names_in(".");
-    int ends[2];
-    char ready = 0;
-    CHECK(pipe(ends) == 0);
-    const pid_t child = fork();
-    if (child == 0) {
-        vlw_writer *writer = new_writer();
-        if (vlw_writer_create(writer, "killed.wav", 0) == VLW_OK && vlw_writer_write_int16(writer, s_samples, FRAMES) == VLW_OK)
-            ready = 1;
-        if (write(ends[1], &ready, 1) == 1) pause();
-        _exit(1);
-    }
-    CHECK(read(ends[0], &ready, 1) == 1 && ready == 1 && kill(child, SIGKILL) == 0 && waitpid(child, NULL, 0) == child);
-    CHECK(names_in(".") == names);
-    close(ends[0]);
-    close(ends[1]);
-}
-
 /* In a child a writer is freed without a trace, and the parent goes on. */
 static void forked(void) {
     vlw_writer *writer = new_writer();
@@ -534,7 +515,7 @@ int main(int argc, char **argv) {
     static const check kChecks[] = {{"all_formats", all_formats, 0}, {"odd_rates", odd_rates, 0},         {"six_channels", six_channels, 0},       {"floats", floats, 0},
                                     {"refusals", refusals, 0},       {"overwriting", overwriting, 0},     {"write_protected", write_protected, 1}, {"tags", tags, 0},
                                     {"failing", failing_targets, 0}, {"limited_sizes", limited_sizes, 1}, {"full_disk", full_disk, 1},             {"without_proc", without_proc, 1},
-                                    {"killed", killed, 0},           {"forked", forked, 0}};
+                                    {"forked", forked, 0}};
     if (argc != 3) return 2;
     s_vlwav = argv[1];
     for (size_t i = 0; i < FRAMES * 6; ++i) s_samples[i] = (int16_t)(20000 * sin((double)i * 0.01) + (double)(i * 7919 % 9973));

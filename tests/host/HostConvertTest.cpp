@@ -105,13 +105,6 @@ TEST_F(HostConvertThreads, ManyFilesAtOnceAndOneBadAmongThem) {
         EXPECT_EQ(Bytes("out/f" + std::to_string(i) + ".wav").size(), 44 + 4 * frames(i));
 }
 
-TEST_F(HostConvertThreads, ALongFileIsTheSameFromHoweverManyThreads) {
-    WriteWav("long.wav", 2, 44100, 16, 300000);
-    EXPECT_EQ(Vlwav("convert long.wav -o one.wav --rate 48000 --jobs 1").exitCode, 0);
-    EXPECT_EQ(Vlwav("convert long.wav -o three.wav --rate 48000 --jobs 3").exitCode, 0);
-    EXPECT_TRUE(Bytes("three.wav") == Bytes("one.wav"));
-}
-
 TEST_F(HostConvert, WhatTheOutputLacksIsNamed) {
     WavImage list = None().Chunk("ISFT", "tool").Chunk("INAM", "Name");
     list.Chunk("ICRD", "2001-05-06").Chunk("IARL", {"12\0", 3});

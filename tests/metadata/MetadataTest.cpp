@@ -200,22 +200,6 @@ TEST(MetadataEditor, AnswersFromTheLastOpenWhenClosed) {
     EXPECT_EQ(Text(*metadata, ATTR_TITLE), u"Song");
 }
 
-TEST(MetadataEditor, WithoutMemorySaveLeavesTheFileAsItWas) {
-    const Bytes before = Recording(kInfo);
-    const ScopedFile file(before);
-    const RefPtr<CACMetadataEditor> editor = Editor(file);
-    const RefPtr<IAC3Metadata> metadata = NewMetadata();
-    metadata->SetString(ATTR_TITLE, u"A longer title than fits into a short string");
-    ASSERT_EQ(editor->SetMetadata(metadata.Get()), RESULT_OK);
-    Result saved = RESULT_NO_MEMORY;
-    for (int allocations = 0; file.Bytes() == before; ++allocations) {
-        ASSERT_EQ(editor->Open(), RESULT_OK);
-        const FailingAllocator heap(allocations, true);  // there is memory again when the file is closed
-        saved = editor->Save();
-    }
-    EXPECT_EQ(saved, RESULT_OK);
-}
-
 TagPairs Read(const InfoChunks& chunks) {
     TagList tags;
     ChunksToTags(tags, chunks);
