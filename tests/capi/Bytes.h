@@ -38,7 +38,8 @@ static inline uint32_t number_at(bytes file, size_t place) {
 }
 
 /* A RIFF chunk; `size_told` in place of its size where that isn't 0. */
-static inline void add_chunk(bytes* to, const char* id, const void* content, size_t size, uint32_t size_told) {
+static inline void add_chunk(bytes* to, const char* id, const void* content, size_t size,
+                             uint32_t size_told) {
     unsigned char told[4];
     set_le32(told, size_told ? size_told : (uint32_t)size);
     add(to, id, 4);

@@ -183,6 +183,21 @@ static void changes(void) {
     vlw_editor_free(editor);
 }
 
+/* An archival location that begins with a digit stays, whatever becomes of the track. */
+static void locations(void) {
+    vlw_editor *const editor = new_editor();
+    const char *const tracks[] = {"9", "12345", NULL};
+    for (size_t i = 0; i < 3; ++i) {
+        free(put_wave("a.wav", &kWaves[1], "fdl", "IARL=7th shelf|INAM=x").at);
+        CHECK(vlw_editor_open(editor, "a.wav") == VLW_OK && vlw_tags_set(vlw_editor_tags(editor), "track", tracks[i]) == VLW_OK);
+        CHECK(vlw_editor_save(editor, 0) == VLW_OK && tag_is("a.wav", "track", tracks[i]));
+        bytes after = contents("a.wav"), entries = entries_of(after), location = make_entries("IARL=7th shelf|INAM=x");
+        CHECK(entries.size >= location.size && memcmp(entries.at, location.at, location.size) == 0);
+        free(after.at), free(entries.at), free(location.at);
+    }
+    vlw_editor_free(editor);
+}
+
 /* Every keyword that is kept, all at once, then a long text, then none. */
 static void all_keywords(void) {
     static char text[300001];
@@ -527,7 +542,7 @@ static void memory_runs_out(void) {
 
 int main(int argc, char **argv) {
     static const check kChecks[] = {
-        {"layouts", layouts, 0}, {"changes", changes, 0},     {"all_keywords", all_keywords, 0},   {"losses", losses, 0},
+        {"layouts", layouts, 0}, {"changes", changes, 0},     {"locations", locations, 0}, {"all_keywords", all_keywords, 0},   {"losses", losses, 0},
         {"sharing", sharing, 0}, {"forked", forked, 0},       {"refusals", refusals, 0},           {"rights", rights, 1},
         {"names", names, 0},     {"full_disk", full_disk, 1}, {"limited_sizes", limited_sizes, 1}, {"failing_changes", failing_changes, 0},
         {"memory", memory_runs_out, 0}};

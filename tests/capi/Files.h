@@ -1,4 +1,5 @@
-/* Files, folders and children for the checks in C, whose failures count as those of the check that includes this. */
+/* Files, folders and children for the checks in C, whose failures count as those of the check that includes
+ * this. */
 #ifndef FILES_H
 #define FILES_H
 

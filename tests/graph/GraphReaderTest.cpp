@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <limits>
+#include <optional>
 #include <random>
 
 #include "AudioCodec/attributes/AttributeIds.h"
@@ -9,6 +11,7 @@
 #include "AudioCodec/graph/GraphHelpers.h"
 #include "AudioCodec/wave/CACStreamReader.h"
 #include "platform/media/streamreader/RingSize.h"
+#include "tests/platform/SystemFaults.h"
 #include "tests/platform/media/CommandLine.h"
 #include "tests/support/ByteStream.h"
 #include "tests/support/FailingAllocator.h"
@@ -168,6 +171,43 @@ protected:
     size_t m_samples = 0;
     bool m_ended = false;
 };
+
+// What came before it, then the failure until a seek, and then all.
+TEST_P(GraphReaderFaults, AReadThatFailsIsNeverTheEnd) {
+    constexpr uint64_t kNever = std::numeric_limits<uint64_t>::max();
+    ByteStream stream(m_file.Bytes());
+    for (const bool fromStream : {false, true}) {
+        int told = 0;
+        for (int call = 0;; ++call) {
+            SCOPED_TRACE(call);
+            std::optional<WithReadErrors> errors;
+            if (!fromStream) errors.emplace(call);
+            stream.calls = 0;
+            stream.failFromCall = fromStream ? static_cast<uint64_t>(call) : kNever;
+            const Result opened =
+                fromStream ? m_reader.OpenStream(&stream, 0) : m_reader.Open(m_path.c_str(), 0);
+            if (opened != RESULT_OK) {
+                EXPECT_EQ(opened, RESULT_SOURCE_NOT_LOADED);
+                continue;
+            }
+            const Result read = ReadOn(m_reader);
+            ASSERT_TRUE(IsPrefix());
+            if (read == RESULT_OK) break;
+            ++told;
+            EXPECT_LT(read, 0);
+            EXPECT_FALSE(m_ended);
+            EXPECT_EQ(ReadOn(m_reader), read);
+            EXPECT_EQ(m_samples, 0U);
+            errors.reset();
+            stream.failFromCall = kNever;
+            EXPECT_EQ(m_reader.Seek(0, 0, nullptr), RESULT_OK);
+            EXPECT_EQ(ReadOn(m_reader), RESULT_OK);
+            ASSERT_TRUE(IsWhole());
+        }
+        EXPECT_TRUE(IsWhole());
+        EXPECT_GT(told, 0);
+    }
+}
 
 TEST_P(GraphReaderFaults, AnAllocationThatFailsIsNeverTheEnd) {
     m_reader.Close();

@@ -41,14 +41,6 @@ Metadata TagsOf(const ScopedFile& file, const Options& options = {}) {
     return metadata;
 }
 
-std::u16string Text(IAC3Metadata& metadata, uint32_t id) {
-    char16_t* text = nullptr;
-    if (metadata.GetString(id, &text) != RESULT_OK) return u"(none)";
-    std::u16string copy(text);
-    metadata.Free(text);
-    return copy;
-}
-
 // All that is written, in its own form.
 TagPairs Written(IAC3Metadata& metadata) {
     TagPairs pairs;
@@ -354,6 +346,24 @@ TEST(EditAttributes, DatesTracksAndSecondPlaces) {
         Change(file, kChangedOnly, row.id, row.value);
         EXPECT_TRUE(Bytes(file) == once) << "a second save grows nothing";
     }
+}
+
+TEST(EditAttributes, WithoutMemoryTheFileStaysAsItWas) {
+    const ScopedFile file(WithList(kOdd).Image());
+    const std::string before = Bytes(file);
+    const Metadata metadata = TagsOf(file);
+    metadata->SetString(ATTR_TITLE, u"A longer title than fits into a short string");
+    const auto editor = Editor(file, kChangedOnly);
+    ASSERT_EQ(editor->SetMetadata(metadata.Get()), RESULT_OK);
+    const TagPairs wanted = Written(*metadata);
+    for (int allocations = 0; Bytes(file) == before; ++allocations) {
+        ASSERT_EQ(editor->Open(), RESULT_OK);
+        const WithFaults quick({.flushes = false});
+        const FailingAllocator heap(allocations, true);
+        const Result saved = editor->Save();
+        EXPECT_EQ(saved, FailingAllocator::HasFailed() ? RESULT_NO_MEMORY : RESULT_OK);
+    }
+    EXPECT_EQ(Written(*TagsOf(file)), wanted);
 }
 
 // A host that goes on after each failure. The tags are old or new afterwards, all of them.

@@ -20,15 +20,6 @@ namespace {
 using namespace std::string_literals;
 using Bytes = std::vector<uint8_t>;
 
-// The text of an attribute, or "(none)".
-std::u16string Text(IAC3Metadata& metadata, uint32_t id) {
-    char16_t* text = nullptr;
-    if (metadata.GetString(id, &text) != RESULT_OK) return u"(none)";
-    std::u16string copy(text);
-    metadata.Free(text);
-    return copy;
-}
-
 TEST(Metadata, CopyTakesTheListedAttributesAndLeavesWhatTheSourceLacks) {
     const RefPtr<IAC3Metadata> source = NewMetadata();
     source->SetLong(ATTR_TITLE, 1);  // of another type: passed over

@@ -374,6 +374,26 @@ TEST(StreamReader, AFailedOpenLeavesNothingToReadAndForgetsTheStream) {
     }
 }
 
+// A stream's block align is believed as it stands, so buffers must not depend on it.
+TEST(StreamReader, BlockAlignsThatContradictTheFormatGiveACode) {
+    for (const auto& [align, channels] : {std::pair{0, 0}, {0, 1}, {3, 1}, {60000, 0}, {60000, 1}}) {
+        WavImage image = WavImage().Header("fmt ", 16).Word16(1).Word16(static_cast<uint16_t>(channels));
+        image.Word32(44100).Word32(0).Word16(static_cast<uint16_t>(align)).Word16(16);
+        ByteStream stream(image.Chunk("data", std::string(200000, 'x')).Image());
+        const RefPtr<CACStreamReader> reader = NewReader();
+        ASSERT_EQ(reader->OpenStream(&stream, 0), RESULT_OK);
+        for (const uint32_t rate : {44100u, 48000u}) {
+            reader->SetOutputFormat(static_cast<uint32_t>(channels), rate, 2);
+            Samples buffer(64);
+            uint32_t read = 0;
+            int64_t length = 0;
+            EXPECT_EQ(reader->Read(buffer.data(), 32, &read, nullptr), RESULT_NOT_WAVE);
+            EXPECT_EQ(reader->GetLength(&length), align == 0 ? RESULT_NOT_WAVE : RESULT_OK);
+            reader->Seek(0, 1, nullptr);
+        }
+    }
+}
+
 TEST(StreamReader, AStreamThatFailsOrComesShortAtAnyCallGivesACodeAndNothingStale) {
     const std::string longName(70000, 'n');  // so much is not read before the stream has proved to hold it
     const WavImage tags = None().Chunk("INAM", longName).Chunk("IART", "xy");

@@ -135,6 +135,32 @@ TEST(ChunkWalk, TakesACallersSizeInsteadOfOneThatLies) {
     EXPECT_EQ(walk.Current().id, FourCC("tail"));
 }
 
+TEST(WaveFileWalk, SizesThatLieTakeNoMemory) {
+    constexpr size_t kSmall = 200000;
+    for (const uint32_t claimed : {0x10000000u, 0xFFFFFFF0u, 0xFFFFFFFEu, 0xFFFFFFFFu}) {
+        const std::string some(200, 'x');
+        const struct {
+            bool opens;
+            WavImage image;
+        } rows[] = {
+            {false, WavImage().Header("fmt ", claimed).FormatRecord(1, 1, 8000, 8).Bytes(some)},
+            {false, Sound().Header("LIST", claimed).Bytes("INFO").Header("INAM", claimed - 30).Bytes("abc")},
+            {true, Sound().Header("LIST", 100).Bytes("INFO").Header("INAM", claimed).Bytes(some)},
+            {true, Sound().Header("fact", claimed).Bytes("abcd")}};
+        for (const auto& [opens, image] : rows) {
+            const ScopedFile file(image.Image());
+            ByteStream stream(image.Image());
+            const std::u16string path = file.Wide();
+            CWaveFile wave;
+            const size_t before = AllocatedSoFar().bytes;
+            EXPECT_EQ(wave.OpenForReading(path.c_str(), true) == RESULT_OK, opens);
+            wave.AttachStream(&stream);
+            EXPECT_EQ(wave.ParseChunks(), opens);
+            EXPECT_LT(AllocatedSoFar().bytes - before, kSmall) << claimed;
+        }
+    }
+}
+
 TEST(WaveFileWrite, ResultsTellWhyAFileCannotBeHad) {
     const ScopedFile file(Sound().Image());
     CWaveFile reader;
