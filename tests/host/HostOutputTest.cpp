@@ -89,18 +89,6 @@ TEST_F(HostOutput, WhatIsThereAndTheInputItselfStayAsTheyAre) {
     EXPECT_EQ(Names(), names);
 }
 
-TEST_F(HostOutput, AReplacedFileKeepsItsModeAndItsLinkAndADeviceIsNotReplaced) {
-    WriteBytes("real.raw", "old");
-    std::filesystem::permissions(m_folder / "real.raw", std::filesystem::perms{0640});
-    std::filesystem::create_symlink("real.raw", m_folder / "link.raw");
-    EXPECT_EQ(Vlwav("decode a.wav -o link.raw --overwrite").exitCode, 0);
-    EXPECT_TRUE(std::filesystem::is_symlink(m_folder / "link.raw"));
-    EXPECT_TRUE(Bytes("real.raw") == m_audio);
-    EXPECT_EQ(Run("stat -c %a real.raw").out, "640\n");
-    EXPECT_EQ(Vlwav("decode a.wav -o /dev/null").exitCode, 0);
-    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
-}
-
 TEST_F(HostOutput, InterruptedWorkSaysSoAndLeavesNothing) {
     // They take long to read and hardly any room: an hour of silence in a hole of the disk.
     for (const char* name : {"1.wav", "2.wav", "3.wav"}) {
