@@ -38,7 +38,13 @@ capi/output: capi capi/posix
 capi/input: capi capi/posix platform/file platform/base riff
 capi/audio: capi/input capi capi/posix AudioCodec/wave AudioCodec/wave/converter AudioCodec/shell/object platform/com platform/sync platform/base riff
 capi/handles: capi/audio capi/input capi/output capi/posix capi AudioCodec/wave AudioCodec/metadata platform/image platform/file platform/base riff
-host: capi
+host/base:
+host/terminal: host/base capi
+host/files: host/terminal host/base capi
+host/cli: host/files host/terminal host/base capi
+host/commands: host/cli host/files host/terminal host/base capi
+host/pages: host/commands host/cli
+host: host/commands host/cli host/files host/terminal host/base
 '
 
 # The folders of the layer and of the C library that know a system, and what only they include there.

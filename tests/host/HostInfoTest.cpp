@@ -23,15 +23,15 @@ TEST_F(HostInfo, JsonIsOneArrayAlsoWhenFilesFailOrHaveNamesThatAreNoUtf8) {
     WriteBytes("broken.wav", "RIFF but no more");
     const json array = Json("info missing.wav caf\xE9.wav broken.wav");
     ASSERT_EQ(array.size(), 3u);
-    EXPECT_EQ(array[0]["error"]["code"], 1000);
+    EXPECT_EQ(array[0]["reason"], "not-found");
     EXPECT_EQ(array[0]["file"], "missing.wav");
     EXPECT_EQ(array[1]["frames"], 24000);
     EXPECT_EQ(array[1]["seconds"], 0.5);
     EXPECT_EQ(array[1]["direct"], true);
     EXPECT_EQ(array[1]["fileBytes"], "Y2Fm6S53YXY=");
     EXPECT_FALSE(array[2].contains("fileBytes"));
-    EXPECT_EQ(array[2]["error"]["code"], 1003);
-    EXPECT_FALSE(array[2]["error"]["message"].get<std::string>().empty());
+    EXPECT_EQ(array[2]["reason"], "not-audio");
+    EXPECT_FALSE(array[2]["error"].get<std::string>().empty());
 }
 
 TEST_F(HostInfo, SaysWhichModuleItCouldNotLoad) {

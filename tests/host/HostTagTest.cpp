@@ -87,7 +87,7 @@ TEST_F(HostTag, AFileThatCannotBeChangedFailsAndTheOthersGoOn) {
         ExpectEnd(run, 1, line);
     const json array = json::parse(run.out);
     ASSERT_EQ(array.size(), 5u);
-    EXPECT_EQ(array[1]["error"]["code"], 1000);
+    EXPECT_EQ(array[1]["reason"], "not-found");
     for (const size_t good : {size_t{2}, size_t{3}, size_t{4}})
         EXPECT_EQ(array[good]["tags"], (json{{"genre", "Folk"}}));
 }

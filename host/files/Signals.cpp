@@ -1,4 +1,4 @@
-#include "host/Signals.h"
+#include "host/files/Signals.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -9,9 +9,9 @@
 #include <thread>
 
 #include "capi/vlwav_more.h"
-#include "host/ExitCodes.h"
-#include "host/Failure.h"
-#include "host/Report.h"
+#include "host/base/ExitCodes.h"
+#include "host/base/Failure.h"
+#include "host/terminal/Report.h"
 
 namespace Signals {
 namespace {

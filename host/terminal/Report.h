@@ -9,11 +9,14 @@
 
 namespace Report {
 
+// Of the fields that scripts rely on; another number means that one of them means something else.
+inline constexpr int kSchema = 1;
+
 std::string Json(const nlohmann::ordered_json& value);
-// What an entry of a file begins with: "file", its name, in which bytes that are no UTF-8 become U+FFFD, and
-// then "fileBytes", the name as it is in base64.
+// What an entry of a file begins with: "schema", "file", its name, in which bytes that are no UTF-8 become
+// U+FFFD, and then "fileBytes", the name as it is in base64.
 nlohmann::ordered_json JsonEntry(const std::string& file);
-// The entry of a file that failed.
+// The entry of a file that failed: "error", a sentence, and "reason", a word.
 nlohmann::ordered_json JsonFailure(const std::string& file, const std::exception& failure);
 
 // The line "vlwav: FILE: reason", without the file where it is empty. Both parts are made printable.
@@ -22,6 +25,11 @@ std::string Complaint(const std::string& file, const std::exception& failure);
 // The same on standard error.
 void Complain(const std::string& file, const std::string& reason);
 void Complain(const std::string& file, const std::exception& failure);
+// From now on nothing but failures is told on standard error. Before the first thread starts.
+void OnlyFailures();
+bool TellsFailuresAlone();
+// What is worth knowing, and no failure; one line on standard error, like a complaint.
+void Note(const std::string& file, const std::string& text);
 // What a file that ends early is refused with, after the library's sentence.
 inline constexpr const char* kPartialHint = " With --partial what is there is taken.";
 // Of a file whose head doesn't tell its length.

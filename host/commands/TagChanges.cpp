@@ -1,4 +1,4 @@
-#include "host/TagChanges.h"
+#include "host/commands/TagChanges.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <new>
 
-#include "host/Failure.h"
+#include "host/base/Failure.h"
 
 namespace {
 

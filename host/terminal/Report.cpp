@@ -1,4 +1,4 @@
-#include "host/Report.h"
+#include "host/terminal/Report.h"
 
 #include <fmt/format.h>
 
@@ -6,11 +6,13 @@
 #include <new>
 #include <nlohmann/json.hpp>
 
-#include "host/Reason.h"
-#include "host/TerminalText.h"
+#include "host/terminal/Reason.h"
+#include "host/terminal/TerminalText.h"
 
 namespace Report {
 namespace {
+
+bool failuresAlone = false;  // set before the first thread starts
 
 // Without memory for the line it says that alone.
 template <class Reason>
@@ -32,14 +34,15 @@ std::string Json(const OrderedJson& value) {
 }
 
 OrderedJson JsonEntry(const std::string& file) {
-    OrderedJson entry = {{"file", file}};
+    OrderedJson entry = {{"schema", kSchema}, {"file", file}};
     if (!TerminalText::IsUtf8(file)) entry["fileBytes"] = TerminalText::Base64(file);
     return entry;
 }
 
 OrderedJson JsonFailure(const std::string& file, const std::exception& failure) {
     OrderedJson entry = JsonEntry(file);
-    entry["error"] = {{"code", NumberOf(failure)}, {"message", ReasonOf(failure, file)}};
+    entry["error"] = ReasonOf(failure, file);
+    entry["reason"] = WordOf(failure);
     return entry;
 }
 
@@ -51,7 +54,15 @@ std::string Complaint(const std::string& file, const std::exception& failure) {
     return Complaint(file, ReasonOf(failure, file));
 }
 
+void OnlyFailures() { failuresAlone = true; }
+
+bool TellsFailuresAlone() { return failuresAlone; }
+
 void Complain(const std::string& file, const std::string& reason) { Tell(file, reason); }
+
+void Note(const std::string& file, const std::string& text) {
+    if (!failuresAlone) Tell(file, text);
+}
 
 void Complain(const std::string& file, const std::exception& failure) { Tell(file, failure); }
 

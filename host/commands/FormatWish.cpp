@@ -1,4 +1,4 @@
-#include "host/FormatWish.h"
+#include "host/commands/FormatWish.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <set>
 
-#include "host/Failure.h"
+#include "host/base/Failure.h"
 
 namespace {
 

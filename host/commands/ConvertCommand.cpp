@@ -11,15 +11,29 @@
 #include <thread>
 
 #include "capi/vlwav_more.h"
-#include "host/Commands.h"
-#include "host/Failure.h"
-#include "host/Output.h"
-#include "host/Report.h"
-#include "host/TagChanges.h"
-#include "host/TerminalText.h"
+#include "host/base/Failure.h"
+#include "host/commands/Commands.h"
+#include "host/commands/FormatWish.h"
+#include "host/commands/TagChanges.h"
+#include "host/files/Output.h"
+#include "host/terminal/Report.h"
+#include "host/terminal/TerminalText.h"
 
 namespace {
 
+struct ConvertOptions {
+    std::vector<std::string> files;
+    std::string output;  // a file, or a folder, which several files need
+    FormatWish wish;
+    bool overwrite = false;
+    bool partial = false;  // of a file that ends early what is there is enough
+    bool lossy = false;    // tags that the output can't keep may change or go
+    // Files at once, and threads for long ones; as suits the machine where missing.
+    std::optional<uint32_t> jobs;
+    std::vector<std::string> sets;  // "NAME=VALUE"
+};
+
+constexpr uint32_t kMaxJobs = 256;
 // Short files wait for the disk, one after the other, for longer than they need a core.
 constexpr size_t kFilesPerCore = 4;
 
@@ -234,13 +248,57 @@ private:
     std::exception_ptr m_outputFailure;
 };
 
-}  // namespace
+class ConvertCommand final : public Command {
+public:
+    ConvertCommand()
+        : Command(
+              {"convert",
+               "Make WAV files of audio files, with their tags",
+               {"Each file becomes a WAV file of one of the formats that \"vlwav formats\" lists: the "
+                "nearest to "
+                "its own, or what --format, --rate, --channels and --bits ask for. An output appears under "
+                "its name "
+                "when it is whole.",
+                "A file that fails is named on standard error, and the others are made all the same."},
+               {{"A file for a CD", "vlwav convert song.wav -o cd.wav --rate 44100 --channels 2"},
+                {"All files of a folder, for a phone", "vlwav convert *.wav -o phone/ --format 2"},
+                {"With another title", "vlwav convert song.wav -o new.wav --set title=\"North Wind\""}}}) {
+        FormatWish& wish = m_options.wish;
+        Take(Option{"IN", "", "Audio files", &m_options.files, Words::Files}.Required());
+        Take(Option{"-o,--output", "OUT", "File to write, or a folder for IN's name with .wav",
+                    &m_options.output, Words::Files}
+                 .Required());
+        Take({"--format", "INDEX", "Index of the format; the nearest to the source if not given", &wish.index,
+              Words::Formats});
+        Take(Option{"--rate", "HZ", "Frames per second", &wish.rate}.Without({"--format"}));
+        Take(Option{"--channels", "COUNT", "Channels", &wish.channels}.Without({"--format"}));
+        Take(Option{"--bits", "BITS", "Bits of a sample", &wish.bits}.Without({"--format"}));
+        Take({"--overwrite", "", "Replace what is there already", &m_options.overwrite});
+        Take({"--partial", "", "Of a file that ends early take what is there", &m_options.partial});
+        Take({"--lossy", "", "Let tags change or go that can't be kept as they are", &m_options.lossy});
+        Take(Option{"--jobs", "COUNT",
+                    "Files at once, and threads for long ones; as suits the machine if not given",
+                    &m_options.jobs}
+                 .Within(1, kMaxJobs));
+        Take({"--set", "NAME=VALUE", "A tag of the output, in place of the input's", &m_options.sets,
+              Words::TagValues});
+    }
+    bool TakesEncoding() const override { return true; }
 
-ExitCode RunConvert(const vlw::Module& module, const ConvertOptions& options) {
+    ExitCode Run(Context& context) override;
+
+private:
+    ConvertOptions m_options;
+};
+
+ExitCode ConvertCommand::Run(Context& context) {
+    const ConvertOptions& options = m_options;
     const TagChanges changes(options.sets, {});
+    const vlw::Module& module = context.Module();
     const std::vector<vlw::StockFormat> formats = module.formats();
     vlw::Conversion conversion;
     ApplyWish(options.wish, formats, conversion);
+    conversion.text = context.Text();
     conversion.flags = static_cast<vlw::Flags>(VLW_NOT_EMPTY);
     for (const auto& [wanted, flag] : {std::pair(options.overwrite, vlw::Flags::overwrite),
                                        {options.partial, vlw::Flags::partial},
@@ -252,3 +310,7 @@ ExitCode RunConvert(const vlw::Module& module, const ConvertOptions& options) {
     if (options.jobs) return Batch(rules, jobs).Run(*options.jobs, *options.jobs);
     return Batch(rules, jobs).Run(cores * kFilesPerCore, cores);
 }
+
+}  // namespace
+
+std::unique_ptr<Command> MakeConvertCommand() { return std::make_unique<ConvertCommand>(); }

@@ -1,4 +1,4 @@
-#include "host/TerminalText.h"
+#include "host/terminal/TerminalText.h"
 
 #include <fmt/format.h>
 

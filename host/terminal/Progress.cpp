@@ -1,4 +1,4 @@
-#include "host/Progress.h"
+#include "host/terminal/Progress.h"
 
 #include <fmt/format.h>
 #include <unistd.h>

@@ -1,5 +1,4 @@
-// Failures as the program tells them: a sentence for people, and a number for scripts, which is that of the
-// codec module's results.
+// Failures as the program tells them: a sentence for people, and a word for scripts.
 #pragma once
 
 #include <exception>
@@ -7,4 +6,4 @@
 
 // What went wrong with `file`, whose name stands before it already.
 std::string ReasonOf(const std::exception& failure, const std::string& file);
-int NumberOf(const std::exception& failure);
+const char* WordOf(const std::exception& failure);

@@ -3,10 +3,18 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
 
 class Failure : public std::runtime_error {
 public:
-    using std::runtime_error::runtime_error;
+    // `word` is the reason for scripts, and lives as long as the program.
+    explicit Failure(const std::string& sentence, const char* word = "failed")
+        : std::runtime_error(sentence), m_word(word) {}
+
+    const char* Word() const noexcept { return m_word; }
+
+private:
+    const char* m_word;
 };
 
 // The program's own output failed: nothing that follows could be delivered, so a command stops at once.

@@ -1,4 +1,4 @@
-#include "host/Output.h"
+#include "host/files/Output.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -9,8 +9,8 @@
 #include <cstring>
 #include <filesystem>
 
-#include "host/Failure.h"
-#include "host/Report.h"
+#include "host/base/Failure.h"
+#include "host/terminal/Report.h"
 
 namespace {
 

@@ -3,11 +3,11 @@
 #include <nlohmann/json.hpp>
 
 #include "capi/vlwav_more.h"
-#include "host/Commands.h"
-#include "host/Failure.h"
-#include "host/Output.h"
-#include "host/Report.h"
-#include "host/TerminalText.h"
+#include "host/base/Failure.h"
+#include "host/commands/Commands.h"
+#include "host/files/Output.h"
+#include "host/terminal/Report.h"
+#include "host/terminal/TerminalText.h"
 
 namespace {
 
@@ -92,24 +92,45 @@ private:
     std::string m_held;
 };
 
-}  // namespace
+class InfoCommand final : public Command {
+public:
+    InfoCommand()
+        : Command({"info",
+                   "Tell format and length of audio files",
+                   {"A file that can't be read is named on standard error, and the others are told all the "
+                    "same."},
+                   {{"One file", "vlwav info song.wav"},
+                    {"The seconds of all files of a folder",
+                     "vlwav info --json *.wav | jq 'map(.seconds) | add'"},
+                    {"A file whose name begins with a minus", "vlwav info -- -song.wav"}}}) {
+        Take(Option{"FILE", "", "Audio files", &m_files, Words::Files}.Required());
+        Take({"--json", "", "One JSON array instead of lines", &m_json});
+    }
+    bool TakesEncoding() const override { return true; }
 
-ExitCode RunInfo(const vlw::Module& module, const InfoOptions& options) {
-    vlw::Reader reader(module);
+    ExitCode Run(Context& context) override;
+
+private:
+    std::vector<std::string> m_files;
+    bool m_json = false;
+};
+
+ExitCode InfoCommand::Run(Context& context) {
+    vlw::Reader reader(context.Module());
+    reader.text(context.Text());
     static_cast<void>(vlw_reader_decode_late(reader.get(), 1));  // a reader is there, so it can't fail
     Output output = Output::Standard();
     HeldLines lines(output);
     auto array = nlohmann::ordered_json::array();  // for JSON alone: lines for people come file by file
-    const auto complain = [&](const std::string& file, const auto& reason) {
-        lines.Flush();  // what was found before stands before it, where both go to one place
-        Report::Complain(file, reason);
-    };
     ExitCode exitCode = EXIT_DONE;
-    for (const std::string& file : options.files) {
+    for (const std::string& file : m_files) {
         try {
             const Found found = Examine(reader, file);
-            if (found.cut) complain(file, "Warning: the file ends before the audio that its head promises.");
-            if (options.json)
+            if (found.cut) {
+                lines.Flush();  // what was found before stands before it, where both go to one place
+                Report::Note(file, "Warning: the file ends before the audio that its head promises.");
+            }
+            if (m_json)
                 array.push_back(Json(file, found));
             else
                 lines.Write(Text(file, found));
@@ -117,12 +138,17 @@ ExitCode RunInfo(const vlw::Module& module, const InfoOptions& options) {
             throw;
         } catch (const std::exception& failure) {
             exitCode = EXIT_FAILED;
-            complain(file, failure);
-            if (options.json) array.push_back(Report::JsonFailure(file, failure));
+            lines.Flush();
+            Report::Complain(file, failure);
+            if (m_json) array.push_back(Report::JsonFailure(file, failure));
         }
     }
-    if (options.json) output.Write(Report::Json(array));
+    if (m_json) output.Write(Report::Json(array));
     lines.Flush();
     output.Commit();
     return exitCode;
 }
+
+}  // namespace
+
+std::unique_ptr<Command> MakeInfoCommand() { return std::make_unique<InfoCommand>(); }
