@@ -41,7 +41,8 @@ run() {
 }
 
 for number in "${!runs[@]}"; do
-  (($(jobs -pr | wc -l) < JOBS)) || wait -n
+  # One that ended beside another lets wait return at once, for as long as nothing has asked for it.
+  while (($(jobs -pr | wc -l) >= JOBS)); do wait -n; done
   say "${runs[number]} for $minutes min"
   run "${runs[number]}" "$number" &
 done

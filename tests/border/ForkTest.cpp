@@ -21,7 +21,7 @@
 namespace {
 
 constexpr size_t kFrames = 3000;
-constexpr int kForks = 200;
+constexpr int kForks = 60;
 constexpr size_t kLong = 300000;  // frames, more than a graph decodes ahead
 
 // The exit code of a child that runs `work`, which is to return 0; -1 if it hangs or dies. It leaves by

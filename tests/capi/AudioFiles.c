@@ -1,3 +1,4 @@
+#define _GNU_SOURCE
 #include "tests/capi/AudioFiles.h"
 
 #include <errno.h>
@@ -19,10 +20,6 @@ static void put_number(sound *made, uint64_t value, int bytes, int big) {
     uint8_t out[8];
     for (int i = 0; i < bytes; ++i) out[big ? bytes - 1 - i : i] = (uint8_t)(value >> (8 * i));
     put(made, out, (size_t)bytes);
-}
-
-void put_le32(uint8_t *place, uint32_t value) {
-    for (int i = 0; i < 4; ++i) place[i] = (uint8_t)(value >> (8 * i));
 }
 
 static uint32_t noise(uint32_t *state) {
@@ -242,17 +239,11 @@ sound make_sound(sound_kind of, uint32_t rate, uint32_t channels, size_t units) 
     made.audio_bytes = made.size - made.audio;
     if (made.size & 1) made.file[made.size++] = 0;
     if (kind->aifc) {
-        const size_t size = made.size;
-        uint8_t sizes[8];
-        for (int i = 0; i < 4; ++i) {
-            sizes[i] = (uint8_t)((size - 8) >> (24 - 8 * i));
-            sizes[4 + i] = (uint8_t)((made.audio_bytes + 8) >> (24 - 8 * i));
-        }
-        memcpy(made.file + 4, sizes, 4);
-        memcpy(made.file + made.size_place, sizes + 4, 4);
+        set_be32(made.file + 4, (uint32_t)made.size - 8);
+        set_be32(made.file + made.size_place, (uint32_t)made.audio_bytes + 8);
     } else {
-        put_le32(made.file + 4, (uint32_t)made.size - 8);
-        put_le32(made.file + made.size_place, (uint32_t)made.audio_bytes);
+        set_le32(made.file + 4, (uint32_t)made.size - 8);
+        set_le32(made.file + made.size_place, (uint32_t)made.audio_bytes);
     }
     return made;
 }
@@ -270,7 +261,124 @@ size_t frames_in(const sound *made, size_t bytes) {
     return frames;
 }
 
+/* ---- layouts ---- */
+
+const wave kWaves[WAVES] = {{PCM_8, 22050, 1},    {PCM_16, 44100, 2},        {PCM_24, 48000, 2}, {PCM_32, 96000, 1},
+                            {FLOAT_32, 44100, 2}, {EXTENSIBLE_16, 48000, 6}, {A_LAW, 8000, 1},   {MU_LAW, 11025, 2},
+                            {IMA_ADPCM, 22050, 2}, {EXTENSIBLE_24, 192000, 2}};
+
+const char *name_of(const wave *of) { return s_kinds[of->kind].name; }
+int is_coded(const wave *of) { return of->kind == IMA_ADPCM || of->kind == MS_ADPCM; }
+
+bytes make_entries(const char *entries) {
+    bytes made = {0};
+    while (entries && *entries) {
+        const char *const end = strchrnul(entries, '|');
+        bytes content = {0};
+        add(&content, entries + 5, (size_t)(end - entries) - 5);
+        if (entries[4] == '=') add(&content, "", 1);
+        add_chunk(&made, entries, content.at, content.size, 0);
+        free(content.at);
+        entries = *end ? end + 1 : end;
+    }
+    return made;
+}
+
+static void add_list(bytes *file, const char *type, const char *entries) {
+    bytes list = {0}, content = make_entries(entries);
+    add(&list, type, 4);
+    add(&list, content.at, content.size);
+    add_chunk(file, "LIST", list.at, list.size, 0);
+    free(list.at), free(content.at);
+}
+
+static void add_audio(bytes *file, const sound *made, char how) {
+    const uint32_t size = (uint32_t)made->audio_bytes + (how == 'o');
+    uint8_t *const audio = calloc(1, size + 1);
+    memcpy(audio, made->file + made->audio, made->audio_bytes);
+    const size_t place = file->size + 4;
+    add_chunk(file, "data", audio, size, how == 'p' ? UINT32_MAX : how == 'c' ? size + 1000 : 0);
+    if (how == 'z') set_le32(file->at + place, 0);
+    free(audio);
+}
+
+bytes make_wave(const wave *of, const char *layout, const char *entries, size_t units) {
+    static const char kFiller[602];
+    sound made = make_sound(of->kind, of->rate, of->channels, units);
+    uint8_t *const fact = made.file + made.audio - 12;
+    if (strchr(layout, 'c') && memcmp(fact - 8, "fact", 4) == 0)
+        set_le32(fact, (uint32_t)((units + 1000 / made.unit_bytes) * made.unit_frames));
+    bytes file = {0};
+    add(&file, "RIFF\0\0\0\0WAVE", 12);
+    for (; *layout; ++layout) {
+        if (*layout == 'f') add(&file, made.file + 12, made.audio - 20);
+        if (strchr("dpzco", *layout)) add_audio(&file, &made, *layout);
+        if (*layout == 'l') add_list(&file, "INFO", entries);
+        if (*layout == 'i') add_list(&file, "INFO", "INAM=Other");
+        if (*layout == 'a') add_list(&file, "adtl", "labl~1234mark");
+        if (*layout == 'j') add_chunk(&file, "JUNK", kFiller, 3, 0);
+        if (*layout == 'b') add_chunk(&file, "bext", kFiller, sizeof kFiller, 0);
+        if (*layout == 't') add(&file, "\1\2\3\4\5\6\7", 7);
+    }
+    set_le32(file.at + 4, (uint32_t)file.size - 8);
+    free_sound(&made);
+    return file;
+}
+
+bytes entries_of(bytes file) {
+    bytes found = {0};
+    for (size_t at = 12; at + 12 <= file.size;) {
+        const size_t size = number_at(file, at + 4);
+        if (memcmp(file.at + at, "LIST", 4) == 0 && memcmp(file.at + at + 8, "INFO", 4) == 0 && at + 8 + size <= file.size) {
+            found.size = 0;
+            add(&found, file.at + at + 12, size - 4);
+        }
+        at += 8 + size + (size & 1);
+    }
+    return found;
+}
+
+bytes make_aiff(uint32_t channels, uint32_t frames) {
+    static const char kFront[] = "NAME\0\0\0\6A nameAUTH\0\0\0\11An author", kBack[] = "ANNO\0\0\0\6A note";
+    const size_t common = 12 + 26; /* ends there */
+    sound made = make_sound(AIFF_16, 44100, channels, frames);
+    bytes file = {0};
+    add(&file, made.file, common);
+    add(&file, kFront, sizeof kFront); /* with its pad byte */
+    add(&file, made.file + common, made.size - common);
+    add(&file, kBack, sizeof kBack - 1);
+    set_be32(file.at + 4, (uint32_t)file.size - 8);
+    free_sound(&made);
+    return file;
+}
+
 /* ---- reading ---- */
+
+int told(const vlw_error *error, vlw_code code, vlw_code expected, int system, const char *path) {
+    const int good = code == expected && error->code == expected && (system < 0 || error->system == system) && error->text[0] && (!path || strcmp(error->path, path) == 0);
+    if (!good) fprintf(stderr, "  %d, not %d; %d of %d \"%s\" \"%s\"\n", code, expected, error->code, error->system, error->text, error->path);
+    return good;
+}
+
+static int is_value(vlw_tags *tags, const char *keyword, const char *value) {
+    const char *const found = vlw_tags_get(tags, keyword);
+    const int good = found && value ? strcmp(found, value) == 0 : found == value;
+    if (!good) fprintf(stderr, "  %s is \"%s\"\n", keyword, found ? found : "none");
+    return good;
+}
+
+int tag_is(const char *path, const char *keyword, const char *value) {
+    vlw_reader *reader = NULL;
+    vlw_editor *editor = NULL;
+    vlw_tags *tags = NULL;
+    int good = vlw_reader_new(NULL, &reader) == VLW_OK && vlw_tags_new(&tags) == VLW_OK && vlw_editor_new(NULL, &editor) == VLW_OK;
+    good = good && vlw_reader_open(reader, path) == VLW_OK && vlw_reader_tags(reader, tags) == VLW_OK && is_value(tags, keyword, value);
+    vlw_reader_free(reader);
+    good = good && vlw_editor_open(editor, path) == VLW_OK && is_value(vlw_editor_tags(editor), keyword, value);
+    vlw_editor_free(editor);
+    vlw_tags_free(tags);
+    return good;
+}
 
 vlw_code set_output(vlw_reader *reader, uint32_t rate, uint32_t channels) {
     vlw_reader_close(reader);

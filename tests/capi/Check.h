@@ -6,11 +6,14 @@
 #include <string.h>
 
 static int s_failures = 0;
+static const char* s_where = ""; /* what is looked at, for those that go through a table */
+static int s_case = 0;
 
 #define CHECK(condition)                                                    \
     do {                                                                    \
         if (!(condition)) {                                                 \
             fprintf(stderr, "%s:%d: %s\n", __FILE__, __LINE__, #condition); \
+            if (s_where[0]) fprintf(stderr, "  %s, %d\n", s_where, s_case); \
             ++s_failures;                                                   \
         }                                                                   \
     } while (0)

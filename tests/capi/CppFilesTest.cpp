@@ -3,13 +3,15 @@
 #include <gtest/gtest.h>
 
 #include "capi/vlwav.hpp"
-#include "tests/capi/StereoWav.h"
 #include "tests/support/ScopedFile.h"
+#include "tests/support/WavImage.h"
 
 namespace {
 
+std::string Stereo(const Samples& samples) { return WavImage().Fmt(1, 2, 44100, 16).Data(samples).Text(); }
+
 TEST(CppWriter, WhatIsWrittenIntoMemoryAndIntoAStreamIsReadBack) {
-    const Samples samples = Ramp(2 * 500);
+    const Samples samples = Noise(2 * 500);
     vlw::Tags tags;
     tags.set("title", "Memory");
     vlw::Writer writer;
@@ -52,7 +54,7 @@ TEST(CppWriter, WhatIsWrittenIntoMemoryAndIntoAStreamIsReadBack) {
 TEST(CppEditor, LendsTagsWhileAFileIsOpen) {
     const TempFolder folder;
     const std::filesystem::path path = folder.Path() / "a.wav";
-    std::ofstream(path, std::ios::binary) << StereoWav(Ramp(20));
+    std::ofstream(path, std::ios::binary) << Stereo(Noise(20));
     vlw::Editor editor;
     EXPECT_EQ(editor.try_tags().error().code, vlw::Code::bad_state);
     editor.open(path);
@@ -69,7 +71,7 @@ TEST(CppEditor, LendsTagsWhileAFileIsOpen) {
 TEST(CppConverter, StopsForTheProgramAndLetsItsExceptionOut) {
     const TempFolder folder;
     const std::filesystem::path source = folder.Path() / "a.wav", target = folder.Path() / "b.wav";
-    std::ofstream(source, std::ios::binary) << StereoWav(Ramp(std::size_t{2} * 50'000));
+    std::ofstream(source, std::ios::binary) << Stereo(Noise(std::size_t{2} * 50'000));
     vlw::Converter converter;
     vlw::Conversion conversion;
     conversion.rate = 22050;

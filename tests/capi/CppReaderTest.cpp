@@ -6,9 +6,11 @@
 #include <cstring>
 
 #include "capi/vlwav.hpp"
-#include "tests/capi/StereoWav.h"
+#include "tests/support/WavImage.h"
 
 namespace {
+
+std::string Stereo(const Samples& samples) { return WavImage().Fmt(1, 2, 44100, 16).Data(samples).Text(); }
 
 // A WAV file in memory that fails once it was read to a place.
 class Faulty {
@@ -32,8 +34,8 @@ private:
 constexpr std::size_t kAll = std::size_t(-1);
 
 TEST(CppBlocks, BringEveryFrameAndTellTheEndAsAValue) {
-    const Samples samples = Ramp(2 * 1000);
-    const std::string image = StereoWav(samples);
+    const Samples samples = Noise(2 * 1000);
+    const std::string image = Stereo(samples);
     vlw::Reader reader;
     reader.open_memory(image.data(), image.size());
     EXPECT_EQ(reader.frames(), 1000);
@@ -67,8 +69,8 @@ TEST(CppBlocks, BringEveryFrameAndTellTheEndAsAValue) {
 }
 
 TEST(CppBlocks, GoodFramesComeBeforeTheFailureInBothForms) {
-    const Samples samples = Ramp(std::size_t{2} * 100'000);
-    const std::string image = StereoWav(samples);
+    const Samples samples = Noise(std::size_t{2} * 100'000);
+    const std::string image = Stereo(samples);
     const auto open = [&](vlw::Reader& reader) {
         reader.open(vlw::stream(std::make_shared<Faulty>(image, image.size() / 2)));
     };
@@ -104,7 +106,7 @@ TEST(CppBlocks, WithoutAFileOrWithoutFramesFailInsteadOfRunningForEver) {
     vlw::Reader reader;
     std::vector<vlw::Code> codes;
     for (const auto block : reader.try_blocks(10)) codes.push_back(block.error().code);
-    const std::string image = StereoWav(Ramp(20));
+    const std::string image = Stereo(Noise(20));
     reader.open_memory(image.data(), image.size());
     for (const auto block : reader.try_blocks(0)) codes.push_back(block.error().code);
     for (const auto block : reader.try_blocks(kAll / 2)) codes.push_back(block.error().code);
@@ -113,7 +115,7 @@ TEST(CppBlocks, WithoutAFileOrWithoutFramesFailInsteadOfRunningForEver) {
 }
 
 TEST(CppStreams, LiveUntilTheFileIsClosedAndGoOnceAlsoIfTheOpeningFails) {
-    const auto kept = std::make_shared<Faulty>(StereoWav(Ramp(20)), kAll);
+    const auto kept = std::make_shared<Faulty>(Stereo(Noise(20)), kAll);
     const auto broken = std::make_shared<Faulty>("no audio at all", kAll);
     vlw::Reader reader;
     reader.open(vlw::stream(kept));

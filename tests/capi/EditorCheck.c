@@ -1,16 +1,8 @@
 /* Editing in place: the tags change and nothing else, whatever happens. Started with a folder to work in. */
 #define _GNU_SOURCE
-#include <fcntl.h>
-#include <sched.h>
-#include <sys/mount.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-
-#include "capi/vlwav.h"
-#include "tests/capi/Check.h"
+#include "tests/capi/AudioFiles.h"
+#include "tests/capi/Files.h"
 #include "tests/capi/SystemCalls.h"
-#include "tests/capi/WaveFiles.h"
 
 enum { UNITS = 300 };
 
@@ -22,34 +14,14 @@ static vlw_editor *new_editor(void) {
     return editor;
 }
 
-static bytes put_wave(const char *path, const wave_kind *kind, const char *layout, const char *entries) {
+static bytes put_wave(const char *path, const wave *kind, const char *layout, const char *entries) {
     const bytes file = make_wave(kind, layout, entries, UNITS);
     put_file(path, file);
     return file;
 }
 
 static int failed(const vlw_editor *editor, vlw_code code, vlw_code expected, const char *path) {
-    const vlw_error *const error = vlw_editor_error(editor);
-    const int good = code == expected && error->code == expected && error->text[0] && same(error->path, path);
-    if (!good) fprintf(stderr, "  %d, not %d; %d \"%s\" \"%s\"\n", code, expected, error->code, error->text, error->path);
-    return good;
-}
-
-/* The tag as a new reader and a new editor find it. */
-static int tag_is(const char *path, const char *keyword, const char *value) {
-    vlw_reader *reader = NULL;
-    vlw_tags *tags = NULL;
-    vlw_editor *const editor = new_editor();
-    int good = vlw_reader_new(NULL, &reader) == VLW_OK && vlw_tags_new(&tags) == VLW_OK;
-    good = good && vlw_reader_open(reader, path) == VLW_OK && vlw_reader_tags(reader, tags) == VLW_OK;
-    if (!good && reader) fprintf(stderr, "  %s\n", vlw_reader_error(reader)->text);
-    good = good && same(vlw_tags_get(tags, keyword), value);
-    if (!good && tags && vlw_tags_get(tags, keyword)) fprintf(stderr, "  \"%s\"\n", vlw_tags_get(tags, keyword));
-    vlw_reader_free(reader);
-    vlw_tags_free(tags);
-    good = good && vlw_editor_open(editor, path) == VLW_OK && same(vlw_tags_get(vlw_editor_tags(editor), keyword), value);
-    vlw_editor_free(editor);
-    return good;
+    return told(vlw_editor_error(editor), code, expected, -1, path);
 }
 
 /* Opens, changes the title and saves; the tags fail alone where memory does. */
@@ -93,15 +65,17 @@ static int is_untouched(const char *path, bytes before, struct timespec then) {
     return file_is(path, before) && now.tv_sec == then.tv_sec && now.tv_nsec == then.tv_nsec;
 }
 
-static void format_is(const vlw_editor *editor, const wave_kind *kind) {
+static void format_is(const vlw_editor *editor, const wave *kind) {
     vlw_format format = {.size = sizeof format};
+    sound made = make_sound(kind->kind, kind->rate, kind->channels, UNITS);
     CHECK(vlw_editor_format(editor, &format) == VLW_OK && same(format.container, "WAV"));
-    CHECK(format.rate == kind->rate && format.channels == kind->channels && format.bits == kind->bits);
-    CHECK(format.block_bytes == kind->align && format.codec_tag == (kind->mask ? 1 : kind->tag) && format.channel_mask == kind->mask);
-    CHECK(format.frames >= (int64_t)UNITS * (kind->block_frames ? kind->block_frames : 1));
+    CHECK(format.rate == made.rate && format.channels == made.channels && format.bits == made.bits);
+    CHECK(format.block_bytes == made.unit_bytes && format.codec_tag == made.tag && format.channel_mask == made.mask);
+    CHECK(format.frames >= (int64_t)made.frames);
+    free_sound(&made);
 }
 
-static void layout(vlw_editor *editor, const wave_kind *kind, const char *letters) {
+static void layout(vlw_editor *editor, const wave *kind, const char *letters) {
     bytes before = put_wave("a.wav", kind, letters, kEntries), after;
     const struct timespec past[2] = {{1000000000, 7}, {1000000000, 7}};
     const int failures = s_failures;
@@ -129,7 +103,7 @@ static void layout(vlw_editor *editor, const wave_kind *kind, const char *letter
         CHECK(others_are_kept(before, after));
         free(after.at);
     }
-    if (s_failures != failures) fprintf(stderr, "  %s as %s: %s\n", kind->name, letters, vlw_editor_error(editor)->text);
+    if (s_failures != failures) fprintf(stderr, "  %s as %s: %s\n", name_of(kind), letters, vlw_editor_error(editor)->text);
     free(kept);
     free(before.at);
 }
@@ -137,8 +111,8 @@ static void layout(vlw_editor *editor, const wave_kind *kind, const char *letter
 static void layouts(void) {
     const char *const letters[] = {"fd", "fdl", "fld", "fjldb", "fdlj", "flbdi", "fdt", "jfabdal", "fp", "flp", "fz", "fo", "fol", "flc", "fdlt"};
     vlw_editor *const editor = new_editor();
-    for (size_t k = 0; k < WAVE_KINDS; ++k)
-        for (size_t i = 0; i < sizeof letters / sizeof *letters; ++i) layout(editor, &kWaveKinds[k], letters[i]);
+    for (size_t k = 0; k < WAVES; ++k)
+        for (size_t i = 0; i < sizeof letters / sizeof *letters; ++i) layout(editor, &kWaves[k], letters[i]);
     vlw_editor_free(editor);
 }
 
@@ -157,19 +131,11 @@ static const struct change {
     {"INAM=Old|IXYZ~odd|IART=A|ISFT=Program", "title", "New", 0, "INAM=New|IXYZ~odd|IART=A|ISFT=Program", {0}},
     {"INAM=Old|IXYZ~odd|IART=A", "title", NULL, 0, "IXYZ~odd|IART=A", {0}},
     {"INAM=Old|IART~A", "genre", "Jazz", 0, "INAM=Old|IART~A|IGNR=Jazz", {0}},
-    {"INAM=Old|INAM=Older", "artist", "B", 0, "INAM=Old|INAM=Older|IART=B", {0}},
-    {"INAM~Old  |IART=  A", "album", "C", 0, "INAM~Old  |IART=  A|IPRD=C", {0}},
     {NULL, "artist", "Gr\xC3\xB6\xC3\x9F" "e", 0, "IART=Gr\xF6\xDF" "e", {0}},
     /* Dates keep month and day where they begin with the year. */
     {"ICRD=2004-05-06|INAM=x", "year", "2010", 0, "ICRD=2010-05-06|INAM=x", {0}},
-    {"ICRD~2004-05-06", "year", "2010", 0, "ICRD=2010-05-06", {0}},
-    {"ICRD~20040506", "year", "2010", 0, "ICRD=20100506", {0}},
-    {"ICRD=06.05.1999", "year", "2010", 0, "ICRD=2010", {0}},
-    {"ICRD=05061999", "year", "2010", 0, "ICRD=2010", {0}},
-    {"ICRD=2004-05-06", "title", "x", 0, "ICRD=2004-05-06|INAM=x", {0}},
-    {"ICRD=2004-05-06|INAM=x", "year", NULL, 0, "INAM=x", {0}},
     {"IARL=7|INAM=x", "track", "8", 0, "IARL=8|INAM=x", {0}},
-    {"IARL=Shelf 7", "title", "x", 0, "IARL=Shelf 7|INAM=x", {0}},
+    {"IARL=7th shelf", "title", "x", 0, "IARL=7th shelf|INAM=x", {0}},
     /* Encodings. */
     {"INAM=Gr\xC3\xBC\xC3\x9F" "e", "artist", "\xC3\x84", 0, "INAM=Gr\xC3\xBC\xC3\x9F" "e|IART=\xC3\x84", {0}},
     {"INAM=Gr\xFC\xDF" "e", "artist", "\xC3\x84", 0, "INAM=Gr\xFC\xDF" "e|IART=\xC4", {0}},
@@ -187,11 +153,9 @@ static const struct change {
     {"INAM=x", "title", "  y", 0, NULL, {"title", "\"  y\"", "\"y\""}},
     {"INAM=x", "title", "   ", 0, NULL, {"title", "\"   \"", "nothing"}},
     {"INAM=x", "conductor", "Someone", 0, NULL, {"conductor", "\"Someone\"", "nothing"}},
-    {"INAM=x", "disc", "2", 0, NULL, {"disc", "\"2\"", "nothing"}},
 };
 
-
-static void change(vlw_editor *editor, const wave_kind *kind, const struct change *row) {
+static void change(vlw_editor *editor, const wave *kind, const struct change *row) {
     const int failures = s_failures;
     bytes before = put_wave("a.wav", kind, row->entries ? "fdl" : "fd", row->entries);
     CHECK(vlw_editor_text(editor, row->text) == VLW_OK && vlw_editor_open(editor, "a.wav") == VLW_OK);
@@ -215,7 +179,7 @@ static void change(vlw_editor *editor, const wave_kind *kind, const struct chang
 
 static void changes(void) {
     vlw_editor *const editor = new_editor();
-    for (size_t i = 0; i < sizeof kChanges / sizeof *kChanges; ++i) change(editor, &kWaveKinds[i % WAVE_KINDS], &kChanges[i]);
+    for (size_t i = 0; i < sizeof kChanges / sizeof *kChanges; ++i) change(editor, &kWaves[i % WAVES], &kChanges[i]);
     vlw_editor_free(editor);
 }
 
@@ -224,7 +188,7 @@ static void locations(void) {
     vlw_editor *const editor = new_editor();
     const char *const tracks[] = {"9", "12345", NULL};
     for (size_t i = 0; i < 3; ++i) {
-        free(put_wave("a.wav", &kWaveKinds[1], "fdl", "IARL=7th shelf|INAM=x").at);
+        free(put_wave("a.wav", &kWaves[1], "fdl", "IARL=7th shelf|INAM=x").at);
         CHECK(vlw_editor_open(editor, "a.wav") == VLW_OK && vlw_tags_set(vlw_editor_tags(editor), "track", tracks[i]) == VLW_OK);
         CHECK(vlw_editor_save(editor, 0) == VLW_OK && tag_is("a.wav", "track", tracks[i]));
         bytes after = contents("a.wav"), entries = entries_of(after), location = make_entries("IARL=7th shelf|INAM=x");
@@ -239,7 +203,7 @@ static void all_keywords(void) {
     static char text[300001];
     memset(text, 'x', sizeof text - 1);
     vlw_editor *const editor = new_editor();
-    bytes before = put_wave("a.wav", &kWaveKinds[2], "fdb", NULL);
+    bytes before = put_wave("a.wav", &kWaves[2], "fdb", NULL);
     for (int with = 1; with >= 0; --with) {
         CHECK(vlw_editor_open(editor, "a.wav") == VLW_OK);
         for (size_t i = 0; vlw_keyword(i); ++i)
@@ -261,7 +225,7 @@ static void all_keywords(void) {
 
 static void losses(void) {
     vlw_editor *const editor = new_editor();
-    bytes before = put_wave("a.wav", &kWaveKinds[1], "fdl", kEntries);
+    bytes before = put_wave("a.wav", &kWaves[1], "fdl", kEntries);
     CHECK(vlw_editor_open(editor, "a.wav") == VLW_OK);
     vlw_tags *const tags = vlw_editor_tags(editor);
     CHECK(vlw_tags_set(tags, "title", "New") == VLW_OK && vlw_tags_set(tags, "conductor", "Gone") == VLW_OK);
@@ -291,7 +255,7 @@ static void losses(void) {
 /* ---- who has the file ---- */
 
 static void sharing(void) {
-    free(put_wave("a.wav", &kWaveKinds[1], "fdl", kEntries).at);
+    free(put_wave("a.wav", &kWaves[1], "fdl", kEntries).at);
     vlw_editor *const first = new_editor(), *const second = new_editor();
     vlw_reader *reader = NULL;
     int16_t frames[8];
@@ -333,7 +297,7 @@ static void sharing(void) {
 
 /* A child that lives on doesn't hold what its parent has let go of; and frees it without a trace. */
 static void forked(void) {
-    bytes before = put_wave("a.wav", &kWaveKinds[1], "fdl", kEntries);
+    bytes before = put_wave("a.wav", &kWaves[1], "fdl", kEntries);
     vlw_editor *const editor = new_editor();
     int ends[2];
     CHECK(pipe(ends) == 0 && vlw_editor_open(editor, "a.wav") == VLW_OK && vlw_tags_set(vlw_editor_tags(editor), "title", "New") == VLW_OK);
@@ -379,7 +343,7 @@ static void refusals(void) {
 
     refused(editor, "nowhere.wav", VLW_NOT_FOUND, ENOENT);
     refused(editor, ".", VLW_SYSTEM, EISDIR);
-    bytes none = {0}, aiff = make_aiff(2, 50), wave = make_wave(&kWaveKinds[1], "fdl", kEntries, UNITS);
+    bytes none = {0}, aiff = make_aiff(2, 50), wave = make_wave(&kWaves[1], "fdl", kEntries, UNITS);
     put_file("empty.wav", none);
     refused(editor, "empty.wav", VLW_NOT_AUDIO, 0);
     refused(editor, "empty.wav/a.wav", VLW_NOT_FOUND, ENOTDIR);
@@ -419,21 +383,15 @@ static void refusals(void) {
 }
 
 static void rights(void) {
-    bytes file = put_wave("protected.wav", &kWaveKinds[1], "fdl", kEntries);
-    CHECK(chmod("protected.wav", 0444) == 0 && chmod(".", 0777) == 0);
-    free(put_wave("secret.wav", &kWaveKinds[1], "fdl", kEntries).at);
-    CHECK(chmod("secret.wav", 0000) == 0);
-    const pid_t child = fork_to_check();
-    if (child == 0) {
-        if (getuid() == 0 && setuid(65534) != 0) end_check();
-        vlw_editor *const editor = new_editor();
-        refused(editor, "protected.wav", VLW_NO_PERMISSION, EACCES);
-        refused(editor, "secret.wav", VLW_NO_PERMISSION, EACCES);
-        CHECK(file_is("protected.wav", file));
-        vlw_editor_free(editor);
-        end_check();
-    }
-    join_check(child);
+    bytes file = put_wave("protected.wav", &kWaves[1], "fdl", kEntries);
+    free(put_wave("secret.wav", &kWaves[1], "fdl", kEntries).at);
+    CHECK(chmod("protected.wav", 0444) == 0 && chmod(".", 0777) == 0 && chmod("secret.wav", 0000) == 0);
+    become_nobody();
+    vlw_editor *const editor = new_editor();
+    refused(editor, "protected.wav", VLW_NO_PERMISSION, EACCES);
+    refused(editor, "secret.wav", VLW_NO_PERMISSION, EACCES);
+    CHECK(file_is("protected.wav", file));
+    vlw_editor_free(editor);
     free(file.at);
 }
 
@@ -442,12 +400,12 @@ static void names(void) {
     const char *const odd[] = {"\xFF\xFE .wav", "a\nb\t.wav", "\xE6\x97\xA5.wav", "\xED\xA0\x80.wav", "-.wav", "\xC3.wav", "%s.wav"};
     vlw_editor *const editor = new_editor();
     for (size_t i = 0; i < sizeof odd / sizeof *odd; ++i) {
-        free(put_wave(odd[i], &kWaveKinds[4], "fdl", kEntries).at);
+        free(put_wave(odd[i], &kWaves[4], "fdl", kEntries).at);
         CHECK(vlw_editor_open(editor, odd[i]) == VLW_OK && vlw_tags_set(vlw_editor_tags(editor), "title", "New") == VLW_OK);
         CHECK(vlw_editor_save(editor, 0) == VLW_OK && tag_is(odd[i], "title", "New") && unlink(odd[i]) == 0);
         refused(editor, odd[i], VLW_NOT_FOUND, ENOENT);
     }
-    free(put_wave("a.wav", &kWaveKinds[1], "fd", NULL).at);
+    free(put_wave("a.wav", &kWaves[1], "fd", NULL).at);
     CHECK(mkdir("deep", 0755) == 0 && symlink("../a.wav", "deep/link.wav") == 0);
     CHECK(vlw_editor_open(editor, "deep/link.wav") == VLW_OK && chdir("deep") == 0);
     CHECK(vlw_tags_set(vlw_editor_tags(editor), "title", "New") == VLW_OK);
@@ -485,26 +443,26 @@ static int old_or_new(const char *path, vlw_code code, bytes before, const char 
 
 static const char *const kSaved[] = {"fdl", "fld", "fjldb", "fdlt", "fol", "ifald"};
 
-static void failing_changes(int lasts) {
+static void failing_changes(void) {
     vlw_editor *const editor = new_editor();
-    for (size_t i = 0; i < 4; ++i) {
+    for (size_t i = 0; i < 2 * sizeof kSaved / sizeof *kSaved; ++i) {
+        const char *const letters = kSaved[i / 2];
         int failures = 0;
-        for (int until = 1;; ++until, ++failures) {
+        for (int until = 1, fails = 1; fails; ++until, failures += fails) {
             const int failed_before = s_failures;
-            bytes before = put_wave("a.wav", &kWaveKinds[i + 1], kSaved[i], kEntries);
+            bytes before = put_wave("a.wav", &kWaves[i % WAVES], letters, kEntries);
             const char *const new = until % 2 ? kLong : "New";
             memset(&s_changes, 0, sizeof s_changes);
-            s_changes.until = until, s_changes.lasts = lasts, s_changes.error = until % 3 ? ENOSPC : EIO;
+            s_changes.until = until, s_changes.lasts = i % 2, s_changes.error = until % 3 ? ENOSPC : EIO;
             const vlw_code code = save_title(editor, "a.wav", new);
-            const int seen = s_changes.seen;
+            fails = s_changes.seen >= until;
             memset(&s_changes, 0, sizeof s_changes);
-            if (seen >= until && code == VLW_OK) fprintf(stderr, "  a failure is told as a success\n"), ++s_failures;
+            CHECK(fails == (code != VLW_OK)); /* a failure is never told as a success */
             if (code != VLW_OK) CHECK(failed(editor, code, until % 3 ? VLW_NO_SPACE : VLW_SYSTEM, "a.wav"));
             CHECK(old_or_new("a.wav", code, before, "Old title", new));
-            if (s_failures != failed_before) fprintf(stderr, "  of %s, change %d\n", kSaved[i], until);
+            if (s_failures != failed_before) fprintf(stderr, "  of %s, change %d\n", letters, until);
             free(before.at);
             vlw_editor_close(editor);
-            if (seen < until) break;
         }
         CHECK(failures > 4);
     }
@@ -512,84 +470,41 @@ static void failing_changes(int lasts) {
 }
 
 static void limited_sizes(void) {
-    const pid_t child = fork_to_check();
-    if (child == 0) {
-        signal(SIGXFSZ, SIG_IGN);
-        vlw_editor *const editor = new_editor();
-        bytes before = make_wave(&kWaveKinds[2], "fdl", kEntries, UNITS);
-        for (rlim_t size = before.size - 100; size < before.size + 400; size += 13) {
-            const struct rlimit none = {RLIM_INFINITY, RLIM_INFINITY}, limit = {size, RLIM_INFINITY};
-            put_file("limited.wav", before);
-            setrlimit(RLIMIT_FSIZE, &limit);
-            const vlw_code code = save_title(editor, "limited.wav", kLong);
-            CHECK(code == VLW_OK || failed(editor, code, VLW_TOO_LARGE, "limited.wav"));
-            CHECK(code != VLW_OK || size > before.size + 20);
-            CHECK(code == VLW_OK || size < before.size + 380);
-            if (size < before.size + 20) CHECK(file_is("limited.wav", before));
-            setrlimit(RLIMIT_FSIZE, &none);
-            CHECK(old_or_new("limited.wav", code, before, "Old title", kLong));
-        }
-        vlw_editor_free(editor);
-        end_check();
+    vlw_editor *const editor = new_editor();
+    bytes before = make_wave(&kWaves[2], "fdl", kEntries, UNITS);
+    for (rlim_t size = before.size - 100; size < before.size + 400; size += 13) {
+        put_file("limited.wav", before);
+        limit_files(size);
+        const vlw_code code = save_title(editor, "limited.wav", kLong);
+        CHECK(code == VLW_OK || failed(editor, code, VLW_TOO_LARGE, "limited.wav"));
+        CHECK(code == VLW_OK ? size > before.size + 20 : size < before.size + 380);
+        if (size < before.size + 20) CHECK(file_is("limited.wav", before));
+        limit_files(RLIM_INFINITY);
+        CHECK(old_or_new("limited.wav", code, before, "Old title", kLong));
     }
-    join_check(child);
+    vlw_editor_free(editor);
+    free(before.at);
 }
 
-/* Where a small file system can be mounted: every size of the room that is left. */
 static void full_disk(void) {
-    const pid_t child = fork_to_check();
-    if (child == 0) {
-        if (mkdir("disk", 0755) != 0 || unshare(CLONE_NEWNS) != 0 || mount("", "/", "", MS_REC | MS_PRIVATE, NULL) != 0 ||
-            mount("tmpfs", "disk", "tmpfs", 0, "size=64k") != 0) {
-            fprintf(stderr, "no small disk can be mounted: not checked\n");
-            end_check();
-        }
-        static char text[9000];
-        memset(text, 'y', sizeof text - 1);
-        vlw_editor *const editor = new_editor();
-        bytes before = make_wave(&kWaveKinds[2], "fdl", kEntries, UNITS);
-        put_file("disk/full.wav", before);
-        const int filler = open("disk/filler", O_WRONLY | O_CREAT, 0600);
-        while (write(filler, text, 4096) > 0) {}
-        const vlw_code code = save_title(editor, "disk/full.wav", text);
-        CHECK(failed(editor, code, VLW_NO_SPACE, "disk/full.wav") && vlw_editor_error(editor)->system == ENOSPC);
-        CHECK(file_is("disk/full.wav", before));
-        CHECK(syscall(SYS_ftruncate, filler, 0) == 0 && save_title(editor, "disk/full.wav", text) == VLW_OK);
-        CHECK(tag_is("disk/full.wav", "title", text));
-        /* A disk that nothing may be written to. */
-        CHECK(close(filler) == 0 && mount("", "disk", "", MS_REMOUNT | MS_RDONLY, NULL) == 0);
-        refused(editor, "disk/full.wav", VLW_NO_PERMISSION, EROFS);
-        vlw_editor_free(editor);
-        end_check();
-    }
-    join_check(child);
-}
-
-/* The process ends in the middle of each change, torn writes too. */
-static void killed(void) {
-    for (size_t i = 0; i < sizeof kSaved / sizeof *kSaved; ++i) {
-        int ended = 0;
-        for (int until = 1; !ended; ++until) {
-            const int failed_before = s_failures;
-            bytes before = put_wave("a.wav", &kWaveKinds[i % WAVE_KINDS], kSaved[i], kEntries);
-            const char *const new = until % 2 ? kLong : "New";
-            const pid_t child = fork();
-            if (child == 0) {
-                s_changes.until = until, s_changes.error = 0;
-                _exit(save_title(new_editor(), "a.wav", new) == VLW_OK ? 0 : 1);
-            }
-            int status = 0;
-            CHECK(waitpid(child, &status, 0) == child && (WIFSIGNALED(status) || status == 0));
-            ended = !WIFSIGNALED(status);
-            CHECK(old_or_new("a.wav", ended ? VLW_OK : VLW_FAILED, before, "Old title", new));
-            /* And it can be edited again. */
-            vlw_editor *const editor = new_editor();
-            CHECK(save_title(editor, "a.wav", "Again") == VLW_OK && tag_is("a.wav", "title", "Again"));
-            vlw_editor_free(editor);
-            if (s_failures != failed_before) fprintf(stderr, "  of %s, change %d\n", kSaved[i], until);
-            free(before.at);
-        }
-    }
+    static char text[9000];
+    memset(text, 'y', sizeof text - 1);
+    CHECK(mkdir("disk", 0755) == 0);
+    mount_small("disk", "size=64k");
+    vlw_editor *const editor = new_editor();
+    bytes before = put_wave("disk/full.wav", &kWaves[2], "fdl", kEntries);
+    const int filler = open("disk/filler", O_WRONLY | O_CREAT, 0600);
+    while (write(filler, text, 4096) > 0) {}
+    const vlw_code code = save_title(editor, "disk/full.wav", text);
+    CHECK(failed(editor, code, VLW_NO_SPACE, "disk/full.wav") && vlw_editor_error(editor)->system == ENOSPC);
+    CHECK(file_is("disk/full.wav", before));
+    CHECK(syscall(SYS_ftruncate, filler, 0) == 0 && save_title(editor, "disk/full.wav", text) == VLW_OK);
+    CHECK(tag_is("disk/full.wav", "title", text));
+    /* A disk that nothing may be written to. */
+    CHECK(close(filler) == 0 && mount("", "disk", "", MS_REMOUNT | MS_RDONLY, NULL) == 0);
+    refused(editor, "disk/full.wav", VLW_NO_PERMISSION, EROFS);
+    vlw_editor_free(editor);
+    free(before.at);
 }
 
 /* Each allocation fails in its turn. */
@@ -598,7 +513,7 @@ static void memory_runs_out(void) {
     vlw_module *module = NULL;
     vlw_editor *editor = NULL;
     CHECK(vlw_module_new(&module) == VLW_OK && vlw_module_load(module, NULL) == VLW_OK);
-    bytes before = make_wave(&kWaveKinds[2], "fdl", kEntries, UNITS);
+    bytes before = make_wave(&kWaves[2], "fdl", kEntries, UNITS);
     vlw_code code = VLW_NO_MEMORY;
     int failures = 0;
     for (long left = 0; code != VLW_OK && left < 10000; ++left) {
@@ -626,20 +541,10 @@ static void memory_runs_out(void) {
 }
 
 int main(int argc, char **argv) {
-    if (argc < 2 || !enter_folder(argv[1])) return 2;
-    const struct {
-        const char *name;
-        void (*run)(void);
-    } checks[] = {{"layouts", layouts}, {"changes", changes}, {"locations", locations}, {"all_keywords", all_keywords}, {"losses", losses},
-                  {"sharing", sharing}, {"forked", forked}, {"refusals", refusals}, {"rights", rights}, {"names", names},
-                  {"limited_sizes", limited_sizes}, {"full_disk", full_disk}, {"killed", killed}, {"memory", memory_runs_out}};
-    for (size_t i = 0; i < sizeof checks / sizeof *checks; ++i) {
-        const int failures = s_failures;
-        checks[i].run();
-        if (s_failures != failures) fprintf(stderr, "%s: %d\n", checks[i].name, s_failures - failures);
-    }
-    failing_changes(0);
-    failing_changes(1);
-    CHECK(leave_folder());
-    return s_failures ? 1 : 0;
+    static const check kChecks[] = {
+        {"layouts", layouts, 0}, {"changes", changes, 0},     {"locations", locations, 0}, {"all_keywords", all_keywords, 0},   {"losses", losses, 0},
+        {"sharing", sharing, 0}, {"forked", forked, 0},       {"refusals", refusals, 0},           {"rights", rights, 1},
+        {"names", names, 0},     {"full_disk", full_disk, 1}, {"limited_sizes", limited_sizes, 1}, {"failing_changes", failing_changes, 0},
+        {"memory", memory_runs_out, 0}};
+    return argc == 2 ? run_checks(argv[1], kChecks, sizeof kChecks / sizeof *kChecks) : 2;
 }

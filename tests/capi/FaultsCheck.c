@@ -24,22 +24,6 @@ ssize_t pread(int number, void *buffer, size_t count, off_t place) {
 ssize_t pread64(int number, void *buffer, size_t count, off64_t place);
 ssize_t pread64(int number, void *buffer, size_t count, off64_t place) { return pread(number, buffer, count, place); }
 
-static const char *s_name;
-static int s_case;
-#define CHECK_AT(condition)                                                            \
-    do {                                                                               \
-        const int before_ = s_failures;                                                \
-        CHECK(condition);                                                              \
-        if (s_failures != before_) fprintf(stderr, "  %s, call %d\n", s_name, s_case); \
-    } while (0)
-
-static int told(const vlw_reader *reader, vlw_code code, int system) {
-    const vlw_error *const error = vlw_reader_error(reader);
-    const int good = code == VLW_SYSTEM && error->code == code && error->system == system && error->text[0];
-    if (!good) fprintf(stderr, "  %d: %d %d %s\n", code, error->code, error->system, error->text);
-    return good;
-}
-
 /* Reads to the end over so many calls that fail, of which at least one must be told. */
 static void reads_over(vlw_reader *reader, const int16_t *expected, size_t frames, int failures) {
     const uint32_t channels = vlw_reader_channels(reader);
@@ -51,15 +35,15 @@ static void reads_over(vlw_reader *reader, const int16_t *expected, size_t frame
         size_t done = 99;
         code = vlw_reader_read_int16(reader, read + got * channels, 500, &done);
         got += done;
-        CHECK_AT(vlw_reader_tell(reader) == (int64_t)got);
+        CHECK(vlw_reader_tell(reader) == (int64_t)got);
         if (code < VLW_OK) {
             ++failed;
-            CHECK_AT(told(reader, code, EIO) && done < 500);
+            CHECK(told(vlw_reader_error(reader), code, VLW_SYSTEM, EIO, NULL) && done < 500);
         }
     }
     if (code != VLW_END || got != frames || failed > failures) fprintf(stderr, "  %d after %zu of %zu frames and %d failures\n", code, got, frames, failed);
-    CHECK_AT(code == VLW_END && got == frames && failed <= failures && (failed > 0 || failures == 0));
-    CHECK_AT(got != frames || memcmp(read, expected, got * channels * sizeof *read) == 0);
+    CHECK(code == VLW_END && got == frames && failed <= failures && (failed > 0 || failures == 0));
+    CHECK(got != frames || memcmp(read, expected, got * channels * sizeof *read) == 0);
     free(read);
 }
 
@@ -73,17 +57,17 @@ static const struct {
 
 static void streams(vlw_reader *reader, size_t which, int in_order, size_t most, int fail_for) {
     sound made = make_sound(s_cases[which].kind, 44100, 2, s_cases[which].units);
-    s_name = made.name;
+    s_where = made.name;
     s_case = 0;
-    CHECK_AT(set_output(reader, s_cases[which].rate, s_cases[which].channels) == VLW_OK);
+    CHECK(set_output(reader, s_cases[which].rate, s_cases[which].channels) == VLW_OK);
     byte_stream good = {.bytes = made.file, .size = made.audio + made.audio_bytes, .in_order = in_order, .most = most};
     vlw_stream stream = as_stream(&good);
-    CHECK_AT(vlw_reader_open_stream(reader, &stream) == VLW_OK);
+    CHECK(vlw_reader_open_stream(reader, &stream) == VLW_OK);
     const size_t room = 2 * made.frames;
     int16_t *const expected = malloc(room * 2 * sizeof *expected);
     size_t frames = 0;
-    CHECK_AT(read_rest(reader, expected, room, 500, &frames) == VLW_END);
-    if (s_cases[which].rate == 0) CHECK_AT(frames == made.frames && memcmp(expected, made.samples, frames * 4) == 0);
+    CHECK(read_rest(reader, expected, room, 500, &frames) == VLW_END);
+    if (s_cases[which].rate == 0) CHECK(frames == made.frames && memcmp(expected, made.samples, frames * 4) == 0);
     for (s_case = 1; s_case <= good.reads && s_failures < 20; s_case += s_case < 12 ? 1 : 5) {
         byte_stream from = {.bytes = made.file, .size = good.size, .in_order = in_order, .most = most, .fail_read = s_case, .fail_for = fail_for};
         stream = as_stream(&from);
@@ -91,9 +75,9 @@ static void streams(vlw_reader *reader, size_t which, int in_order, size_t most,
         if (code == VLW_OK)
             reads_over(reader, expected, frames, fail_for);
         else
-            CHECK_AT(told(reader, code, EIO) && from.closes == 1 && from.reads == s_case && vlw_reader_channels(reader) == 0);
+            CHECK(told(vlw_reader_error(reader), code, VLW_SYSTEM, EIO, NULL) && from.closes == 1 && from.reads == s_case && vlw_reader_channels(reader) == 0);
         vlw_reader_close(reader);
-        CHECK_AT(from.closes == 1 && from.overlaps == 0);
+        CHECK(from.closes == 1 && from.overlaps == 0);
     }
     for (s_case = 1; s_case <= good.seeks && s_failures < 20; s_case += s_case < 8 ? 1 : 5) {
         byte_stream from = {.bytes = made.file, .size = good.size, .most = most, .fail_seek = s_case};
@@ -102,7 +86,7 @@ static void streams(vlw_reader *reader, size_t which, int in_order, size_t most,
         if (code == VLW_OK)
             reads_over(reader, expected, frames, s_case < 3 ? 0 : 1); /* the first two ask whether it can be moved in */
         else
-            CHECK_AT(told(reader, code, EIO) && from.closes == 1);
+            CHECK(told(vlw_reader_error(reader), code, VLW_SYSTEM, EIO, NULL) && from.closes == 1);
         vlw_reader_close(reader);
     }
     free(expected);
@@ -112,12 +96,12 @@ static void streams(vlw_reader *reader, size_t which, int in_order, size_t most,
 /* A seek over a source that fails: the next read tells, and the one after it is right. */
 static void after_seeks(vlw_reader *reader, size_t which) {
     sound made = make_sound(s_cases[which].kind, 44100, 2, 80000 / (s_cases[which].units / 300));
-    s_name = made.name;
+    s_where = made.name;
     CHECK(set_output(reader, 0, 0) == VLW_OK);
     byte_stream from = {.bytes = made.file, .size = made.size, .most = 4096};
     const vlw_stream stream = as_stream(&from);
     int16_t block[200];
-    CHECK_AT(vlw_reader_open_stream(reader, &stream) == VLW_OK);
+    CHECK(vlw_reader_open_stream(reader, &stream) == VLW_OK);
     for (s_case = 1; s_case < 30; ++s_case) {
         const size_t place = (size_t)s_case * 7919 % (made.frames - 100);
         size_t done = 9;
@@ -126,11 +110,11 @@ static void after_seeks(vlw_reader *reader, size_t which) {
         from.fail_for = 1 << 20;
         vlw_code code = vlw_reader_seek(reader, (int64_t)place);
         if (code == VLW_OK) code = vlw_reader_read_int16(reader, block, 100, &done);
-        CHECK_AT(code == VLW_OK || told(reader, code, EIO));
-        CHECK_AT(memcmp(block, made.samples + place * 2, done * 4) == 0 && vlw_reader_tell(reader) == (int64_t)(place + done));
+        CHECK(code == VLW_OK || told(vlw_reader_error(reader), code, VLW_SYSTEM, EIO, NULL));
+        CHECK(memcmp(block, made.samples + place * 2, done * 4) == 0 && vlw_reader_tell(reader) == (int64_t)(place + done));
         from.fail_read = from.fail_seek = 0;
-        CHECK_AT(vlw_reader_read_int16(reader, block + 2 * done, 100 - done, NULL) == VLW_OK);
-        CHECK_AT(memcmp(block, made.samples + place * 2, sizeof block) == 0);
+        CHECK(vlw_reader_read_int16(reader, block + 2 * done, 100 - done, NULL) == VLW_OK);
+        CHECK(memcmp(block, made.samples + place * 2, sizeof block) == 0);
     }
     vlw_reader_close(reader);
     free_sound(&made);
@@ -139,9 +123,9 @@ static void after_seeks(vlw_reader *reader, size_t which) {
 static void files(vlw_reader *reader, size_t which) {
     char path[] = "/tmp/vlw-faults-XXXXXX";
     sound made = make_sound(s_cases[which].kind, 44100, 2, s_cases[which].units);
-    s_name = "a file";
+    s_where = "a file";
     const int number = mkstemp(path);
-    CHECK_AT(write(number, made.file, made.size) == (ssize_t)made.size && set_output(reader, 0, 0) == VLW_OK);
+    CHECK(write(number, made.file, made.size) == (ssize_t)made.size && set_output(reader, 0, 0) == VLW_OK);
     int opened = 0;
     for (s_case = 1; s_failures < 20; ++s_case) {
         atomic_store(&s_file_reads, 0);
@@ -151,12 +135,12 @@ static void files(vlw_reader *reader, size_t which) {
             reads_over(reader, made.samples, made.frames, kFileFailures);
             ++opened;
         } else {
-            CHECK_AT(told(reader, code, EIO) && same(vlw_reader_error(reader)->path, s_case % 2 ? path : ""));
+            CHECK(told(vlw_reader_error(reader), code, VLW_SYSTEM, EIO, s_case % 2 ? path : ""));
         }
         if (s_case == 12) break;
         if (lseek(number, 0, SEEK_SET) != 0) break;
     }
-    CHECK_AT(opened > 3);
+    CHECK(opened > 3);
     vlw_reader_close(reader);
     atomic_store(&s_fail_file_read, 0);
     close(number), unlink(path);

@@ -1,17 +1,12 @@
 /* What readers share with the rest of their process: signals, threads, forks and the locale. */
 #define _GNU_SOURCE
-#include <dirent.h>
 #include <errno.h>
 #include <locale.h>
 #include <pthread.h>
-#include <signal.h>
-#include <stdlib.h>
 #include <sys/time.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "tests/capi/AudioFiles.h"
-#include "tests/capi/Check.h"
+#include "tests/capi/Files.h"
 
 static volatile sig_atomic_t s_alarms;
 static void on_alarm(int number) {
@@ -179,44 +174,6 @@ static void forks(const sound *made, const char *path) {
     }
 }
 
-typedef struct {
-    const sound *sounds;
-    const char *path;
-    vlw_module *module;
-    int number, failures;
-} task;
-
-static void *run(void *argument) {
-    task *const mine = argument;
-    vlw_reader *reader = NULL;
-    mine->failures = vlw_reader_new(mine->number % 2 ? mine->module : NULL, &reader) != VLW_OK;
-    for (int i = 0; i < 12; ++i) {
-        const sound *const made = &mine->sounds[(i + mine->number) % 4];
-        const size_t place = (size_t)(i * 37 % 60);
-        mine->failures += vlw_reader_open(reader, "/nowhere/at/all") != VLW_NOT_FOUND;
-        mine->failures += vlw_reader_open_memory(reader, made->file, made->size) != VLW_OK;
-        mine->failures += !reads_as(reader, made->samples, 0, made->frames, 400, VLW_END);
-        mine->failures += vlw_reader_seek(reader, (int64_t)place) != VLW_OK;
-        mine->failures += !reads_as(reader, made->samples, place, made->frames, 400, VLW_END);
-        mine->failures += vlw_reader_open(reader, mine->path) != VLW_OK || vlw_reader_seek(reader, 7) != VLW_OK;
-    }
-    vlw_reader_free(reader);
-    return NULL;
-}
-
-static void threads(const sound *sounds, const char *path) {
-    pthread_t all[4];
-    task tasks[4];
-    vlw_module *module = NULL;
-    CHECK(vlw_module_new(&module) == VLW_OK && vlw_module_load(module, NULL) == VLW_OK);
-    for (int i = 0; i < 4; ++i) {
-        tasks[i] = (task){sounds, path, module, i, 0};
-        CHECK(pthread_create(&all[i], NULL, run, &tasks[i]) == 0);
-    }
-    for (int i = 0; i < 4; ++i) CHECK(pthread_join(all[i], NULL) == 0 && tasks[i].failures == 0);
-    vlw_module_free(module);
-}
-
 /* A handle goes from thread to thread. */
 static void *read_a_part(void *argument) {
     int16_t block[200];
@@ -254,7 +211,6 @@ int main(void) {
     free_sound(&longer);
     conversion_blocks();
     forks(&sounds[0], path);
-    threads(sounds, path);
     /* Where commas part numbers, and where an I has no dot. Without such a locale this runs as before. */
     static const char *const kLocales[] = {"de_DE.UTF-8", "tr_TR.UTF-8", "C.UTF-8"};
     for (size_t i = 0; i < 3; ++i) {

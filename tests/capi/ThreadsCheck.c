@@ -1,15 +1,13 @@
 /* Four threads that read, convert, tag and fail at once, each on handles of its own that it makes anew now and then, all on
  * one module. Seconds to run and a folder to work in are arguments. What is wrong shows as a failed check here, and under
  * ThreadSanitizer. */
-#define _POSIX_C_SOURCE 200809L
+#define _GNU_SOURCE
 #include <pthread.h>
 #include <stdatomic.h>
-#include <stdlib.h>
 #include <time.h>
-#include <unistd.h>
 
-#include "AudioFiles.h"
-#include "Check.h"
+#include "tests/capi/AudioFiles.h"
+#include "tests/capi/Files.h"
 
 enum { THREADS = 4, KINDS = 6, UNITS = 600, MOST = 400000 };
 static const sound_kind kKinds[KINDS] = {PCM_16, PCM_8, PCM_24, IMA_ADPCM, A_LAW, AIFF_16};
@@ -21,18 +19,13 @@ static time_t s_end;
 static atomic_int s_wrong;
 static atomic_long s_turns;
 
-#define MUST(condition)                                                        \
-    do {                                                                       \
-        if (!(condition)) {                                                    \
-            fprintf(stderr, "%s:%d: %s\n", __FILE__, __LINE__, #condition);    \
-            atomic_fetch_add(&s_wrong, 1);                                     \
-        }                                                                      \
+#define MUST(condition)                                                     \
+    do {                                                                    \
+        if (!(condition)) {                                                 \
+            fprintf(stderr, "%s:%d: %s\n", __FILE__, __LINE__, #condition); \
+            atomic_fetch_add(&s_wrong, 1);                                  \
+        }                                                                   \
     } while (0)
-
-static void put(const char *path, const void *bytes, size_t size) {
-    FILE *const file = fopen(path, "wb");
-    MUST(file && fwrite(bytes, 1, size, file) == size && fclose(file) == 0);
-}
 
 static void read_one(vlw_reader *reader, const sound *from, int16_t *room, unsigned turn) {
     size_t got = 0;
@@ -66,7 +59,7 @@ static void convert_and_tag(vlw_converter *converter, vlw_editor *editor, const 
     snprintf(source, sizeof source, "%s/threads%d.source", s_folder, thread);
     snprintf(target, sizeof target, "%s/threads%d.wav", s_folder, thread);
     snprintf(title, sizeof title, "turn %u", turn);
-    put(source, from->file, from->size);
+    put_file(source, (bytes){from->file, from->size});
     vlw_conversion wish = {.size = sizeof wish, .rate = turn % 3 ? 22050 : 0, .flags = VLW_OVERWRITE};
     MUST(vlw_converter_run(converter, source, target, &wish) == VLW_OK);
     MUST(vlw_editor_open(editor, target) == VLW_OK);

@@ -112,7 +112,6 @@ constexpr Job kJobs[] = {
     {"Decode", "decode a.wav --rate 44100 -o out.raw", "out.raw"},
     {"DecodeCoded", "decode coded.wav -o out.raw", "out.raw"},
     {"Convert", "convert a.wav -o out.wav --rate 44100 --set title=New", "out.wav"},
-    {"ConvertCoded", "convert coded.wav -o out.wav", "out.wav"},
     {"Tag", "tag a.wav --set title=New --set composer=Bo", nullptr},
     {"Picture", "picture in.png --to jpg -o out.jpg", "out.jpg"},
 };

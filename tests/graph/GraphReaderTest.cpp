@@ -1,11 +1,7 @@
 // What the stream reader gives of audio that a graph decodes, and the graph reader by itself.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <csignal>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <limits>
 #include <optional>
 #include <random>
@@ -114,33 +110,6 @@ TEST(GraphReader, ConvertsWhatItDecodesAsThoughItWerePlain) {
     for (int turn = 0; turn < 2; ++turn) {  // an open on an open reader closes it first
         ASSERT_EQ(reader.Open(file.Wide().c_str(), 0), RESULT_OK);
         EXPECT_EQ(ReadAll(reader, 1000), expected);
-    }
-}
-
-// The same rates and channels as the direct reader's, with every sixth block size: a graph takes longer to
-// build.
-TEST(GraphReader, NoBlockSizeEndsEarlyOrChangesASample) {
-    size_t turn = 0;
-    for (const auto& [from, to] : Passages()) {
-        const Samples noise = Noise(24000 / from.channels * from.channels);
-        const Samples whole = Converted(noise, from, to, &CSampleRateConverter::ResetToOutputPosition);
-        std::string bytes;
-        for (const int16_t sample : noise) {
-            bytes += '\0';
-            bytes += static_cast<char>(sample);
-            bytes += static_cast<char>(sample >> 8);
-        }
-        const auto channels = static_cast<uint16_t>(from.channels);
-        const ScopedFile file(WavImage().Fmt(1, channels, from.rate, 24).Chunk("data", bytes).Image());
-        for (; turn < std::size(kBlockSizes); turn += 6) {
-            CACMWAVReader reader;
-            ASSERT_EQ(reader.Open(file.Wide().c_str(), 0), RESULT_OK);
-            ASSERT_EQ(reader.SetOutputFormat(to.channels, to.rate, 2), RESULT_OK);
-            EXPECT_TRUE(ReadAll(reader, kBlockSizes[turn], to.channels) == whole)
-                << from.rate << " to " << to.rate << ", " << from.channels << " channels, block "
-                << kBlockSizes[turn];
-        }
-        turn -= std::size(kBlockSizes);  // the next passage begins with another size
     }
 }
 
@@ -336,50 +305,6 @@ TEST(GraphReaderThreads, LeaveNothingBehindWhereverTheyAreLeft) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     EXPECT_LE(EntriesOf("/proc/self/task"), threads);
     EXPECT_EQ(EntriesOf("/proc/self/fd"), files);
-}
-
-// The signals that each other thread of the process blocks, as the system tells them.
-std::vector<uint64_t> BlockedInOtherThreads() {
-    std::vector<uint64_t> masks;
-    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-        if (task.path().filename() == std::to_string(getpid())) continue;
-        std::ifstream status(task.path() / "status");
-        for (std::string line; std::getline(status, line);)
-            if (line.starts_with("SigBlk:")) masks.push_back(std::stoull(line.substr(7), nullptr, 16));
-    }
-    return masks;
-}
-
-// A host that blocks a signal in all its threads, to take it where it likes, mustn't be killed by it.
-TEST(GraphReaderThreads, TakeNoSignalOfTheHost) {
-    const ScopedFile file;
-    MakeFile(file.Path(), 2, kRate, "-c:a adpcm_ima_wav", std::to_string(kRingSize / (kRate * 4) + 2));
-    CACMWAVReader reader;
-    ASSERT_EQ(reader.Open(file.Wide().c_str(), 0), RESULT_OK);
-    sigset_t signal = {};
-    sigset_t before = {};
-    sigset_t after = {};
-    sigaddset(&signal, SIGUSR1);
-    pthread_sigmask(SIG_SETMASK, nullptr, &before);
-    Samples block(2000);
-    uint32_t frames = 0;
-    ASSERT_EQ(reader.Read(block.data(), 1000, &frames, nullptr), RESULT_OK);  // starts the thread
-    pthread_sigmask(SIG_SETMASK, nullptr, &after);
-    EXPECT_EQ(std::memcmp(&before, &after, sizeof(before)), 0);
-
-    const std::vector<uint64_t> masks = BlockedInOtherThreads();
-    EXPECT_FALSE(masks.empty());
-    // All that can be blocked: not SIGKILL and SIGSTOP, and not the two that the C library keeps for itself.
-    // SIGSYS stays open in a sanitizer's own thread.
-    constexpr uint64_t kBlockable =
-        ~(uint64_t{1} << (SIGKILL - 1) | uint64_t{1} << (SIGSTOP - 1) | uint64_t{7} << (SIGSYS - 1));
-    for (const uint64_t mask : masks) ASSERT_EQ(mask & kBlockable, kBlockable);
-    pthread_sigmask(SIG_BLOCK, &signal, nullptr);
-    kill(getpid(), SIGUSR1);
-    EXPECT_EQ(reader.Read(block.data(), 1000, &frames, nullptr), RESULT_OK);
-    timespec none = {};
-    EXPECT_EQ(sigtimedwait(&signal, nullptr, &none), SIGUSR1);  // it waited for the host
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 TEST(GraphHelpers, RefuseWhatIsMissing) {

@@ -66,26 +66,6 @@ TEST_F(HostOutput, AReaderThatGoesAwayIsAFailureWithAReason) {
     EXPECT_NE(run.err.find("Writing to standard output failed"), std::string::npos) << run.err;
 }
 
-TEST_F(HostOutput, ADiskThatFillsUpAnywhereLeavesEverythingAsItWas) {
-    // 1024 bytes, two blocks of the shell, fill up in the audio, with the tags that are written last, or with
-    // a tag more in a file that fits; of the last one they hold all.
-    WriteWav("tags.wav", 2, 44100, 16, 240);
-    WriteWav("full.wav", 1, 8000, 8, 980);
-    WriteWav("odd.wav", 1, 44100, 8, 979);
-    const auto before = Names();
-    const std::string full = Bytes("full.wav");
-    const auto limited = [&](const std::string& line) {
-        return Run("ulimit -f 2; '" VLWAV_PATH "' " + line);
-    };
-    ExpectEnd(limited("decode a.wav -o a.raw"), 1, "Writing to a.raw failed");
-    for (const char* line : {"convert -o out.wav a.wav", "tag full.wav --set title=x",
-                             "convert -o out.wav tags.wav --set comment=01234567890123456789"})
-        ExpectEnd(limited(line), 1, "vlwav: ");
-    EXPECT_TRUE(Bytes("full.wav") == full);
-    EXPECT_EQ(Names(), before);
-    EXPECT_EQ(limited("convert -o out.wav odd.wav").exitCode, 0);
-}
-
 TEST_F(HostOutput, WhatIsThereAndTheInputItselfStayAsTheyAre) {
     std::filesystem::create_symlink("a.wav", m_folder / "link.wav");
     std::filesystem::create_hard_link(m_folder / "a.wav", m_folder / "hard.wav");
@@ -107,18 +87,6 @@ TEST_F(HostOutput, WhatIsThereAndTheInputItselfStayAsTheyAre) {
     }
     EXPECT_EQ(Vlwav("convert a.wav -o /dev/null --overwrite").exitCode, 1);
     EXPECT_EQ(Names(), names);
-}
-
-TEST_F(HostOutput, AReplacedFileKeepsItsModeAndItsLinkAndADeviceIsNotReplaced) {
-    WriteBytes("real.raw", "old");
-    std::filesystem::permissions(m_folder / "real.raw", std::filesystem::perms{0640});
-    std::filesystem::create_symlink("real.raw", m_folder / "link.raw");
-    EXPECT_EQ(Vlwav("decode a.wav -o link.raw --overwrite").exitCode, 0);
-    EXPECT_TRUE(std::filesystem::is_symlink(m_folder / "link.raw"));
-    EXPECT_TRUE(Bytes("real.raw") == m_audio);
-    EXPECT_EQ(Run("stat -c %a real.raw").out, "640\n");
-    EXPECT_EQ(Vlwav("decode a.wav -o /dev/null").exitCode, 0);
-    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
 }
 
 TEST_F(HostOutput, InterruptedWorkSaysSoAndLeavesNothing) {

@@ -44,36 +44,6 @@ TEST_F(HostTag, NamesAndNumbersThatCannotBeTouchNothing) {
     EXPECT_TRUE(Bytes("a.wav") == before);
 }
 
-TEST_F(HostTag, WhatIsNotNamedStaysAndWhatIsComesBackAsItWasSet) {
-    const struct {
-        const char* id;
-        std::string content;
-        const char* option;
-        const char* stays;
-        json tags;
-    } rows[] = {
-        {"INAM", "Song", "--set artist=Łódź", "Song", {{"title", "Song"}, {"artist", "Łódź"}}},
-        {"ICRD", "05/24/99  13:07:47", "--set title=x", "05/24/99  13:07:47", {{"title", "x"}, {"year", 5}}},
-        {"IARL", "Shelf 12", "--set track=7", "Shelf 12", {{"track", 7}}},
-        {"IARL", "3rd shelf", "--clear track", "3rd shelf", json::object()},
-        {"ICRD", "19991231", "--set year=201", "cue ", {{"year", 201}}},
-        {"vltg",
-         TagEntry("Nonesuch", "B") + TagEntry("disc", "2") + '\0',
-         "--set year=2001",
-         "Nonesuch=",
-         {{"year", 2001}, {"disc", "2"}}},
-    };
-    for (const auto& row : rows) {
-        WriteTagged(row.id, row.content, std::string_view("cue \0\0\0\0", 8));
-        const RunResult run = Vlwav("tag a.wav --json " + std::string(row.option));
-        ExpectEnd(run, 0, "");
-        EXPECT_EQ(run.err, "") << row.option;
-        EXPECT_EQ(json::parse(run.out)[0]["tags"], row.tags) << row.option;
-        for (const char* bytes : {"cue ", row.stays})
-            EXPECT_NE(Bytes("a.wav").find(bytes), std::string::npos) << row.option;
-    }
-}
-
 TEST_F(HostTag, AFileThatCannotBeChangedFailsAndTheOthersGoOn) {
     WriteWav("locked.wav", 1, 8000, 8, 11);
     std::filesystem::permissions(m_folder / "locked.wav", std::filesystem::perms::owner_read);

@@ -16,7 +16,9 @@ struct HostileFile {
 };
 using HostileFiles = std::vector<HostileFile>;
 
-// `many`: how many of what can be counted. One call of each in a program.
+constexpr size_t kAll = 1'000'000;
+// `many`: how many of what can be counted; below kAll heads aren't cut at every byte. One call of each in a
+// program.
 HostileFiles HostileWaves(size_t many);
 HostileFiles HostileAiffs(size_t many);
 HostileFiles HostilePictures(size_t many);

@@ -20,7 +20,6 @@
 
 namespace {
 
-constexpr size_t kMany = 1'000'000;
 constexpr double kMostMilliseconds = 100;
 constexpr int64_t kMostBytes = int64_t{16} << 20;
 constexpr unsigned kHangSeconds = 20;
@@ -166,7 +165,7 @@ private:
 
 int main(int count, char** arguments) {
     if (count < 2) return 2;
-    const size_t many = count > 2 ? std::strtoul(arguments[2], nullptr, 10) : kMany;
+    const size_t many = count > 2 ? std::strtoul(arguments[2], nullptr, 10) : kAll;
     const std::string part = count > 3 ? arguments[3] : "";
     struct Part {
         HostileFiles files;

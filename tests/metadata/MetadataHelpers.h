@@ -19,6 +19,15 @@ inline RefPtr<IAC3Metadata> NewMetadata() {
     return metadata;
 }
 
+// The text of an attribute, or "(none)".
+inline std::u16string Text(IAC3Metadata& metadata, uint32_t id) {
+    char16_t* text = nullptr;
+    if (metadata.GetString(id, &text) != RESULT_OK) return u"(none)";
+    std::u16string copy(text);
+    metadata.Free(text);
+    return copy;
+}
+
 inline PictureSet& SetOf(IAC3Metadata& metadata) {
     PictureSet* set = nullptr;
     metadata.GetPictureSet(&set);

@@ -20,15 +20,6 @@ namespace {
 using namespace std::string_literals;
 using Bytes = std::vector<uint8_t>;
 
-// The text of an attribute, or "(none)".
-std::u16string Text(IAC3Metadata& metadata, uint32_t id) {
-    char16_t* text = nullptr;
-    if (metadata.GetString(id, &text) != RESULT_OK) return u"(none)";
-    std::u16string copy(text);
-    metadata.Free(text);
-    return copy;
-}
-
 TEST(Metadata, CopyTakesTheListedAttributesAndLeavesWhatTheSourceLacks) {
     const RefPtr<IAC3Metadata> source = NewMetadata();
     source->SetLong(ATTR_TITLE, 1);  // of another type: passed over
@@ -198,22 +189,6 @@ TEST(MetadataEditor, AnswersFromTheLastOpenWhenClosed) {
     EXPECT_EQ(RunWithMoreMemory(RESULT_NO_MEMORY, get, [&] { EXPECT_FALSE(metadata); }), RESULT_OK);
     EXPECT_EQ(get(), RESULT_OK);
     EXPECT_EQ(Text(*metadata, ATTR_TITLE), u"Song");
-}
-
-TEST(MetadataEditor, WithoutMemorySaveLeavesTheFileAsItWas) {
-    const Bytes before = Recording(kInfo);
-    const ScopedFile file(before);
-    const RefPtr<CACMetadataEditor> editor = Editor(file);
-    const RefPtr<IAC3Metadata> metadata = NewMetadata();
-    metadata->SetString(ATTR_TITLE, u"A longer title than fits into a short string");
-    ASSERT_EQ(editor->SetMetadata(metadata.Get()), RESULT_OK);
-    Result saved = RESULT_NO_MEMORY;
-    for (int allocations = 0; file.Bytes() == before; ++allocations) {
-        ASSERT_EQ(editor->Open(), RESULT_OK);
-        const FailingAllocator heap(allocations, true);  // there is memory again when the file is closed
-        saved = editor->Save();
-    }
-    EXPECT_EQ(saved, RESULT_OK);
 }
 
 TagPairs Read(const InfoChunks& chunks) {

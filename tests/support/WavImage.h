@@ -1,4 +1,4 @@
-// WAV images built byte by byte, sound ones and broken ones.
+// WAV images built byte by byte, sound ones and broken ones. Also in C++17, for those who use vlwav.hpp.
 #pragma once
 
 #include <cstdint>
@@ -6,8 +6,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "riff/ByteOrder.h"
 
 using Samples = std::vector<int16_t>;
 
@@ -55,7 +53,8 @@ public:
     WavImage& Info(const WavImage& entries) { return Chunk("LIST", "INFO" + entries.Text()); }
     // Makes the RIFF size true, which is 0 before.
     WavImage& Sized() {
-        StoreLE32(&m_bytes[4], static_cast<uint32_t>(m_bytes.size()) - 8);
+        for (int i = 0; i < 4; ++i)
+            m_bytes[size_t(4 + i)] = static_cast<uint8_t>((m_bytes.size() - 8) >> 8 * i);
         return *this;
     }
 

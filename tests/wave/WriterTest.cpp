@@ -11,6 +11,7 @@
 #include "AudioCodec/wave/StockFormatTexts.h"
 #include "AudioCodec/wave/StockFormats.h"
 #include "platform/com/RefPtr.h"
+#include "riff/ByteOrder.h"
 #include "tests/platform/SystemFaults.h"
 #include "tests/shell/SampleObject.h"
 #include "tests/support/FailingAllocator.h"

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <sstream>
 
+#include "riff/ByteOrder.h"
 #include "tests/host/Shell.h"
 
 namespace {

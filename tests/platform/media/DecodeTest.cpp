@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <random>
 
 #include "tests/platform/media/CommandLine.h"
@@ -20,29 +19,17 @@ struct Codec {
 void PrintTo(const Codec& codec, std::ostream* out) { *out << codec.name; }
 const Codec kCodecs[] = {
     {"Pcm16Extensible", ".wav", 3, 44100, "-c:a pcm_s16le"},
-    {"Pcm24", ".wav", 2, 44100, "-c:a pcm_s24le", true},
     {"Pcm24Extensible8Channels", ".wav", 8, 192000, "-c:a pcm_s24le", true},
-    {"Pcm32", ".wav", 1, 8000, "-c:a pcm_s32le", true},
-    {"Float32", ".wav", 2, 48000, "-c:a pcm_f32le"},
     {"Float32PlainTag", ".wav", 2, 48000, "-f f32le - | sox -V1 -t f32 -r 48000 -c 2 -"},
     {"Float64", ".wav", 1, 22050, "-c:a pcm_f64le"},
-    {"ALaw", ".wav", 2, 8000, "-c:a pcm_alaw"},
-    {"MuLaw", ".wav", 1, 11025, "-c:a pcm_mulaw"},
-    {"ImaAdpcm", ".wav", 2, 44100, "-c:a adpcm_ima_wav"},
-    {"MsAdpcm", ".wav", 2, 44100, "-c:a adpcm_ms"},
     {"Gsm", ".wav", 1, 8000, "-c:a libgsm_ms"},
     {"Mp3", ".wav", 2, 44100, "-c:a libmp3lame"},
     {"Rf64", ".wav", 1, 44100, "-c:a pcm_s24le -rf64 always", true},
-    {"AiffPcm8", ".aif", 1, 8000, "-c:a pcm_s8"},
     {"AifcPcm8Unsigned", ".aif", 2, 11025, "-c:a pcm_u8"},
-    {"AiffPcm16", ".aif", 2, 44100, "-c:a pcm_s16be"},
-    {"AiffPcm24", ".aif", 3, 96000, "-c:a pcm_s24be", true},
     {"AiffPcm32", ".aif", 1, 44100, "-c:a pcm_s32be", true},
-    {"AifcPcm16LittleEndian", ".aif", 2, 44100, "-c:a pcm_s16le"},
     {"AifcFloat32", ".aif", 2, 44100, "-c:a pcm_f32be"},
     {"AifcFloat64", ".aif", 1, 44100, "-c:a pcm_f64be"},
     {"AifcALaw", ".aif", 1, 8000, "-c:a pcm_alaw"},
-    {"AifcMuLaw", ".aif", 2, 8000, "-c:a pcm_mulaw"},
     {"AifcIma", ".aif", 2, 44100, "-c:a adpcm_ima_qt"},
 };
 
@@ -128,33 +115,6 @@ TEST(DecodeSeeks, GoToTheirBlockWhateverComesBeforeIt) {
             }
         }
     }
-}
-
-// No hang, no crash, no message of the decoder's, and an end for all that opens.
-TEST_P(DecodeGraph, EndsForFilesThatAreCutOrDamaged) {
-    testing::internal::CaptureStderr();
-    const std::vector<uint8_t> whole = m_file.Bytes();
-    const auto start = std::chrono::steady_clock::now();
-    std::mt19937 random(2);
-    for (int round = 0; round < 24; ++round) {
-        std::vector<uint8_t> bytes = whole;
-        if (round % 3 == 0) bytes.resize(round < 12 ? random() % 100 : random() % whole.size());
-        for (int i = 0; round % 3 != 0 && i < 20; ++i) {
-            const size_t reach = round % 3 == 1 ? std::min<size_t>(80, bytes.size()) : bytes.size();
-            bytes[random() % reach] = uint8_t(random());
-        }
-        m_file.Write(bytes);
-        Graph graph;
-        const bool inOrder = round % 2 != 0;
-        if (FAILED(inOrder ? graph.Open(*Make<SequentialSource>(bytes)) : graph.Open(m_file.Wide())))
-            continue;
-        EXPECT_EQ(graph.control->Run(), S_OK);
-        if (round % 4 > 1) graph.SeekToFrame(int64_t(random() % 30000));
-        const bool isEmpty = graph.ReadAll().empty();
-        EXPECT_TRUE(graph.readResult == S_OK || (isEmpty && graph.readResult == VFW_E_INVALID_FILE_FORMAT));
-    }
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Codecs, DecodeGraph, testing::ValuesIn(kCodecs),
