@@ -4,8 +4,8 @@
 
 #include "host/base/Failure.h"
 #include "host/commands/Commands.h"
-#include "host/commands/TagChanges.h"
 #include "host/files/Output.h"
+#include "host/tags/TagChanges.h"
 #include "host/terminal/Report.h"
 #include "host/terminal/TerminalText.h"
 

@@ -1,4 +1,4 @@
-#include "host/commands/TagChanges.h"
+#include "host/tags/TagChanges.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
