@@ -2,7 +2,7 @@
 #include "host/base/Failure.h"
 #include "host/commands/Commands.h"
 #include "host/files/Output.h"
-#include "host/terminal/Progress.h"
+#include "host/terminal/ProgressLines.h"
 #include "host/terminal/Report.h"
 
 namespace {
@@ -47,11 +47,11 @@ ExitCode Decode(const vlw::Module& module, const DecodeOptions& options) {
     const int64_t promised = PromisedFrames(reader);
 
     Output output = Output::Named(options.output, options.file, options.overwrite);
-    Progress progress(promised);
+    ProgressLines progress(1, 0);
     auto blocks = reader.blocks(kBlockFrames);
     for (const auto& block : blocks) {
         output.Write(block.data(), block.size() * sizeof *block.data());
-        progress.Show(reader.tell());
+        progress.Show(0, options.file, 0, reader.tell(), promised, reader.rate());
     }
     const bool cut = blocks.ending() == vlw::Ending::cut;
     const ExitCode code = cut ? TellCut(reader, options, output.IsFile()) : EXIT_DONE;

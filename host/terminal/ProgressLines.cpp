@@ -143,7 +143,8 @@ std::string ProgressLines::TotalLine(size_t columns) const {
         seconds += file.seconds;
     }
     const double part = m_bytes == 0 ? -1 : std::min(1.0, bytes / static_cast<double>(m_bytes));
-    std::string name = fmt::format("{} of {} files", m_done, m_files);
+    std::string name = columns < kBarColumns ? fmt::format("{}/{}", m_done, m_files)
+                                             : fmt::format("{} of {} files", m_done, m_files);
     if (m_failed != 0) name += fmt::format(", {} failed", m_failed);
     const std::string figures = Figures(part, seconds, SecondsSince(m_begun), columns - kLeastName - 1);
     const size_t left = columns - figures.size() - 1;
