@@ -41,7 +41,7 @@ capi/handles: capi/audio capi/input capi/output capi/posix capi AudioCodec/wave 
 host/base:
 host/terminal: host/base capi
 host/files: host/terminal host/base capi
-host/tags: host/base capi
+host/tags: host/terminal host/base capi
 host/convert: host/tags host/files host/terminal host/base capi
 host/cli: host/files host/terminal host/base capi
 host/commands: host/convert host/tags host/cli host/files host/terminal host/base capi

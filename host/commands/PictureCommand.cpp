@@ -1,12 +1,10 @@
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <memory>
-#include <vector>
+#include <string>
 
 #include "capi/vlwav_more.h"
 #include "host/base/Failure.h"
 #include "host/commands/Commands.h"
+#include "host/files/FileText.h"
 #include "host/files/Output.h"
 #include "host/terminal/Report.h"
 
@@ -23,18 +21,9 @@ struct Freed {
     void operator()(void* block) const noexcept { vlw_free(block); }
 };
 
-std::vector<char> ReadFile(const std::string& path) {
-    const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(std::fopen(path.c_str(), "rb"),
-                                                                  &std::fclose);
-    int error = file ? 0 : errno;
-    std::vector<char> bytes;
-    char block[65536];
-    for (size_t got = 1; error == 0 && got != 0; bytes.insert(bytes.end(), block, block + got)) {
-        got = std::fread(block, 1, sizeof block, file.get());
-        if (std::ferror(file.get())) error = errno;
-    }
-    if (error != 0) throw Failure(std::string(strerrordesc_np(error)) + '.');
-    if (bytes.empty()) throw Failure("It is empty.");
+std::string ReadFile(const std::string& path) {
+    std::string bytes = FileText::Read(path);
+    if (bytes.empty()) throw Failure("It is empty.", "damaged");
     return bytes;
 }
 
@@ -44,7 +33,7 @@ void Write(const PictureOptions& options, const void* bytes, size_t size) {
     output.Commit();
 }
 
-void Convert(const vlw::Module& module, const PictureOptions& options, const std::vector<char>& bytes) {
+void Convert(const vlw::Module& module, const PictureOptions& options, const std::string& bytes) {
     void* made = nullptr;
     size_t size = 0;
     const vlw_code code =
@@ -55,7 +44,7 @@ void Convert(const vlw::Module& module, const PictureOptions& options, const std
 }
 
 // As a host gets it from the tags of a file.
-void Pass(const PictureOptions& options, const std::vector<char>& bytes) {
+void Pass(const PictureOptions& options, const std::string& bytes) {
     vlw::Tags tags;
     tags.set_picture(0, bytes.data(), bytes.size());
     const vlw::Picture picture = *tags.best_picture();
@@ -74,7 +63,7 @@ public:
                {{"A cover as JPEG", "vlwav picture cover.png --to jpg -o cover.jpg"},
                 {"Whether a file is a picture that is read", "vlwav picture cover.png -o /dev/null"},
                 {"Into another program", "vlwav picture cover.gif --to bmp -o - | convert - cover.webp"}}}) {
-        Take(Option{"FILE", "", "Image file", &m_options.file, Words::Files}.Required());
+        Take(Option{"FILE", "", "Image file; - is standard input", &m_options.file, Words::Files}.Required());
         Take(Option{"--to", "KIND", "Decode it and write it anew; as it is if not given", &m_options.format}
                  .OneOf({"jpg", "bmp"}));
         Take(Option{"-o,--output", "OUT", "File to write, - is standard output", &m_options.output,
@@ -88,7 +77,7 @@ public:
             throw UsageFailure("A picture is no text for a terminal; name a file with -o or use a pipe.");
         const vlw::Module& module = context.Module();
         try {
-            const std::vector<char> bytes = ReadFile(m_options.file);
+            const std::string bytes = ReadFile(m_options.file);
             if (m_options.format.empty())
                 Pass(m_options, bytes);
             else

@@ -1,45 +1,16 @@
 #include "host/convert/InputList.h"
 
-#include <fcntl.h>
-#include <fmt/format.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 
 #include "host/base/Endings.h"
-#include "host/base/Failure.h"
+#include "host/files/FileText.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
 constexpr const char* kEndings[] = {".wav", ".wave", ".bwf", ".aif", ".aiff", ".aifc"};
-
-[[noreturn]] void FailReading(const std::string& list, int error) {
-    throw Failure(fmt::format("Reading the list {} failed: {}.", list, std::strerror(error)), "system");
-}
-
-std::string ReadList(const std::string& list) {
-    struct Closer {
-        int descriptor;
-        ~Closer() {
-            if (descriptor > STDERR_FILENO) close(descriptor);
-        }
-    };
-    const Closer file{list == "-" ? STDIN_FILENO : open(list.c_str(), O_RDONLY | O_CLOEXEC)};
-    if (file.descriptor < 0) FailReading(list, errno);
-    std::string text;
-    char block[65536];
-    for (;;) {
-        const ssize_t got = read(file.descriptor, block, sizeof block);
-        if (got < 0 && errno == EINTR) continue;
-        if (got < 0) FailReading(list, errno);
-        if (got == 0) return text;
-        text.append(block, static_cast<size_t>(got));
-    }
-}
 
 std::string TextOf(const std::error_code& error) { return error.message() + '.'; }
 
@@ -50,7 +21,7 @@ void InputList::AddNamed(const std::vector<std::string>& names, bool recursive, 
 }
 
 void InputList::AddListed(const std::string& list, bool recursive, const std::string& output) {
-    const std::string text = ReadList(list);
+    const std::string text = FileText::ReadList(list);
     const char separator = text.find('\0') == text.npos ? '\n' : '\0';
     for (size_t at = 0; at < text.size();) {
         const size_t end = std::min(text.find(separator, at), text.size());

@@ -98,8 +98,13 @@ bool IsUtf8(std::string_view bytes) {
     return true;
 }
 
+namespace {
+
+constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+}  // namespace
+
 std::string Base64(std::string_view bytes) {
-    constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string text;
     for (size_t at = 0; at < bytes.size(); at += 3) {
         uint32_t group = 0;
@@ -109,6 +114,22 @@ std::string Base64(std::string_view bytes) {
         for (size_t i = 0; i < 4; ++i) text += i <= part.size() ? kDigits[group >> (18 - 6 * i) & 0x3F] : '=';
     }
     return text;
+}
+
+std::optional<std::string> FromBase64(std::string_view text) {
+    const size_t digits = std::min(text.find('='), text.size());
+    if (text.size() % 4 != 0 || text.size() - digits > 2 ||
+        text.substr(digits).find_first_not_of('=') != text.npos)
+        return std::nullopt;
+    std::string bytes;
+    uint32_t group = 0;
+    for (size_t i = 0; i < digits; ++i) {
+        const size_t digit = kDigits.find(text[i]);
+        if (digit == kDigits.npos) return std::nullopt;
+        group = group << 6 | static_cast<uint32_t>(digit);
+        if (i % 4 != 0) bytes += static_cast<char>(group >> (6 - 2 * (i % 4)) & 0xFF);
+    }
+    return bytes;
 }
 
 }  // namespace TerminalText

@@ -1,6 +1,7 @@
 // Foreign bytes on their way to a screen or into JSON: names of files and texts of tags may hold anything.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -20,5 +21,7 @@ bool IsUtf8(std::string_view bytes);
 
 // RFC 4648, section 4, with padding.
 std::string Base64(std::string_view bytes);
+// The bytes again; nothing for what isn't such a text.
+std::optional<std::string> FromBase64(std::string_view text);
 
 }  // namespace TerminalText
