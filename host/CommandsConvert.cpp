@@ -79,6 +79,9 @@ bool IsOfFormat(const std::string& note) {
     return note.find(" → ") != note.npos && note.find('"') == note.npos;
 }
 
+// Room, and numbers that tell of the old samples: nobody misses them.
+bool IsOfNoUse(const std::string& note) { return note.starts_with("the output has no use for "); }
+
 // " (6 channels → mono, 24 → 16 bits)", or nothing.
 std::string FormatLosses(const std::string& notes) {
     std::string text;
@@ -140,7 +143,8 @@ private:
             lines += Report::Complaint(input,
                                        std::string("Note: ") + vlw_converter_error(m_converter.get())->text);
         for (const std::string& line : Lines(made.notes))
-            if (!IsOfFormat(line)) lines += Report::Complaint(input, "Note: " + line + '.');
+            if (!IsOfFormat(line) && !IsOfNoUse(line))
+                lines += Report::Complaint(input, "Note: " + line + '.');
         return lines;
     }
 

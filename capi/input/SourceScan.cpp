@@ -67,6 +67,11 @@ SourceFacts ScanFromStart(Input& input) {
 
 }  // namespace
 
+void TakeId3(const Input& input, const Chunk& chunk, SourceFacts& facts) {
+    if (!facts.id3 && input.IsSeekable() && chunk.Content() + chunk.size <= *input.Size())
+        facts.id3 = Extent{chunk.Content(), chunk.size};
+}
+
 void CountFrames(SourceFacts& facts, int64_t told) {
     const UnitSize& unit = facts.unit;
     if (unit.bytes == 0) {

@@ -48,6 +48,7 @@ private:
             if (chunk.id == ChunkId::kFmt && chunk.size >= kPcmFormatSize) whole = TakeFormat(walk);
             if (chunk.id == ChunkId::kFact && chunk.size >= kFactSampleCountSize) whole = TakeFact(walk);
             if (chunk.id == ChunkId::kList && chunk.size >= kListTypeSize) whole = TakeList(walk);
+            if (IsId3(chunk.id)) TakeId3(m_input, chunk, m_facts);
             if (chunk.id == ChunkId::kData) {
                 m_chunks.data = chunk;
                 // In order the audio must be read from here; and after a size that isn't told nothing is
