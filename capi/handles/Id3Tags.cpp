@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "capi/Keywords.h"
+#include "capi/handles/Id3Frames.h"
 #include "capi/id3/Id3Functions.h"
 #include "capi/posix/ModuleFile.h"
 
@@ -82,15 +83,18 @@ void TakePicture(void* user, int32_t type, const void* bytes, size_t size) {
 
 Tags ReadId3Tags(Input& input, const SourceFacts& facts) {
     if (!facts.id3 || facts.id3->size == 0 || facts.id3->size > kReadMost) return {};
-    std::string ignored;
-    const ModuleFile library(ModuleFile::OwnFolder() + kLibraryName, ignored);
+    std::string reason;
+    const ModuleFile library(ModuleFile::OwnFolder() + kLibraryName, reason);
+    // The loader has no number for it, and no tags for want of memory would be the wrong answer.
+    if (!library && reason.find("annot allocate memory") != reason.npos) throw std::bad_alloc();
     const auto read = library ? reinterpret_cast<ReadId3Function>(library.Find(kReadId3Name)) : nullptr;
     if (!read) return {};
-    std::vector<uint8_t> bytes(facts.id3->size);
-    bytes.resize(input.ReadWholeAt(facts.id3->place, bytes.data(), bytes.size()));
+    InputBlocks blocks(input);
+    const std::vector<uint8_t> frames = FramesOfUse(blocks, *facts.id3);
+    if (frames.empty()) return {};
     Taken taken;
     const Id3Receiver receiver = {&taken, TakeText, TakePicture};
-    read(bytes.data(), bytes.size(), &receiver);
+    if (!read(frames.data(), frames.size(), &receiver)) throw std::bad_alloc();
     if (taken.failure) std::rethrow_exception(taken.failure);
     return std::move(taken.tags);
 }

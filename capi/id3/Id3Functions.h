@@ -13,6 +13,6 @@ struct Id3Receiver {
     void (*picture)(void* user, int32_t type, const void* bytes, size_t size);
 };
 
-// Reads a tag of version 2. False for what is none, and where memory ran out. Any thread.
+// Reads a tag of version 2, below 4 GiB, in which nothing is packed. False where memory ran out. Any thread.
 using ReadId3Function = bool (*)(const uint8_t* bytes, size_t size, const Id3Receiver* receiver);
 inline constexpr const char* kReadId3Name = "VlReadId3";

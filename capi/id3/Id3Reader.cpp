@@ -7,7 +7,6 @@
 
 #include <string>
 
-#include "capi/id3/Id3Frames.h"
 #include "capi/id3/Id3Functions.h"
 
 namespace {
@@ -66,10 +65,8 @@ void Tell(const TagLib::ID3v2::Tag& tag, const Teller& teller) {
 extern "C" __attribute__((visibility("default"))) bool VlReadId3(const uint8_t* bytes, size_t size,
                                                                  const Id3Receiver* receiver) {
     try {
-        const std::vector<char> frames = FramesOfUse(bytes, size);
-        if (frames.empty()) return false;
         TagLib::ByteVectorStream stream(
-            TagLib::ByteVector(frames.data(), static_cast<unsigned int>(frames.size())));
+            TagLib::ByteVector(reinterpret_cast<const char*>(bytes), static_cast<unsigned int>(size)));
         TagFile file(stream);
         Tell(TagLib::ID3v2::Tag(&file, 0), Teller(*receiver));
         return true;
