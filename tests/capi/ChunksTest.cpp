@@ -363,7 +363,7 @@ TEST_F(ChunksTest, TheChunksOfAFileAreToldInItsOrder) {
     EXPECT_EQ(vlw_reader_chunk_count(reader.get()), 5U);
     const std::vector<std::string> all = {"fmt  12 16", "data 36 8000", "LISTadtl 8044 6", "abcd 8058 3",
                                           "last 8070 99"};
-    for (const size_t index : {0, 1, 2, 3, 4, 2, 0, 4}) EXPECT_EQ(told(index), all[index]);
+    for (const size_t index : {0U, 1U, 2U, 3U, 4U, 2U, 0U, 4U}) EXPECT_EQ(told(index), all[index]);
     EXPECT_EQ(told(5), "none");
     EXPECT_EQ(told(4), all[4]);
     chunk.size = 8;
