@@ -163,7 +163,7 @@ void WaveOutput::AppendChunks() {
 }
 
 bool WaveOutput::HasItsChunks() const {
-    if (!m_plan.chunks) return true;
+    if (!m_plan.chunks || m_plan.chunks->Bytes() == 0) return true;
     WrittenFile file(m_file.Bytes(), FileSize());
     file.MoveTo(m_chunksAt);
     return m_plan.chunks->AreIn(file, m_chunksAt, file.Size());

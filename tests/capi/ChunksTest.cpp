@@ -65,6 +65,7 @@ protected:
     struct Wish {
         uint32_t rate = 0, channels = 0, bits = 0, flags = 0, threads = 1;
         uint64_t seed = 0;
+        int* told = nullptr;  // counts calls that tell how far the audio is
     };
 
     // Of `chunks` around some frames.
@@ -90,6 +91,9 @@ protected:
         conversion.bits = wish.bits;
         conversion.flags = wish.flags | VLW_OVERWRITE;
         conversion.threads = wish.threads;
+        conversion.user = wish.told;
+        if (wish.told)
+            conversion.progress = [](void* told, int64_t, int64_t) { return ++*static_cast<int*>(told), 0; };
         Run run;
         run.code = vlw_converter_run(converter.get(), in.c_str(), out.c_str(), &conversion);
         run.notes = run.code < VLW_OK ? vlw_converter_error(converter.get())->text
@@ -231,8 +235,10 @@ TEST_F(ChunksTest, AFileThatWouldBeTooLargeIsRefusedBeforeAnythingIsCopied) {
     const std::string head = Source(48000, {}) + "abcd" + Little(0xFFFFF000, 4);
     std::ofstream(in, std::ios::binary) << head;
     std::filesystem::resize_file(in, head.size() + 0xFFFFF000);
-    const Run run = ConvertFile(in, out, {});
+    int told = 0;
+    const Run run = ConvertFile(in, out, {.told = &told});
     EXPECT_EQ(run.code, VLW_TOO_LARGE) << run.notes;
+    EXPECT_EQ(told, 0);
     EXPECT_FALSE(std::filesystem::exists(out));
     EXPECT_EQ(ConvertFile(in, out, {.flags = VLW_NO_CHUNKS}).code, VLW_OK);
 }
@@ -290,11 +296,14 @@ TEST_F(ChunksTest, Id3FillsWhatTheListDoesNotHave) {
     const auto picture = [&](char type, const std::string& bytes) {
         return Frame("APIC", '\0' + std::string("image/png") + '\0' + type + '\0' + bytes);
     };
-    const std::string tag =
-        Id3(Text("TIT2", "Other") + Text("TPE1", "Singer") + Text("TRCK", "7/12") + Text("TYER", "1999") +
-            Text("TDAT", "0504") + Text("TCON", "(17)") + Text("TPE3", "Leader") +
-            Frame("TCOM", std::string("\1\xFF\xFE\xE9\x65", 5)) + picture(3, png) + picture(3, "not one") +
-            picture(4, "http://x") + Frame("TALB", "\0\0\0\x20x\x9C\3\0", 0x80));
+    const std::string tag = Id3(
+        Text("TIT2", "Other") + Text("TPE1", "Singer") + Text("TRCK", "7/12") + Text("TYER", "1999") +
+        Text("TDAT", "0504") + Text("TCON", "(17)") + Text("TPE3", "Leader") +
+        Frame("TCOM", std::string("\1\xFF\xFE\xE9\x65", 5)) + picture(3, png) + picture(3, "not one") +
+        picture(4, "http://x") +
+        Frame("TALB",
+              std::string("\000\000\000\007\170\234\143\050\110\114\316\116\115\001\000\010\207\002\151", 19),
+              0x80));
     const std::string source =
         Source(48000, {{"id3 ", tag}, {"LIST", "INFO" + Sub("INAM", std::string("Title\0", 6))}});
     const auto expect = [&](const std::string& bytes, bool inList) {
