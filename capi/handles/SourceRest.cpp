@@ -158,8 +158,25 @@ private:
     bool m_olderLists = false;
 };
 
+// In order nothing is carried: what would have been is lost.
+SourceRest RestOfPassed(const SourceFacts& facts) {
+    NameSample lost;
+    NameSample old;
+    for (const uint32_t id : facts.passed) {
+        Chunk chunk;
+        chunk.id = id;
+        const ChunkFate fate = FateOf(chunk, 0, facts.isWave, false);
+        if (fate == ChunkFate::Lost) lost.Add(ChunkName(id));
+        if (fate == ChunkFate::Old) old.Add(ChunkName(id));
+    }
+    SourceRest rest;
+    lost.AppendTo(rest.lost, [](const std::string& name) { return name; });
+    old.AppendTo(rest.old, [](const std::string& name) { return name; });
+    return rest;
+}
+
 }  // namespace
 
 SourceRest FindSourceRest(Input& input, const SourceFacts& facts) {
-    return input.IsSeekable() ? RestScan(input, facts).Run() : SourceRest();
+    return input.IsSeekable() ? RestScan(input, facts).Run() : RestOfPassed(facts);
 }

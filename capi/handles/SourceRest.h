@@ -12,5 +12,6 @@ struct SourceRest {
     std::vector<std::string> old;   // chunks that tell of the old samples, and room
 };
 
-// Of a source that is read in order nothing is known. Throws what reading throws.
+// Of a source that is read in order only what stands in front of the audio is known. Throws what reading
+// throws.
 SourceRest FindSourceRest(Input& input, const SourceFacts& facts);

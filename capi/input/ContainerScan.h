@@ -24,6 +24,9 @@ inline bool IsId3(uint32_t id) { return id == FourCC("id3 ") || id == FourCC("ID
 // Notes where the first of them lies, if it is whole.
 void TakeId3(const Input& input, const Chunk& chunk, SourceFacts& facts);
 
+// Notes the id of a chunk that is passed over for good.
+void TakePassed(const Input& input, uint32_t id, SourceFacts& facts);
+
 // Puts the frames that are there and those that are promised, from the bytes of both and the frames that the
 // head tells beside them (0: none).
 void CountFrames(SourceFacts& facts, int64_t told);

@@ -1,9 +1,10 @@
 // Chunks of a source in the file that is made of it: what moves with the rate, what stays to the byte, what
 // goes. Tags of ID3, the list of a file's chunks, and dither, which a conversion takes too.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cmath>
-#include <map>
+#include <thread>
 
 #include "capi/vlwav.hpp"
 #include "capi/vlwav_more.h"
@@ -228,6 +229,20 @@ TEST_F(ChunksTest, WhatTellsOfTheOldSamplesGoesAndWhatIsCutOffIsNamed) {
     const Run untold = Convert(source.replace(40, 4, "\xFF\xFF\xFF\xFF"), {});
     EXPECT_EQ(untold.Carried(), Chunks());
     EXPECT_EQ(untold.bytes.size(), 44 + 2 * kPlenty + 12);
+}
+
+// What comes through a pipe isn't carried, and is named as far as it was met.
+TEST_F(ChunksTest, WhatAPipeBringsIsNamed) {
+    const std::string path = m_folder.Path() / "pipe", out = m_folder.Path() / "out.wav";
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    std::string source = WavImage().Chunk("bext", Broadcast(0, "")).Chunk("JUNK", "x").Text();
+    source += Source(48000, {}).substr(12);
+    std::thread feeder([&] { std::ofstream(path, std::ios::binary) << source; });
+    const Run run = ConvertFile(path, out, {});
+    feeder.join();
+    EXPECT_EQ(run.code, VLW_OK) << run.notes;
+    EXPECT_EQ(run.notes, "the output doesn't have \"bext\"\nthe output has no use for \"JUNK\"");
+    EXPECT_EQ(run.Carried(), Chunks());
 }
 
 TEST_F(ChunksTest, AFileThatWouldBeTooLargeIsRefusedBeforeAnythingIsCopied) {
