@@ -10,7 +10,7 @@ constexpr size_t kBlock = 65536;  // bytes
 }
 
 void ChunkCopy::Header(uint32_t id, uint32_t size) {
-    uint8_t header[kChunkHeaderSize];
+    uint8_t header[kChunkHeaderSize] = {};
     StoreLE32(header, id);
     StoreLE32(header + 4, size);
     m_put(header, sizeof header);

@@ -24,12 +24,12 @@ struct Marker {
 template <class Take>
 void ForEachMarker(const CarriedChunk& chunk, ChunkCopy& copy, Take&& take) {
     if (chunk.Size() < kCountSize) return;
-    uint8_t count[kCountSize];
+    uint8_t count[kCountSize] = {};
     copy.Read(chunk.Place(), count, sizeof count);
     uint64_t place = chunk.Place() + kCountSize;
     const uint64_t end = chunk.Place() + chunk.Size();
     for (uint32_t left = LoadBE16(count); left != 0 && end - place >= kMarkerHead; --left) {
-        uint8_t head[kMarkerHead];
+        uint8_t head[kMarkerHead] = {};
         copy.Read(place, head, sizeof head);
         place += sizeof head;
         const size_t size = head[kMarkerHead - 1];
@@ -55,7 +55,7 @@ uint64_t SizeOfMarkerPoints(const CarriedChunk& chunk, ChunkCopy& copy) {
 }
 
 void CopyMarkerPoints(const CarriedChunk& chunk, ChunkCopy& copy) {
-    uint8_t count[4];
+    uint8_t count[4] = {};
     StoreLE32(count, static_cast<uint32_t>((SizeOfMarkerPoints(chunk, copy) - 4) / kPointSize));
     copy.Bytes(count, sizeof count);
     ForEachMarker(chunk, copy, [&](const Marker& marker) {
@@ -77,7 +77,7 @@ uint64_t SizeOfMarkerLabels(const CarriedChunk& chunk, ChunkCopy& copy) {
 }
 
 void CopyMarkerLabels(const CarriedChunk& chunk, ChunkCopy& copy) {
-    uint8_t number[4];
+    uint8_t number[4] = {};
     StoreLE32(number, kLabels);
     copy.Bytes(number, sizeof number);
     ForEachMarker(chunk, copy, [&](const Marker& marker) {

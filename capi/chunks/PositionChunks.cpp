@@ -61,7 +61,7 @@ void CopyRecords(const RecordChunk& shape, const CarriedChunk& chunk, ChunkCopy&
     const FrameScale& scale = chunk.rules.scale;
     const bool moves = !scale.IsSame() || !chunk.rules.isDirect;
     if (!moves || chunk.Size() < shape.headSize) return CopyAsItIs(chunk, copy);
-    uint8_t count[4];
+    uint8_t count[4] = {};
     copy.Read(chunk.Place() + shape.countAt, count, sizeof count);
     const uint64_t most = (chunk.Size() - shape.headSize) / shape.recordSize;
     if (scale.IsSame() && LoadLE32(count) > most) return CopyAsItIs(chunk, copy);
@@ -87,7 +87,7 @@ void CopyLabels(const CarriedChunk& chunk, ChunkCopy& copy) {
     const uint64_t end = chunk.Place() + chunk.Size();
     copy.Range(chunk.Place(), kListTypeSize);
     while (end - place >= kChunkHeaderSize) {
-        uint8_t header[kChunkHeaderSize];
+        uint8_t header[kChunkHeaderSize] = {};
         copy.Read(place, header, sizeof header);
         copy.Bytes(header, sizeof header);
         place += sizeof header;

@@ -15,7 +15,7 @@ bool SourceChunks::Next() {
     m_isLast = isAudio && (!m_facts.declaredBytes || (!m_facts.isWave && chunk.size == 0));
     m_type = 0;
     if (m_facts.isWave && chunk.id == ChunkId::kList && chunk.size >= kListTypeSize) {
-        uint8_t type[kListTypeSize];
+        uint8_t type[kListTypeSize] = {};
         if (m_walk.Read(type, sizeof type)) m_type = LoadLE32(type);
     }
     return true;

@@ -93,7 +93,7 @@ public:
         : m_version(version), m_bytes(bytes), m_made(made) {}
 
     void Run() {
-        uint8_t head[kFrameHead];
+        uint8_t head[kFrameHead] = {};
         for (size_t frames = 0; frames < kFramesMost && m_used < kUsedMost; ++frames) {
             if (!m_bytes.Read(head, m_version.headSize) || !IsId(head)) return;
             const uint64_t content = SizeOf(head);
@@ -116,7 +116,7 @@ private:
         if (m_version.number == 3) return plain;
         const uint32_t safe = LoadSafe(head + 4);
         const auto leadsOn = [&](uint32_t size) {
-            uint8_t next[4];
+            uint8_t next[4] = {};
             m_bytes.PeekAfter(size, next, sizeof next);
             return m_bytes.Holds(size) && (next[0] == 0 || IsId(next));
         };
@@ -170,7 +170,7 @@ std::vector<uint8_t> FramesOfUse(InputBlocks& blocks, const Extent& tag) {
     TagBytes bytes(blocks, blocks.Place() + std::min<uint64_t>(LoadSafe(&made[6]), tag.size - kTagHead));
     if (!isClean) bytes.LeaveOutZeros();
     if ((flags & kHasExtendedHead) != 0) {  // (2)
-        uint8_t size[4];
+        uint8_t size[4] = {};
         if (!bytes.Read(size, sizeof size)) return {};
         // Version 4 counts these four bytes too.
         const uint32_t more = version->number == 4 ? std::max(LoadSafe(size), 4u) - 4 : LoadBE32(size);
