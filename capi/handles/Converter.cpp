@@ -9,11 +9,15 @@
 #include "capi/FormatChoice.h"
 #include "capi/FormatLimits.h"
 #include "capi/FormatRecord.h"
+#include "capi/Keywords.h"
 #include "capi/audio/ChannelMix.h"
 #include "capi/audio/ConvertedPieces.h"
+#include "capi/handles/Id3Tags.h"
 #include "capi/handles/SourceRest.h"
+#include "capi/handles/TagTrial.h"
 #include "capi/input/OpenInput.h"
 #include "capi/vlwav_more.h"
+#include "platform/file/TempFolder.h"
 
 namespace {
 
@@ -24,6 +28,12 @@ std::string ChannelName(uint32_t channels) {
     if (channels == 1) return "mono";
     if (channels == 2) return "stereo";
     return std::to_string(channels) + " channels";
+}
+
+std::string Listed(const std::vector<std::string>& names) {
+    std::string text;
+    for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
+    return text;
 }
 
 // Tells how far a run is, ten times a second and at the end.
@@ -64,7 +74,7 @@ vlw_code Converter::Run(const char* source, const char* target, const vlw_conver
     m_writer.CreateFile(target, wish.flags & (VLW_OVERWRITE | VLW_LOSSY));
     vlw_code end = VLW_OK;
     try {
-        end = m_threads > 1 ? CopyInPieces(format, wish) : Copy(wish);  // (4)
+        end = m_threads > 1 ? CopyInPieces(format, wish) : Copy(format, wish);  // (4)
         if ((wish.flags & VLW_NOT_EMPTY) && m_writer.Tell() == 0)
             throw Failure(VLW_DAMAGED, std::string(source) + " has no audio.", source);
         // Before the target is there: what fails must leave it as it was.
@@ -92,10 +102,17 @@ void Converter::RefuseCut() {
 void Converter::Forget() noexcept {
     m_notes.clear();
     m_made.reset();
+    m_writer.SetChunks(nullptr);
+    m_chunks.reset();
+    m_dither.reset();
     m_refusedCut = false;
 }
 
-void Converter::Release() noexcept { m_reader.Close(); }
+void Converter::Release() noexcept {
+    m_writer.SetChunks(nullptr);
+    m_chunks.reset();
+    m_reader.Close();
+}
 
 AudioFormatInfo Converter::ChooseTarget(const vlw_conversion& wish) const {
     const SourceFacts& facts = m_reader.Facts();
@@ -116,8 +133,12 @@ AudioFormatInfo Converter::ChooseTarget(const vlw_conversion& wish) const {
 void Converter::SetUp(const AudioFormatInfo& format, const vlw_conversion& wish) {
     const SourceFacts& facts = m_reader.Facts();
     m_threads = ChooseThreads(format, wish);
+    if (Dithers(format, wish)) m_dither.emplace(m_seed);
+    m_channels = format.channels;
     // The writer converts, as long as it can be told of the source's rate, and one thread does the work.
+    // Noise comes after the conversion.
     if (!FormatLimits::IsRate(facts.rate)) m_reader.SetOutput(format.samplesPerSec, 0);
+    if (m_dither) m_reader.SetOutput(format.samplesPerSec, format.channels);
     if (m_threads > 1)
         m_writer.SetInput(format.samplesPerSec, format.channels);
     else
@@ -126,6 +147,33 @@ void Converter::SetUp(const AudioFormatInfo& format, const vlw_conversion& wish)
     m_writer.SetText(wish.text);
     const Tags tags = CollectTags(wish);  // (3)
     m_writer.SetTags(&tags);
+    if (!(wish.flags & VLW_NO_CHUNKS)) {
+        m_chunks.emplace(m_reader.Source(), facts, CarryTo(format, wish));
+        m_writer.SetChunks(&*m_chunks);
+    }
+}
+
+bool Converter::Dithers(const AudioFormatInfo& format, const vlw_conversion& wish) const {
+    const SourceFacts& facts = m_reader.Facts();
+    const bool isCopy = facts.rate == format.samplesPerSec && facts.channels == format.channels &&
+                        facts.directBits == format.bitsPerSample;
+    return (wish.flags & VLW_DITHER) && format.bitsPerSample == 8 && !isCopy;
+}
+
+// Of those that a reader makes, the one that the target begins with.
+int64_t Converter::FirstFrame(const AudioFormatInfo& format) const {
+    const uint32_t rate = m_reader.Facts().rate;
+    return FormatLimits::IsRate(rate) ? WaveOutput::FirstFrame(rate, format.samplesPerSec) : 0;
+}
+
+CarryTarget Converter::CarryTo(const AudioFormatInfo& format, const vlw_conversion& wish) const {
+    const SourceFacts& facts = m_reader.Facts();
+    CarryTarget target{format.samplesPerSec, format.channels, format.bitsPerSample};
+    target.firstFrame = static_cast<uint64_t>(FirstFrame(format));
+    const int64_t frames = ConvertedLength(facts.frames.value_or(0), facts.rate, format.samplesPerSec);
+    target.frames = static_cast<uint64_t>(std::max<int64_t>(frames - FirstFrame(format), 0));
+    target.withTags = !(wish.flags & VLW_NO_TAGS);
+    return target;
 }
 
 uint32_t Converter::ChooseThreads(const AudioFormatInfo& format, const vlw_conversion& wish) const {
@@ -137,23 +185,52 @@ uint32_t Converter::ChooseThreads(const AudioFormatInfo& format, const vlw_conve
     return WaveOutput::FitsEasily(frames, format) ? ConvertedPieces::UsefulThreads(wish.threads, frames) : 1;
 }
 
+Tags Converter::KeptAsTheyAre(const Tags& tags, vlw_text text) const {
+    Tags same;
+    if (tags.AllTexts().empty()) return same;
+    const TagTrial trial(m_module.Get(), tags, text, TempFolderPath());
+    for (size_t index = 0; const TagRow* const row = Keywords::At(index); ++index)
+        if (trial.Kept().TextOf(*row) == tags.TextOf(*row)) same.Put(*row, tags.TextOf(*row));
+    return same;
+}
+
 Tags Converter::CollectTags(const vlw_conversion& wish) {
     Tags tags;
-    if (!(wish.flags & VLW_NO_TAGS)) tags = m_reader.ReadTags();
+    if (!(wish.flags & VLW_NO_TAGS)) {
+        tags = m_reader.ReadListTags();
+        Tags more = m_reader.ReadId3Tags();
+        if (!(wish.flags & VLW_NO_CHUNKS)) more = KeptAsTheyAre(more, wish.text);
+        FillTags(tags, more);
+    }
     // Those that no WAV file keeps are named with what else the target doesn't have.
     if (wish.flags & VLW_LOSSY) tags.DropUnkept();
     if (wish.tags) tags.Add(wish.tags->content);
     return tags;
 }
 
-vlw_code Converter::Copy(const vlw_conversion& wish) {
+void Converter::Give(const int16_t* samples, size_t frames) {
+    if (!m_dither) return m_writer.Write(samples, frames);
+    m_dithered.assign(samples, samples + frames * m_channels);
+    m_dither->Apply(m_dithered.data(), m_dithered.size());
+    m_writer.Write(m_dithered.data(), frames);
+}
+
+// So that the target begins as without noise, and with any number of threads.
+void Converter::PassOver(int64_t frames) {
+    std::vector<int16_t> block(static_cast<size_t>(frames) * m_reader.Channels());
+    size_t got = 0;
+    static_cast<void>(m_reader.Read(block.data(), static_cast<size_t>(frames), got));
+}
+
+vlw_code Converter::Copy(const AudioFormatInfo& format, const vlw_conversion& wish) {
     Progress progress(wish);
     std::vector<int16_t> block(kBlockFrames * m_reader.Channels());
+    if (m_dither) PassOver(FirstFrame(format));
     const int64_t total = m_reader.Facts().frames.value_or(VLW_UNKNOWN);
     for (vlw_code code = VLW_OK; code == VLW_OK;) {
         size_t got = 0;
         code = m_reader.Read(block.data(), kBlockFrames, got);
-        m_writer.Write(block.data(), got);
+        Give(block.data(), got);
         if (code == VLW_CUT && !(wish.flags & VLW_PARTIAL)) RefuseCut();
         const int64_t done = InSourceFrames(m_reader.Position(), m_reader.Rate());
         if (code != VLW_OK) {
@@ -169,14 +246,14 @@ vlw_code Converter::Copy(const vlw_conversion& wish) {
 vlw_code Converter::CopyInPieces(const AudioFormatInfo& format, const vlw_conversion& wish) {
     Progress progress(wish);
     const SourceFacts& facts = m_reader.Facts();
-    const int64_t first = WaveOutput::FirstFrame(facts.rate, format.samplesPerSec);
+    const int64_t first = FirstFrame(format);
     ConvertedPieces pieces(m_module.Get(), m_reader.Source(), facts, {format.samplesPerSec, format.channels},
                            first, m_threads);
     const int64_t total = *facts.frames;
     for (;;) {
         const ConvertedPieces::Frames made = pieces.Next();
         if (made.count == 0) break;
-        m_writer.Write(made.samples, made.count);
+        Give(made.samples, made.count);
         progress.Tell(std::min(InSourceFrames(first + m_writer.Tell(), format.samplesPerSec), total), total);
     }
     if (pieces.EndedEarly() && !(wish.flags & VLW_PARTIAL)) RefuseCut();
@@ -204,8 +281,9 @@ void Converter::NoteFormat(const AudioFormatInfo& format) {
 }
 
 void Converter::NoteRest() {
-    const std::string rest = NameRest(m_reader.Source(), m_reader.Facts());
-    if (!rest.empty()) Note("the output doesn't have " + rest);
+    const SourceRest rest = FindSourceRest(m_reader.Source(), m_reader.Facts());
+    if (!rest.lost.empty()) Note("the output doesn't have " + Listed(rest.lost));
+    if (!rest.old.empty()) Note("the output has no use for " + Listed(rest.old));
 }
 
 void Converter::Note(const std::string& line) {

@@ -11,7 +11,7 @@ namespace {
 
 constexpr size_t kFirstSize = offsetof(vlw_conversion, user) + sizeof(void*);  // in version 1.0
 constexpr uint32_t kKnownFlags =
-    VLW_OVERWRITE | VLW_LOSSY | VLW_PARTIAL | VLW_NO_TAGS | VLW_NO_CHUNKS | VLW_NOT_EMPTY;
+    VLW_OVERWRITE | VLW_LOSSY | VLW_PARTIAL | VLW_NO_TAGS | VLW_NO_CHUNKS | VLW_NOT_EMPTY | VLW_DITHER;
 
 // What the program's record, which may be older or newer than the library's, asks for. False where it can't
 // be understood.
@@ -54,6 +54,13 @@ vlw_code vlw_converter_format(const vlw_converter* converter, vlw_format* format
     if (!converter) return VLW_BAD_ARGUMENT;
     const std::optional<vlw_format>& made = converter->work->Made();
     return made ? PutFormat(*made, format) : VLW_BAD_STATE;
+}
+
+vlw_code vlw_converter_seed(vlw_converter* converter, uint64_t seed) {
+    return Guarded(converter, [&] {
+        converter->work->SetSeed(seed);
+        return VLW_OK;
+    });
 }
 
 int vlw_converter_refused_cut(const vlw_converter* converter) {

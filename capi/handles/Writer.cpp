@@ -84,7 +84,7 @@ WavePlan Writer::MakePlan(const Module& module) const {
         throw Failure(VLW_UNSUPPORTED, std::to_string(wanted.channels) + " channels can't be made of " +
                                            std::to_string(m_input.channels) +
                                            "; the nearest format has 1 channel.");
-    return {m_input, index, m_text};
+    return {m_input, index, m_text, m_chunks};
 }
 
 void Writer::Begin(uint32_t flags) {

@@ -67,6 +67,16 @@ SourceFacts ScanFromStart(Input& input) {
 
 }  // namespace
 
+void TakeId3(const Input& input, const Chunk& chunk, SourceFacts& facts) {
+    if (!facts.id3 && input.IsSeekable() && chunk.Content() + chunk.size <= *input.Size())
+        facts.id3 = Extent{chunk.Content(), chunk.size};
+}
+
+void TakePassed(const Input& input, uint32_t id, SourceFacts& facts) {
+    constexpr size_t kNoted = 100;
+    if (!input.IsSeekable() && facts.passed.size() < kNoted) facts.passed.push_back(id);
+}
+
 void CountFrames(SourceFacts& facts, int64_t told) {
     const UnitSize& unit = facts.unit;
     if (unit.bytes == 0) {

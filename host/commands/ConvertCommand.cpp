@@ -28,6 +28,8 @@ struct ConvertOptions {
     bool partial = false;  // of a file that ends early what is there is enough
     bool lossy = false;    // tags that the output can't keep may change or go
     bool noChunks = false;
+    bool dither = false;
+    std::optional<uint64_t> seed;
     bool dryRun = false;
     bool json = false;
     // Files at once, and threads for long ones; as suits the machine where missing.
@@ -50,6 +52,10 @@ public:
                 "its own, or what --format, --rate, --channels and --bits ask for. An output appears under "
                 "its name "
                 "when it is whole.",
+                "Tags come along, and so do the other chunks of a file: broadcast data with its time "
+                "reference at the new rate and a line of coding history more, cue points and their labels, "
+                "loops, iXML, cart and ID3. What depends on the old samples goes; --verbose names it. The "
+                "rates and times that iXML and cart hold stay as they are.",
                 "A file that fails is named on standard error, and the others are made all the same."},
                {{"A file for a CD", "vlwav convert song.wav -o cd.wav --rate 44100 --channels 2"},
                 {"All files of a folder, for a phone", "vlwav convert *.wav -o phone/ --format 2"},
@@ -78,6 +84,11 @@ public:
         Take({"--lossy", "", "Let tags change or go that can't be kept as they are", &m_options.lossy});
         Take({"--no-chunks", "", "Leave out all chunks but those of format, audio and tags",
               &m_options.noChunks});
+        Take({"--dither", "", "Spread what is lost from 16 to 8 bits as noise, instead of steps",
+              &m_options.dither});
+        Take(Option{"--seed", "NUMBER", "Where the noise begins; the same each time if not given",
+                    &m_options.seed}
+                 .With({"--dither"}));
         Take({"--dry-run", "", "Tell what would be made, and make nothing", &m_options.dryRun});
         Take({"--json", "", "One JSON object at the end instead of lines", &m_options.json});
         Take(Option{"--jobs", "COUNT",
@@ -121,7 +132,8 @@ vlw::Conversion ConvertCommand::Wish(const Context& context,
     for (const auto& [wanted, flag] : {std::pair(m_options.overwrite, vlw::Flags::overwrite),
                                        {m_options.partial, vlw::Flags::partial},
                                        {m_options.lossy, vlw::Flags::lossy},
-                                       {m_options.noChunks, vlw::Flags::no_chunks}})
+                                       {m_options.noChunks, vlw::Flags::no_chunks},
+                                       {m_options.dither, static_cast<vlw::Flags>(VLW_DITHER)}})
         if (wanted) conversion.flags = conversion.flags | flag;
     return conversion;
 }
@@ -132,7 +144,8 @@ ExitCode ConvertCommand::Run(Context& context) {
     const std::vector<vlw::StockFormat> formats = module.formats();
     const vlw::Conversion conversion = Wish(context, formats);
     const std::vector<ConvertJob> jobs = Plan();
-    const ConversionRules rules{module, formats, conversion, changes, m_options.newer, m_options.dryRun};
+    const ConversionRules rules{module,          formats,         conversion,     changes,
+                                m_options.newer, context.verbose, m_options.seed, m_options.dryRun};
     const size_t cores = std::max(1u, std::thread::hardware_concurrency());
     const BatchSummary summary =
         Batch(rules, jobs, !m_options.json && !context.quiet)

@@ -38,6 +38,9 @@ bool IsOfFormat(const std::string& note) {
     return note.find(" → ") != note.npos && note.find('"') == note.npos;
 }
 
+// Room, and numbers that tell of the old samples: nobody misses them.
+bool IsOfNoUse(const std::string& note) { return note.starts_with("the output has no use for "); }
+
 // " (6 channels → mono, 24 → 16 bits)", or nothing.
 std::string FormatLosses(const std::string& notes) {
     std::string text;
@@ -55,6 +58,12 @@ bool IsUpToDate(const ConvertJob& job) {
 }
 
 }  // namespace
+
+FileConversion::FileConversion(const ConversionRules& rules)
+    : m_rules(rules), m_converter(rules.module), m_reader(rules.module) {
+    // The converter is there, so it can't fail.
+    if (rules.seed) static_cast<void>(vlw_converter_seed(m_converter.get(), *rules.seed));
+}
 
 ConversionResult FileConversion::Run(const ConvertJob& job, uint32_t threads,
                                      const std::function<void(const vlw::Progress&)>& progress) {
@@ -122,7 +131,8 @@ std::string FileConversion::Notes(const std::string& input, const vlw::Converted
         lines +=
             Report::Complaint(input, std::string("Note: ") + vlw_converter_error(m_converter.get())->text);
     for (const std::string& line : Lines(made.notes))
-        if (!IsOfFormat(line)) lines += Report::Complaint(input, "Note: " + line + '.');
+        if (!IsOfFormat(line) && (m_rules.verbose || !IsOfNoUse(line)))
+            lines += Report::Complaint(input, "Note: " + line + '.');
     return lines;
 }
 

@@ -1,7 +1,9 @@
 // One file after another through a converter of its own, by rules that hold for all of them. One thread.
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,8 +17,10 @@ struct ConversionRules {
     const std::vector<vlw::StockFormat>& formats;
     const vlw::Conversion& conversion;
     const TagChanges& changes;
-    bool newer = false;   // what is up to date is skipped, what isn't is replaced
-    bool dryRun = false;  // nothing is written
+    bool newer = false;            // what is up to date is skipped, what isn't is replaced
+    bool verbose = false;          // what nobody misses in the output is told too
+    std::optional<uint64_t> seed;  // of dither; the library's own where missing
+    bool dryRun = false;           // nothing is written
 };
 
 // What became of a file.
@@ -29,8 +33,7 @@ struct ConversionResult {
 
 class FileConversion {
 public:
-    explicit FileConversion(const ConversionRules& rules)
-        : m_rules(rules), m_converter(rules.module), m_reader(rules.module) {}
+    explicit FileConversion(const ConversionRules& rules);
 
     // On as many threads; `progress` is told of it, and may be empty. Throws what fails.
     ConversionResult Run(const ConvertJob& job, uint32_t threads,

@@ -120,8 +120,8 @@ TEST_F(HostConvert, WhatTheOutputLacksIsNamed) {
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(
         run.err,
-        "vlwav: in.wav: Note: the output doesn't have \"bext\", \"cue \", list \"adtl\", \"-05-06\" of the "
-        "date, text \"ISFT\", tag disc, tag nonesuch.\n");
+        "vlwav: in.wav: Note: the output doesn't have \"-05-06\" of the date, text \"ISFT\", tag disc, tag "
+        "nonesuch.\n");
     const json tags = {{"title", "Name"}, {"composer", "A"}, {"track", 12}, {"year", 2001}};
     EXPECT_EQ(Json("tag out.wav")[0]["tags"], tags);
     ASSERT_EQ(Run("sox out.wav plain.aiff").exitCode, 0);  // with a comment of its own
