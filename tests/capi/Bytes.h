@@ -13,7 +13,7 @@ typedef struct bytes {
 } bytes;
 
 static inline void add(bytes* to, const void* from, size_t count) {
-    to->at = realloc(to->at, to->size + count + 1);
+    to->at = (unsigned char*)realloc(to->at, to->size + count + 1); /* C++ reads this too */
     if (count) memcpy(to->at + to->size, from, count);
     to->size += count;
 }
