@@ -45,8 +45,9 @@ host/terminal: host/base capi
 host/files: host/terminal host/base capi
 host/tags: host/terminal host/base capi
 host/convert: host/tags host/files host/terminal host/base capi
+host/info: host/tags host/terminal capi
 host/cli: host/files host/terminal host/base capi
-host/commands: host/convert host/tags host/cli host/files host/terminal host/base capi
+host/commands: host/info host/convert host/tags host/cli host/files host/terminal host/base capi
 host/pages: host/commands host/cli
 host: host/commands host/cli host/files host/terminal host/base
 '

@@ -29,8 +29,10 @@ struct Relative {
     const char* name;
 };
 constexpr Relative kRelatives[] = {
-    {FourCC("RF64"), "RF64"}, {FourCC("BW64"), "BW64"}, {FourCC("RIFX"), "RIFX"}, {FourCC("riff"), "W64"},
-    {FourCC("caff"), "CAF"},  {FourCC("fLaC"), "FLAC"}, {FourCC("OggS"), "Ogg"}};
+    {FourCC("RF64"), "RF64"},   {FourCC("BW64"), "BW64"},  {FourCC("RIFX"), "RIFX"},
+    {FourCC("riff"), "W64"},    {FourCC("caff"), "CAF"},   {FourCC("fLaC"), "FLAC"},
+    {FourCC("OggS"), "Ogg"},    {FourCC(".snd"), "AU"},    {FourCC("wvpk"), "WavPack"},
+    {FourCC("ID3\x03"), "MP3"}, {FourCC("ID3\x04"), "MP3"}};
 
 Failure NotAudio(const Input& input, uint32_t id) {
     const std::string name = input.Name().empty() ? "The source" : input.Name();

@@ -58,14 +58,18 @@ TagChanges ChangesOf(const Json& entry, size_t index) {
 
 }  // namespace
 
-Json TagSheet::EntryOf(const std::string& file, const vlw::AnyTags& tags) {
+Json TagSheet::TagsOf(const vlw::AnyTags& tags) {
     auto values = Json::object();
     for (const auto& [name, value] : tags) {
         const std::string text(value);
         values[std::string(name)] = IsNumber(name) ? Json(std::stol(text)) : Json(text);
     }
+    return values;
+}
+
+Json TagSheet::EntryOf(const std::string& file, const vlw::AnyTags& tags) {
     Json entry = Report::JsonEntry(file);
-    entry["tags"] = values;
+    entry["tags"] = TagsOf(tags);
     return entry;
 }
 

@@ -15,7 +15,9 @@
 
 class TagSheet {
 public:
-    // The entry of a file: numbers are numbers.
+    // Tags by their names; numbers are numbers.
+    static nlohmann::ordered_json TagsOf(const vlw::AnyTags& tags);
+    // The entry of a file.
     static nlohmann::ordered_json EntryOf(const std::string& file, const vlw::AnyTags& tags);
 
     // Of what EntryOf made, in an array. Throws Failure that names what is wrong, and where.
