@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <map>
 
 #include "host/base/Failure.h"
 #include "host/cli/HelpText.h"
@@ -35,13 +36,17 @@ CLI::Option* AddOption(CLI::App& app, const Option& option) {
         option.target);
 }
 
+// The parser's own way to find an option by its name ends the program where it finds no memory.
 void AddOptions(CLI::App& app, const std::vector<Option>& options) {
-    for (const Option& option : options)
-        if (CLI::Option* const added = AddOption(app, option); option.required) added->required();
+    std::map<std::string, CLI::Option*> added;
     for (const Option& option : options) {
-        CLI::Option* const added = app.get_option(option.Name());
-        for (const std::string& other : option.excludes) added->excludes(app.get_option(other));
-        for (const std::string& other : option.needs) added->needs(app.get_option(other));
+        CLI::Option* const made = AddOption(app, option);
+        if (option.required) made->required();
+        added[option.Name()] = made;
+    }
+    for (const Option& option : options) {
+        for (const std::string& other : option.excludes) added.at(option.Name())->excludes(added.at(other));
+        for (const std::string& other : option.needs) added.at(option.Name())->needs(added.at(other));
     }
 }
 
