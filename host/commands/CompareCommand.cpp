@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "capi/vlwav_more.h"
 #include "host/base/Failure.h"
 #include "host/commands/Commands.h"
 #include "host/compare/Alignment.h"
@@ -115,7 +116,9 @@ Verdict CompareCommand::Compare(vlw::Reader& a, vlw::Reader& b) const {
 
 void CompareCommand::TellNotes(const vlw::Reader& reader, const std::string& file, vlw::Ending ending) const {
     const uint32_t bits = reader.format().bits;
-    if (bits > 16) Report::Note(file, fmt::format("Note: of its {} bits the upper 16 are compared.", bits));
+    if (bits > 16)
+        Report::Note(file, fmt::format("Note: its samples of {} bits are compared as 16 bits.", bits));
+    if (vlw_reader_length_told(reader.get()) == 0) Report::Note(file, Report::kNoLengthNote);
     if (ending == vlw::Ending::cut)
         Report::Note(file, std::string("Note: ") + vlw_reader_error(reader.get())->text);
 }
@@ -147,7 +150,7 @@ std::string CompareCommand::Text(const Verdict& verdict) const {
     int number = 0;
     for (const Comparison::Channel& channel : comparison.Channels()) {
         const std::string ratio =
-            channel.snr ? fmt::format("{:.1f} dB above the difference", *channel.snr) : "A is silent";
+            channel.snr ? fmt::format("signal to noise {:.1f} dB", *channel.snr) : "A is silent";
         row(fmt::format("channel {}", ++number),
             channel.peak == 0 ? "equal" : fmt::format("differs by up to {} steps, {}", channel.peak, ratio));
     }

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <filesystem>
 
+#include "capi/vlwav_more.h"
 #include "host/base/Failure.h"
 #include "host/commands/ChannelNames.h"
 #include "host/commands/Commands.h"
@@ -82,6 +83,7 @@ int64_t AddAll(vlw::Reader& reader, Plot& plot, const PlotOptions& options) {
         Report::Note(options.file, "Note: " + reason);
     }
     if (reader.tell() == 0) throw Failure("It has no audio.");
+    if (vlw_reader_length_told(reader.get()) == 0) Report::Note(options.file, Report::kNoLengthNote);
     return reader.tell();
 }
 

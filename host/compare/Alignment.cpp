@@ -15,8 +15,11 @@ namespace {
 constexpr size_t kBlockFrames = 16384;
 constexpr size_t kStretchSeconds = 3;
 constexpr int32_t kSound = 33;  // of the mix: below, it may be the noise of a recorder
-constexpr size_t kMostPlaces = 256;
+constexpr size_t kMostPlaces = 1024;
 constexpr float kNearlyBest = 0.999f;
+constexpr float kAlike = 0.5f;  // below, noise of the same loudness hides what would be the same
+constexpr double kLeastPart =
+    0.25;  // of the stretch's loudness, which both have to have: few frames are soon alike
 constexpr double kLeastLoudness = 1e-6;  // below this part of all, rounding is as strong as what is there
 
 using Mix = std::vector<int32_t>;
@@ -52,6 +55,13 @@ int64_t FirstSound(vlw::Reader& reader) {
     }
 }
 
+// The sum of squares of all samples before each, and before the end.
+std::vector<double> LoudnessBefore(const Mix& mix) {
+    std::vector<double> sums{0};
+    for (const int32_t sample : mix) sums.push_back(sums.back() + static_cast<double>(sample) * sample);
+    return sums;
+}
+
 // A stretch, and what it is held against: place k of `wide` is a shift of k less the most of them. Frames
 // that aren't there are silent.
 class Shifts {
@@ -78,23 +88,25 @@ std::vector<float> Shifts::Likeness() const {
             std::vector<float>(m_stretch.begin(), m_stretch.end()).data(), m_stretch.size(),
             std::vector<float>(m_wide.begin(), m_wide.end()).data(), m_wide.size(), likeness.data()))
         throw std::bad_alloc();
-    std::vector<double> loudness{0};  // of all before
-    for (const int32_t sample : m_wide)
-        loudness.push_back(loudness.back() + static_cast<double>(sample) * sample);
+    const std::vector<double> a = LoudnessBefore(m_stretch), b = LoudnessBefore(m_wide);
     for (size_t place = 0; place < likeness.size(); ++place) {
-        const double own = loudness[place + m_stretch.size()] - loudness[place];
-        const bool sounds = own > kLeastLoudness * loudness.back();
-        likeness[place] = sounds ? likeness[place] / static_cast<float>(std::sqrt(own)) : 0;
+        const size_t from = std::max(place, m_first), end = std::min(place + m_stretch.size(), m_end);
+        // Of what both have there.
+        const double ofA = from < end ? a[end - place] - a[from - place] : 0;
+        const double ofB = from < end ? b[end] - b[from] : 0;
+        const bool counts = ofA > 0 && ofA >= kLeastPart * a.back() && ofB > kLeastLoudness * b.back();
+        likeness[place] = counts ? likeness[place] / static_cast<float>(std::sqrt(ofA) * std::sqrt(ofB)) : 0;
     }
     return likeness;
 }
 
 std::vector<size_t> Shifts::Places() const {
     const std::vector<float> likeness = Likeness();
-    const float least = kNearlyBest * *std::max_element(likeness.begin(), likeness.end());
+    const float best = *std::max_element(likeness.begin(), likeness.end());
+    const float least = std::max(kAlike, kNearlyBest * best);
     std::vector<size_t> places;
     for (size_t place = 0; place < likeness.size(); ++place)
-        if (likeness[place] > 0 && likeness[place] >= least) places.push_back(place);
+        if (likeness[place] >= least) places.push_back(place);
     if (places.size() > kMostPlaces) {
         std::nth_element(places.begin(), places.begin() + kMostPlaces, places.end(),
                          [&](size_t x, size_t y) { return likeness[x] > likeness[y]; });

@@ -2,9 +2,10 @@
 //
 // A stretch of a, three seconds from its first sound on, is held against each place of b within a second of
 // its own: (1) The sums of their products say, for all shifts at once by a transform, how alike they are;
-// over the loudness of that place of b the sum is greatest where b is a, louder or not. (2) The transform
-// rounds, and audio that repeats itself has many such places, so the best are compared sample by sample, and
-// of equal ones the nearest is taken. Whether all the rest is the same then is for a Comparison to say.
+// over the loudness of both, as far as both are there, a sum is greatest where b is a, louder or not. (2) The
+// transform rounds, and audio that repeats itself has many such places, so the best are compared sample by
+// sample, and of equal ones the nearest is taken. Whether all the rest is the same then is for a Comparison
+// to say.
 //
 // Decisions: channels are mixed by different weights, so that those which are each other's opposite don't
 // cancel out.

@@ -1,5 +1,7 @@
 // A picture that is drawn on: lines, texts, pixels of other pictures, and its bytes as PNG. Places are pixels
 // from the upper left corner. What fails is kept until Write tells it.
+//
+// Decisions: one font writes all. A script that it lacks comes out as boxes; no other font stands in.
 #pragma once
 
 #include <cairo.h>

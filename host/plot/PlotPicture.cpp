@@ -56,11 +56,11 @@ void PlotPicture::Level(int channel, const LevelTrack& track, const char* name) 
     LevelTrack::Range last = track.Column(0);
     for (int column = 0; column < m_layout.Columns(); ++column) {
         const LevelTrack::Range range = track.Column(static_cast<size_t>(column));
-        // Down or up to where the last column was, so that a slope is a line.
-        const double upper = place(std::max(range.most, last.least));
-        const double lower = place(std::min(range.least, last.most));
-        m_canvas.Fill(PlotLayout::kLeft + column, std::min(upper, lower - 0.5), 1,
-                      std::max(lower - upper, 1.0));
+        // Down or up to where the last column was, so that a slope is a line; of whole pixels, so that none
+        // is pale.
+        const double upper = std::floor(place(std::max(range.most, last.least)));
+        const double lower = std::ceil(place(std::min(range.least, last.most)));
+        m_canvas.Fill(PlotLayout::kLeft + column, upper, 1, std::max(lower - upper, 1.0));
         last = range;
     }
 
