@@ -5,6 +5,16 @@
 #include "host/plot/PlotLayout.h"
 #include "host/plot/PlotPicture.h"
 
+namespace {
+
+// What finds and reads fonts crashes without memory instead of saying so, so it is asked for beforehand.
+void RequireMemoryForFonts() {
+    constexpr size_t kEnough = 32 << 20;
+    ::operator delete(::operator new(kEnough));
+}
+
+}  // namespace
+
 PlotOfChannels::PlotOfChannels(const PlotShape& shape)
     : m_shape(shape), m_transform(WindowedTransform::SizeFor(shape.rate)) {
     const PlotLayout layout(shape.width, shape.height, shape.channels);
@@ -30,6 +40,7 @@ bool PlotOfChannels::Add(const int16_t* frames, size_t count) noexcept {
 
 const char* PlotOfChannels::Draw(const PlotTexts& texts, const PlotTarget& target) noexcept {
     try {
+        RequireMemoryForFonts();
         PlotPicture picture(m_shape, m_frames);
         picture.Head(texts);
         for (size_t i = 0; i < m_shape.channels; ++i) {
