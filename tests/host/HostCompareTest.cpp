@@ -57,6 +57,8 @@ TEST_F(HostCompare, FindsAnOffsetToTheFrame) {
         opposite.push_back(static_cast<int16_t>(sample / 2));
         opposite.push_back(static_cast<int16_t>(-(sample / 2)));
     }
+    Samples rough = tone;
+    for (size_t i = 0; i < rough.size(); ++i) rough[i] = static_cast<int16_t>(rough[i] + (noise[i] & 1));
     const Samples quiet = Behind(7 * kRate, noise);  // the first sound comes late
     Samples spoilt = Part(noise, 100, 4 * kRate);
     spoilt[3 * kRate + 500] ^= 1;
@@ -72,8 +74,10 @@ TEST_F(HostCompare, FindsAnOffsetToTheFrame) {
         {1, noise, spoilt, -100, 100 + 3 * kRate + 500},
         {1, Part(noise, 0, 500), Behind(70, Part(noise, 0, 300)), 70, nullptr},
         {1, tone, Part(tone, 30, 3 * kRate), -30, nullptr},  // repeats itself each 80 frames: the nearest
+        {1, rough, Part(rough, 2900, 3 * kRate), -2900, nullptr},  // nearly so: the one that is the same
         {2, opposite, Behind(246, opposite), 123, nullptr},
         {1, noise, Samples(kRate), 0, 0},
+        {1, noise, Noise(4 * kRate), 0, 0},
         {1, Samples(kRate), Samples(2 * kRate), 0, nullptr},
     };
     for (const auto& row : rows) {

@@ -72,7 +72,7 @@ TEST_F(HostPlot, EachToneStandsInItsChannelAtItsFrequencyAndItsTime) {
 TEST_F(HostPlot, AClickIsSeenInALongFileAndAtItsVeryEnd) {
     constexpr size_t kFrames = 8000 * 600;
     Samples samples(kFrames);
-    samples[kFrames / 3] = 32767;
+    samples[kFrames / 3 + 2000] = 32767;  // in the second of two cells that become one
     samples.back() = -32768;
     WriteImage("a.wav", WavImage().Fmt(1, 1, 8000, 16).Data(samples));
     ASSERT_EQ(Vlwav("plot a.wav -o a.png --size 500x400").exitCode, 0);
