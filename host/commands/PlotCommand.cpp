@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <charconv>
 #include <filesystem>
 
@@ -103,8 +104,9 @@ void Draw(const vlw::Module& module, const PlotOptions& options, const Size& siz
     const int64_t frames = AddAll(reader, *plot, options);
     const std::string title = Title(reader, options.file);
     const std::string subtitle = Subtitle(reader.format(), frames);
-    std::vector<const char*> labels;
-    for (const std::string& name : names) labels.push_back(name.c_str());
+    std::vector<const char*> labels(names.size());
+    std::transform(names.begin(), names.end(), labels.begin(),
+                   [](const std::string& name) { return name.c_str(); });
     output.Write(PlotLibrary::Draw(*plot, {title.c_str(), subtitle.c_str(), labels.data()}));
     output.Commit();
 }

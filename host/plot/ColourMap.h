@@ -18,5 +18,5 @@ public:
     uint32_t At(float part) const;
 
 private:
-    std::array<uint32_t, kSteps> m_colours;
+    std::array<uint32_t, kSteps> m_colours{};
 };

@@ -50,7 +50,8 @@ void PlotPicture::Level(int channel, const LevelTrack& track, const char* name) 
     const int top = m_layout.LevelTop(channel), height = m_layout.LevelHeight();
     const auto place = [&](int sample) { return top + (1 - sample / 32768.0) / 2 * height; };
     TimeLines(top, height, kInk, 0.12);
-    m_canvas.Fill(PlotLayout::kLeft, top + height / 2, m_layout.Columns(), 1);
+    const int middle = top + height / 2;
+    m_canvas.Fill(PlotLayout::kLeft, middle, m_layout.Columns(), 1);
 
     m_canvas.Colour(kWave);
     LevelTrack::Range last = track.Column(0);
@@ -68,9 +69,9 @@ void PlotPicture::Level(int channel, const LevelTrack& track, const char* name) 
     m_canvas.Frame(PlotLayout::kLeft, top, m_layout.Columns(), height);
     m_canvas.Font(kLabelSize);
     SideTick(top, "1");
-    SideTick(top + height / 2, "0");
+    SideTick(middle, "0");
     SideTick(top + height, "−1");
-    m_canvas.UprightText(kUnitX, top + height / 2.0, "level");
+    m_canvas.UprightText(kUnitX, middle, "level");
 
     const std::string shown = m_canvas.Fitting(name, m_layout.Columns() / 2.0);
     m_canvas.Colour(kWhite, 0.8);
@@ -122,10 +123,11 @@ void PlotPicture::ColourBar() {
     const int last = static_cast<int>(m_shape.channels) - 1;
     const int top = m_layout.SpectrumTop(0);
     const int height = m_layout.SpectrumTop(last) + m_layout.SpectrumHeight() - top;
-    std::vector<uint32_t> pixels(static_cast<size_t>(kWidth * height));
-    for (int y = 0; y < height; ++y)
-        std::fill_n(&pixels[static_cast<size_t>(y * kWidth)], kWidth,
-                    m_colours.At(1 - static_cast<float>(y) / static_cast<float>(std::max(height - 1, 1))));
+    const auto rows = static_cast<size_t>(height);
+    std::vector<uint32_t> pixels(kWidth * rows);
+    for (size_t row = 0; row < rows; ++row)
+        std::fill_n(&pixels[kWidth * row], kWidth,
+                    m_colours.At(1 - static_cast<float>(row) / static_cast<float>(rows - 1)));
     m_canvas.Pixels(x, top, kWidth, height, pixels);
 
     m_canvas.Colour(kInk);

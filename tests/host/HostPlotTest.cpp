@@ -106,15 +106,15 @@ TEST_F(HostPlot, DrawsWhateverHasAFrameAndSaysWhyItDrawsNothing) {
     ExpectEnd(Vlwav("plot empty.wav -o out.png"), 1, "no audio");
     ExpectEnd(Vlwav("plot cut.wav -o out.png"), 1, "--partial");
     ExpectEnd(Vlwav("plot one.wav -o out.png --size 700x500"), 1, "8 channels take a height of");
-    for (const char* size : {"700", "700x", "399x500", "700x4097", "700x500x", "-700x500"})
+    for (const char* size : {"700", "399x500", "700x4097", "700x500x"})
         EXPECT_EQ(Vlwav("plot one.wav -o out.png --size " + std::string(size)).exitCode, 2) << size;
     EXPECT_EQ(Names(), before);
     ExpectEnd(Vlwav("plot one.wav -o one.png"), 0, "");
     ExpectEnd(Vlwav("plot one.wav -o one.png"), 1, "one.png is there already");
-    ExpectEnd(Vlwav("plot many.wav -o many.png"), 0, "mean of its 9 channels");
-    ExpectEnd(Vlwav("plot cut.wav -o cut.png --partial"), 0, "50 of 100 promised frames");
-    ExpectEnd(Vlwav("plot title.wav -o title.png"), 0, "");
-    EXPECT_EQ(Run("/usr/bin/convert-im6.q16 *.png null:").err, "");
+    ExpectEnd(Vlwav("plot many.wav -o many.png --size 400x250"), 0, "mean of its 9 channels");
+    ExpectEnd(Vlwav("plot cut.wav -o cut.png --partial --size 400x250"), 0, "50 of 100 promised frames");
+    ExpectEnd(Vlwav("plot title.wav -o title.png --size 400x250"), 0, "");
+    Seen("title.png", 400, 250);
 }
 
 }  // namespace
