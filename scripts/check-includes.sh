@@ -42,7 +42,7 @@ host/base:
 host/terminal: host/base capi
 host/files: host/terminal host/base capi
 host/cli: host/files host/terminal host/base capi
-host/plot: host/base
+host/plot: host/base capi
 host/compare: host/plot capi
 host/commands: host/compare host/plot host/cli host/files host/terminal host/base capi
 host/pages: host/commands host/cli

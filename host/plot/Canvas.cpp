@@ -1,5 +1,7 @@
 #include "host/plot/Canvas.h"
 
+#include <fontconfig/fontconfig.h>
+
 #include <numbers>
 
 namespace {
@@ -89,4 +91,9 @@ const char* Canvas::Write(const PlotTarget& target) {
     if (status == CAIRO_STATUS_SUCCESS)
         status = cairo_surface_write_to_png_stream(m_surface.get(), Pass, &to);
     return status == CAIRO_STATUS_SUCCESS ? nullptr : cairo_status_to_string(status);
+}
+
+void Canvas::ForgetFonts() {
+    cairo_debug_reset_static_data();
+    FcFini();  // which cairo looked the fonts up by
 }

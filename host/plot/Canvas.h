@@ -47,6 +47,9 @@ public:
     // Null: done.
     const char* Write(const PlotTarget& target);
 
+    // Frees what is kept of fonts for the next canvas. There must be none now, in any thread.
+    static void ForgetFonts();
+
 private:
     std::unique_ptr<cairo_surface_t, CairoDeleter> m_surface;
     std::unique_ptr<cairo_t, CairoDeleter> m_context;

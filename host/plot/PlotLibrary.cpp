@@ -4,6 +4,7 @@
 
 #include <new>
 
+#include "capi/vlwav.h"
 #include "host/base/Failure.h"
 
 namespace PlotLibrary {
@@ -11,8 +12,15 @@ namespace {
 
 constexpr const char* kName = "libvlplot.so";
 
+// Beside the C library, which the system has found already.
+std::string Path() {
+    Dl_info info{};
+    const std::string found = dladdr(reinterpret_cast<void*>(&vlw_version), &info) != 0 ? info.dli_fname : "";
+    return found.substr(0, found.rfind('/') + 1) + kName;
+}
+
 const PlotFunctions& Load() {
-    void* const library = dlopen(kName, RTLD_NOW | RTLD_LOCAL);
+    void* const library = dlopen(Path().c_str(), RTLD_NOW | RTLD_LOCAL);
     void* const symbol = library ? dlsym(library, kPlotFunctionsName) : nullptr;
     if (!symbol) {
         const char* const reason = dlerror();

@@ -1,4 +1,4 @@
-// libvlplot.so, which lies where the program finds its other libraries. Loaded once, when it is first asked
+// libvlplot.so, which lies beside libvlwav.so.1, the C library. Loaded once, when it is first asked
 // for, and kept.
 #pragma once
 

@@ -39,6 +39,7 @@ bool PlotOfChannels::Add(const int16_t* frames, size_t count) noexcept {
 }
 
 const char* PlotOfChannels::Draw(const PlotTexts& texts, const PlotTarget& target) noexcept {
+    const char* reason = "there is no memory for it";
     try {
         RequireMemoryForFonts();
         PlotPicture picture(m_shape, m_frames);
@@ -50,8 +51,9 @@ const char* PlotOfChannels::Draw(const PlotTexts& texts, const PlotTarget& targe
         }
         picture.TimeAxis();
         picture.ColourBar();
-        return picture.Write(target);
+        reason = picture.Write(target);
     } catch (const std::bad_alloc&) {
-        return "there is no memory for it";
     }
+    Canvas::ForgetFonts();
+    return reason;
 }
