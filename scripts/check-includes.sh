@@ -47,7 +47,9 @@ host/tags: host/terminal host/base capi
 host/convert: host/tags host/files host/terminal host/base capi
 host/info: host/tags host/terminal capi
 host/cli: host/files host/terminal host/base capi
-host/commands: host/info host/convert host/tags host/cli host/files host/terminal host/base capi
+host/plot: host/base capi
+host/compare: host/plot capi
+host/commands: host/compare host/plot host/info host/convert host/tags host/cli host/files host/terminal host/base capi
 host/pages: host/commands host/cli
 host: host/commands host/cli host/files host/terminal host/base
 '

@@ -5,7 +5,7 @@ ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 cd "$ROOT" || exit 1
 
 BUILD_PACKAGES=(git ca-certificates g++ cmake ninja-build pkg-config libcli11-dev libfmt-dev libsqlite3-dev nlohmann-json3-dev
-  libjpeg62-turbo-dev libpng-dev libgif-dev libavformat-dev libavcodec-dev libavutil-dev libtag1-dev)
+  libjpeg62-turbo-dev libpng-dev libgif-dev libavformat-dev libavcodec-dev libavutil-dev libtag1-dev libcairo2-dev libfontconfig-dev libfftw3-dev)
 TEST_PACKAGES=(libgtest-dev binutils sox sndfile-programs imagemagick-6.q16 ffmpeg)
 BENCH_PACKAGES=(libbenchmark-dev)
 PEER_PACKAGES=(libsoxr-dev libsamplerate0-dev libswresample-dev libavutil-dev libspeexdsp-dev libzita-resampler-dev)

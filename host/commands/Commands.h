@@ -8,6 +8,8 @@ std::unique_ptr<Command> MakeInfoCommand();
 std::unique_ptr<Command> MakeDecodeCommand();
 std::unique_ptr<Command> MakeConvertCommand();
 std::unique_ptr<Command> MakeTagCommand();
+std::unique_ptr<Command> MakePlotCommand();
+std::unique_ptr<Command> MakeCompareCommand();
 std::unique_ptr<Command> MakePictureCommand();
 std::unique_ptr<Command> MakeFormatsCommand();
 std::unique_ptr<Command> MakeRegisterCommand();

@@ -50,6 +50,9 @@ TEST_F(HostPicture, WithoutTheLibrariesOnDemandAllElseWorks) {
         << info.out;  // its head tells it
     ExpectEnd(Run("./vlwav decode wide.wav -o wide.raw"), 1, "vlwav: wide.wav: ");
     ExpectEnd(Run("./vlwav picture in.bmp --to jpg -o out.jpg"), 1, "libvlimage.so");
+    ExpectEnd(Run("./vlwav plot a.wav -o out.png"), 1, "libvlplot.so");
+    ExpectEnd(Run("./vlwav compare a.wav a.wav --align"), 1, "install what is missing");
+    EXPECT_EQ(Run("./vlwav compare a.wav a.wav").exitCode, 0);
     std::filesystem::copy_file(folder / "lib/libvlimage.so", m_folder / "libvlimage.so");
     EXPECT_EQ(Run("./vlwav picture in.bmp --to jpg -o out.jpg").exitCode, 0);
 }
