@@ -8,6 +8,7 @@
 
 #include "capi/vlwav.hpp"
 #include "capi/vlwav_more.h"
+#include "riff/ByteOrder.h"
 #include "tests/hostile/Bytes.h"
 #include "tests/support/ScopedFile.h"
 #include "tests/support/WavImage.h"
