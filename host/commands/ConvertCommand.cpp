@@ -145,7 +145,7 @@ vlw::Conversion ConvertCommand::Wish(const Context& context,
 }
 
 void ConvertCommand::CheckStandardOutput() const {
-    if (m_options.output != "-") return;
+    if (!IsStandardOutput(m_options.output)) return;
     if (m_options.json)
         throw UsageFailure("Standard output can't take both the file and --json; name a file with -o.");
     if (Output::Standard().IsTerminal())
@@ -163,7 +163,7 @@ ExitCode ConvertCommand::Run(Context& context) {
                                 m_options.newer, context.verbose, m_options.seed, m_options.dryRun};
     const size_t cores = std::max(1u, std::thread::hardware_concurrency());
     const BatchSummary summary =
-        Batch(rules, jobs, !m_options.json && !context.quiet && m_options.output != "-")
+        Batch(rules, jobs, !m_options.json && !context.quiet && !IsStandardOutput(m_options.output))
             .Run(m_options.jobs.value_or(static_cast<uint32_t>(cores * kFilesPerCore)),
                  m_options.jobs.value_or(static_cast<uint32_t>(cores)));
     for (const FailedFile& failure : summary.failures) Report::Complain(failure.file, failure.error);

@@ -79,6 +79,13 @@ bool IsSameFile(const std::string& output, const std::string& input) {
            to.st_ino == from.st_ino && (S_ISREG(to.st_mode) || (output != "-" && input != "-"));
 }
 
+bool IsStandardOutput(const std::string& output) {
+    struct stat to {};
+    struct stat standard {};
+    return Look(output, STDOUT_FILENO, to) && fstat(STDOUT_FILENO, &standard) == 0 &&
+           to.st_dev == standard.st_dev && to.st_ino == standard.st_ino;
+}
+
 void HoldStandardDescriptors() {
     constexpr int kDirections[] = {O_RDONLY, O_RDONLY, O_WRONLY};  // output for reading: each write fails
     for (int descriptor = 0; descriptor <= STDERR_FILENO; ++descriptor)

@@ -45,6 +45,9 @@ private:
 // Whether an output is the input itself; "-" is standard output and standard input.
 bool IsSameFile(const std::string& output, const std::string& input);
 
+// Whether an output is standard output, by "-" or by a path that leads there.
+bool IsStandardOutput(const std::string& output);
+
 // Keeps files that are opened later off the descriptors 0 to 2 when the caller closed those, so that a
 // message never lands in a file; a closed standard output goes on failing at each write.
 void HoldStandardDescriptors();

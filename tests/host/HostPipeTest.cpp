@@ -68,6 +68,11 @@ TEST_F(HostPipe, APipeGetsTheFileByteForByte) {
         ASSERT_EQ(WordAt(order, 4), order.size() - 8);
         ASSERT_TRUE(order.substr(kHead) == file.substr(kHead, order.size() - kHead));
     }
+    // Nothing but the file, under whatever name it goes there.
+    EXPECT_EQ(
+        Line("VLWAV convert bytes.wav -o by.wav && VLWAV convert bytes.wav -o /dev/stdout | cmp - by.wav")
+            .exitCode,
+        0);
     EXPECT_EQ(
         Line("cat pipe.wav | sox -t wav - -n stat && ffmpeg -v error -xerror -i pipe.wav -f null -").exitCode,
         0);
