@@ -2,8 +2,8 @@
  * @file vlwav_more.h
  * Functions of libvlwav.so.1 that came after vlwav.h was settled, by the rules of growth that stand there:
  * how the module was found, its entry in the registry, the languages of its texts, pictures made anew, the
- * chunks of a file, dither, and whole files of any bytes. The command vlwav uses them. Symbol version
- * VLWAV_1.1.
+ * chunks of a file, dither, conversions from and to descriptors, and whole files of any bytes. The command
+ * vlwav uses them. Symbol version VLWAV_1.1.
  */
 #ifndef VLWAV_MORE_H
 #define VLWAV_MORE_H
@@ -73,6 +73,22 @@ VLW_API size_t vlw_reader_chunk_count(vlw_reader* reader);
  * of them, and one after the other, by ascending index, they cost one walk in all. [handle] */
 VLW_API vlw_code vlw_reader_chunk(vlw_reader* reader, size_t index, vlw_chunk* chunk);
 
+/** Where a conversion reads or writes. Allocated by the program. */
+typedef struct vlw_place {
+    size_t size;      /* in: sizeof(vlw_place) */
+    const char* path; /* of a file; NULL: the descriptor */
+    int fd;           /* duplicated, used from where it stands; without a meaning beside a path */
+} vlw_place;
+/** As vlw_converter_run, from and to such places. A regular file behind a target's descriptor gets its bytes
+ * when all are made. A pipe, a socket or a device, by descriptor or by path and without VLW_OVERWRITE, gets
+ * each as it is made, so bytes have gone out when a run fails later. In a head that goes there, the sizes are
+ * those of the file where the source tells the length of its audio, else 0xFFFFFFFF, and tags and chunks then
+ * come before the audio. A source in order isn't taken at its word with VLW_PARTIAL. [handle] */
+VLW_CHECKED vlw_code vlw_converter_run_places(vlw_converter* converter, const vlw_place* source,
+                                              const vlw_place* target, const vlw_conversion* conversion);
+/** What the source of the run is, also while it goes on, or of the last one; VLW_BAD_STATE where none was
+ * opened. [handle, and from the run's progress callback] */
+VLW_API vlw_code vlw_converter_source(const vlw_converter* converter, vlw_format* format);
 /** Whether the last run failed because its source ends early, so that VLW_PARTIAL would let it go on: 1 or 0.
  * [handle] */
 VLW_API int vlw_converter_refused_cut(const vlw_converter* converter);

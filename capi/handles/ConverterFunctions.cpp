@@ -5,6 +5,7 @@
 
 #include "capi/FormatRecord.h"
 #include "capi/handles/Converter.h"
+#include "capi/handles/Places.h"
 #include "capi/vlwav_more.h"
 
 namespace {
@@ -24,6 +25,8 @@ bool TakeWish(const vlw_conversion* given, vlw_conversion& wish) {
     return (wish.flags & ~kKnownFlags) == 0 && text <= VLW_TEXT_UTF8;
 }
 
+bool IsPlace(const vlw_place* place) { return place && place->size >= sizeof(vlw_place); }
+
 }  // namespace
 
 vlw_code vlw_converter_new(vlw_module* module, vlw_converter** converter) {
@@ -38,11 +41,18 @@ const vlw_error* vlw_converter_error(const vlw_converter* converter) {
 
 vlw_code vlw_converter_run(vlw_converter* converter, const char* source, const char* target,
                            const vlw_conversion* conversion) {
+    const vlw_place from = Places::Of(source);
+    const vlw_place to = Places::Of(target);
+    return vlw_converter_run_places(converter, source ? &from : nullptr, target ? &to : nullptr, conversion);
+}
+
+vlw_code vlw_converter_run_places(vlw_converter* converter, const vlw_place* source, const vlw_place* target,
+                                  const vlw_conversion* conversion) {
     const vlw_code code = Guarded(converter, [&] {
         converter->work->Forget();
         vlw_conversion wish{};
-        if (!source || !target || !TakeWish(conversion, wish)) return VLW_BAD_ARGUMENT;
-        const vlw_code end = converter->work->Run(source, target, wish);
+        if (!IsPlace(source) || !IsPlace(target) || !TakeWish(conversion, wish)) return VLW_BAD_ARGUMENT;
+        const vlw_code end = converter->work->Run(*source, *target, wish);
         if (end == VLW_CUT) throw converter->work->CutReason();
         return end;
     });
@@ -54,6 +64,12 @@ vlw_code vlw_converter_format(const vlw_converter* converter, vlw_format* format
     if (!converter) return VLW_BAD_ARGUMENT;
     const std::optional<vlw_format>& made = converter->work->Made();
     return made ? PutFormat(*made, format) : VLW_BAD_STATE;
+}
+
+vlw_code vlw_converter_source(const vlw_converter* converter, vlw_format* format) {
+    if (!converter) return VLW_BAD_ARGUMENT;
+    const std::optional<vlw_format>& source = converter->work->SourceFormat();
+    return source ? PutFormat(*source, format) : VLW_BAD_STATE;
 }
 
 vlw_code vlw_converter_seed(vlw_converter* converter, uint64_t seed) {

@@ -69,6 +69,11 @@ int64_t WaveOutput::FirstFrame(uint32_t fromRate, uint32_t toRate) {
     return fromRate > kMaxWriterRate ? 0 : PassedOverByWriter(fromRate, toRate);
 }
 
+int64_t WaveOutput::FramesOf(int64_t frames, uint32_t fromRate, uint32_t toRate) {
+    return fromRate > kMaxWriterRate ? ConvertedLength(frames, fromRate, toRate)
+                                     : LengthByWriter(frames, fromRate, toRate);
+}
+
 bool WaveOutput::FitsEasily(int64_t frames, const AudioFormatInfo& format) {
     return frames < kEasily / std::max<int64_t>(format.blockAlign, 1);
 }

@@ -33,6 +33,8 @@ public:
 
     // A file that is made of frames of another rate begins with this one of those that a reader would make.
     static int64_t FirstFrame(uint32_t fromRate, uint32_t toRate);
+    // And it has so many frames of those of the source.
+    static int64_t FramesOf(int64_t frames, uint32_t fromRate, uint32_t toRate);
     // Whether a file of so many frames is far from the size where their exact number tells if it can be.
     static bool FitsEasily(int64_t frames, const AudioFormatInfo& format);
 

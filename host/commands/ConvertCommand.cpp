@@ -56,13 +56,18 @@ public:
                 "reference at the new rate and a line of coding history more, cue points and their labels, "
                 "loops, iXML, cart and ID3. What depends on the old samples goes; --verbose names it. The "
                 "rates and times that iXML and cart hold stay as they are.",
+                "A pipe or a device as output gets each byte as it is made. Where the input tells its length "
+                "the head has it too; else both of its sizes are FFFFFFFF, and tags stand before the audio.",
                 "A file that fails is named on standard error, and the others are made all the same."},
                {{"A file for a CD", "vlwav convert song.wav -o cd.wav --rate 44100 --channels 2"},
                 {"All files of a folder, for a phone", "vlwav convert *.wav -o phone/ --format 2"},
+                {"Between two programs", "arecord -f cd | vlwav convert - -o - --rate 8000 | aplay"},
                 {"With another title", "vlwav convert song.wav -o new.wav --set title=\"North Wind\""}}}) {
         FormatWish& wish = m_options.wish;
-        Take({"IN", "", "Audio files, and with --recursive folders", &m_options.files, Words::Files});
-        Take(Option{"-o,--output", "OUT", "File to write, or a folder for IN's name with .wav",
+        Take({"IN", "", "Audio files, and with --recursive folders; - is standard input", &m_options.files,
+              Words::Files});
+        Take(Option{"-o,--output", "OUT",
+                    "File to write, a folder for IN's name with .wav, or - for standard output",
                     &m_options.output, Words::Files}
                  .Required());
         Take({"--recursive", "", "Take the audio files in folders too, and keep their tree",
@@ -103,6 +108,7 @@ public:
     ExitCode Run(Context& context) override;
 
 private:
+    void CheckStandardOutput() const;
     std::vector<ConvertJob> Plan() const;
     vlw::Conversion Wish(const Context& context, const std::vector<vlw::StockFormat>& formats) const;
 
@@ -138,7 +144,16 @@ vlw::Conversion ConvertCommand::Wish(const Context& context,
     return conversion;
 }
 
+void ConvertCommand::CheckStandardOutput() const {
+    if (!IsStandardOutput(m_options.output)) return;
+    if (m_options.json)
+        throw UsageFailure("Standard output can't take both the file and --json; name a file with -o.");
+    if (Output::Standard().IsTerminal())
+        throw UsageFailure("A WAV file is no text for a terminal; name a file with -o or use a pipe.");
+}
+
 ExitCode ConvertCommand::Run(Context& context) {
+    CheckStandardOutput();
     const TagChanges changes(m_options.sets, {});
     const vlw::Module& module = context.Module();
     const std::vector<vlw::StockFormat> formats = module.formats();
@@ -148,7 +163,7 @@ ExitCode ConvertCommand::Run(Context& context) {
                                 m_options.newer, context.verbose, m_options.seed, m_options.dryRun};
     const size_t cores = std::max(1u, std::thread::hardware_concurrency());
     const BatchSummary summary =
-        Batch(rules, jobs, !m_options.json && !context.quiet)
+        Batch(rules, jobs, !m_options.json && !context.quiet && !IsStandardOutput(m_options.output))
             .Run(m_options.jobs.value_or(static_cast<uint32_t>(cores * kFilesPerCore)),
                  m_options.jobs.value_or(static_cast<uint32_t>(cores)));
     for (const FailedFile& failure : summary.failures) Report::Complain(failure.file, failure.error);

@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include "capi/vlwav_more.h"
 #include "host/base/Failure.h"
 #include "host/commands/Commands.h"
@@ -43,12 +45,16 @@ ExitCode TellCut(const vlw::Reader& reader, const DecodeOptions& options, bool i
 ExitCode Decode(const vlw::Module& module, const DecodeOptions& options) {
     vlw::Reader reader(module);
     reader.output(options.rate.value_or(0), options.channels.value_or(0));
-    reader.open(options.file);
+    if (options.file == "-")
+        reader.open_fd(STDIN_FILENO);
+    else
+        reader.open(options.file);
     const int64_t promised = PromisedFrames(reader);
 
     Output output = Output::Named(options.output, options.file, options.overwrite);
     ProgressLines progress(1, 0);
-    auto blocks = reader.blocks(kBlockFrames);
+    // What comes live goes on within 20 ms.
+    auto blocks = reader.blocks(reader.seekable() ? kBlockFrames : reader.rate() / 50);
     for (const auto& block : blocks) {
         output.Write(block.data(), block.size() * sizeof *block.data());
         progress.Show(0, options.file, 0, reader.tell(), promised, reader.rate());
@@ -77,7 +83,7 @@ public:
                      "vlwav decode song.wav --rate 48000 --channels 2 -o song.raw"},
                     {"What is there of a recording that broke off",
                      "vlwav decode cut.wav --partial -o cut.raw"}}}) {
-        Take(Option{"FILE", "", "Audio file", &m_options.file, Words::Files}.Required());
+        Take(Option{"FILE", "", "Audio file; - is standard input", &m_options.file, Words::Files}.Required());
         Take(Option{"--rate", "HZ", "Frames per second; the source's own if not given", &m_options.rate}
                  .Within(kMinRate, kMaxRate));
         Take(Option{"--channels", "COUNT", "Channels; the source's own if not given", &m_options.channels}

@@ -82,7 +82,8 @@ Batch::Told Batch::Do(FileConversion& conversion, size_t index) {
         return told;
     }
     const auto show = [&](const vlw::Progress& now) {
-        m_progress.Show(index, job.input, m_sizes[index], now.done, now.total.value_or(0), 0);
+        m_progress.Show(index, job.input, m_sizes[index], now.done, now.total.value_or(0),
+                        conversion.SourceRate());
     };
     try {
         // The fewer files there are, the more threads are left for each.

@@ -1,6 +1,7 @@
 #include "host/convert/FileConversion.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <sstream>
@@ -49,6 +50,10 @@ std::string FormatLosses(const std::string& notes) {
     return text.empty() ? text : text + ')';
 }
 
+vlw_place PlaceOf(const std::string& name, int standard) {
+    return {sizeof(vlw_place), name == "-" ? nullptr : name.c_str(), standard};
+}
+
 bool IsUpToDate(const ConvertJob& job) {
     std::error_code error;
     const auto made = fs::last_write_time(job.output, error);
@@ -67,7 +72,7 @@ FileConversion::FileConversion(const ConversionRules& rules)
 
 ConversionResult FileConversion::Run(const ConvertJob& job, uint32_t threads,
                                      const std::function<void(const vlw::Progress&)>& progress) {
-    if (IsSameFile(job.input, job.output))
+    if (IsSameFile(job.output, job.input))
         throw Failure("The output is the input itself; choose another name for -o.", "same-file");
     if (m_rules.newer && IsUpToDate(job)) return {true, 0, {}, {}};
     if (m_rules.dryRun) return Try(job);
@@ -81,7 +86,9 @@ ConversionResult FileConversion::Run(const ConvertJob& job, uint32_t threads,
         };
     vlw::Tags tags;
     if (m_rules.changes.TakesAway()) {
-        m_reader.open(job.input);
+        Look(job.input);
+        if (!m_reader.seekable())
+            throw Failure("It can be read but once, so no tag can be taken away from it.", "not-seekable");
         tags = m_reader.tags();
         conversion.flags = conversion.flags | vlw::Flags::no_tags;
     }
@@ -91,16 +98,35 @@ ConversionResult FileConversion::Run(const ConvertJob& job, uint32_t threads,
     std::error_code ignored;
     if (const fs::path folder = fs::path(job.output).parent_path(); !folder.empty())
         fs::create_directories(folder, ignored);
-    const vlw::Result<vlw::Converted> made = m_converter.try_run(job.input, job.output, conversion);
+    const vlw_place source = PlaceOf(job.input, STDIN_FILENO);
+    const vlw_place target = PlaceOf(job.output, STDOUT_FILENO);
+    const vlw::Result<vlw::Converted> made = m_converter.try_run_by(
+        [&](vlw_converter* converter, const vlw_conversion* record) {
+            return vlw_converter_run_places(converter, &source, &target, record);
+        },
+        conversion);
     if (!made) Refuse(job, made.error());
     const vlw::Format& format = made->format;
     return {false, static_cast<double>(format.frames.value_or(0)) / format.rate, Notes(job.input, *made),
             LineOf(job, *made)};
 }
 
+void FileConversion::Look(const std::string& input) {
+    if (input == "-")
+        m_reader.open_fd(STDIN_FILENO);
+    else
+        m_reader.open(input);
+}
+
+uint32_t FileConversion::SourceRate() const {
+    vlw_format source{};
+    source.size = sizeof source;
+    return vlw_converter_source(m_converter.get(), &source) == VLW_OK ? source.rate : 0;
+}
+
 // What would be done, as far as that can be told without doing it.
 ConversionResult FileConversion::Try(const ConvertJob& job) {
-    m_reader.open(job.input);
+    Look(job.input);
     const vlw::Format format = m_reader.format();
     std::error_code ignored;
     const bool replaces =

@@ -39,7 +39,11 @@ public:
     ConversionResult Run(const ConvertJob& job, uint32_t threads,
                          const std::function<void(const vlw::Progress&)>& progress);
 
+    // Frames a second of the file that is being converted, for whom its progress is told; 0: not known yet.
+    uint32_t SourceRate() const;
+
 private:
+    void Look(const std::string& input);
     ConversionResult Try(const ConvertJob& job);
     [[noreturn]] void Refuse(const ConvertJob& job, const vlw::Failure& failure);
     std::string Notes(const std::string& input, const vlw::Converted& made) const;

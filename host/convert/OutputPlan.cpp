@@ -17,6 +17,9 @@ constexpr const char* kEndings[] = {".wav", ".wave", ".bwf"};
 
 // What the user means by a name: what is there decides, else a slash at its end, else its ending.
 bool IsFolder(const std::string& output, bool several) {
+    if (output == "-" && several)
+        throw UsageFailure("Standard output takes one file; several need a folder.");
+    if (output == "-") return false;
     std::error_code ignored;
     const auto there = fs::status(output, ignored);
     if (fs::is_directory(there)) return true;
@@ -102,6 +105,8 @@ std::vector<ConvertJob> OutputPlan::Make(const std::vector<InputFile>& inputs, c
     std::vector<ConvertJob> jobs;
     for (const InputFile& input : inputs) {
         fs::path made = output;
+        if (folder && input.name == "-")
+            throw UsageFailure("Standard input has no name; name a file with -o.");
         if (folder) made = made / input.below / fs::path(input.name).stem().concat(".wav");
         jobs.push_back({input.name, made.string(), input.refusal, input.reason});
     }

@@ -20,7 +20,8 @@ struct ConvertJob {
 class OutputPlan {
 public:
     // `several`: more than one file may come, so the output is a folder. Throws UsageFailure for an output
-    // that is neither a folder nor a name of a WAV file.
+    // that is neither a folder nor a name of a WAV file nor "-", standard output, which takes one file; and
+    // for standard input where the output is a folder.
     static std::vector<ConvertJob> Make(const std::vector<InputFile>& inputs, const std::string& output,
                                         bool several);
 };

@@ -7,18 +7,14 @@
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 
 #include "host/base/Failure.h"
 #include "host/terminal/Report.h"
 
 namespace {
 
-bool IsStandardOutput(const std::string& path) {
-    struct stat file {};
-    struct stat output {};
-    return stat(path.c_str(), &file) == 0 && fstat(STDOUT_FILENO, &output) == 0 &&
-           file.st_dev == output.st_dev && file.st_ino == output.st_ino;
+bool Look(const std::string& name, int standard, struct stat& file) {
+    return (name == "-" ? fstat(standard, &file) : stat(name.c_str(), &file)) == 0;
 }
 
 }  // namespace
@@ -37,7 +33,7 @@ Output Output::File(const std::string& path, bool overwrite) {
 }
 
 Output Output::Named(const std::string& name, const std::string& input, bool overwrite) {
-    if (name == "-" ? IsStandardOutput(input) : IsSameFile(name, input))
+    if (IsSameFile(name, input))
         throw OutputFailure("The output is the input itself; choose another name for -o.");
     return name == "-" ? Standard() : File(name, overwrite);
 }
@@ -75,9 +71,19 @@ void Output::Fail(int error) const {
     throw OutputFailure(fmt::format("Writing to {} failed: {}.", m_name, std::strerror(error)));
 }
 
-bool IsSameFile(const std::string& a, const std::string& b) {
-    std::error_code ignored;
-    return std::filesystem::equivalent(a, b, ignored);
+// A terminal or a socket is both without harm.
+bool IsSameFile(const std::string& output, const std::string& input) {
+    struct stat to {};
+    struct stat from {};
+    return Look(output, STDOUT_FILENO, to) && Look(input, STDIN_FILENO, from) && to.st_dev == from.st_dev &&
+           to.st_ino == from.st_ino && (S_ISREG(to.st_mode) || (output != "-" && input != "-"));
+}
+
+bool IsStandardOutput(const std::string& output) {
+    struct stat to {};
+    struct stat standard {};
+    return Look(output, STDOUT_FILENO, to) && fstat(STDOUT_FILENO, &standard) == 0 &&
+           to.st_dev == standard.st_dev && to.st_ino == standard.st_ino;
 }
 
 void HoldStandardDescriptors() {

@@ -42,8 +42,11 @@ private:
     std::unique_ptr<vlw_file, Closer> m_file;  // null: standard output
 };
 
-// Whether both names lead to one file.
-bool IsSameFile(const std::string& a, const std::string& b);
+// Whether an output is the input itself; "-" is standard output and standard input.
+bool IsSameFile(const std::string& output, const std::string& input);
+
+// Whether an output is standard output, by "-" or by a path that leads there.
+bool IsStandardOutput(const std::string& output);
 
 // Keeps files that are opened later off the descriptors 0 to 2 when the caller closed those, so that a
 // message never lands in a file; a closed standard output goes on failing at each write.

@@ -5,6 +5,7 @@
 #include <pthread.h>
 #include <time.h>
 
+#include "capi/vlwav_more.h"
 #include "tests/capi/AudioFiles.h"
 #include "tests/capi/Files.h"
 #include "tests/capi/SystemCalls.h"
@@ -345,6 +346,45 @@ static void watched(void) {
     free(small.at), free(piped.at), free(low.at);
 }
 
+/* ---- descriptors ---- */
+
+static int asks_source(void *user, int64_t done, int64_t total) {
+    vlw_format source = {.size = sizeof source};
+    (void)done, (void)total;
+    return vlw_converter_source(user, &source) != VLW_OK || source.rate != kWaves[1].rate;
+}
+
+static void places(void) {
+    vlw_converter *const converter = new_converter();
+    vlw_conversion wish = kPlain;
+    vlw_format source = {.size = sizeof source};
+    free(put_wave("a.wav", 1, "fdl", 500).at);
+    free(put_wave("b.wav", 1, "fd", 500).at);
+    CHECK(vlw_converter_source(converter, &source) == VLW_BAD_STATE && vlw_converter_source(NULL, &source) == VLW_BAD_ARGUMENT);
+    const int from = open("a.wav", O_RDONLY), to = open("fd.wav", O_RDWR | O_CREAT, 0600);
+    const vlw_place in = {sizeof in, NULL, from}, out = {sizeof out, NULL, to}, none = {sizeof none, NULL, -1}, old = {0, "a.wav", -1};
+    const vlw_place self = {sizeof self, "a.wav", -1}, other = {sizeof other, "b.wav", -1}, made_by = {sizeof made_by, "by.wav", -1};
+    const struct {
+        const vlw_place *source, *target;
+        vlw_code code;
+    } wrong[] = {{NULL, &out, VLW_BAD_ARGUMENT}, {&in, NULL, VLW_BAD_ARGUMENT}, {&old, &out, VLW_BAD_ARGUMENT}, {&in, &old, VLW_BAD_ARGUMENT},
+                 {&in, &self, VLW_BAD_ARGUMENT}, {&none, &out, VLW_SYSTEM},     {&self, &none, VLW_SYSTEM},     {&other, &in, VLW_SYSTEM}};
+    for (size_t i = 0; i < sizeof wrong / sizeof *wrong; ++i) {
+        CHECK(vlw_converter_run_places(converter, wrong[i].source, wrong[i].target, NULL) == wrong[i].code);
+        CHECK(wrong[i].code != VLW_SYSTEM || vlw_converter_error(converter)->system == EBADF);
+    }
+    /* From where it stands, after the program's own bytes; the descriptors stay the program's. */
+    CHECK(write(to, "front", 5) == 5);
+    wish.progress = asks_source, wish.user = converter;
+    CHECK(vlw_converter_run_places(converter, &in, &out, &wish) == VLW_OK && vlw_converter_run_places(converter, &in, &made_by, &wish) == VLW_OK);
+    CHECK(vlw_converter_source(converter, &source) == VLW_OK && source.frames == 500);
+    bytes both = contents("fd.wav"), made_file = contents("by.wav");
+    CHECK(both.size == made_file.size + 5 && memcmp(both.at + 5, made_file.at, made_file.size) == 0);
+    CHECK(close(from) == 0 && close(to) == 0);
+    vlw_converter_free(converter);
+    free(both.at), free(made_file.at);
+}
+
 /* ---- several threads ---- */
 
 static const wave kTallStereo = {PCM_16, 96000, 2};
@@ -528,6 +568,7 @@ int main(int argc, char **argv) {
     /* That of memory first: a later peak would hide what it takes. */
     static const check kChecks[] = {{"an_hour", an_hour, 1}, {"all_kinds", all_kinds, 0},     {"few_frames", few_frames, 0},       {"records", records, 0},
                                     {"tags", tags, 0},       {"notes", notes, 0},             {"cut_sources", cut_sources, 0},     {"targets", targets, 0},
-                                    {"watched", watched, 0}, {"by_threads", by_threads, 0},   {"failing_calls", failing_calls, 0}, {"memory", memory_runs_out, 0}};
+                                    {"watched", watched, 0}, {"by_threads", by_threads, 0},   {"failing_calls", failing_calls, 0}, {"memory", memory_runs_out, 0},
+                                    {"places", places, 0}};
     return argc == 2 ? run_checks(argv[1], kChecks, sizeof kChecks / sizeof *kChecks) : 2;
 }
