@@ -70,27 +70,13 @@ std::string ReplaceAll(std::string text, std::string_view from, std::string_view
     return text;
 }
 
-// What bash is to do for a value, or for what is known by its place.
-std::string BashReply(const Option& option, const Commands& commands) {
-    const char* const reply = "mapfile -t COMPREPLY < <(compgen {} -- \"$cur\")";
-    switch (option.words) {
-        case Words::None:
-            if (option.choices.empty()) return ":";
-            break;
-        case Words::Files:
-            return "compopt -o filenames; " + fmt::format(fmt::runtime(reply), "-f");
-        case Words::Folders:
-            return "compopt -o filenames; " + fmt::format(fmt::runtime(reply), "-d");
-        case Words::Formats:
-            return fmt::format(fmt::runtime(reply), fmt::format("-W \"$({})\"", kFormats));
-        case Words::TagValues:
-            return "compopt -o nospace; " +
-                   fmt::format(fmt::runtime(reply),
-                               fmt::format("-W '{}'", Joined(KnownWords(option, commands))));
-        default:
-            break;
-    }
-    return fmt::format(fmt::runtime(reply), fmt::format("-W '{}'", Joined(KnownWords(option, commands))));
+// What bash is to do for a value, or for what is known by its place. Files are left to bash itself, which
+// knows what to do with blanks, quotes and a tilde.
+std::string BashReply(const Option& option, const Commands& commands, const char* none) {
+    if (option.words == Words::Files) return "return";
+    if (option.words == Words::Formats) return fmt::format("words=\"$({})\"", kFormats);
+    const std::string words = Joined(KnownWords(option, commands));
+    return words.empty() ? none : fmt::format("words='{}'", words);
 }
 
 std::string BashValues(const std::string& command, const std::vector<Option>& options,
@@ -101,7 +87,7 @@ std::string BashValues(const std::string& command, const std::vector<Option>& op
         std::string patterns;
         for (const std::string& spelling : option.Spellings())
             patterns += fmt::format("{}{}' {}'", patterns.empty() ? "" : " | ", command, spelling);
-        cases += fmt::format("    {}) {}; return ;;\n", patterns, BashReply(option, commands));
+        cases += fmt::format("    {}) {} ;;\n", patterns, BashReply(option, commands, "words=''"));
     }
     return cases;
 }
@@ -113,10 +99,10 @@ std::string ZshAction(const Option& option, const Commands& commands) {
     switch (option.words) {
         case Words::Files:
             return "_files";
-        case Words::Folders:
-            return "_files -/";
         case Words::Formats:
             return "_vlwav_formats";
+        case Words::TagValues:
+            return "_vlwav_values";
         case Words::None:
             if (option.choices.empty()) return " ";
             break;
@@ -126,7 +112,8 @@ std::string ZshAction(const Option& option, const Commands& commands) {
     return '(' + Joined(KnownWords(option, commands)) + ')';
 }
 
-// A line of _arguments for each spelling; colons and brackets in texts have a meaning there.
+// A line of _arguments for each spelling; colons and brackets in texts have a meaning there. A value may
+// follow a long one after "=" as well.
 std::string ZshOptions(const std::vector<Option>& options, const Commands& commands) {
     const auto plain = [](std::string text) {
         for (const char* const special : {"[", "]", ":"})
@@ -143,8 +130,9 @@ std::string ZshOptions(const std::vector<Option>& options, const Commands& comma
         }
         for (const std::string& spelling : option.Spellings())
             lines += "          " +
-                     Quoted((option.IsList() ? "*" : "") + spelling + "[" + plain(option.help) + "]" +
-                            (option.IsFlag() ? "" : action)) +
+                     Quoted((option.IsList() ? "*" : "") + spelling +
+                            (option.IsFlag() || spelling.size() == 2 ? "" : "=") + "[" + plain(option.help) +
+                            "]" + (option.IsFlag() ? "" : action)) +
                      " \\\n";
     }
     return lines;
@@ -158,8 +146,6 @@ std::string FishOption(const Option& option, const std::string& condition, const
         const std::vector<std::string> words = KnownWords(option, commands);
         if (option.words == Words::Files)
             line += " -r -F";
-        else if (option.words == Words::Folders)
-            line += " -x -a '(__fish_complete_directories)'";
         else if (option.words == Words::Formats)
             line += " -x -a '(__vlwav_formats)'";
         else
@@ -171,49 +157,58 @@ std::string FishOption(const Option& option, const std::string& condition, const
 }  // namespace
 
 std::string Bash(const Commands& commands, const std::vector<Option>& common) {
-    std::string values = "    *) ;;\n  esac\n";
-    std::string choices;
+    std::string values;
+    std::string places;
     std::string taking;
     for (const Option& option : common)
         if (!option.IsFlag()) taking += (taking.empty() ? "" : " | ") + option.Name();
-    std::string cases;
     for (const auto& command : commands) {
         const std::string& name = command->About().name;
-        cases += BashValues("'" + name + "'", command->Options(), commands);
-        std::string places = ":";
+        values += BashValues("'" + name + "'", command->Options(), commands);
+        std::string place = ":";
         for (const Option& option : command->Options())
-            if (option.IsPlace()) places = BashReply(option, commands);
-        choices +=
-            fmt::format("    {}) words='{} {} --help'; [[ \"$cur\" == -* ]] || {{ {}; return; }} ;;\n", name,
-                        Joined(Spellings(command->Options())), Joined(Spellings(common)), places);
+            if (option.IsPlace()) place = BashReply(option, commands, ":");
+        places += fmt::format("    {}) words='{} {} --help'; [[ -n \"$option\" ]] || {} ;;\n", name,
+                              Joined(Spellings(command->Options())), Joined(Spellings(common)), place);
     }
-    std::string commonCases;
-    for (const Option& option : common)
-        if (!option.IsFlag())
-            commonCases +=
-                fmt::format("    *' {}') {}; return ;;\n", option.Name(), BashReply(option, commands));
-    return "# bash completion for vlwav\n"
-           "_vlwav() {\n"
-           "  local cur=\"${COMP_WORDS[COMP_CWORD]}\" previous=\"${COMP_WORDS[COMP_CWORD - 1]}\" command='' "
-           "words i\n"
-           "  for ((i = 1; i < COMP_CWORD; ++i)); do\n"
-           "    case \"${COMP_WORDS[i]}\" in\n"
-           "      " +
-           taking +
-           ") ((++i)) ;;\n"
-           "      -*) ;;\n"
-           "      *) command=\"${COMP_WORDS[i]}\"; break ;;\n"
-           "    esac\n"
-           "  done\n"
-           "  COMPREPLY=()\n"
-           "  case \"$command $previous\" in\n" +
-           cases + commonCases + values + "  case \"$command\" in\n" + choices + "    *) words='" +
-           Joined(Names(commands)) + ' ' + Joined(Spellings(common)) +
-           " --help --version' ;;\n"
-           "  esac\n"
-           "  mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$cur\")\n"
-           "}\n"
-           "complete -F _vlwav vlwav\n";
+    values += BashValues("*", common, commands);
+    return R"(# bash completion for vlwav
+_vlwav() {
+  local cur="${COMP_WORDS[COMP_CWORD]}" previous="${COMP_WORDS[COMP_CWORD - 1]}" command='' option='' words i
+  # "--format=2" is three words to bash.
+  if [[ "$cur" == = ]]; then
+    cur=''
+  elif [[ "$previous" == = ]]; then
+    previous="${COMP_WORDS[COMP_CWORD - 2]}"
+  fi
+  [[ "$cur" != -* ]] || option=1
+  for ((i = 1; i < COMP_CWORD; ++i)); do
+    case "${COMP_WORDS[i]}" in
+      --) option='' previous='' ;;
+      )" + taking +
+           R"()
+        [[ "${COMP_WORDS[i + 1]}" != = ]] || ((++i))
+        ((++i)) ;;
+      -*) ;;
+      *) [[ -n "$command" ]] || command="${COMP_WORDS[i]}" ;;
+    esac
+  done
+  COMPREPLY=()
+  case "$command $previous" in
+)" + values +
+           R"(    *)
+      case "$command" in
+)" + places +
+           "    *) words='" + Joined(Names(commands)) + ' ' + Joined(Spellings(common)) +
+           R"( --help --version' ;;
+      esac ;;
+  esac
+  compopt +o default +o bashdefault
+  mapfile -t COMPREPLY < <(compgen -W "$words" -- "$cur")
+  [[ "${COMPREPLY[0]-}" != *= ]] || compopt -o nospace
+}
+complete -o bashdefault -o default -F _vlwav vlwav
+)";
 }
 
 std::string Zsh(const Commands& commands, const std::vector<Option>& common) {
@@ -223,7 +218,7 @@ std::string Zsh(const Commands& commands, const std::vector<Option>& common) {
     for (const auto& command : commands) {
         const CommandText& text = command->About();
         names += "    " + Quoted(text.name + ":" + text.summary) + '\n';
-        cases += "      " + text.name + ")\n        _arguments \\\n" +
+        cases += "      " + text.name + ")\n        _arguments -S \\\n" +
                  ZshOptions(command->Options(), commands) + ZshOptions(common, commands) +
                  "          '--help[What there is, in short]' ;;\n";
     }
@@ -235,6 +230,11 @@ std::string Zsh(const Commands& commands, const std::vector<Option>& common) {
            ")\"})\n"
            "  _describe 'format' formats\n"
            "}\n"
+           "_vlwav_values() {\n"
+           "  compadd \"$@\" -S '' -- " +
+           Joined(TagNames("=")) +
+           "\n"
+           "}\n"
            "_vlwav() {\n"
            "  local -a commands\n"
            "  local context state state_descr line\n"
@@ -242,7 +242,7 @@ std::string Zsh(const Commands& commands, const std::vector<Option>& common) {
            "  commands=(\n" +
            names +
            "  )\n"
-           "  _arguments -C \\\n" +
+           "  _arguments -C -S \\\n" +
            ZshOptions(common, commands) +
            "          '--version[The version]' '--help[What there is, in short]' \\\n"
            "          '1: :->command' '*:: :->arguments'\n"
@@ -257,21 +257,48 @@ std::string Zsh(const Commands& commands, const std::vector<Option>& common) {
 }
 
 std::string Fish(const Commands& commands, const std::vector<Option>& common) {
+    std::string taking;
+    for (const Option& option : common)
+        if (!option.IsFlag()) taking += ' ' + option.Name();
     std::string text = "# fish completion for vlwav\nfunction __vlwav_formats\n  " +
-                       ReplaceAll(kFormatTexts, "%s", "\\t") + "\nend\n";
+                       ReplaceAll(kFormatTexts, "%s", "\\t") + R"(
+end
+function __vlwav_in
+  set -l words (commandline -opc)
+  set -l command ''
+  set -l i 2
+  while test -z "$command" -a $i -le (count $words)
+    switch $words[$i]
+      case)" + taking +
+                       R"(
+        set i (math $i + 1)
+      case '-*'
+      case '*'
+        set command $words[$i]
+    end
+    set i (math $i + 1)
+  end
+  test "$command" = "$argv[1]"
+end
+)";
+    const std::string nowhere = "__vlwav_in \"\"";
     for (const auto& command : commands)
-        text += fmt::format("complete -c vlwav -f -n __fish_use_subcommand -a {} -d {}\n",
+        text += fmt::format("complete -c vlwav -f -n {} -a {} -d {}\n", Quoted(nowhere),
                             command->About().name, Quoted(command->About().summary));
     for (const Option& option : common) text += FishOption(option, "true", commands);
+    text += "complete -c vlwav -s h -l help -d 'What there is, in short'\n";
+    text += "complete -c vlwav -n " + Quoted(nowhere) + " -l version -d 'The version'\n";
     for (const auto& command : commands) {
-        const std::string seen = "__fish_seen_subcommand_from " + command->About().name;
+        const std::string here = "__vlwav_in " + command->About().name;
+        bool files = false;
         for (const Option& option : command->Options()) {
             if (!option.IsPlace())
-                text += FishOption(option, seen, commands);
+                text += FishOption(option, here, commands);
             else if (const auto words = KnownWords(option, commands); !words.empty())
-                text +=
-                    fmt::format("complete -c vlwav -f -n {} -a {}\n", Quoted(seen), Quoted(Joined(words)));
+                text += fmt::format("complete -c vlwav -n {} -a {}\n", Quoted(here), Quoted(Joined(words)));
+            files = files || (option.IsPlace() && option.words == Words::Files);
         }
+        if (!files) text += fmt::format("complete -c vlwav -f -n {}\n", Quoted(here));
     }
     return text;
 }

@@ -7,30 +7,8 @@
 namespace HelpText {
 namespace {
 
-constexpr size_t kColumns = 80;
 constexpr size_t kMargin = 2;
 constexpr size_t kTermMost = 26;  // columns of the left side
-
-// All texts of the tables are ASCII. The first line goes on at `column`, the others begin at `indent`.
-std::string Wrapped(const std::string& text, size_t column, size_t indent) {
-    std::string lines;
-    bool begun = false;  // a word stands in the line
-    for (size_t at = 0; at < text.size();) {
-        const size_t end = std::min(text.find(' ', at), text.size());
-        if (begun && column + 1 + end - at > kColumns) {
-            lines += '\n' + std::string(indent, ' ');
-            column = indent;
-        } else if (begun) {
-            lines += ' ';
-            ++column;
-        }
-        lines.append(text, at, end - at);
-        column += end - at;
-        begun = true;
-        at = end + 1;
-    }
-    return lines + '\n';
-}
 
 // Terms on the left, what they mean on the right, below each other.
 class Table {
@@ -74,6 +52,26 @@ std::string OptionsText(const std::string& title, const std::vector<Option>& opt
 }
 
 }  // namespace
+
+std::string Wrapped(const std::string& text, size_t column, size_t indent, size_t columns) {
+    std::string lines;
+    bool begun = false;  // a word stands in the line
+    for (size_t at = 0; at < text.size();) {
+        const size_t end = std::min(text.find(' ', at), text.size());
+        if (begun && column + 1 + end - at > columns) {
+            lines += '\n' + std::string(indent, ' ');
+            column = indent;
+        } else if (begun) {
+            lines += ' ';
+            ++column;
+        }
+        lines.append(text, at, end - at);
+        column += end - at;
+        begun = true;
+        at = end + 1;
+    }
+    return lines + '\n';
+}
 
 std::string Spelling(const Option& option) {
     std::string text;

@@ -7,6 +7,12 @@
 
 namespace HelpText {
 
+constexpr size_t kColumns = 80;
+
+// Text of words in lines of so many columns. All texts of the tables are ASCII. The first line goes on at
+// `column`, the others begin at `indent`.
+std::string Wrapped(const std::string& text, size_t column, size_t indent, size_t columns = kColumns);
+
 // Of the program: its commands, and the options that all of them take.
 std::string OfProgram(const Commands& commands, const std::vector<Option>& common);
 // Of one command.

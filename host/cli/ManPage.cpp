@@ -22,6 +22,11 @@ constexpr Entry kExitStatus[] = {
     {"2", "The command line asks for something that can't be; nothing was touched."},
 };
 
+// Of the last change to what the pages say.
+constexpr const char* kDate = "2026-11-26";
+// Of a line of the source, which is longer with its backslashes.
+constexpr size_t kColumns = 68;
+
 // A backslash begins a request wherever it stands; a minus would become a hyphen, which nobody can paste; a
 // dot or an apostrophe begins one at a line's start.
 std::string Escaped(const std::string& text) {
@@ -41,24 +46,27 @@ std::string Escaped(const std::string& text) {
 
 std::string Section(const std::string& title) { return ".SH " + title + '\n'; }
 
+std::string Flowing(const std::string& text) { return Escaped(HelpText::Wrapped(text, 0, 0, kColumns)); }
+
 std::string Tagged(const std::string& term, const std::string& meaning) {
-    return ".TP\n\\fB" + Escaped(term) + "\\fR\n" + Escaped(meaning) + '\n';
+    return ".TP\n\\fB" + Escaped(term) + "\\fR\n" + Flowing(meaning);
 }
 
 std::string Paragraphs(const std::vector<std::string>& paragraphs) {
     std::string text;
     for (const std::string& paragraph : paragraphs) {
-        const bool asItIs = paragraph.front() == ' ';
-        text += asItIs ? ".PP\n.nf\n" : ".PP\n";
-        text += Escaped(paragraph) + '\n';
-        if (asItIs) text += ".fi\n";
+        if (!text.empty()) text += ".PP\n";
+        text += paragraph.front() == ' ' ? ".nf\n" + Escaped(paragraph) + "\n.fi\n" : Flowing(paragraph);
     }
     return text;
 }
 
 std::string Head(const std::string& name, const std::string& version, const std::string& summary) {
-    return fmt::format(".TH {} 1 \"\" \"vlwav {}\" \"User Commands\"\n{}{} \\- {}\n", Escaped(name), version,
-                       Section("NAME"), Escaped(name), Escaped(summary));
+    std::string title = name;
+    for (char& c : title)
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    return fmt::format(".TH {} 1 {} \"vlwav {}\" \"User Commands\"\n{}{} \\- {}\n", Escaped(title), kDate,
+                       version, Section("NAME"), Escaped(name), Escaped(summary));
 }
 
 std::string OptionEntries(const std::vector<Option>& options) {
@@ -98,7 +106,7 @@ std::string OfProgram(const Commands& commands, const std::vector<Option>& commo
     text += Section("OPTIONS") + OptionEntries(common);
     text += Tagged("-h, --help", "What there is, in short.") + Tagged("--version", "The program's version.");
     text += Entries("ENVIRONMENT", kEnvironment) + Entries("EXIT STATUS", kExitStatus);
-    text += Paragraphs({"A signal ends the program as a signal; what wasn't whole by then is gone."});
+    text += ".PP\n" + Flowing("A signal ends the program as a signal; what wasn't whole by then is gone.");
     return text;
 }
 
@@ -110,9 +118,10 @@ std::string Of(const Command& command, const std::vector<Option>& common, const 
     if (!command.Options().empty()) text += Section("OPTIONS") + OptionEntries(command.Options());
     text += Section("OPTIONS OF ALL COMMANDS") + OptionEntries(common);
     text += Section("EXAMPLES");
-    for (const Example& example : told.examples)
-        text +=
-            ".PP\n" + Escaped(example.what) + ":\n.PP\n.nf\n.RS\n" + Escaped(example.line) + "\n.RE\n.fi\n";
+    for (const Example& example : told.examples) {
+        if (&example != &told.examples.front()) text += ".PP\n";
+        text += Flowing(example.what + ':') + ".PP\n.nf\n.RS\n" + Escaped(example.line) + "\n.RE\n.fi\n";
+    }
     text += Entries("EXIT STATUS", kExitStatus);
     text += Section("SEE ALSO") + "vlwav(1)\n";
     return text;

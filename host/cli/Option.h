@@ -8,7 +8,7 @@
 #include <vector>
 
 // What a shell offers for a value.
-enum class Words { None, Files, Folders, Formats, TagNames, TagValues, Commands, Languages };
+enum class Words { None, Files, Formats, TagNames, TagValues, Commands, Languages };
 
 // Where what the user gives goes: a flag, a text, a number, or texts.
 using OptionTarget = std::variant<bool*, std::string*, std::optional<uint32_t>*, std::optional<uint64_t>*,
