@@ -1287,9 +1287,18 @@ public:
         return try_run(source, target, conversion).value();
     }
     Result<Converted> try_run(const Path& source, const Path& target, const Conversion& conversion = {}) {
+        return try_run_by(
+            [&](vlw_converter* converter, const vlw_conversion* record) {
+                return vlw_converter_run(converter, source.c_str(), target.c_str(), record);
+            },
+            conversion);
+    }
+    /** The same by another function of the library, which `run(handle, record)` calls. */
+    template <class Run>
+    Result<Converted> try_run_by(const Run& run_it, const Conversion& conversion) {
         Watch watch{&conversion.progress, nullptr};
         const vlw_conversion record = to_record(conversion, watch);
-        const Result<Ending> run = ending(vlw_converter_run(get(), source.c_str(), target.c_str(), &record));
+        const Result<Ending> run = ending(run_it(get(), &record));
         if (watch.thrown) std::rethrow_exception(watch.thrown);
         if (!run) return run.error();
         Result<Format> format = detail::format(vlw_converter_format, get());

@@ -1,8 +1,9 @@
 /**
  * @file vlwav_more.h
  * Functions of libvlwav.so.1 that came after vlwav.h was settled, by the rules of growth that stand there:
- * how the module was found, its entry in the registry, the languages of its texts, pictures made anew, and
- * whole files of any bytes. The command vlwav uses them. Symbol version VLWAV_1.1.
+ * how the module was found, its entry in the registry, the languages of its texts, pictures made anew, the
+ * chunks of a file, dither, conversions from and to descriptors, and whole files of any bytes. The command
+ * vlwav uses them. Symbol version VLWAV_1.1.
  */
 #ifndef VLWAV_MORE_H
 #define VLWAV_MORE_H
@@ -56,12 +57,49 @@ VLW_API vlw_code vlw_reader_decode_late(vlw_reader* reader, int late);
  * recorder was killed have none, and are read to the end of the file. [handle] */
 VLW_API int vlw_reader_length_told(const vlw_reader* reader);
 
+/** A chunk of a WAV or AIFF file. Allocated by the program, filled by the library as far as its size goes. */
+typedef struct vlw_chunk {
+    size_t size;     /* in: sizeof(vlw_chunk) */
+    char id[4];      /* as it stands in the file, not terminated */
+    char type[4];    /* of a "LIST", likewise; zeros for other chunks */
+    uint64_t offset; /* of its head in the source, in bytes */
+    uint32_t bytes;  /* of its content, as the head declares them */
+} vlw_chunk;
+/** How many chunks the open file has at its top level, as far as one follows the other; 0 without a file.
+ * Walks over the file. 0 too where that fails, which the record tells: VLW_NOT_SEEKABLE, and what reading
+ * gives. After audio whose length isn't told no chunk is looked for. [handle] */
+VLW_API size_t vlw_reader_chunk_count(vlw_reader* reader);
+/** The chunks in the order of the file; VLW_END past the last. Any number can be asked for: nothing is kept
+ * of them, and one after the other, by ascending index, they cost one walk in all. [handle] */
+VLW_API vlw_code vlw_reader_chunk(vlw_reader* reader, size_t index, vlw_chunk* chunk);
+
+/** Where a conversion reads or writes. Allocated by the program. */
+typedef struct vlw_place {
+    size_t size;      /* in: sizeof(vlw_place) */
+    const char* path; /* of a file; NULL: the descriptor */
+    int fd;           /* duplicated, used from where it stands; without a meaning beside a path */
+} vlw_place;
+/** As vlw_converter_run, from and to such places. A regular file behind a target's descriptor gets its bytes
+ * when all are made. A pipe, a socket or a device, by descriptor or by path and without VLW_OVERWRITE, gets
+ * each as it is made, so bytes have gone out when a run fails later. In a head that goes there, the sizes are
+ * those of the file where the source tells the length of its audio, else 0xFFFFFFFF, and tags and chunks then
+ * come before the audio. A source in order isn't taken at its word with VLW_PARTIAL. [handle] */
+VLW_CHECKED vlw_code vlw_converter_run_places(vlw_converter* converter, const vlw_place* source,
+                                              const vlw_place* target, const vlw_conversion* conversion);
+/** What the source of the run is, also while it goes on, or of the last one; VLW_BAD_STATE where none was
+ * opened. [handle, and from the run's progress callback] */
+VLW_API vlw_code vlw_converter_source(const vlw_converter* converter, vlw_format* format);
 /** Whether the last run failed because its source ends early, so that VLW_PARTIAL would let it go on: 1 or 0.
  * [handle] */
 VLW_API int vlw_converter_refused_cut(const vlw_converter* converter);
 /** A flag of vlw_conversion: of a source without a single frame nothing is made, VLW_DAMAGED. Far from those
  * of vlwav.h, which leave the next bits for their own. */
 enum { VLW_NOT_EMPTY = 1 << 22 };
+/** Another: where samples of 8 bits are made of wider ones, triangular noise of two of their steps comes
+ * first, so that what is lost turns into an even hiss. Samples of 8 bits that stay as they are get none. */
+enum { VLW_DITHER = 1 << 23 };
+/** Of the noise, for the runs that follow: the same seed gives the same file. 0 before it is set. [handle] */
+VLW_API vlw_code vlw_converter_seed(vlw_converter* converter, uint64_t seed);
 
 /** A file of any bytes, which comes into being whole, in vlw_file_finish: until then, and if anything fails,
  * there is no file, or the old one. A device or a pipe that stands at the path gets each byte at once. */

@@ -1,10 +1,14 @@
 // The C library over any bytes in memory: the scans of AIFF and WAV, whose facts have to agree with one
-// another, and a reader, in which a frame is the same however it is come by.
+// another, the chunks that a conversion carries, which come out at the size that was foretold, and a reader,
+// in which a frame is the same however it is come by.
 #include "capi/Failure.h"
+#include "capi/chunks/CarriedChunks.h"
+#include "capi/handles/Id3Frames.h"
 #include "capi/input/MemoryInput.h"
 #include "capi/input/SourceScan.h"
 #include "capi/vlwav_more.h"
 #include "fuzz/ScriptBytes.h"
+#include "riff/SpanSource.h"
 
 namespace {
 
@@ -21,6 +25,23 @@ private:
     MemoryInput m_bytes;
 };
 
+void Carry(Input& input, const SourceFacts& facts, uint64_t size) {
+    for (const uint32_t rate : {facts.rate, 44100u}) {
+        const CarriedChunks chunks(input, facts, {rate, 1, 16, 1, 1000});
+        std::vector<uint8_t> made;
+        chunks.WriteTo([&](const void* bytes, size_t count) {
+            const auto* const from = static_cast<const uint8_t*>(bytes);
+            made.insert(made.end(), from, from + count);
+        });
+        Check(made.size() == chunks.Bytes(), "chunks have the size that was told");
+        SpanSource written(made);
+        Check(chunks.AreIn(written, 0, made.size()), "chunks are found where they were put");
+    }
+    if (!facts.id3) return;
+    InputBlocks blocks(input);
+    Check(FramesOfUse(blocks, *facts.id3).size() <= size, "a tag doesn't grow");
+}
+
 void Scan(Input& input, uint64_t size) {
     try {
         const SourceFacts facts = ScanSource(input);
@@ -30,6 +51,7 @@ void Scan(Input& input, uint64_t size) {
               "no more is there than is promised");
         Check(!input.IsSeekable() || *facts.audioBytes <= size, "no more audio is there than bytes");
         Check(facts.head.size() < 70000 && facts.infoEntries.size() <= size, "little is kept");
+        Carry(input, facts, size);
     } catch (const Failure& failure) {
         Check(failure.Code() < 0 && *failure.what() != 0, "a failure has a sentence");
     }

@@ -36,9 +36,22 @@ capi/posix:
 capi: capi/posix AudioCodec/shell AudioCodec/wave AudioCodec/metadata AudioCodec/wave/riff AudioCodec/attributes AudioCodec/shell/object platform/registry platform/com platform/base riff
 capi/output: capi capi/posix
 capi/input: capi capi/posix platform/file platform/base riff
+capi/chunks: capi/input capi riff
+capi/id3:
 capi/audio: capi/input capi capi/posix AudioCodec/wave AudioCodec/wave/converter AudioCodec/shell/object platform/com platform/sync platform/base riff
-capi/handles: capi/audio capi/input capi/output capi/posix capi AudioCodec/wave AudioCodec/metadata platform/image platform/file platform/base riff
-host: capi
+capi/handles: capi/audio capi/id3 capi/chunks capi/input capi/output capi/posix capi AudioCodec/wave AudioCodec/metadata platform/image platform/file platform/base riff
+host/base:
+host/terminal: host/base capi
+host/files: host/terminal host/base capi
+host/tags: host/terminal host/base capi
+host/convert: host/tags host/files host/terminal host/base capi
+host/info: host/tags host/terminal capi
+host/cli: host/files host/terminal host/base capi
+host/plot: host/base capi
+host/compare: host/plot capi
+host/commands: host/compare host/plot host/info host/convert host/tags host/cli host/files host/terminal host/base capi
+host/pages: host/commands host/cli
+host: host/commands host/cli host/files host/terminal host/base
 '
 
 # The folders of the layer and of the C library that know a system, and what only they include there.

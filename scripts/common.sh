@@ -5,8 +5,9 @@ ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 cd "$ROOT" || exit 1
 
 BUILD_PACKAGES=(git ca-certificates g++ cmake ninja-build pkg-config libcli11-dev libfmt-dev libsqlite3-dev nlohmann-json3-dev
-  libjpeg62-turbo-dev libpng-dev libgif-dev libavformat-dev libavcodec-dev libavutil-dev)
-TEST_PACKAGES=(libgtest-dev binutils sox sndfile-programs imagemagick-6.q16 ffmpeg)
+  libjpeg62-turbo-dev libpng-dev libgif-dev libavformat-dev libavcodec-dev libavutil-dev libtag1-dev
+  libcairo2-dev libfontconfig-dev libfftw3-dev)
+TEST_PACKAGES=(libgtest-dev binutils sox sndfile-programs imagemagick-6.q16 ffmpeg fish zsh groff-base mandoc)
 BENCH_PACKAGES=(libbenchmark-dev)
 PEER_PACKAGES=(libsoxr-dev libsamplerate0-dev libswresample-dev libavutil-dev libspeexdsp-dev libzita-resampler-dev)
 MORE_PEER_PACKAGES=(libgstreamer-plugins-base1.0-dev mediainfo sox ffmpeg)
@@ -14,6 +15,8 @@ CLANG_PACKAGES=(clang clang-format clang-tidy libclang-rt-14-dev)
 COVERAGE_PACKAGES=(llvm python3)
 CROSS_PACKAGES=(g++-aarch64-linux-gnu qemu-user)
 ABI_PACKAGES=(abigail-tools)
+MACHINES_PACKAGES=(parallel sox jq)
+SLURM_PACKAGES=(slurm-wlm munge sox jq)
 DEMO_PACKAGES=(alsa-utils sox libimage-exiftool-perl)
 
 JOBS="$(nproc)"
@@ -72,7 +75,7 @@ tell_steps() {
 }
 
 # What ships; tests and benchmarks are built by the scripts that run them.
-SHIPPED=(VlACWav3 vlmedia VlDSAudioStreamReader vlwav)
+SHIPPED=(VlACWav3 vlmedia VlDSAudioStreamReader vlwav vlwav_pages)
 
 # Of a build that makes nothing else, so that the packages of the others needn't be there. Each preset turns them on
 # again.

@@ -4,7 +4,7 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-need "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" "${CLANG_PACKAGES[@]}"
+need "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" "${MACHINES_PACKAGES[@]}" "${CLANG_PACKAGES[@]}"
 
 # run_tests PRESET: runs them, and ends on the line that sums them up, after the list of those that didn't run.
 run_tests() {

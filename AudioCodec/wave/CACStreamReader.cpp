@@ -18,6 +18,7 @@
 #include "AudioCodec/shell/object/InterfaceTable.h"
 #include "AudioCodec/shell/object/Saturating.h"
 #include "AudioCodec/wave/ReadExtensions.h"
+#include "AudioCodec/wave/SampleWidth.h"
 #include "AudioCodec/wave/riff/FormatInfo.h"
 #include "platform/file/Paths.h"
 #include "riff/WaveTypes.h"
@@ -48,9 +49,6 @@ bool IsAiff(const char16_t* path) {
     const char16_t* extension = PathFindExtensionW(path);
     return extension && lstrcmpiW(extension, u".aif") == 0;
 }
-
-// 8-bit samples of WAV have their middle at 128, wider ones at 0. 255 becomes 32512, not 32767.
-int16_t Widen(uint8_t byte) { return static_cast<int16_t>((byte - 128) * 256); }
 
 // position * rate / oldRate, in double precision and truncated; 0 where there was no rate.
 int64_t RescalePosition(int64_t position, uint32_t rate, int32_t oldRate) {
@@ -237,7 +235,7 @@ Result CACStreamReader::ReadWidened(int16_t* buffer, uint64_t bytes, uint64_t* d
         block = static_cast<uint32_t>(std::min<uint64_t>(bytes - *done, kByteBlock));
         if (m_byteBuffer.size() < block) m_byteBuffer.resize(block);
         result = m_wave.ReadData(block, m_byteBuffer.data(), &read);
-        std::transform(m_byteBuffer.begin(), m_byteBuffer.begin() + read, buffer + *done, Widen);
+        std::transform(m_byteBuffer.begin(), m_byteBuffer.begin() + read, buffer + *done, WidenSample);
         *done += read;
     } while (result == RESULT_OK && read == block && *done < bytes);
     // What came before a failure is delivered; the next read meets the failure first.

@@ -20,6 +20,7 @@
 #include "AudioCodec/metadata/TagMapping.h"
 #include "AudioCodec/shell/object/Saturating.h"
 #include "AudioCodec/wave/FormatText.h"
+#include "AudioCodec/wave/SampleWidth.h"
 #include "AudioCodec/wave/StockFormatTexts.h"
 #include "AudioCodec/wave/StockFormats.h"
 #include "AudioCodec/wave/riff/FormatInfo.h"
@@ -48,9 +49,6 @@ constexpr TextAttribute kAttributes[] = {
     {ATTR_WRITE_EXTENSION, u".wav"},
     {ATTR_CODEC_SHORT_NAME, u"wav"},
 };
-
-// The high byte with its sign turned round; the low one is dropped.
-uint8_t Narrow(int16_t sample) { return static_cast<uint8_t>((sample >> 8) + 128); }
 
 }  // namespace
 
@@ -326,7 +324,7 @@ Result CACWriter::WriteNarrowed(const int16_t* samples, uint32_t count) {
     do {
         const uint32_t block = std::min(count - done, kByteBlock);
         if (m_byteBuffer.size() < block) m_byteBuffer.resize(block);
-        std::transform(samples + done, samples + done + block, m_byteBuffer.begin(), Narrow);
+        std::transform(samples + done, samples + done + block, m_byteBuffer.begin(), NarrowSample);
         result = m_wave.WriteData(m_byteBuffer.data(), block);
         done += block;
     } while (result == RESULT_OK && done < count);

@@ -10,8 +10,7 @@
 #include "AudioCodec/wave/converter/ConversionRatio.h"
 #include "capi/ModuleFailure.h"
 #include "capi/audio/ReadOnlyStream.h"
-#include "riff/WaveFormat.h"
-#include "riff/WaveTypes.h"
+#include "riff/PcmHead.h"
 
 namespace {
 
@@ -20,8 +19,6 @@ constexpr size_t kMostAtOnce = size_t{1} << 14;  // frames; what they are made o
 constexpr size_t kDropped = 4096;                // samples in a block that nobody wants
 constexpr int64_t kRunIn = 64;                   // source frames; the filter reaches 16 to each side
 constexpr int64_t kMoveFirst = -1;
-
-constexpr size_t kHeadSize = kFileHeaderSize + kChunkHeaderSize + kPcmFormatSize + kChunkHeaderSize;
 
 ConversionRatio RatioOf(uint32_t fromRate, uint32_t toRate) {
     return FindConversionRatio(static_cast<int32_t>(fromRate), static_cast<int32_t>(toRate));
@@ -45,22 +42,21 @@ int64_t PassedOverByWriter(uint32_t fromRate, uint32_t toRate) {
     return (int64_t{ratio.phaseCount} - 1) / ratio.inputStep;
 }
 
+int64_t LengthByWriter(int64_t frames, uint32_t fromRate, uint32_t toRate) {
+    if (fromRate == toRate || frames == 0) return frames;
+    const ConversionRatio ratio = RatioOf(fromRate, toRate);
+    if (frames < kLeastSourceFrames)
+        return std::max<int64_t>(Saturating::MulDiv(frames, ratio.phaseCount, ratio.inputStep), 1);
+    return ConvertedLength(frames, fromRate, toRate) - PassedOverByWriter(fromRate, toRate);
+}
+
 // The source as a WAV file of endless audio that begins at any frame.
 class ConvertedFrames::SourceStream final : public ReadOnlyStream {
 public:
     SourceStream(FrameSource& source, uint32_t rate)
-        : m_source(source), m_frameBytes(source.Channels() * kBytesPerSample) {
-        uint8_t record[kFormatFixedSize];
-        WaveFormat::Pcm(source.Channels(), rate, 16).StoreFixed(record);
-        StoreLE32(m_head, ChunkId::kRiff);
-        StoreLE32(m_head + 4, UINT32_MAX);
-        StoreLE32(m_head + 8, ChunkId::kWave);
-        StoreLE32(m_head + 12, ChunkId::kFmt);
-        StoreLE32(m_head + 16, kPcmFormatSize);
-        std::memcpy(m_head + 20, record, kPcmFormatSize);
-        StoreLE32(m_head + kHeadSize - 8, ChunkId::kData);
-        StoreLE32(m_head + kHeadSize - 4, UINT32_MAX);
-    }
+        : m_source(source),
+          m_frameBytes(source.Channels() * kBytesPerSample),
+          m_head(MakePcmHead(WaveFormat::Pcm(source.Channels(), rate, 16), UINT32_MAX, UINT32_MAX)) {}
 
     void BeginAt(int64_t frame) {
         m_begin = frame;
@@ -86,9 +82,9 @@ public:
     int32_t Read(void* buffer, uint32_t size, uint32_t* done) override {
         auto* const bytes = static_cast<uint8_t*>(buffer);
         *done = 0;
-        if (m_place < kHeadSize) {
-            *done = static_cast<uint32_t>(std::min<uint64_t>(size, kHeadSize - m_place));
-            std::memcpy(bytes, m_head + m_place, *done);
+        if (m_place < kPcmHeadSize) {
+            *done = static_cast<uint32_t>(std::min<uint64_t>(size, kPcmHeadSize - m_place));
+            std::memcpy(bytes, &m_head[m_place], *done);
             m_place += *done;
             return PLATFORM_OK;
         }
@@ -110,7 +106,7 @@ private:
 
     // As many as there are: fewer only at the end, or where the next call fails.
     size_t ReadFrames(int16_t* buffer, size_t frames) {
-        const int64_t start = m_begin + static_cast<int64_t>((m_place - kHeadSize) / m_frameBytes);
+        const int64_t start = m_begin + static_cast<int64_t>((m_place - kPcmHeadSize) / m_frameBytes);
         const uint32_t channels = m_source.Channels();
         size_t done = 0;
         if (!m_end || start < *m_end) {
@@ -172,7 +168,7 @@ private:
 
     FrameSource& m_source;
     const uint32_t m_frameBytes;
-    uint8_t m_head[kHeadSize] = {};
+    const PcmHead m_head;
     bool m_hasAudio = false;
     std::vector<int16_t> m_kept;  // the last frames of the source
     int64_t m_keptAt = 0;         // the first of them

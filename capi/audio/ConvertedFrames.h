@@ -23,6 +23,9 @@ int64_t ConvertedLength(int64_t frames, uint32_t fromRate, uint32_t toRate);
 // Of these the first so many that the module's writer passes over where it converts: it begins with the frame
 // whose step leads on from the source's first one.
 int64_t PassedOverByWriter(uint32_t fromRate, uint32_t toRate);
+// How many frames the module's writer makes of so many. Of a source that is shorter than its filter's
+// beginning it gives the share that is full, one at the least.
+int64_t LengthByWriter(int64_t frames, uint32_t fromRate, uint32_t toRate);
 
 class ConvertedFrames final : public FrameSource {
 public:

@@ -3,36 +3,17 @@
 #include <algorithm>
 #include <cstring>
 
-#include "riff/WaveFormat.h"
-#include "riff/WaveTypes.h"
-
 namespace {
 
-constexpr uint16_t kBits = 16;
+constexpr uint32_t kBits = 16;
 constexpr size_t kSampleBytes = 2;
-
-std::vector<uint8_t> MakeHead(uint32_t channels, uint32_t rate) {
-    const WaveFormat format = WaveFormat::Pcm(static_cast<uint16_t>(channels), rate, kBits);
-    const uint32_t formatSize = format.DiskSize();
-    constexpr size_t kFormatAt = 20;
-    std::vector<uint8_t> head(kFormatAt + formatSize + kChunkHeaderSize);
-    StoreLE32(&head[0], ChunkId::kRiff);
-    StoreLE32(&head[4], static_cast<uint32_t>(PushedFrames::kPromisedBytes + head.size() - kChunkHeaderSize));
-    StoreLE32(&head[8], ChunkId::kWave);
-    StoreLE32(&head[12], ChunkId::kFmt);
-    StoreLE32(&head[16], formatSize);
-    uint8_t record[kFormatFixedSize];
-    format.StoreFixed(record);
-    std::memcpy(&head[kFormatAt], record, std::min<size_t>(formatSize, sizeof record));
-    StoreLE32(&head[kFormatAt + formatSize], ChunkId::kData);
-    StoreLE32(&head[kFormatAt + formatSize + 4], PushedFrames::kPromisedBytes);
-    return head;
-}
 
 }  // namespace
 
 PushedFrames::PushedFrames(uint32_t channels, uint32_t rate)
-    : m_channels(channels), m_head(MakeHead(channels, rate)) {}
+    : m_channels(channels),
+      m_head(MakePcmHead(WaveFormat::Pcm(channels, rate, kBits),
+                         kPromisedBytes + kPcmHeadSize - kChunkHeaderSize, kPromisedBytes)) {}
 
 void PushedFrames::Push(const int16_t* samples, size_t frames) {
     // What was read makes room first, so that the memory stays as small as what waits.

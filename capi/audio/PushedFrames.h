@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "capi/audio/ReadOnlyStream.h"
+#include "riff/PcmHead.h"
 
 class PushedFrames final : public ReadOnlyStream {
 public:
@@ -24,7 +25,7 @@ private:
     uint64_t SizeOfStream() const override { return m_head.size() + kPromisedBytes; }
 
     size_t m_channels;
-    std::vector<uint8_t> m_head;
+    PcmHead m_head;
     std::vector<int16_t> m_samples;
     size_t m_used = 0;  // samples of it that were read
 };

@@ -5,13 +5,14 @@
 
 #include "capi/FormatRecord.h"
 #include "capi/handles/Converter.h"
+#include "capi/handles/Places.h"
 #include "capi/vlwav_more.h"
 
 namespace {
 
 constexpr size_t kFirstSize = offsetof(vlw_conversion, user) + sizeof(void*);  // in version 1.0
 constexpr uint32_t kKnownFlags =
-    VLW_OVERWRITE | VLW_LOSSY | VLW_PARTIAL | VLW_NO_TAGS | VLW_NO_CHUNKS | VLW_NOT_EMPTY;
+    VLW_OVERWRITE | VLW_LOSSY | VLW_PARTIAL | VLW_NO_TAGS | VLW_NO_CHUNKS | VLW_NOT_EMPTY | VLW_DITHER;
 
 // What the program's record, which may be older or newer than the library's, asks for. False where it can't
 // be understood.
@@ -23,6 +24,8 @@ bool TakeWish(const vlw_conversion* given, vlw_conversion& wish) {
     std::memcpy(&text, &wish.text, sizeof text);
     return (wish.flags & ~kKnownFlags) == 0 && text <= VLW_TEXT_UTF8;
 }
+
+bool IsPlace(const vlw_place* place) { return place && place->size >= sizeof(vlw_place); }
 
 }  // namespace
 
@@ -38,11 +41,18 @@ const vlw_error* vlw_converter_error(const vlw_converter* converter) {
 
 vlw_code vlw_converter_run(vlw_converter* converter, const char* source, const char* target,
                            const vlw_conversion* conversion) {
+    const vlw_place from = Places::Of(source);
+    const vlw_place to = Places::Of(target);
+    return vlw_converter_run_places(converter, source ? &from : nullptr, target ? &to : nullptr, conversion);
+}
+
+vlw_code vlw_converter_run_places(vlw_converter* converter, const vlw_place* source, const vlw_place* target,
+                                  const vlw_conversion* conversion) {
     const vlw_code code = Guarded(converter, [&] {
         converter->work->Forget();
         vlw_conversion wish{};
-        if (!source || !target || !TakeWish(conversion, wish)) return VLW_BAD_ARGUMENT;
-        const vlw_code end = converter->work->Run(source, target, wish);
+        if (!IsPlace(source) || !IsPlace(target) || !TakeWish(conversion, wish)) return VLW_BAD_ARGUMENT;
+        const vlw_code end = converter->work->Run(*source, *target, wish);
         if (end == VLW_CUT) throw converter->work->CutReason();
         return end;
     });
@@ -54,6 +64,19 @@ vlw_code vlw_converter_format(const vlw_converter* converter, vlw_format* format
     if (!converter) return VLW_BAD_ARGUMENT;
     const std::optional<vlw_format>& made = converter->work->Made();
     return made ? PutFormat(*made, format) : VLW_BAD_STATE;
+}
+
+vlw_code vlw_converter_source(const vlw_converter* converter, vlw_format* format) {
+    if (!converter) return VLW_BAD_ARGUMENT;
+    const std::optional<vlw_format>& source = converter->work->SourceFormat();
+    return source ? PutFormat(*source, format) : VLW_BAD_STATE;
+}
+
+vlw_code vlw_converter_seed(vlw_converter* converter, uint64_t seed) {
+    return Guarded(converter, [&] {
+        converter->work->SetSeed(seed);
+        return VLW_OK;
+    });
 }
 
 int vlw_converter_refused_cut(const vlw_converter* converter) {

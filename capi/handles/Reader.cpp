@@ -4,6 +4,7 @@
 
 #include "capi/FormatLimits.h"
 #include "capi/audio/ChannelMix.h"
+#include "capi/handles/Id3Tags.h"
 #include "capi/handles/SourceTags.h"
 #include "capi/input/SourceScan.h"
 
@@ -75,7 +76,48 @@ FrameSource& Reader::LastStage() {
     return last;
 }
 
-Tags Reader::ReadTags() { return ReadSourceTags(*m_readers, *m_file->input, m_file->facts, m_text); }
+Tags Reader::ReadTags() {
+    Tags tags = ReadListTags();
+    FillTags(tags, ReadId3Tags());
+    return tags;
+}
+
+Tags Reader::ReadListTags() { return ReadSourceTags(*m_readers, *m_file->input, m_file->facts, m_text); }
+
+Tags Reader::ReadId3Tags() { return ::ReadId3Tags(*m_file->input, m_file->facts); }
+
+std::unique_ptr<SourceChunks> Reader::BeginChunks() const {
+    if (!IsSeekable()) throw Failure(VLW_NOT_SEEKABLE, "The source gives its bytes in order only.", Name());
+    return std::make_unique<SourceChunks>(*m_file->input, m_file->facts);
+}
+
+bool Reader::FindChunk(uint64_t index, vlw_chunk& found) {
+    OpenFile& file = *m_file;
+    if (!file.chunks || file.chunksPassed > index) {
+        file.chunks = BeginChunks();
+        file.chunksPassed = 0;
+    }
+    while (file.chunksPassed <= index) {
+        if (!file.chunks->Next()) {
+            file.chunks.reset();
+            return false;
+        }
+        ++file.chunksPassed;
+    }
+    const Chunk& chunk = file.chunks->Current();
+    StoreLE32(reinterpret_cast<uint8_t*>(found.id), chunk.id);
+    StoreLE32(reinterpret_cast<uint8_t*>(found.type), file.chunks->ListType());
+    found.offset = chunk.offset;
+    found.bytes = chunk.declared;
+    return true;
+}
+
+uint64_t Reader::CountChunks() {
+    const std::unique_ptr<SourceChunks> chunks = BeginChunks();
+    uint64_t count = 0;
+    while (chunks->Next()) ++count;
+    return count;
+}
 
 uint32_t Reader::Rate() const { return Target(m_file->facts).rate; }
 

@@ -4,7 +4,8 @@
 //
 // Decisions: channels are mixed before the rate is converted. A source that gives its bytes in order refuses
 // every seek, also one to where it stands. Of an AIFF file name, author, copyright and the first annotation
-// are tags. A cut file's record tells how much of it is there.
+// are tags. A cut file's record tells how much of it is there. Chunks are found by a walk that is kept
+// between two questions, so that nothing is kept of them.
 #pragma once
 
 #include <memory>
@@ -13,7 +14,8 @@
 #include "capi/Handle.h"
 #include "capi/Tags.h"
 #include "capi/audio/SourceStages.h"
-#include "capi/input/Input.h"
+#include "capi/chunks/SourceChunks.h"
+#include "capi/vlwav_more.h"
 
 class Reader {
 public:
@@ -33,7 +35,13 @@ public:
 
     // The rest needs an open file; those that fail throw Failure.
     const SourceFacts& Facts() const { return m_file->facts; }
-    Tags ReadTags();
+    Tags ReadTags();      // of the list or the texts, and what only an "id3 " chunk has
+    Tags ReadListTags();  // without the latter
+    Tags ReadId3Tags();
+    // The chunks in the order of the file, from the first: false past the last. Going on by one costs that
+    // one.
+    bool FindChunk(uint64_t index, vlw_chunk& found);
+    uint64_t CountChunks();
     uint32_t Rate() const;
     uint32_t Channels() const;
     int64_t Frames() const;  // VLW_UNKNOWN
@@ -56,12 +64,15 @@ private:
         FrameSource* last = nullptr;           // of the stages; null before they are built
         int64_t position = 0;
         bool wasRead = false;
+        std::unique_ptr<SourceChunks> chunks;  // a walk that was begun
+        uint64_t chunksPassed = 0;             // by it
     };
 
     ConversionTarget Target(const SourceFacts& facts) const;
     void RequireChannels(const SourceFacts& facts) const;
     void OpenSource(OpenFile& file);
     FrameSource& LastStage();  // built with the first use
+    std::unique_ptr<SourceChunks> BeginChunks() const;
     void PassOver(FrameSource& last, int64_t frame);
 
     ModuleUse& m_module;

@@ -1,5 +1,7 @@
 // The functions of vlwav.h that read. Queries leave no record.
 #include <algorithm>
+#include <cstddef>
+#include <cstring>
 
 #include "capi/FormatRecord.h"
 #include "capi/audio/Samples.h"
@@ -66,6 +68,29 @@ vlw_code vlw_reader_text(vlw_reader* reader, vlw_text text) {
 vlw_code vlw_reader_decode_late(vlw_reader* reader, int late) {
     return Guarded(reader, [&] {
         reader->work->SetLate(late != 0);
+        return VLW_OK;
+    });
+}
+
+size_t vlw_reader_chunk_count(vlw_reader* reader) {
+    size_t count = 0;
+    const vlw_code code = Guarded(reader, [&] {
+        if (!IsOpen(reader)) return VLW_BAD_STATE;
+        count = reader->work->CountChunks();
+        return VLW_OK;
+    });
+    return code == VLW_OK ? count : 0;
+}
+
+vlw_code vlw_reader_chunk(vlw_reader* reader, size_t index, vlw_chunk* chunk) {
+    return Guarded(reader, [&] {
+        constexpr size_t kFirstSize = offsetof(vlw_chunk, bytes) + sizeof(uint32_t);
+        if (!chunk || chunk->size < kFirstSize) return VLW_BAD_ARGUMENT;
+        if (!IsOpen(reader)) return VLW_BAD_STATE;
+        vlw_chunk found{};
+        found.size = chunk->size;
+        if (!reader->work->FindChunk(index, found)) return VLW_END;
+        std::memcpy(chunk, &found, std::min(found.size, sizeof found));
         return VLW_OK;
     });
 }

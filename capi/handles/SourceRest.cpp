@@ -7,9 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "capi/handles/NameSample.h"
-#include "capi/input/InputSource.h"
-#include "riff/ChunkWalk.h"
+#include "capi/chunks/NameSample.h"
+#include "capi/chunks/SourceChunks.h"
 #include "riff/InfoList.h"
 #include "riff/TagEntries.h"
 #include "riff/TagTable.h"
@@ -19,10 +18,6 @@ namespace {
 constexpr size_t kEntryBlock = 16384;  // bytes
 constexpr size_t kDateMost = 64;       // bytes of one that are told
 
-// Format and audio of both containers, or nothing but room.
-constexpr uint32_t kNotForeign[] = {ChunkId::kFmt,  ChunkId::kData, ChunkId::kFact,
-                                    ChunkId::kJunk, ChunkId::kPad,  ChunkId::kCommon,
-                                    FourCC("SSND"), FourCC("FVER"), FourCC("FLLR")};
 // In AIFF, the first of each.
 constexpr uint32_t kOnceATag[] = {FourCC("NAME"), FourCC("AUTH"), FourCC("(c) "), FourCC("ANNO")};
 
@@ -31,16 +26,6 @@ std::string Printable(std::string text) {
     for (char& c : text)
         if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = '?';
     return text;
-}
-
-// An id as text in quotes; bytes that aren't printable become "?".
-std::string ChunkName(uint32_t id) {
-    std::string name = "\"";
-    for (int shift = 0; shift < 32; shift += 8) {
-        const auto byte = static_cast<char>(id >> shift & 0xFF);
-        name += byte >= 0x20 && byte < 0x7F ? byte : '?';
-    }
-    return name + '"';
 }
 
 // Whether a tag is stored under that name in files that are made.
@@ -116,46 +101,46 @@ bool ListRest::TakeEntry(ChunkWalk& walk, uint32_t id, uint32_t held, uint32_t k
 
 class RestScan {
 public:
-    RestScan(Input& input, const SourceFacts& facts) : m_blocks(input), m_facts(facts) {}
+    RestScan(Input& input, const SourceFacts& facts) : m_chunks(input, facts) {}
 
-    std::vector<std::string> Run() {
-        uint8_t header[kFileHeaderSize];
-        if (!m_blocks.Read(header, sizeof header)) return {};
-        const bool isWave = LoadLE32(header) == ChunkId::kRiff;
-        ChunkWalk walk(m_blocks, isWave ? ByteOrder::Little : ByteOrder::Big, sizeof header);
-        while (walk.Next()) {
-            // What follows audio of no told size is audio too.
-            if (!m_facts.declaredBytes && walk.Current().Content() >= m_facts.audioPlace) break;
-            if (isWave && walk.Current().id == ChunkId::kList)
-                TakeList(walk);
-            else
-                TakeChunk(walk.Current().id);
-        }
-        return Parts();
+    SourceRest Run() {
+        while (m_chunks.Next()) TakeChunk(m_chunks.Current());
+        SourceRest rest;
+        m_old.AppendTo(rest.old, [](const std::string& name) { return name; });
+        rest.lost = LostParts();
+        return rest;
     }
 
 private:
-    void TakeChunk(uint32_t id) {
-        const bool isTag = std::find(std::begin(kOnceATag), std::end(kOnceATag), id) != std::end(kOnceATag);
-        if (isTag && m_tags.insert(id).second) return;
-        if (std::find(std::begin(kNotForeign), std::end(kNotForeign), id) == std::end(kNotForeign))
-            m_foreign.Add((isTag ? "a further " : "") + ChunkName(id));
-    }
-
-    void TakeList(ChunkWalk& walk) {
-        uint8_t type[kListTypeSize] = {};
-        const bool typed = walk.Current().size >= sizeof type && walk.Read(type, sizeof type);
-        if (!typed || LoadLE32(type) != ChunkId::kInfo) {
-            m_foreign.Add("list " + ChunkName(LoadLE32(type)));
-            return;
+    void TakeChunk(const Chunk& chunk) {
+        const std::string name = (m_chunks.ListType() != 0 ? "list " : "") +
+                                 ChunkName(m_chunks.ListType() != 0 ? m_chunks.ListType() : chunk.id);
+        switch (m_chunks.Fate()) {
+            case ChunkFate::Tags:
+                m_olderLists = std::exchange(m_listSeen, true);
+                m_list.Take(m_chunks.Walk());
+                break;
+            case ChunkFate::Own:
+                if (IsATag(chunk.id) && !m_tags.insert(chunk.id).second) m_lost.Add("a further " + name);
+                break;
+            case ChunkFate::Old:
+                m_old.Add(name);
+                break;
+            case ChunkFate::Lost:
+                m_lost.Add(name);
+                break;
+            case ChunkFate::Carried:
+                break;
         }
-        m_olderLists = std::exchange(m_listSeen, true);
-        m_list.Take(walk);
     }
 
-    std::vector<std::string> Parts() const {
+    static bool IsATag(uint32_t id) {
+        return std::find(std::begin(kOnceATag), std::end(kOnceATag), id) != std::end(kOnceATag);
+    }
+
+    std::vector<std::string> LostParts() const {
         std::vector<std::string> parts;
-        m_foreign.AppendTo(parts, [](const std::string& name) { return name; });
+        m_lost.AppendTo(parts, [](const std::string& name) { return name; });
         if (!m_list.dateTail.empty()) parts.push_back('"' + Printable(m_list.dateTail) + "\" of the date");
         if (m_list.hasLocation) parts.emplace_back("text \"IARL\"");
         m_list.texts.AppendTo(parts, [](const std::string& name) { return "text " + name; });
@@ -164,20 +149,34 @@ private:
         return parts;
     }
 
-    InputBlocks m_blocks;
-    const SourceFacts& m_facts;
-    NameSample m_foreign;
+    SourceChunks m_chunks;
+    NameSample m_lost;
+    NameSample m_old;
     std::set<uint32_t> m_tags;  // that came already
     ListRest m_list;
     bool m_listSeen = false;
     bool m_olderLists = false;
 };
 
+// In order nothing is carried: what would have been is lost.
+SourceRest RestOfPassed(const SourceFacts& facts) {
+    NameSample lost;
+    NameSample old;
+    for (const uint32_t id : facts.passed) {
+        Chunk chunk;
+        chunk.id = id;
+        const ChunkFate fate = FateOf(chunk, 0, facts.isWave, false);
+        if (fate == ChunkFate::Lost) lost.Add(ChunkName(id));
+        if (fate == ChunkFate::Old) old.Add(ChunkName(id));
+    }
+    SourceRest rest;
+    lost.AppendTo(rest.lost, [](const std::string& name) { return name; });
+    old.AppendTo(rest.old, [](const std::string& name) { return name; });
+    return rest;
+}
+
 }  // namespace
 
-std::string NameRest(Input& input, const SourceFacts& facts) {
-    if (!input.IsSeekable()) return {};
-    std::string text;
-    for (const std::string& part : RestScan(input, facts).Run()) text += (text.empty() ? "" : ", ") + part;
-    return text;
+SourceRest FindSourceRest(Input& input, const SourceFacts& facts) {
+    return input.IsSeekable() ? RestScan(input, facts).Run() : RestOfPassed(facts);
 }

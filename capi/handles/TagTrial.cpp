@@ -1,17 +1,17 @@
 #include "capi/handles/TagTrial.h"
 
 #include <algorithm>
+#include <cerrno>
 
 #include "capi/SystemFailure.h"
 #include "capi/TagLosses.h"
-#include "capi/handles/WaveObjects.h"
 #include "capi/output/OutputFile.h"
+#include "riff/PcmHead.h"
 
 namespace {
 
 constexpr const char* kName = "a trial of the tags";
 constexpr AudioShape kShape = {8000, 1};  // any that is written without a conversion
-constexpr uint64_t kBareFile = 44;        // bytes of a file without audio and tags
 
 uint32_t IndexOfShape(const Module& module) {
     const std::vector<AudioFormatInfo>& formats = module.Formats();
@@ -40,5 +40,14 @@ void TagTrial::Try(const Module& module, const Tags& tags, vlw_text text,
     m_kept = TagsOf(*OpenReader(module, text, file.Path(), {kName, {}}));
     uint64_t size = 0;
     RequireSystem(file.Bytes().Size(size), "Reading", kName);
-    m_bytes = size - std::min(size, kBareFile);
+    m_list.resize(size - std::min<uint64_t>(size, kPcmHeadSize));
+    size_t done = 0;
+    RequireSystem(file.Bytes().ReadAt(m_list.data(), m_list.size(), kPcmHeadSize, done), "Reading", kName);
+    if (done != m_list.size()) throw SystemFailure(EIO, std::string("Reading ") + kName, {});
+}
+
+void TagTrial::RequireKept(uint32_t flags, const FileLabel& file) const {
+    if (!m_losses.empty() && (flags & VLW_LOSSY) == 0)
+        throw Failure(VLW_WOULD_LOSE, file.name + " can't keep all tags: " + JoinClauses(m_losses) + '.',
+                      file.path);
 }

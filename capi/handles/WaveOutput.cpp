@@ -9,7 +9,8 @@
 #include "capi/audio/ConvertedFrames.h"
 #include "capi/audio/DownMix.h"
 #include "capi/handles/WriteFailure.h"
-#include "riff/WaveTypes.h"
+#include "riff/BlockSource.h"
+#include "riff/ChunkWalk.h"
 
 namespace {
 
@@ -22,11 +23,26 @@ constexpr uint64_t kHeader = 44;  // bytes
 // Beyond what the ratio tells: the rounding at the end, and the pad byte of odd audio.
 constexpr uint64_t kSpareFrames = 2;
 constexpr int64_t kEasily = int64_t{3} << 30;  // bytes
+constexpr size_t kChunkBlock = 65536;          // bytes that are written at once
 
 // As the module reckons: its filter steps in whole numbers near the rates.
 double RatioOf(const Module& module, uint32_t from, uint32_t to) {
     return from == to ? 1 : PushedConversion(module, {from, 1}, {to, 1}).Ratio();
 }
+
+// The written file, read back.
+class WrittenFile final : public BlockSource {
+public:
+    WrittenFile(const Descriptor& file, uint64_t size) : BlockSource(size), m_file(file) {}
+
+private:
+    size_t ReadAt(uint64_t place, void* buffer, size_t count) override {
+        size_t done = 0;
+        return m_file.ReadAt(buffer, count, place, done) == 0 ? done : 0;
+    }
+
+    const Descriptor& m_file;
+};
 
 }  // namespace
 
@@ -53,6 +69,11 @@ int64_t WaveOutput::FirstFrame(uint32_t fromRate, uint32_t toRate) {
     return fromRate > kMaxWriterRate ? 0 : PassedOverByWriter(fromRate, toRate);
 }
 
+int64_t WaveOutput::FramesOf(int64_t frames, uint32_t fromRate, uint32_t toRate) {
+    return fromRate > kMaxWriterRate ? ConvertedLength(frames, fromRate, toRate)
+                                     : LengthByWriter(frames, fromRate, toRate);
+}
+
 bool WaveOutput::FitsEasily(int64_t frames, const AudioFormatInfo& format) {
     return frames < kEasily / std::max<int64_t>(format.blockAlign, 1);
 }
@@ -61,6 +82,7 @@ void WaveOutput::RequireRoom(uint64_t frames, uint64_t more) const {
     const double all = std::ceil((static_cast<double>(m_taken) + static_cast<double>(frames)) * m_ratio);
     const uint64_t spare = m_ratio == 1 ? 0 : kSpareFrames;
     const double bytes = (all + static_cast<double>(spare)) * m_format.blockAlign;
+    if (m_plan.chunks) more += m_plan.chunks->Bytes();
     if (bytes + static_cast<double>(kHeader + more) > static_cast<double>(kLargestFile))
         throw Failure(VLW_TOO_LARGE, m_label.name + " would become larger than a WAV file can be, 4 GiB.",
                       m_label.path);
@@ -106,10 +128,50 @@ void WaveOutput::Finish(const Tags& tags, const Tags& expected) {
     if (!tags.AllTexts().empty()) GiveTags(*m_writer, tags);
     ForgetLastError();
     RequireOf(m_writer->Close(), "Completing", m_label);
+    AppendChunks();
     // The Close reports no failed write, so this is where one shows; the reason is asked for at once.
     const int reason = FindWriteError(m_file.Bytes(), 1);
-    if (!HasItsSize() || !HasItsAudio() || !HasTags(expected))
+    if (!HasItsSize() || !HasItsChunks() || !HasItsAudio() || !HasTags(expected))
         throw SystemFailure(reason, "Completing " + m_label.name, m_label.path);
+}
+
+uint64_t WaveOutput::FileSize() const {
+    uint64_t size = 0;
+    RequireSystem(m_file.Bytes().Size(size), "Reading back", m_label.name);
+    return size;
+}
+
+// After the content the size that makes it count.
+void WaveOutput::AppendChunks() {
+    m_chunksAt = FileSize();
+    if (!m_plan.chunks || m_plan.chunks->Bytes() == 0) return;
+    const auto require = [&](int error) {
+        if (error != 0) throw SystemFailure(error, "Writing to " + m_label.name, m_label.path);
+    };
+    uint64_t place = m_chunksAt;
+    std::vector<uint8_t> block;
+    block.reserve(kChunkBlock);
+    const auto write = [&] {
+        require(m_file.Bytes().WriteAt(block.data(), block.size(), place));
+        place += block.size();
+        block.clear();
+    };
+    m_plan.chunks->WriteTo([&](const void* bytes, size_t count) {
+        const auto* const from = static_cast<const uint8_t*>(bytes);
+        if (block.size() + count > kChunkBlock) write();
+        block.insert(block.end(), from, from + count);
+    });
+    write();
+    uint8_t size[4];
+    StoreLE32(size, static_cast<uint32_t>(place - kChunkHeaderSize));
+    require(m_file.Bytes().WriteAt(size, sizeof size, 4));
+}
+
+bool WaveOutput::HasItsChunks() const {
+    if (!m_plan.chunks || m_plan.chunks->Bytes() == 0) return true;
+    WrittenFile file(m_file.Bytes(), FileSize());
+    file.MoveTo(m_chunksAt);
+    return m_plan.chunks->AreIn(file, m_chunksAt, file.Size());
 }
 
 // Whether the header tells of the file as it is.

@@ -14,6 +14,7 @@
 #include "AudioCodec/wave/IAC3Writer.h"
 #include "capi/Tags.h"
 #include "capi/audio/PushedConversion.h"
+#include "capi/chunks/CarriedChunks.h"
 #include "capi/handles/WaveObjects.h"
 #include "capi/output/OutputFile.h"
 
@@ -22,6 +23,7 @@ struct WavePlan {
     AudioShape input;  // as the program gives it
     uint32_t formatIndex = 0;
     vlw_text text = VLW_TEXT_AUTO;
+    const CarriedChunks* chunks = nullptr;  // of another file, to follow audio and tags; borrowed
 };
 
 class WaveOutput {
@@ -31,6 +33,8 @@ public:
 
     // A file that is made of frames of another rate begins with this one of those that a reader would make.
     static int64_t FirstFrame(uint32_t fromRate, uint32_t toRate);
+    // And it has so many frames of those of the source.
+    static int64_t FramesOf(int64_t frames, uint32_t fromRate, uint32_t toRate);
     // Whether a file of so many frames is far from the size where their exact number tells if it can be.
     static bool FitsEasily(int64_t frames, const AudioFormatInfo& format);
 
@@ -42,14 +46,17 @@ public:
     int64_t Taken() const { return static_cast<int64_t>(m_taken); }
     // Throws Failure with VLW_TOO_LARGE where the file would have no room for so many bytes more.
     void RequireRoom(uint64_t frames, uint64_t more) const;
-    // Writes what is held back and the tags, and has the closed file prove itself: its sizes, its format, as
-    // many frames as were taken, and the tags that are expected of it. Throws Failure.
+    // Writes what is held back, the tags and the chunks, and has the closed file prove itself: its sizes, its
+    // format, as many frames as were taken, the tags that are expected of it and the chunks. Throws Failure.
     void Finish(const Tags& tags, const Tags& expected);
 
 private:
     void WriteShaped(const int16_t* samples, uint32_t frames);
     void WriteToModule(const int16_t* samples, uint32_t frames);
+    void AppendChunks();
     bool HasItsSize() const;
+    bool HasItsChunks() const;
+    uint64_t FileSize() const;
     bool HasItsAudio();
     bool HasTags(const Tags& expected) const;
 
@@ -65,5 +72,6 @@ private:
     std::vector<int16_t> m_mixed;  // (1)
     uint64_t m_taken = 0;
     int64_t m_frames = 0;
-    uint64_t m_written = 0;  // into the module's writer
+    uint64_t m_written = 0;   // into the module's writer
+    uint64_t m_chunksAt = 0;  // bytes of the file without them
 };

@@ -84,7 +84,7 @@ WavePlan Writer::MakePlan(const Module& module) const {
         throw Failure(VLW_UNSUPPORTED, std::to_string(wanted.channels) + " channels can't be made of " +
                                            std::to_string(m_input.channels) +
                                            "; the nearest format has 1 channel.");
-    return {m_input, index, m_text};
+    return {m_input, index, m_text, m_chunks};
 }
 
 void Writer::Begin(uint32_t flags) {
@@ -184,11 +184,9 @@ void Writer::Finish() {
     RequireState(State::Open);
     // (4)
     const TagTrial trial(m_module.Get(), m_tags, m_openText, TempFolderPath());
-    if (!trial.Losses().empty() && (m_flags & VLW_LOSSY) == 0)
-        throw Failure(VLW_WOULD_LOSE,
-                      NameFor(m_path) + " can't keep all tags: " + JoinClauses(trial.Losses()) + '.', m_path);
+    trial.RequireKept(m_flags, {NameFor(m_path), m_path});
     m_losses = trial.Losses();
-    m_audio->RequireRoom(0, trial.Bytes());
+    m_audio->RequireRoom(0, trial.List().size());
     m_state = State::Broken;                // unless it ends well
     m_audio->Finish(m_tags, trial.Kept());  // (5)
     m_frames = m_audio->Frames();

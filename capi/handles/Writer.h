@@ -21,6 +21,8 @@ public:
     void SetOutput(uint32_t rate, uint32_t channels, uint32_t bits);
     void SetText(vlw_text text);
     void SetTags(const Tags* tags) { m_tags = tags ? *tags : Tags(); }
+    // For the files to come; borrowed until they are finished.
+    void SetChunks(const CarriedChunks* chunks) { m_chunks = chunks; }
 
     // Begin a file in place of one that isn't finished. Throw Failure, and there is none then.
     void CreateFile(const std::string& path, uint32_t flags);
@@ -56,6 +58,7 @@ private:
     FormatWish m_wish;
     vlw_text m_text = VLW_TEXT_AUTO;
     Tags m_tags;
+    const CarriedChunks* m_chunks = nullptr;
     std::vector<std::string> m_losses;
     int64_t m_frames = 0;
 

@@ -93,6 +93,8 @@ private:
                 // known.
                 if (!m_input.IsSeekable() || !m_soundBytes) return;
             }
+            if (IsId3(chunk.id)) TakeId3(m_input, chunk, m_facts);
+            TakePassed(m_input, chunk.id, m_facts);
             for (const TextRow& row : kTexts)
                 if (chunk.id == row.id && chunk.size <= kTextMost && !HasText(row.keyword))
                     whole = TakeText(walk, row.keyword);

@@ -7,6 +7,7 @@
 #include "capi/input/Input.h"
 #include "capi/input/SourceFacts.h"
 #include "riff/ByteSource.h"
+#include "riff/Chunk.h"
 
 SourceFacts ScanWave(Input& input, ByteSource& source);
 SourceFacts ScanAiff(Input& input, ByteSource& source);
@@ -16,6 +17,15 @@ inline Failure Damaged(const Input& input, const std::string& why) {
     const std::string name = input.Name().empty() ? "The source" : input.Name();
     return {VLW_DAMAGED, name + " is damaged: " + why, input.Name()};
 }
+
+// Of a chunk with ID3 tags, of either container.
+inline bool IsId3(uint32_t id) { return id == FourCC("id3 ") || id == FourCC("ID3 "); }
+
+// Notes where the first of them lies, if it is whole.
+void TakeId3(const Input& input, const Chunk& chunk, SourceFacts& facts);
+
+// Notes the id of a chunk that is passed over for good.
+void TakePassed(const Input& input, uint32_t id, SourceFacts& facts);
 
 // Puts the frames that are there and those that are promised, from the bytes of both and the frames that the
 // head tells beside them (0: none).

@@ -55,6 +55,11 @@ struct SourceFacts {
     std::optional<Extent> infoList;                          // after its type
     std::vector<uint8_t> infoEntries;                        // of an input in order
     std::vector<std::pair<std::string, std::string>> texts;  // of AIFF: keyword and bytes
+    // Of an input in order: chunks in front of the audio, of a list its type in place of the id. Of many the
+    // first hundred.
+    std::vector<uint32_t> passed;
+    // Of an input that can be moved in: the first "id3 " chunk that is whole.
+    std::optional<Extent> id3;
 
     // Whether decoding can tell nothing else: the sizes give the frames, of a form that the decoders take.
     bool IsSure() const;

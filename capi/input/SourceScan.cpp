@@ -29,8 +29,10 @@ struct Relative {
     const char* name;
 };
 constexpr Relative kRelatives[] = {
-    {FourCC("RF64"), "RF64"}, {FourCC("BW64"), "BW64"}, {FourCC("RIFX"), "RIFX"}, {FourCC("riff"), "W64"},
-    {FourCC("caff"), "CAF"},  {FourCC("fLaC"), "FLAC"}, {FourCC("OggS"), "Ogg"}};
+    {FourCC("RF64"), "RF64"},   {FourCC("BW64"), "BW64"},  {FourCC("RIFX"), "RIFX"},
+    {FourCC("riff"), "W64"},    {FourCC("caff"), "CAF"},   {FourCC("fLaC"), "FLAC"},
+    {FourCC("OggS"), "Ogg"},    {FourCC(".snd"), "AU"},    {FourCC("wvpk"), "WavPack"},
+    {FourCC("ID3\x03"), "MP3"}, {FourCC("ID3\x04"), "MP3"}};
 
 Failure NotAudio(const Input& input, uint32_t id) {
     const std::string name = input.Name().empty() ? "The source" : input.Name();
@@ -66,6 +68,16 @@ SourceFacts ScanFromStart(Input& input) {
 }
 
 }  // namespace
+
+void TakeId3(const Input& input, const Chunk& chunk, SourceFacts& facts) {
+    if (!facts.id3 && input.IsSeekable() && chunk.Content() + chunk.size <= *input.Size())
+        facts.id3 = Extent{chunk.Content(), chunk.size};
+}
+
+void TakePassed(const Input& input, uint32_t id, SourceFacts& facts) {
+    constexpr size_t kNoted = 100;
+    if (!input.IsSeekable() && facts.passed.size() < kNoted) facts.passed.push_back(id);
+}
 
 void CountFrames(SourceFacts& facts, int64_t told) {
     const UnitSize& unit = facts.unit;

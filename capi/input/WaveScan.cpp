@@ -48,6 +48,8 @@ private:
             if (chunk.id == ChunkId::kFmt && chunk.size >= kPcmFormatSize) whole = TakeFormat(walk);
             if (chunk.id == ChunkId::kFact && chunk.size >= kFactSampleCountSize) whole = TakeFact(walk);
             if (chunk.id == ChunkId::kList && chunk.size >= kListTypeSize) whole = TakeList(walk);
+            if (IsId3(chunk.id)) TakeId3(m_input, chunk, m_facts);
+            if (chunk.id != ChunkId::kList) TakePassed(m_input, chunk.id, m_facts);
             if (chunk.id == ChunkId::kData) {
                 m_chunks.data = chunk;
                 // In order the audio must be read from here; and after a size that isn't told nothing is
@@ -77,7 +79,10 @@ private:
     bool TakeList(ChunkWalk& walk) {
         uint8_t type[kListTypeSize];
         if (!walk.Read(type, sizeof type)) return false;
-        if (LoadLE32(type) != ChunkId::kInfo) return true;
+        if (LoadLE32(type) != ChunkId::kInfo) {
+            TakePassed(m_input, LoadLE32(type), m_facts);
+            return true;
+        }
         const uint64_t size = walk.Current().size - kListTypeSize;
         m_facts.infoList = Extent{walk.Current().Content() + kListTypeSize, size};
         if (m_input.IsSeekable()) return true;

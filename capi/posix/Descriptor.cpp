@@ -130,6 +130,19 @@ int Descriptor::Write(const void* bytes, size_t size) const {
     return 0;
 }
 
+int Descriptor::WriteAt(const void* bytes, size_t size, uint64_t place) const {
+    const char* at = static_cast<const char*>(bytes);
+    while (size > 0) {
+        const ssize_t done = Repeat(
+            [&] { return pwrite(m_number, at, std::min(size, kMostAtOnce), static_cast<off_t>(place)); });
+        if (done < 0) return errno;
+        at += done;
+        place += static_cast<uint64_t>(done);
+        size -= static_cast<size_t>(done);
+    }
+    return 0;
+}
+
 int Descriptor::Flush() const {
     if (Repeat([&] { return fsync(m_number); }) == 0) return 0;
     return errno == EINVAL || errno == ENOTSUP || errno == EROFS ? 0 : errno;  // a pipe, a device

@@ -39,6 +39,8 @@ public:
     int ReadNext(void* buffer, size_t size, size_t& done) const;
     // Writes all of it at the descriptor's own place, which waits until a pipe has room.
     int Write(const void* bytes, size_t size) const;
+    // Writes all of it at a place of a regular file, and leaves the descriptor's own alone.
+    int WriteAt(const void* bytes, size_t size, uint64_t place) const;
     // Brings the bytes to the disk; nothing to do for what isn't kept there.
     int Flush() const;
     // Gives a file the mode and as far as the system lets us the owner of another.

@@ -31,7 +31,8 @@ TEST(ShippedFiles, ShowTheirOwnPrefixUnderAVersionAndAreHardened) {
     const std::regex ours("(A VLPLATFORM_3|T Vl\\w+@@VLPLATFORM_3|T DllGetClassObject@@VLPLATFORM_3)\n");
     for (const std::string file :
          {"lib/libvlplatform.so", "lib/libvlimage.so", "lib/libvlregistry.so", "lib/libvlmedia.so",
-          "lib/Filters/VlDSAudioStreamReader.ax", "lib/VlACWav3.so", "lib/libvlwav.so", "bin/vlwav"}) {
+          "lib/libvlplot.so", "lib/Filters/VlDSAudioStreamReader.ax", "lib/VlACWav3.so", "lib/libvlwav.so",
+          "bin/vlwav"}) {
         SCOPED_TRACE(file);
         const std::string path = " '" VL_BUILD "/" + file + "'";
         if (file != "lib/VlACWav3.so" && file != "lib/libvlwav.so" && file != "bin/vlwav") {

@@ -5,6 +5,7 @@
 #include <pthread.h>
 #include <time.h>
 
+#include "capi/vlwav_more.h"
 #include "tests/capi/AudioFiles.h"
 #include "tests/capi/Files.h"
 #include "tests/capi/SystemCalls.h"
@@ -184,9 +185,9 @@ static void notes(void) {
         {1, {.size = sizeof kPlain}, ""},
         {0, {.size = sizeof kPlain}, ""},
         {2, {.size = sizeof kPlain}, "24 \xE2\x86\x92 16 bits"},
-        {4, {.size = sizeof kPlain}, "32 \xE2\x86\x92 16 bits"},
-        {6, {.size = sizeof kPlain}, ""},
-        {8, {.size = sizeof kPlain}, ""},
+        {4, {.size = sizeof kPlain}, "32 \xE2\x86\x92 16 bits\nthe output has no use for \"fact\""},
+        {6, {.size = sizeof kPlain}, "the output has no use for \"fact\""},
+        {8, {.size = sizeof kPlain}, "the output has no use for \"fact\""},
         {9, {.size = sizeof kPlain}, "192000 \xE2\x86\x92 48000 Hz\n24 \xE2\x86\x92 16 bits"},
         {5, {.size = sizeof kPlain, .channels = 2}, "6 channels \xE2\x86\x92 stereo"},
         {1, {.size = sizeof kPlain, .channels = 1, .bits = 8, .rate = 8000}, "stereo \xE2\x86\x92 mono\n44100 \xE2\x86\x92 8000 Hz\n16 \xE2\x86\x92 8 bits"},
@@ -201,8 +202,8 @@ static void notes(void) {
     }
     /* Chunks that the target doesn't have, unless that was wished for. */
     vlw_conversion wish = kPlain;
-    free(put_wave("a.wav", 1, "fbdal", 200).at);
-    CHECK(made(converter, "a.wav", "t.wav", wish) && strstr(vlw_converter_notes(converter), "bext") && strstr(vlw_converter_notes(converter), "adtl"));
+    free(put_wave("a.wav", 1, "fbjdal", 200).at);
+    CHECK(made(converter, "a.wav", "t.wav", wish) && strstr(vlw_converter_notes(converter), "\"JUNK\"") && !strstr(vlw_converter_notes(converter), "bext") && !strstr(vlw_converter_notes(converter), "adtl"));
     wish.flags = VLW_NO_CHUNKS;
     CHECK(made(converter, "a.wav", "t.wav", wish) && same(vlw_converter_notes(converter), ""));
     vlw_converter_free(converter);
@@ -343,6 +344,45 @@ static void watched(void) {
     CHECK(vlw_converter_run(converter, "low.wav", "b.wav", &wish) == VLW_OK && w.done == 1000 && w.total == 1000 && !w.wrong);
     vlw_converter_free(converter);
     free(small.at), free(piped.at), free(low.at);
+}
+
+/* ---- descriptors ---- */
+
+static int asks_source(void *user, int64_t done, int64_t total) {
+    vlw_format source = {.size = sizeof source};
+    (void)done, (void)total;
+    return vlw_converter_source(user, &source) != VLW_OK || source.rate != kWaves[1].rate;
+}
+
+static void places(void) {
+    vlw_converter *const converter = new_converter();
+    vlw_conversion wish = kPlain;
+    vlw_format source = {.size = sizeof source};
+    free(put_wave("a.wav", 1, "fdl", 500).at);
+    free(put_wave("b.wav", 1, "fd", 500).at);
+    CHECK(vlw_converter_source(converter, &source) == VLW_BAD_STATE && vlw_converter_source(NULL, &source) == VLW_BAD_ARGUMENT);
+    const int from = open("a.wav", O_RDONLY), to = open("fd.wav", O_RDWR | O_CREAT, 0600);
+    const vlw_place in = {sizeof in, NULL, from}, out = {sizeof out, NULL, to}, none = {sizeof none, NULL, -1}, old = {0, "a.wav", -1};
+    const vlw_place self = {sizeof self, "a.wav", -1}, other = {sizeof other, "b.wav", -1}, made_by = {sizeof made_by, "by.wav", -1};
+    const struct {
+        const vlw_place *source, *target;
+        vlw_code code;
+    } wrong[] = {{NULL, &out, VLW_BAD_ARGUMENT}, {&in, NULL, VLW_BAD_ARGUMENT}, {&old, &out, VLW_BAD_ARGUMENT}, {&in, &old, VLW_BAD_ARGUMENT},
+                 {&in, &self, VLW_BAD_ARGUMENT}, {&none, &out, VLW_SYSTEM},     {&self, &none, VLW_SYSTEM},     {&other, &in, VLW_SYSTEM}};
+    for (size_t i = 0; i < sizeof wrong / sizeof *wrong; ++i) {
+        CHECK(vlw_converter_run_places(converter, wrong[i].source, wrong[i].target, NULL) == wrong[i].code);
+        CHECK(wrong[i].code != VLW_SYSTEM || vlw_converter_error(converter)->system == EBADF);
+    }
+    /* From where it stands, after the program's own bytes; the descriptors stay the program's. */
+    CHECK(write(to, "front", 5) == 5);
+    wish.progress = asks_source, wish.user = converter;
+    CHECK(vlw_converter_run_places(converter, &in, &out, &wish) == VLW_OK && vlw_converter_run_places(converter, &in, &made_by, &wish) == VLW_OK);
+    CHECK(vlw_converter_source(converter, &source) == VLW_OK && source.frames == 500);
+    bytes both = contents("fd.wav"), made_file = contents("by.wav");
+    CHECK(both.size == made_file.size + 5 && memcmp(both.at + 5, made_file.at, made_file.size) == 0);
+    CHECK(close(from) == 0 && close(to) == 0);
+    vlw_converter_free(converter);
+    free(both.at), free(made_file.at);
 }
 
 /* ---- several threads ---- */
@@ -528,6 +568,7 @@ int main(int argc, char **argv) {
     /* That of memory first: a later peak would hide what it takes. */
     static const check kChecks[] = {{"an_hour", an_hour, 1}, {"all_kinds", all_kinds, 0},     {"few_frames", few_frames, 0},       {"records", records, 0},
                                     {"tags", tags, 0},       {"notes", notes, 0},             {"cut_sources", cut_sources, 0},     {"targets", targets, 0},
-                                    {"watched", watched, 0}, {"by_threads", by_threads, 0},   {"failing_calls", failing_calls, 0}, {"memory", memory_runs_out, 0}};
+                                    {"watched", watched, 0}, {"by_threads", by_threads, 0},   {"failing_calls", failing_calls, 0}, {"memory", memory_runs_out, 0},
+                                    {"places", places, 0}};
     return argc == 2 ? run_checks(argv[1], kChecks, sizeof kChecks / sizeof *kChecks) : 2;
 }

@@ -68,7 +68,8 @@ TEST_F(HostConvert, RefusesWhatIsNoStockFormatOrWouldCollideBeforeAnythingIsWrit
                                                         {"out --format 1 --bits 8", "excludes"},
                                                         {"out --set disc=1", "can't keep the tag disc"},
                                                         {"out --jobs 0", "--jobs"},
-                                                        {"out a.aif", "would both become out/a.wav"},
+                                                        {"song.mp3", "song.mp3 has an ending"},
+                                                        {"out --shard 3/2", "is no shard"},
                                                         {"file.wav a.aif", "file.wav is no folder"}};
     for (const auto& [arguments, reason] : rows)
         ExpectEnd(Vlwav("convert a.wav -o " + std::string(arguments)), 2, reason);
@@ -119,8 +120,8 @@ TEST_F(HostConvert, WhatTheOutputLacksIsNamed) {
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(
         run.err,
-        "vlwav: in.wav: Note: the output doesn't have \"bext\", \"cue \", list \"adtl\", \"-05-06\" of the "
-        "date, text \"ISFT\", tag disc, tag nonesuch.\n");
+        "vlwav: in.wav: Note: the output doesn't have \"-05-06\" of the date, text \"ISFT\", tag disc, tag "
+        "nonesuch.\n");
     const json tags = {{"title", "Name"}, {"composer", "A"}, {"track", 12}, {"year", 2001}};
     EXPECT_EQ(Json("tag out.wav")[0]["tags"], tags);
     ASSERT_EQ(Run("sox out.wav plain.aiff").exitCode, 0);  // with a comment of its own
@@ -150,12 +151,12 @@ TEST_F(HostConvert, LengthIsWhatTheFileHolds) {
         EXPECT_NE(Vlwav("info " + file).out.find("; cut off, "), std::string::npos);
         for (const std::string command : {"convert ", "decode "}) {
             const auto before = Names();
-            const RunResult refused = Vlwav(command + file + " -o out/made");
+            const RunResult refused = Vlwav(command + file + " -o out/made.wav");
             ExpectEnd(refused, 1, "promised ");
             ExpectEnd(refused, 1, "With --partial");
             EXPECT_EQ(Names(), before);
-            ExpectEnd(Vlwav(command + file + " -o out/made --partial"), 0, "promised ");
-            EXPECT_EQ(Run("rm out/made").exitCode, 0);
+            ExpectEnd(Vlwav(command + file + " -o out/made.wav --partial"), 0, "promised ");
+            EXPECT_EQ(Run("rm out/made.wav").exitCode, 0);
         }
         EXPECT_EQ(Vlwav("decode " + file).exitCode, 1);
     }

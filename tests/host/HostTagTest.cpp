@@ -57,7 +57,7 @@ TEST_F(HostTag, AFileThatCannotBeChangedFailsAndTheOthersGoOn) {
         ExpectEnd(run, 1, line);
     const json array = json::parse(run.out);
     ASSERT_EQ(array.size(), 5u);
-    EXPECT_EQ(array[1]["error"]["code"], 1000);
+    EXPECT_EQ(array[1]["reason"], "not-found");
     for (const size_t good : {size_t{2}, size_t{3}, size_t{4}})
         EXPECT_EQ(array[good]["tags"], (json{{"genre", "Folk"}}));
 }
@@ -71,6 +71,39 @@ TEST_F(HostTag, TagsAbove64MiBAreRefusedBeforeAnythingIsMade) {
         ExpectEnd(Vlwav(command), 1, "more than 64 MiB");
         EXPECT_NE(Run("test -e b.wav").exitCode, 0) << command;
     }
+}
+
+TEST_F(HostTag, TagsGoOutAsJsonAndComeBackFromItOrFromAnotherFile) {
+    for (const char* name : {"a.wav", "caf\xE9.wav", "c.wav"}) WriteWav(name, 1, 8000, 24, 10);
+    ASSERT_EQ(Vlwav("tag a.wav --set title=\"Été\" --set year=1999 --set genre=Folk").exitCode, 0);
+    ASSERT_EQ(Vlwav("tag caf\xE9.wav --set title=Two").exitCode, 0);
+    ASSERT_EQ(Vlwav("tag a.wav caf\xE9.wav --export list.json").exitCode, 0);
+    ExpectEnd(Vlwav("tag a.wav --export list.json"), 1, "list.json is there already");
+    json list = json::parse(Bytes("list.json"));
+    EXPECT_EQ(list[0]["tags"], json({{"title", "Été"}, {"year", 1999}, {"genre", "Folk"}}));
+    list[0]["tags"] = {{"title", "Hiver"}, {"year", nullptr}};
+    list[1]["tags"]["track"] = 7;
+    WriteBytes("list.json", list.dump());
+    ASSERT_EQ(Run("'" VLWAV_PATH "' tag --import - <list.json").exitCode, 0);
+    EXPECT_EQ(Json("tag a.wav")[0]["tags"], json({{"title", "Hiver"}, {"genre", "Folk"}}));
+    EXPECT_EQ(Json("tag caf\xE9.wav")[0]["tags"], json({{"title", "Two"}, {"track", 7}}));
+    const RunResult other = Vlwav("tag a.wav c.wav --import list.json --quiet");
+    ExpectEnd(other, 1, "vlwav: c.wav: The list has no entry for it.");
+    WriteBytes("bad.json", "[{\"file\": \"a.wav\", \"tags\": {\"title\": [1]}}]");
+    ExpectEnd(Vlwav("tag --import bad.json"), 1, "Entry 1 of the list");
+    ASSERT_EQ(Vlwav("tag c.wav --from a.wav --set genre=Jazz").exitCode, 0);
+    EXPECT_EQ(Json("tag c.wav")[0]["tags"], json({{"title", "Hiver"}, {"genre", "Jazz"}}));
+}
+
+TEST_F(HostTag, AListIsWrittenAnewInUtf8WhereThatIsAskedFor) {
+    WriteWav("a.wav", 1, 8000, 8, 10);
+    ASSERT_EQ(Vlwav("tag a.wav --set artist=Zoë").exitCode, 0);
+    EXPECT_NE(Bytes("a.wav").find("Zo\xEB"), std::string::npos);
+    ASSERT_EQ(Vlwav("--encoding utf-8 tag a.wav --set title=x").exitCode, 0);
+    EXPECT_NE(Bytes("a.wav").find("Zoë"), std::string::npos);
+    EXPECT_EQ(Json("tag a.wav")[0]["tags"], json({{"title", "x"}, {"artist", "Zoë"}}));
+    EXPECT_EQ(Vlwav("tag a.wav --encoding latin").exitCode, 2);
+    EXPECT_EQ(Vlwav("decode a.wav --encoding utf-8").exitCode, 2);
 }
 
 }  // namespace

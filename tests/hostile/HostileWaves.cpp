@@ -1,3 +1,5 @@
+#include <zlib.h>
+
 #include <algorithm>
 
 #include "tests/hostile/Bytes.h"
@@ -31,6 +33,17 @@ std::string Fmt(const Format& format) {
 const std::string kFmt = Fmt({});
 const std::string kAudio = Chunk("data", Zeros(4096));
 const std::string kFmt24 = Fmt({.bits = 24, .align = 6});  // decoded, not read directly
+
+// So many zeros, packed.
+std::string Packed(size_t count) {
+    uLongf size = compressBound(count);
+    std::string packed(size, '\0');
+    const std::string plain = Zeros(count);
+    compress(reinterpret_cast<Bytef*>(packed.data()), &size, reinterpret_cast<const Bytef*>(plain.data()),
+             plain.size());
+    packed.resize(size);
+    return packed;
+}
 
 std::string List(const std::string& entries) { return Chunk("LIST", "INFO" + entries); }
 // A name and a value of one letter each.
@@ -105,6 +118,39 @@ void AddCounted(HostileFiles& files) {
             [] { return Chunk("cue ", Little(s_many / 10, 4) + Zeros(s_many / 10 * 24)); });
     AddBoth(files, "100000 labels",
             [] { return Chunk("LIST", "adtl" + Repeat(s_many / 10, Chunk("labl", "\1\0\0\0a"))); });
+    AddBoth(files, "100000 regions and loops", [] {
+        return Chunk("LIST", "adtl" + Repeat(s_many / 10, Chunk("ltxt", Zeros(20)))) +
+               Chunk("smpl", Zeros(28) + Little(s_many / 10, 4) + Zeros(4) + Zeros(s_many / 10 * 24));
+    });
+    AddBoth(files, "counts of points and loops that lie", [] {
+        return Chunk("cue ", Repeat(7, "\xFF\xFF\xFF\xFF")) + Chunk("smpl", std::string(61, '\xFF')) +
+               Chunk("cue ", "\xFF") + Chunk("plst", std::string(17, '\xFF')) + Chunk("bext", Zeros(345)) +
+               Chunk("LIST", "adtl" + Head("ltxt", 0xFFFFFFFF) + Zeros(9));
+    });
+    AddBoth(files, "a coding history without an end",
+            [] { return Chunk("bext", Zeros(602) + std::string(4 * s_many, 'x')); });
+    AddBoth(files, "an ID3 tag that unpacks to 6 GiB", [] {
+        const std::string frame = Packed(size_t{64} << 20);
+        return Chunk("id3 ", "ID3\3" + Zeros(2) + std::string("\7\x7F\x7F\x7F", 4) +
+                                 Repeat(100, "TIT2" + Big(frame.size() + 4, 4) + Zeros(1) + "\x80" +
+                                                 Big(size_t{64} << 20, 4) + frame));
+    });
+    for (const char version : {'\2', '\3', '\4'})
+        AddBoth(files, std::string("a million ID3 frames of version ") + static_cast<char>('0' + version),
+                [version] {
+                    const std::string frame =
+                        version == 2 ? "COM" + Big(6, 3) + std::string("\0eng\0a", 6)
+                                     : "COMM" + Big(6, 4) + Zeros(2) + std::string("\0eng\0a", 6);
+                    return Chunk("id3 ", "ID3" + std::string(1, version) + Zeros(2) +
+                                             std::string("\7\x7F\x7F\x7F", 4) + Repeat(s_many, frame));
+                });
+    AddBoth(
+        files, "an ID3 text of 4 million letters",
+        [] {
+            return Chunk("id3 ", "ID3\3" + Zeros(2) + std::string("\7\x7F\x7F\x7F", 4) + "TIT2" +
+                                     Big(4 * s_many + 1, 4) + Zeros(3) + std::string(4 * s_many, 'x'));
+        },
+        4 * s_many);
     AddBoth(files, "100000 broadcast records",
             [] { return Repeat(s_many / 10, Chunk("bext", Zeros(602))).substr(0, 8'000'000); });
 }

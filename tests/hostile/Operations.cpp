@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <vector>
@@ -108,8 +109,12 @@ std::string Info(const Codec& codec, const std::string& path) {
     const vlw_code read = vlw_reader_tags(reader.get(), tags);
     const size_t count = vlw_tags_count(tags);
     vlw_tags_free(tags);
+    vlw_chunk chunk = {};
+    chunk.size = sizeof chunk;
+    size_t chunks = 0;
+    while (vlw_reader_chunk(reader.get(), chunks, &chunk) == VLW_OK) ++chunks;
     return std::string(format.codec) + ", " + std::to_string(format.frames) + " frames, tags " +
-           std::to_string(read) + ", " + std::to_string(count);
+           std::to_string(read) + ", " + std::to_string(count) + ", chunks " + std::to_string(chunks);
 }
 
 std::string LibraryRead(const Codec& codec, const std::string& path) {
@@ -136,6 +141,31 @@ std::string LibraryEdit(const Codec& codec, const std::string& path) {
     const vlw_code saved = opened == VLW_OK ? vlw_editor_save(editor, VLW_LOSSY) : VLW_OK;
     vlw_editor_free(editor);
     return std::to_string(opened) + ", " + std::to_string(set) + ", saved " + std::to_string(saved);
+}
+
+// With its tags and chunks; of a file that promises much no audio is wanted here.
+std::string LibraryConvert(const Codec& codec, const std::string& path) {
+    const UniqueReader reader = NewReader(codec);
+    vlw_code code = vlw_reader_open(reader.get(), path.c_str());
+    if (code != VLW_OK) return std::to_string(code);
+    const int64_t frames = vlw_reader_frames(reader.get());
+    const uint32_t rate = vlw_reader_rate(reader.get());
+    if (frames == VLW_UNKNOWN || frames > kMostFrames || rate < 1000 || frames * kRate / rate > kMostFrames)
+        return "much audio";
+    vlw_reader_close(reader.get());
+    vlw_converter* converter = nullptr;
+    if (vlw_converter_new(codec.Library(), &converter) != VLW_OK) throw std::bad_alloc();
+    vlw_conversion wish = {};
+    wish.size = sizeof wish;
+    wish.rate = kRate;
+    wish.flags = VLW_OVERWRITE | VLW_LOSSY | VLW_PARTIAL;
+    const std::string target = path + ".made";
+    code = vlw_converter_run(converter, path.c_str(), target.c_str(), &wish);
+    std::error_code ignored;
+    const uintmax_t size = std::filesystem::file_size(target, ignored);
+    std::filesystem::remove(target, ignored);
+    vlw_converter_free(converter);
+    return std::to_string(code) + ", " + std::to_string(code < VLW_OK ? 0 : size) + " bytes";
 }
 
 // A picture of a metadata object.
@@ -169,6 +199,8 @@ constexpr Operation kAudio[] = {
     {"info", false, 1, 1, Info},
     {"library read", false, 1, 1, LibraryRead},
     {"library edit", true, 4, 6, LibraryEdit},
+    // Each look at the chunks is a walk: for format, tags, size, what is lost, the copy and its proof.
+    {"convert", false, 4, 6, LibraryConvert},
 };
 constexpr Operation kPicture[] = {{"show", false, 1, 1, Show}};
 

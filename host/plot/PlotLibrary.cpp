@@ -1,0 +1,65 @@
+#include "host/plot/PlotLibrary.h"
+
+#include <dlfcn.h>
+
+#include <new>
+
+#include "capi/vlwav.h"
+#include "host/base/Failure.h"
+
+namespace PlotLibrary {
+namespace {
+
+constexpr const char* kName = "libvlplot.so";
+
+// Beside the C library, which the system has found already.
+std::string Path() {
+    Dl_info info{};
+    const std::string found = dladdr(reinterpret_cast<void*>(&vlw_version), &info) != 0 ? info.dli_fname : "";
+    return found.substr(0, found.rfind('/') + 1) + kName;
+}
+
+const PlotFunctions& Load() {
+    void* const library = dlopen(Path().c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* const symbol = library ? dlsym(library, kPlotFunctionsName) : nullptr;
+    if (!symbol) {
+        const char* const reason = dlerror();
+        throw Failure(
+            std::string("This takes libvlplot.so beside the program's other libraries, and the packages "
+                        "libcairo2 and libfftw3-single3; install what is missing: ") +
+                (reason ? reason : kName) + '.',
+            "no-library");
+    }
+    return *reinterpret_cast<GetPlotFunctions>(symbol)();
+}
+
+bool Append(void* context, const void* bytes, size_t size) noexcept {
+    try {
+        static_cast<std::string*>(context)->append(static_cast<const char*>(bytes), size);
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
+}  // namespace
+
+const PlotFunctions& Functions() {
+    static const PlotFunctions& functions = Load();
+    return functions;
+}
+
+std::unique_ptr<Plot, Deleter> NewPlot(const PlotShape& shape) {
+    std::unique_ptr<Plot, Deleter> plot(Functions().make(shape));
+    if (!plot) throw std::bad_alloc();
+    return plot;
+}
+
+std::string Draw(Plot& plot, const PlotTexts& texts) {
+    std::string picture;
+    if (const char* const reason = plot.Draw(texts, {&picture, Append}))
+        throw Failure(std::string("The picture can't be drawn: ") + reason + '.');
+    return picture;
+}
+
+}  // namespace PlotLibrary
