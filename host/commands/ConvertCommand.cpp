@@ -61,8 +61,7 @@ public:
                 "A file that fails is named on standard error, and the others are made all the same."},
                {{"A file for a CD", "vlwav convert song.wav -o cd.wav --rate 44100 --channels 2"},
                 {"All files of a folder, for a phone", "vlwav convert *.wav -o phone/ --format 2"},
-                {"Between two programs", "arecord -f cd | vlwav convert - -o - --rate 8000 | aplay"},
-                {"With another title", "vlwav convert song.wav -o new.wav --set title=\"North Wind\""}}}) {
+                {"Between two programs", "arecord -f cd | vlwav convert - -o - --rate 8000 | aplay"}}}) {
         FormatWish& wish = m_options.wish;
         Take({"IN", "", "Audio files, and with --recursive folders; - is standard input", &m_options.files,
               Words::Files});

@@ -38,10 +38,13 @@ constexpr WordRow kWords[] = {
 
 std::string ReasonOf(const std::exception& failure, const std::string& file) {
     if (dynamic_cast<const std::bad_alloc*>(&failure)) return "Cannot allocate memory.";
+    std::string sentence = failure.what();
     const auto* const error = dynamic_cast<const vlw::Error*>(&failure);
-    if (!error || error->system() == 0 || file.empty() || error->path() != file) return failure.what();
-    const char* const text = strerrordesc_np(error->system());
-    return text ? std::string(text) + '.' : failure.what();
+    if (error && error->system() != 0 && !file.empty() && error->path() == file)
+        if (const char* const text = strerrordesc_np(error->system())) return std::string(text) + '.';
+    // The name stands before it already.
+    if (!file.empty() && sentence.starts_with(file + ' ')) sentence.replace(0, file.size(), "It");
+    return sentence;
 }
 
 const char* WordOf(const std::exception& failure) {

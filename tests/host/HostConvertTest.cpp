@@ -99,7 +99,7 @@ TEST_F(HostConvertThreads, ManyFilesAtOnceAndOneBadAmongThem) {
         told = run.out.find('\n', told) + 1;
     }
     EXPECT_NE(run.out.find("\n640\n"), std::string::npos) << "what the shell would have given a new file";
-    ExpectEnd(run, 1, "vlwav: bad.wav: bad.wav is no WAV or AIFF file");
+    ExpectEnd(run, 1, "vlwav: bad.wav: It is no WAV or AIFF file");
     ExpectEnd(run, 1, "vlwav: five.wav: 2 channels can't be made of 5");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(m_folder / "out"), {}), 12);
     for (uint32_t i = 0; i < 12; ++i)
