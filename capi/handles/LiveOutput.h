@@ -19,7 +19,7 @@
 
 // What goes out, decided before its first byte.
 struct LivePlan {
-    AudioFormatInfo format;
+    AudioFormatInfo format{};
     bool isShort = false;                   // the plan's frames are fewer than come
     std::optional<int64_t> frames;          // nothing: as many as come
     std::vector<uint8_t> tags;              // as they stand in a file
