@@ -53,8 +53,7 @@ public:
     WavImage& Info(const WavImage& entries) { return Chunk("LIST", "INFO" + entries.Text()); }
     // Makes the RIFF size true, which is 0 before.
     WavImage& Sized() {
-        for (int i = 0; i < 4; ++i)
-            m_bytes[size_t(4 + i)] = static_cast<uint8_t>((m_bytes.size() - 8) >> 8 * i);
+        for (size_t i = 0; i < 4; ++i) m_bytes[4 + i] = static_cast<uint8_t>((m_bytes.size() - 8) >> 8 * i);
         return *this;
     }
 
