@@ -3,6 +3,7 @@
 #include "capi/vlwav_more.h"
 #include "host/base/Failure.h"
 #include "host/commands/Commands.h"
+#include "host/commands/SingleFile.h"
 #include "host/files/Output.h"
 #include "host/terminal/ProgressLines.h"
 #include "host/terminal/Report.h"
@@ -95,17 +96,9 @@ public:
     }
 
     ExitCode Run(Context& context) override {
-        if (m_options.output == "-" && Output::Standard().IsTerminal())
-            throw UsageFailure("Raw audio is no text for a terminal; name a file with -o or use a pipe.");
+        SingleFile::RequireNoScreen(m_options.output, "Raw audio");
         const vlw::Module& module = context.Module();
-        try {
-            return Decode(module, m_options);
-        } catch (const OutputFailure&) {
-            throw;
-        } catch (const std::exception& failure) {
-            Report::Complain(m_options.file, failure);
-            return EXIT_FAILED;
-        }
+        return SingleFile::Do(m_options.file, [&] { return Decode(module, m_options); });
     }
 
 private:

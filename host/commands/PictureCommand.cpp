@@ -4,6 +4,7 @@
 #include "capi/vlwav_more.h"
 #include "host/base/Failure.h"
 #include "host/commands/Commands.h"
+#include "host/commands/SingleFile.h"
 #include "host/files/FileText.h"
 #include "host/files/Output.h"
 #include "host/terminal/Report.h"
@@ -73,22 +74,16 @@ public:
     }
 
     ExitCode Run(Context& context) override {
-        if (m_options.output == "-" && Output::Standard().IsTerminal())
-            throw UsageFailure("A picture is no text for a terminal; name a file with -o or use a pipe.");
+        SingleFile::RequireNoScreen(m_options.output, "A picture");
         const vlw::Module& module = context.Module();
-        try {
+        return SingleFile::Do(m_options.file, [&] {
             const std::string bytes = ReadFile(m_options.file);
             if (m_options.format.empty())
                 Pass(m_options, bytes);
             else
                 Convert(module, m_options, bytes);
             return EXIT_DONE;
-        } catch (const OutputFailure&) {
-            throw;
-        } catch (const std::exception& failure) {
-            Report::Complain(m_options.file, failure);
-            return EXIT_FAILED;
-        }
+        });
     }
 
 private:

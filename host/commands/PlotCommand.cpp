@@ -8,6 +8,7 @@
 #include "host/base/Failure.h"
 #include "host/commands/ChannelNames.h"
 #include "host/commands/Commands.h"
+#include "host/commands/SingleFile.h"
 #include "host/files/Output.h"
 #include "host/plot/PlotLayout.h"
 #include "host/plot/PlotLibrary.h"
@@ -141,19 +142,13 @@ public:
     }
 
     ExitCode Run(Context& context) override {
-        if (m_options.output == "-" && Output::Standard().IsTerminal())
-            throw UsageFailure("A picture is no text for a terminal; name a file with -o or use a pipe.");
+        SingleFile::RequireNoScreen(m_options.output, "A picture");
         const Size size = SizeOf(m_options.size);
         const vlw::Module& module = context.Module();
-        try {
+        return SingleFile::Do(m_options.file, [&] {
             Draw(module, m_options, size);
             return EXIT_DONE;
-        } catch (const OutputFailure&) {
-            throw;
-        } catch (const std::exception& failure) {
-            Report::Complain(m_options.file, failure);
-            return EXIT_FAILED;
-        }
+        });
     }
 
 private:
