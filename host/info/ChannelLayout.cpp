@@ -1,5 +1,6 @@
 #include "host/info/ChannelLayout.h"
 
+#include <bit>
 #include <iterator>
 
 namespace {
@@ -22,6 +23,8 @@ constexpr const char* kSpeakers[] = {"FL", "FR", "FC", "LFE", "BL",  "BR",  "FLC
 }  // namespace
 
 std::string ChannelLayout(uint32_t channels, uint32_t mask) {
+    // One that names more speakers than there are channels, or fewer, tells nothing.
+    if (static_cast<uint32_t>(std::popcount(mask)) != channels) mask = 0;
     if (mask == 0) return channels == 1 ? "mono" : channels == 2 ? "stereo" : "";
     for (const LayoutRow& row : kLayouts)
         if (row.mask == mask) return row.name;

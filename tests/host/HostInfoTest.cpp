@@ -58,6 +58,11 @@ TEST_F(HostInfo, TellsTagsChunksPeaksAndASurroundLayoutInEachForm) {
         std::string::npos);
     ASSERT_EQ(Vlwav("tag '" + name + "' --set title=Wind --set year=2001").exitCode, 0);
     EXPECT_EQ(Json("info '" + name + "'")[0]["tags"], json({{"title", "Wind"}, {"year", 2001}}));
+    std::string wrong = image.Text();
+    wrong[40] = 3;  // a mask of two speakers
+    wrong[41] = 0;
+    WriteBytes("wrong.wav", wrong);
+    EXPECT_EQ(Json("info wrong.wav")[0]["layout"], nullptr);
     WriteBytes("big.wav", "RF64\xFF\xFF\xFF\xFFWAVEds64");
     ExpectEnd(Vlwav("info big.wav"), 1, "of the kind RF64");
 }
