@@ -100,19 +100,12 @@ private:
 // The first word that isn't an option, nor the value of a common one, has to be a command.
 void RequireCommand(const Commands& commands, const std::vector<Option>& common, int argc,
                     const char* const* argv) {
-    std::vector<std::string> names;
-    for (const auto& command : commands) names.push_back(command->About().name);
     for (int i = 1; i < argc; ++i) {
         const std::string word = argv[i];
-        if (TakesValue(common, word)) {
+        if (TakesValue(common, word))
             ++i;
-        } else if (word.empty() || word.front() != '-') {
-            if (std::find(names.begin(), names.end(), word) != names.end()) return;
-            const std::string nearest = Nearest(word, names);
-            throw UsageFailure(fmt::format(
-                "There is no command \"{}\"{}", word,
-                nearest.empty() ? std::string(".") + kHint : "; did you mean \"" + nearest + "\"?"));
-        }
+        else if (word.empty() || word.front() != '-')
+            return static_cast<void>(FindCommand(commands, word));
     }
 }
 
@@ -157,6 +150,18 @@ std::vector<Option> CommonOptions(Context& context) {
         {"--verbose", "", "Tell more on standard error, which module was loaded for one", &context.verbose},
         {"--quiet", "", "Tell failures alone", &context.quiet},
     };
+}
+
+const Command& FindCommand(const Commands& commands, const std::string& name) {
+    std::vector<std::string> names;
+    for (const auto& command : commands) {
+        if (command->About().name == name) return *command;
+        names.push_back(command->About().name);
+    }
+    const std::string nearest = Nearest(name, names);
+    throw UsageFailure(
+        fmt::format("There is no command \"{}\"{}", name,
+                    nearest.empty() ? std::string(".") + kHint : "; did you mean \"" + nearest + "\"?"));
 }
 
 Command* CommandLine::Parse(int argc, const char* const* argv) {

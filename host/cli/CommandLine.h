@@ -12,6 +12,9 @@ using Commands = std::vector<std::unique_ptr<Command>>;
 // The options that every command takes, before it or after.
 std::vector<Option> CommonOptions(Context& context);
 
+// The command of that name. Throws UsageFailure that names the nearest one.
+const Command& FindCommand(const Commands& commands, const std::string& name);
+
 class CommandLine {
 public:
     // Both are borrowed.

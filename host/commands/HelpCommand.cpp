@@ -1,8 +1,4 @@
-#include <fmt/format.h>
-
-#include "host/base/Failure.h"
 #include "host/cli/HelpText.h"
-#include "host/cli/Nearest.h"
 #include "host/commands/Commands.h"
 #include "host/files/Output.h"
 
@@ -30,15 +26,8 @@ public:
 
 private:
     std::string Text(const std::vector<Option>& common) const {
-        if (m_name.empty()) return HelpText::OfProgram(m_commands, common);
-        std::vector<std::string> names;
-        for (const auto& command : m_commands) {
-            if (command->About().name == m_name) return HelpText::Of(*command, common);
-            names.push_back(command->About().name);
-        }
-        const std::string nearest = Nearest(m_name, names);
-        throw UsageFailure(fmt::format("There is no command \"{}\"{}", m_name,
-                                       nearest.empty() ? "." : "; did you mean \"" + nearest + "\"?"));
+        return m_name.empty() ? HelpText::OfProgram(m_commands, common)
+                              : HelpText::Of(FindCommand(m_commands, m_name), common);
     }
 
     const Commands& m_commands;
