@@ -15,14 +15,15 @@ if [[ -z "$vlwav" ]]; then
 fi
 many_start "$vlwav" "$(dirname "$(dirname "$vlwav")")/many-parallel" "${1:-2000}"
 
-# A host that can be reached: whatever is asked of it, it does in a shell of its own.
+# A host that can be reached: whatever is asked of it, it does in a shell of its own, which it names as a host does that
+# is logged in to. Without the name GNU parallel does nothing there, and calls that a success.
 cat >"$work/bin/stand-in" <<'END'
 #!/bin/sh
 while [ "${1#-}" != "$1" ]; do shift; done
 echo "$1" >>"$HOSTS_SEEN"
 shift
 [ "$1" != -- ] || shift
-exec sh -c "$*"
+SHELL=/bin/sh exec sh -c "$*"
 END
 chmod +x "$work/bin/stand-in"
 export HOSTS_SEEN="$work/hosts"
