@@ -72,3 +72,8 @@ struct vlw_module {
     const std::shared_ptr<ModuleSlot> slot = std::make_shared<ModuleSlot>();
     ErrorRecord error;
 };
+
+// Null without a handle, and before its module is loaded.
+inline const Module* Loaded(const vlw_module* module) {
+    return module ? module->slot->loaded.get() : nullptr;
+}

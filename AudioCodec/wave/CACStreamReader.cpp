@@ -28,11 +28,11 @@ namespace {
 constexpr uint32_t kOutputBytesPerSample = 2;
 constexpr uint32_t kByteBlock = 65536;  // raw 8-bit audio is taken in blocks of this size at the most
 
-constexpr InterfaceTableEntry kInterfaces[] = {{&IID_IBase, 0},
-                                               {&IID_IAttributeContainer64, 0},
-                                               {&IID_IAC3Reader, 0},
-                                               {&IID_IAC3StreamReader, 0},
-                                               {nullptr, 0}};
+constexpr InterfaceTableEntry kReaderInterfaces[] = {{&IID_IBase, 0},
+                                                     {&IID_IAttributeContainer64, 0},
+                                                     {&IID_IAC3Reader, 0},
+                                                     {&IID_IAC3StreamReader, 0},
+                                                     {nullptr, 0}};
 
 struct TextAttribute {
     uint32_t id;
@@ -67,7 +67,7 @@ CACStreamReader::CACStreamReader() {
 CACStreamReader::~CACStreamReader() { CACStreamReader::Close(); }
 
 Result CACStreamReader::InternalQueryInterface(const GUID* iid, void** object) {
-    return FindInterfaceEntry(this, kInterfaces, iid, object);
+    return FindInterfaceEntry(this, kReaderInterfaces, iid, object);
 }
 
 const char16_t* CACStreamReader::GetClassName() { return u"CACStreamReader"; }

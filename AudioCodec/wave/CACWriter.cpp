@@ -27,8 +27,8 @@
 
 namespace {
 
-constexpr uint32_t kBlockSamples = 2048;  // converted samples on their way into the file
-constexpr uint32_t kByteBlock = 65536;    // 8-bit audio is written in blocks of this size at the most
+constexpr uint32_t kBlockSamples = 2048;   // converted samples on their way into the file
+constexpr uint32_t kWrittenBlock = 65536;  // 8-bit audio is written in blocks of this size at the most
 
 // What the converter must get at once after a reset to fill its history: with less, other than 32, the audio
 // comes out shifted, and with up to its reach it doesn't begin at all.
@@ -37,14 +37,14 @@ constexpr uint32_t kFilterReach = 16;  // frames that it holds back
 
 constexpr uint64_t kNoLimit = std::numeric_limits<uint64_t>::max();
 
-constexpr InterfaceTableEntry kInterfaces[] = {
+constexpr InterfaceTableEntry kWriterInterfaces[] = {
     {&IID_IAC3Writer, 0}, {&IID_IAttributeContainer64, 0}, {&IID_IBase, 0}, {nullptr, 0}};
 
-struct TextAttribute {
+struct WriterAttribute {
     uint32_t id;
     const char16_t* text;
 };
-constexpr TextAttribute kAttributes[] = {
+constexpr WriterAttribute kWriterAttributes[] = {
     {ATTR_CODEC_FORMAT_NAME, u"PCM"},
     {ATTR_WRITE_EXTENSION, u".wav"},
     {ATTR_CODEC_SHORT_NAME, u"wav"},
@@ -53,13 +53,13 @@ constexpr TextAttribute kAttributes[] = {
 }  // namespace
 
 CACWriter::CACWriter() {
-    for (const TextAttribute& attribute : kAttributes) PresetString(attribute.id, attribute.text);
+    for (const WriterAttribute& attribute : kWriterAttributes) PresetString(attribute.id, attribute.text);
 }
 
 CACWriter::~CACWriter() { CACWriter::Close(); }
 
 Result CACWriter::InternalQueryInterface(const GUID* iid, void** object) {
-    return FindInterfaceEntry(this, kInterfaces, iid, object);
+    return FindInterfaceEntry(this, kWriterInterfaces, iid, object);
 }
 
 const char16_t* CACWriter::GetClassName() { return u"CACWriter"; }
@@ -322,7 +322,7 @@ Result CACWriter::WriteNarrowed(const int16_t* samples, uint32_t count) {
     Result result = RESULT_OK;
     uint32_t done = 0;
     do {
-        const uint32_t block = std::min(count - done, kByteBlock);
+        const uint32_t block = std::min(count - done, kWrittenBlock);
         if (m_byteBuffer.size() < block) m_byteBuffer.resize(block);
         std::transform(samples + done, samples + done + block, m_byteBuffer.begin(), NarrowSample);
         result = m_wave.WriteData(m_byteBuffer.data(), block);

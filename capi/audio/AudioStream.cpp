@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr size_t kBlock = 65536;  // below it, reads are made of larger ones
+constexpr size_t kSmallestRead = 65536;  // below it, reads are made of larger ones
 constexpr uint64_t kLargestSize = 0xFFFFFFFF;
 
 void StoreSize(uint8_t* place, uint64_t size, bool bigEndian) {
@@ -96,10 +96,11 @@ size_t AudioStream::ReadAhead(uint64_t at, uint8_t* buffer, size_t size) {
         std::memcpy(buffer, &m_block[from], done);
         return done;
     }
-    if (size >= kBlock || !m_input.IsSeekable()) return m_input.ReadAt(m_facts.audioPlace + at, buffer, size);
-    m_block.resize(kBlock);
+    if (size >= kSmallestRead || !m_input.IsSeekable())
+        return m_input.ReadAt(m_facts.audioPlace + at, buffer, size);
+    m_block.resize(kSmallestRead);
     m_blockBytes = 0;
-    const size_t got = m_input.ReadAt(m_facts.audioPlace + at, m_block.data(), kBlock);
+    const size_t got = m_input.ReadAt(m_facts.audioPlace + at, m_block.data(), kSmallestRead);
     m_blockAt = at;
     m_blockBytes = got;
     return got == 0 ? 0 : ReadAhead(at, buffer, size);

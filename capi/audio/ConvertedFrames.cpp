@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr uint32_t kBytesPerSample = 2;
 constexpr size_t kMostAtOnce = size_t{1} << 14;  // frames; what they are made of is kept until all came
 constexpr size_t kDropped = 4096;                // samples in a block that nobody wants
 constexpr int64_t kRunIn = 64;                   // source frames; the filter reaches 16 to each side

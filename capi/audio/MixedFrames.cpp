@@ -6,12 +6,12 @@
 #include "capi/audio/DownMix.h"
 
 namespace {
-constexpr size_t kBlockFrames = 4096;
+constexpr size_t kMixedBlock = 4096;
 }
 
 size_t MixedFrames::Read(int16_t* buffer, size_t frames) {
-    m_block.resize(kBlockFrames * kSurround);
-    const size_t done = m_source.Read(m_block.data(), std::min(frames, kBlockFrames));
+    m_block.resize(kMixedBlock * kSurround);
+    const size_t done = m_source.Read(m_block.data(), std::min(frames, kMixedBlock));
     MixToStereo(m_block.data(), done, buffer);
     return done;
 }

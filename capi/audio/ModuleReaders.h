@@ -4,6 +4,8 @@
 #include "AudioCodec/wave/IAC3StreamReader.h"
 #include "capi/Module.h"
 
+inline constexpr uint32_t kBytesPerSample = 2;  // of what they give
+
 class ModuleReaders {
 public:
     // Borrows the module.

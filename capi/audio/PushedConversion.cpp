@@ -8,8 +8,7 @@
 
 namespace {
 
-constexpr uint32_t kBytesPerSample = 2;
-constexpr uint32_t kBlockFrames = 1024;
+constexpr uint32_t kPushedBlock = 1024;
 constexpr size_t kLeast = kLeastSourceFrames;
 constexpr double kRatioError = 1e-4;  // frames, of so few
 // What the reader takes in beyond what a block needs: a staged block, 32 frames of the filter to begin with,
@@ -21,7 +20,7 @@ void Require(Result result) { RequireModule(result, "Converting the rate for", "
 }  // namespace
 
 PushedConversion::PushedConversion(const Module& module, const AudioShape& from, const AudioShape& to)
-    : m_waiting(from.channels, from.rate), m_block(size_t{kBlockFrames} * to.channels) {
+    : m_waiting(from.channels, from.rate), m_block(size_t{kPushedBlock} * to.channels) {
     Require(module.CreateCodec()->CreateStreamReader(m_reader.Put()));
     Require(m_reader->SetOutputFormat(to.channels, to.rate, kBytesPerSample));
     Require(m_reader->OpenStream(&m_waiting, OPEN_READ_ONLY));
@@ -30,7 +29,7 @@ PushedConversion::PushedConversion(const Module& module, const AudioShape& from,
     const uint32_t promised = PushedFrames::kPromisedBytes / (from.channels * kBytesPerSample);
     m_ratio = static_cast<double>(frames) / promised;
     if (!(m_ratio > 0)) throw ModuleFailure(RESULT_FAILED, "Converting the rate", {});
-    m_needed = static_cast<size_t>(std::ceil(kBlockFrames / m_ratio)) + kReadAhead;
+    m_needed = static_cast<size_t>(std::ceil(kPushedBlock / m_ratio)) + kReadAhead;
 }
 
 void PushedConversion::Push(const int16_t* samples, size_t frames, const Taker& taker) {
@@ -61,6 +60,6 @@ void PushedConversion::Drain(const Taker& taker) {
 uint32_t PushedConversion::ReadBlock() {
     uint32_t made = 0;
     uint8_t shortBlock = 0;  // no end: the filter still holds frames back
-    Require(m_reader->Read(m_block.data(), kBlockFrames, &made, &shortBlock));
+    Require(m_reader->Read(m_block.data(), kPushedBlock, &made, &shortBlock));
     return made;
 }

@@ -6,7 +6,6 @@
 
 namespace {
 
-constexpr uint32_t kBytesPerSample = 2;
 constexpr size_t kMostAtOnce = size_t{1} << 20;  // frames
 constexpr size_t kDropped = 4096;                // samples in a block that nobody wants
 

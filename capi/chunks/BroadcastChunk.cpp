@@ -8,7 +8,7 @@ namespace {
 constexpr size_t kFixedSize = 602;  // of the fields before the coding history
 constexpr size_t kTimeAt = 338;     // of the first frame since midnight: 64 bits, the low half first
 constexpr size_t kTimeSize = 8;
-constexpr size_t kBlock = 4096;
+constexpr size_t kHistoryBlock = 4096;
 
 struct History {
     uint64_t size = 0;  // of the text
@@ -18,7 +18,7 @@ struct History {
 History FindHistory(const CarriedChunk& chunk, ChunkCopy& copy) {
     History history;
     const uint64_t size = chunk.Size() - kFixedSize;
-    char block[kBlock];
+    char block[kHistoryBlock];
     while (history.size < size) {
         const auto step = static_cast<size_t>(std::min<uint64_t>(size - history.size, sizeof block));
         copy.Read(chunk.Place() + kFixedSize + history.size, block, step);

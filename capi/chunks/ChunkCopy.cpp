@@ -6,7 +6,7 @@
 #include "riff/WaveTypes.h"
 
 namespace {
-constexpr size_t kBlock = 65536;  // bytes
+constexpr size_t kCopiedBytes = 65536;  // bytes
 }
 
 void ChunkCopy::Header(uint32_t id, uint32_t size) {
@@ -28,9 +28,9 @@ void ChunkCopy::Read(uint64_t place, void* buffer, size_t count) {
 }
 
 void ChunkCopy::Range(uint64_t place, uint64_t size) {
-    m_block.resize(kBlock);
+    m_block.resize(kCopiedBytes);
     while (size != 0) {
-        const auto step = static_cast<size_t>(std::min<uint64_t>(size, kBlock));
+        const auto step = static_cast<size_t>(std::min<uint64_t>(size, kCopiedBytes));
         Read(place, m_block.data(), step);
         m_put(m_block.data(), step);
         place += step;
@@ -39,7 +39,7 @@ void ChunkCopy::Range(uint64_t place, uint64_t size) {
 }
 
 void ChunkCopy::Records(uint64_t place, uint64_t count, size_t recordSize, const Patch& patch) {
-    m_block.resize(std::max(kBlock, recordSize));
+    m_block.resize(std::max(kCopiedBytes, recordSize));
     while (count != 0) {
         const auto step = static_cast<size_t>(std::min<uint64_t>(count, m_block.size() / recordSize));
         Read(place, m_block.data(), step * recordSize);

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr size_t kBlock = 65536;  // bytes that are sent at once
+constexpr size_t kSentBytes = 65536;  // bytes that are sent at once
 constexpr uint32_t kNotKnown = UINT32_MAX;
 
 }  // namespace
@@ -74,7 +74,7 @@ void LiveOutput::PutRest() {
 
 void LiveOutput::Put(const void* bytes, size_t count) {
     const auto* const from = static_cast<const uint8_t*>(bytes);
-    if (m_block.size() + count > kBlock) Send();
+    if (m_block.size() + count > kSentBytes) Send();
     m_block.insert(m_block.end(), from, from + count);
 }
 

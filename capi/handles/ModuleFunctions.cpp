@@ -11,8 +11,6 @@
 
 namespace {
 
-const Module* Loaded(const vlw_module* module) { return module ? module->slot->loaded.get() : nullptr; }
-
 // Whether there is such a format to tell.
 vlw_code StateOf(const vlw_module* module, size_t index) {
     if (!module) return VLW_BAD_ARGUMENT;

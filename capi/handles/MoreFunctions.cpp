@@ -12,8 +12,6 @@
 
 namespace {
 
-const Module* Loaded(const vlw_module* module) { return module ? module->slot->loaded.get() : nullptr; }
-
 // Runs `work(module)` on a module that is loaded.
 template <class Work>
 vlw_code WithLoaded(vlw_module* module, Work&& work) {

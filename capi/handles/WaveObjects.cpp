@@ -3,13 +3,8 @@
 #include "capi/ModuleFailure.h"
 #include "capi/TagTransfer.h"
 #include "capi/TextEncoding.h"
+#include "capi/audio/ModuleReaders.h"
 #include "platform/base/Utf.h"
-
-namespace {
-
-constexpr uint32_t kBytesPerSample = 2;
-
-}  // namespace
 
 void RequireOf(Result result, const char* doing, const FileLabel& label) {
     if (result != RESULT_OK) throw ModuleFailure(result, doing + (' ' + label.name), label.path);

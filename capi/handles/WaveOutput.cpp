@@ -14,12 +14,10 @@
 
 namespace {
 
-constexpr uint32_t kBlockFrames = 16384;
+constexpr uint32_t kOutputBlock = 16384;
 constexpr uint32_t kStereo = 2;
-constexpr uint32_t kBytesPerSample = 2;     // of the module's readers
 constexpr uint32_t kMaxWriterRate = 65535;  // Hz, of what the module's writer takes in
-constexpr uint64_t kLargestFile = UINT32_MAX;
-constexpr uint64_t kHeader = 44;  // bytes
+constexpr uint64_t kHeader = 44;            // bytes
 // Beyond what the ratio tells: the rounding at the end, and the pad byte of odd audio.
 constexpr uint64_t kSpareFrames = 2;
 constexpr int64_t kEasily = int64_t{3} << 30;  // bytes
@@ -92,7 +90,7 @@ void WaveOutput::Write(const int16_t* samples, size_t frames) {
     RequireRoom(frames, 0);
     const bool mixed = IsDownMix(m_plan.input.channels, m_format.channels);
     while (frames > 0) {
-        const auto block = static_cast<uint32_t>(std::min<size_t>(frames, kBlockFrames));
+        const auto block = static_cast<uint32_t>(std::min<size_t>(frames, kOutputBlock));
         if (mixed) {  // (1)
             m_mixed.resize(size_t{block} * kStereo);
             MixToStereo(samples, block, m_mixed.data());

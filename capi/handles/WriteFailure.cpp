@@ -4,12 +4,6 @@
 
 #include "capi/PlatformErrors.h"
 
-namespace {
-
-constexpr uint64_t kLargestFile = UINT32_MAX;
-
-}  // namespace
-
 int FindWriteError(const Descriptor& file, uint64_t more) {
     if (const int known = LastSystemError()) return known;
     uint64_t size = 0;

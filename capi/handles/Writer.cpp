@@ -22,7 +22,7 @@ namespace {
 
 constexpr uint32_t kKnownFlags = VLW_OVERWRITE | VLW_LOSSY;
 constexpr uint32_t kDefaultBits = 16;
-constexpr size_t kBlockFrames = 4096;  // floats are turned into steps in blocks of this size
+constexpr size_t kFloatFrames = 4096;  // floats are turned into steps in blocks of this size
 
 void RequireRange(const char* what, uint32_t value, uint32_t least, uint32_t most) {
     if (value < least || value > most)
@@ -170,9 +170,9 @@ void Writer::Write(const float* samples, size_t frames) {
     m_state = State::Broken;
     m_audio->RequireRoom(frames, 0);  // for all of them: after the first block it would be too late
     const size_t channels = m_audio->InputChannels();
-    m_steps.resize(std::min(frames, kBlockFrames) * channels);
+    m_steps.resize(std::min(frames, kFloatFrames) * channels);
     for (size_t block = 0; frames > 0; frames -= block, samples += block * channels) {
-        block = std::min(frames, kBlockFrames);
+        block = std::min(frames, kFloatFrames);
         std::transform(samples, samples + block * channels, m_steps.begin(), FromFloat);
         m_audio->Write(m_steps.data(), block);
     }

@@ -4,8 +4,8 @@
 
 namespace {
 
-constexpr uint32_t kNewFile = 0666;  // less the process's mask
-constexpr uint32_t kPrivate = 0600;  // until it has the mode of what it replaces
+constexpr uint32_t kNewFile = 0666;      // less the process's mask
+constexpr uint32_t kUnnamedMode = 0600;  // until it has the mode of what it replaces
 
 }  // namespace
 
@@ -21,7 +21,7 @@ int NamedTarget::Open(const std::string& path, const FileNames::Facts* replaced,
     // A rename over a file takes no right on the file itself, so a write-protected one has to be asked.
     if (const int error = m_replaces ? FileNames::MayWrite(m_path) : 0) return error;
     // In the target's folder: a link and a rename work within one file system alone.
-    return m_file.MakeIn(FileNames::FolderOf(m_path), m_replaces ? kPrivate : kNewFile);
+    return m_file.MakeIn(FileNames::FolderOf(m_path), m_replaces ? kUnnamedMode : kNewFile);
 }
 
 int NamedTarget::Commit() {

@@ -4,15 +4,15 @@
 
 namespace {
 
-constexpr uint32_t kPrivate = 0600;
-constexpr size_t kBlock = 65536;  // bytes
+constexpr uint32_t kSpoolMode = 0600;
+constexpr size_t kSpooledBytes = 65536;  // bytes
 
 }  // namespace
 
-int OrderedTarget::Open(const std::string& folder) { return m_file.MakeIn(folder, kPrivate); }
+int OrderedTarget::Open(const std::string& folder) { return m_file.MakeIn(folder, kSpoolMode); }
 
 int OrderedTarget::Commit() {
-    std::vector<char> block(kBlock);
+    std::vector<char> block(kSpooledBytes);
     for (uint64_t place = 0;;) {
         size_t done = 0;
         int error = m_file.Bytes().ReadAt(block.data(), block.size(), place, done);

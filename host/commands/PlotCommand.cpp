@@ -26,7 +26,7 @@ struct PlotOptions {
     bool partial = false;  // of a file that ends early what is there is enough
 };
 
-constexpr size_t kBlockFrames = 16384;
+constexpr size_t kPlottedBlock = 16384;
 
 struct Size {
     uint32_t width = PlotLayout::kDefaultWidth;
@@ -75,7 +75,7 @@ std::string Subtitle(const vlw::Format& format, int64_t frames) {
 int64_t AddAll(vlw::Reader& reader, Plot& plot, const PlotOptions& options) {
     const int64_t total = reader.frames().value_or(0);
     ProgressLines progress(1, 0);
-    auto blocks = reader.blocks(kBlockFrames);
+    auto blocks = reader.blocks(kPlottedBlock);
     for (const auto& block : blocks) {
         if (!plot.Add(block.data(), block.frames())) throw std::bad_alloc();
         progress.Show(0, options.file, 0, reader.tell(), total, reader.rate());

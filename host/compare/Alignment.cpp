@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr size_t kBlockFrames = 16384;
+constexpr size_t kAlignedBlock = 16384;
 constexpr size_t kStretchSeconds = 3;
 constexpr int32_t kSound = 33;  // of the mix: below, it may be the noise of a recorder
 constexpr size_t kMostPlaces = 1024;
@@ -28,11 +28,11 @@ using Mix = std::vector<int32_t>;
 Mix ReadMix(vlw::Reader& reader, int64_t from, size_t frames) {
     constexpr size_t kWeights = 8;
     const size_t channels = reader.channels();
-    std::vector<int16_t> block(kBlockFrames * channels);
+    std::vector<int16_t> block(kAlignedBlock * channels);
     Mix mix;
     reader.seek(from);
     for (vlw::Read read{0, vlw::Ending::more}; read && mix.size() < frames;) {
-        read = reader.read(block.data(), std::min(kBlockFrames, frames - mix.size()));
+        read = reader.read(block.data(), std::min(kAlignedBlock, frames - mix.size()));
         for (size_t i = 0; i < read.frames; ++i) {
             int32_t sum = 0;
             for (size_t channel = 0; channel < channels; ++channel)
@@ -46,12 +46,12 @@ Mix ReadMix(vlw::Reader& reader, int64_t from, size_t frames) {
 // 0 where there is none.
 int64_t FirstSound(vlw::Reader& reader) {
     for (int64_t from = 0;;) {
-        const Mix mix = ReadMix(reader, from, kBlockFrames);
+        const Mix mix = ReadMix(reader, from, kAlignedBlock);
         const auto sound =
             std::find_if(mix.begin(), mix.end(), [](int32_t sample) { return std::abs(sample) >= kSound; });
         if (sound != mix.end()) return from + (sound - mix.begin());
-        if (mix.size() < kBlockFrames) return 0;
-        from += static_cast<int64_t>(kBlockFrames);
+        if (mix.size() < kAlignedBlock) return 0;
+        from += static_cast<int64_t>(kAlignedBlock);
     }
 }
 

@@ -6,15 +6,15 @@
 
 namespace {
 
-constexpr size_t kBlockFrames = 16384;
+constexpr size_t kComparedBlock = 16384;
 
 }  // namespace
 
 Comparison::Comparison(vlw::Reader& a, vlw::Reader& b) : m_sums(a.channels()) {
-    std::vector<int16_t> blockA(kBlockFrames * m_sums.size()), blockB(blockA.size());
+    std::vector<int16_t> blockA(kComparedBlock * m_sums.size()), blockB(blockA.size());
     while (m_endOfA == vlw::Ending::more && m_endOfB == vlw::Ending::more) {
-        const vlw::Read fromA = a.read(blockA.data(), kBlockFrames);
-        const vlw::Read fromB = b.read(blockB.data(), kBlockFrames);
+        const vlw::Read fromA = a.read(blockA.data(), kComparedBlock);
+        const vlw::Read fromB = b.read(blockB.data(), kComparedBlock);
         Take(blockA.data(), blockB.data(), std::min(fromA.frames, fromB.frames));
         // One that came with more frames goes on, if only for those.
         if (fromA.frames <= fromB.frames) m_endOfA = fromA.ending;

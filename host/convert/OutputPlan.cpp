@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kEndings[] = {".wav", ".wave", ".bwf"};
+constexpr const char* kOutputEndings[] = {".wav", ".wave", ".bwf"};
 
 // What the user means by a name: what is there decides, else a slash at its end, else its ending.
 bool IsFolder(const std::string& output, bool several) {
@@ -26,11 +26,11 @@ bool IsFolder(const std::string& output, bool several) {
     const bool isFile = fs::exists(there);
     const fs::path path(output);
     const bool asFolder = !isFile && (!path.has_filename() || !path.has_extension());
-    if (several && (isFile || HasEnding(path, kEndings)))
+    if (several && (isFile || HasEnding(path, kOutputEndings)))
         throw UsageFailure(fmt::format("{} is no folder; several files need one.", output));
     if (asFolder) return true;
     if (isFile && !fs::is_regular_file(there)) return false;  // a device or a pipe has any name
-    if (!HasEnding(path, kEndings))
+    if (!HasEnding(path, kOutputEndings))
         throw UsageFailure(
             fmt::format("{} has an ending that is no WAV file's: they are made with .wav, .wave or .bwf. A "
                         "folder is named with a slash at its end.",

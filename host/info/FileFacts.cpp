@@ -5,13 +5,13 @@
 
 namespace {
 
-constexpr size_t kBlockFrames = 16384;
+constexpr size_t kPeakBlock = 16384;
 constexpr double kFull = 32768;
 
 // Only reading tells the length of some codecs.
 void ReadThrough(vlw::Reader& reader, FileFacts& facts, bool peaks) {
     std::vector<int> highest(peaks ? facts.format.channels : 0);
-    auto blocks = reader.blocks(kBlockFrames);
+    auto blocks = reader.blocks(kPeakBlock);
     for (const auto& block : blocks) {
         if (!peaks) continue;
         const int16_t* sample = block.data();

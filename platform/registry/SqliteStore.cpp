@@ -45,11 +45,11 @@ struct Frame {
 constexpr Frame kWhole = {"BEGIN IMMEDIATE", "COMMIT", "ROLLBACK"};
 constexpr Frame kPart = {"SAVEPOINT part", "RELEASE part", "ROLLBACK TO part; RELEASE part"};
 
-struct ErrorRow {
+struct SqliteErrorRow {
     int database;
     DWORD platform;
 };
-constexpr ErrorRow kErrors[] = {
+constexpr SqliteErrorRow kSqliteErrors[] = {
     {SQLITE_OK, ERROR_SUCCESS},
     {SQLITE_ERROR, ERROR_FILE_NOT_FOUND},  // no table: nobody has written yet
     {SQLITE_PERM, ERROR_ACCESS_DENIED},
@@ -67,7 +67,7 @@ constexpr ErrorRow kErrors[] = {
 };
 
 DWORD ErrorFromDatabase(int error) {
-    for (const ErrorRow& row : kErrors)
+    for (const SqliteErrorRow& row : kSqliteErrors)
         // The low byte is the kind of error; what the database may add above it says more than any
         // code here can.
         if (row.database == (error & 0xFF)) return row.platform;

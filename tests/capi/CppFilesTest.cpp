@@ -8,7 +8,9 @@
 
 namespace {
 
-std::string Stereo(const Samples& samples) { return WavImage().Fmt(1, 2, 44100, 16).Data(samples).Text(); }
+std::string StereoFile(const Samples& samples) {
+    return WavImage().Fmt(1, 2, 44100, 16).Data(samples).Text();
+}
 
 TEST(CppWriter, WhatIsWrittenIntoMemoryAndIntoAStreamIsReadBack) {
     const Samples samples = Noise(2 * 500);
@@ -54,7 +56,7 @@ TEST(CppWriter, WhatIsWrittenIntoMemoryAndIntoAStreamIsReadBack) {
 TEST(CppEditor, LendsTagsWhileAFileIsOpen) {
     const TempFolder folder;
     const std::filesystem::path path = folder.Path() / "a.wav";
-    std::ofstream(path, std::ios::binary) << Stereo(Noise(20));
+    std::ofstream(path, std::ios::binary) << StereoFile(Noise(20));
     vlw::Editor editor;
     EXPECT_EQ(editor.try_tags().error().code, vlw::Code::bad_state);
     editor.open(path);
@@ -71,7 +73,7 @@ TEST(CppEditor, LendsTagsWhileAFileIsOpen) {
 TEST(CppConverter, StopsForTheProgramAndLetsItsExceptionOut) {
     const TempFolder folder;
     const std::filesystem::path source = folder.Path() / "a.wav", target = folder.Path() / "b.wav";
-    std::ofstream(source, std::ios::binary) << Stereo(Noise(std::size_t{2} * 50'000));
+    std::ofstream(source, std::ios::binary) << StereoFile(Noise(std::size_t{2} * 50'000));
     vlw::Converter converter;
     vlw::Conversion conversion;
     conversion.rate = 22050;

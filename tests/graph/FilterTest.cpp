@@ -263,13 +263,13 @@ TEST(AllocatorThreads, ASampleThatComesBackEndsTheDecommitAndTheAllocator) {
 }
 
 TEST(AllocatorThreads, WaitersGetWhatComesBackAndFailWithTheDecommit) {
-    constexpr int kThreads = 4, kTakings = 300;
+    constexpr int kWaiters = 4, kTakings = 300;
     constexpr auto kUntilTheyWait = std::chrono::milliseconds(10);  // most often
     const auto allocator = NewTestAllocator();
     ASSERT_EQ(CommitBuffers(*allocator, 1, 10), S_OK);
     std::vector<std::jthread> threads;
     const auto onThreads = [&](auto work) {
-        for (int i = 0; i < kThreads; ++i) threads.emplace_back(work);
+        for (int i = 0; i < kWaiters; ++i) threads.emplace_back(work);
     };
     onThreads([&] {
         for (int i = 0; i < kTakings; ++i) EXPECT_TRUE(TakeSample(*allocator));

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int32_t kReach = 16;  // input frames to each side of the filter's centre
+constexpr int32_t kFilterReach = 16;  // input frames to each side of the filter's centre
 constexpr double kPi = 3.141592653589793;
 constexpr int32_t kMostSpread = 32;  // input frames to one output frame, in a filter with blocks
 constexpr int32_t kMostCycle = 512;  // output frames that short cycles are repeated to
@@ -55,7 +55,7 @@ void BuildRow(double* row, int64_t phase, const ConversionRatio& ratio, double c
     // Slot 0 is 16 input frames or more away from every output frame, where the window has ended.
     row[0] = 0.0;
     for (int64_t j = 1; j < static_cast<int64_t>(kTapsPerRow); ++j) {
-        const int64_t n = place + j - kReach;
+        const int64_t n = place + j - kFilterReach;
         const double t = static_cast<double>(n * ratio.phaseCount - phase * ratio.inputStep) /
                          static_cast<double>(ratio.phaseCount);
         row[j] = HannWindow(t) * Sinc(t * cutoff);
@@ -93,7 +93,7 @@ double LeftOut(const double* row, int fineBits) {
 
 bool CopiesItsInput(const double* row) {
     double beside = 0.0;
-    for (size_t j = 0; j < kTapsPerRow; ++j) beside += j == kReach ? 0.0 : std::fabs(row[j]);
+    for (size_t j = 0; j < kTapsPerRow; ++j) beside += j == kFilterReach ? 0.0 : std::fabs(row[j]);
     return beside < kImpulse;
 }
 
