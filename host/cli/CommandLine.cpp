@@ -14,6 +14,8 @@ namespace {
 
 constexpr const char* kHint = " \"vlwav --help\" lists what there is.";
 
+std::string IsName(const std::string& value) { return value.empty() ? "An empty name is no file's" : ""; }
+
 // Brackets around a value mean a list to the parser; to us they are part of a name. So no option takes what
 // follows beyond its own values.
 CLI::Option* AddOption(CLI::App& app, const Option& option) {
@@ -30,6 +32,8 @@ CLI::Option* AddOption(CLI::App& app, const Option& option) {
                 }
                 if (option.most != UINT32_MAX) added->check(CLI::Range(option.least, option.most));
                 if (!option.choices.empty()) added->check(CLI::IsMember(option.choices));
+                // A script's variable that isn't set; of several inputs it is one that fails.
+                if (option.words == Words::Files && !option.IsPlace()) added->check(IsName);
                 return added;
             }
         },

@@ -141,7 +141,7 @@ TEST_F(HostDecode, WrongUsageEndsWithTwo) {
     for (const char* arguments :
          {"", "info", "info --unknown a.wav", "decode a.wav --rate 999 -o a.raw",
           "decode a.wav --rate 4294967297 -o a.raw", "decode a.wav --channels 0 -o a.raw",
-          "decode a.wav b.wav", "decode a.wav --rate fast -o a.raw"}) {
+          "decode a.wav b.wav", "decode a.wav --rate fast -o a.raw", "decode a.wav -o ''"}) {
         const RunResult run = Vlwav(arguments);
         EXPECT_EQ(run.exitCode, 2) << arguments;
         EXPECT_NE(run.err, "") << arguments;
