@@ -116,20 +116,20 @@ void RequireCommand(const Commands& commands, const std::vector<Option>& common,
 // What the parser found wrong, with the option that was meant.
 UsageFailure Wrong(const CLI::App& app, const Command* command, const std::vector<Option>& common,
                    const CLI::ParseError& error) {
-    if (!command && dynamic_cast<const CLI::RequiredError*>(&error))
-        return UsageFailure(std::string("No command is given.") + kHint);
     std::string text = error.what();
     if (!text.empty() && text.back() != '.') text += '.';
     const std::vector<std::string> rest = app.remaining(true);
-    if (command && !rest.empty() && rest.front().size() > 1 && rest.front().front() == '-') {
+    if (!rest.empty() && rest.front().size() > 1 && rest.front().front() == '-') {
         std::vector<std::string> known;
-        for (const auto* const options : {&command->Options(), &common})
+        for (const auto* const options : {command ? &command->Options() : &common, &common})
             for (const Option& option : *options)
                 if (!option.IsPlace()) known.push_back(option.Name());
         const std::string given = rest.front().substr(0, rest.front().find('='));
         const std::string nearest = Nearest(given, known);
-        text = fmt::format("\"{}\" has no option {}{}", command->About().name, given,
+        text = fmt::format("\"{}\" has no option {}{}", command ? command->About().name : "vlwav", given,
                            nearest.empty() ? std::string(".") : "; did you mean " + nearest + "?");
+    } else if (!command && dynamic_cast<const CLI::RequiredError*>(&error)) {
+        text = "No command is given.";
     }
     return UsageFailure(text + (command
                                     ? fmt::format(" \"vlwav {} --help\" tells more.", command->About().name)

@@ -147,6 +147,7 @@ TEST_F(HostDecode, WrongUsageEndsWithTwo) {
         EXPECT_NE(run.err, "") << arguments;
         EXPECT_EQ(run.out, "") << arguments;
     }
+    ExpectEnd(Vlwav("--quie"), 2, "\"vlwav\" has no option --quie; did you mean --quiet?");
     EXPECT_EQ(Vlwav("decode --help").exitCode, 0);
     EXPECT_EQ(Names(), std::vector<std::string>{"a.wav"});
 }
