@@ -4,6 +4,7 @@
 #include <string>
 
 #include "capi/Failure.h"
+#include "capi/FileLabel.h"
 
 // The failure for an errno: its code, the number, and a sentence that begins with `what` ("Reading a.wav")
 // and ends with the system's own reason.
@@ -14,6 +15,9 @@ vlw_code SystemCode(int error);
 std::string SystemReason(int error);
 
 // Throws it where there is an error.
+inline void RequireSystem(int error, const char* doing, const FileLabel& file) {
+    if (error != 0) throw SystemFailure(error, doing + (' ' + file.name), file.path);
+}
 inline void RequireSystem(int error, const char* doing, const std::string& path) {
-    if (error != 0) throw SystemFailure(error, doing + (' ' + (path.empty() ? "the source" : path)), path);
+    if (error != 0) RequireSystem(error, doing, FileLabel::OfPath(path));
 }

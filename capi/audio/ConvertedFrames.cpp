@@ -185,9 +185,10 @@ ConvertedFrames::ConvertedFrames(const ModuleReaders& readers, FrameSource& sour
       m_channels(target.channels),
       m_stream(std::make_unique<SourceStream>(source, sourceRate)),
       m_reader(readers.NewReader()) {
-    RequireModule(m_reader->OpenStream(m_stream.get(), OPEN_READ_ONLY), "Converting", {});
+    RequireModule(m_reader->OpenStream(m_stream.get(), OPEN_READ_ONLY), "Converting", FileLabel::OfSource());
     m_stream->BeginAudio();
-    RequireModule(m_reader->SetOutputFormat(m_channels, m_rate, kBytesPerSample), "Converting", {});
+    RequireModule(m_reader->SetOutputFormat(m_channels, m_rate, kBytesPerSample), "Converting",
+                  FileLabel::OfSource());
     SeekTo(source.Position() == 0 ? 0 : ConvertedLength(source.Position(), sourceRate, target.rate));
 }
 
@@ -239,7 +240,7 @@ size_t ConvertedFrames::ReadSome(int16_t* buffer, size_t frames) {
         m_standsAt = kMoveFirst;
         m_stream->ThrowFailure();
     }
-    RequireModule(result, "Converting", {});
+    RequireModule(result, "Converting", FileLabel::OfSource());
     // What the silence after a short source added isn't audio.
     if (const std::optional<int64_t> end = m_stream->End()) {
         const int64_t left = ConvertedLength(*end, m_sourceRate, m_rate) - m_standsAt;

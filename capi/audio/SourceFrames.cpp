@@ -31,9 +31,9 @@ void SourceFrames::Open() {
     const Result opened = m_reader.OpenStream(&m_stream, OPEN_READ_ONLY);
     m_stream.HideAudio(false);
     if (opened != RESULT_OK) m_stream.ThrowFailure();
-    RequireModule(opened, m_facts.directBits != 0 ? "Reading" : "Decoding", m_input.Name());
+    RequireModule(opened, m_facts.directBits != 0 ? "Reading" : "Decoding", m_input.Label());
     RequireModule(m_reader.SetOutputFormat(m_facts.channels, m_facts.rate, kBytesPerSample), "Reading",
-                  m_input.Name());
+                  m_input.Label());
     m_isOpen = true;
 }
 
@@ -71,7 +71,7 @@ void SourceFrames::Stand() {
         Release();
         m_stream.ShowFrom(ByteOf(start));
         if (m_isOpen)
-            RequireModule(m_reader.Seek(ORIGIN_START, 0, nullptr), "Moving in", m_input.Name());
+            RequireModule(m_reader.Seek(ORIGIN_START, 0, nullptr), "Moving in", m_input.Label());
         else
             Open();
         m_standsAt = start;
@@ -124,7 +124,7 @@ size_t SourceFrames::ReadSome(int16_t* buffer, size_t frames) {
             throw;
         }
     }
-    RequireModule(result, "Reading", m_input.Name());
+    RequireModule(result, "Reading", m_input.Label());
     m_standsAt += done;
     KeepUnit();
     return done;

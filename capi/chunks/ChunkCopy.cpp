@@ -24,7 +24,7 @@ void ChunkCopy::Read(uint64_t place, void* buffer, size_t count) {
     // What is read was there when the source was looked at.
     m_blocks.MoveTo(place);
     if (!m_blocks.Read(buffer, count))
-        throw Failure(VLW_SYSTEM, m_input.Name() + " has become shorter.", m_input.Name());
+        throw Failure(VLW_SYSTEM, m_input.Label().First() + " has become shorter.", m_input.Label().path);
 }
 
 void ChunkCopy::Range(uint64_t place, uint64_t size) {

@@ -66,7 +66,7 @@ vlw_code Converter::Run(const vlw_place& source, const vlw_place& target, const 
     Forget();
     const FileLabel made = Places::LabelOf(target);
     if (Places::AreOneFile(source, target))
-        throw Failure(VLW_BAD_ARGUMENT, made.name + " is the source itself.", made.path);
+        throw Failure(VLW_BAD_ARGUMENT, made.First() + " is the source itself.", made.path);
     m_reader.SetOutput(0, 0);
     m_reader.SetText(wish.text);
     m_reader.Open(Places::OpenSource(source));  // (1)
@@ -80,8 +80,7 @@ vlw_code Converter::Run(const vlw_place& source, const vlw_place& target, const 
         Begin(target, format, wish);
         end = m_threads > 1 ? CopyInPieces(format, wish) : Copy(format, wish);  // (4)
         if ((wish.flags & VLW_NOT_EMPTY) && Given() == 0)
-            throw Failure(VLW_DAMAGED, (source.path ? source.path : "The source") + " has no audio."s,
-                          m_reader.Name());
+            throw Failure(VLW_DAMAGED, m_reader.Label().First() + " has no audio.", m_reader.Label().path);
         // Before the target is there: what fails must leave it as it was.
         NoteFormat(format);  // (5)
         if (!(wish.flags & VLW_NO_CHUNKS)) NoteRest();

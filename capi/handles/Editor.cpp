@@ -51,8 +51,9 @@ void RequireRegular(const std::string& path) {
 SourceFacts ScanWaveFile(Input& input) {
     SourceFacts facts = ScanSource(input);
     if (!facts.isWave)
-        throw Failure(VLW_UNSUPPORTED, input.Name() + " is no WAV file; tags of other kinds are only read.",
-                      input.Name());
+        throw Failure(VLW_UNSUPPORTED,
+                      input.Label().path + " is no WAV file; tags of other kinds are only read.",
+                      input.Label().path);
     return facts;
 }
 

@@ -23,7 +23,8 @@ constexpr std::string_view kSilence(
 ListFile::ListFile(Input& input, const SourceFacts& facts) : m_held(facts.infoEntries), m_blocks(input) {
     if (facts.infoList && input.IsSeekable()) {
         if (facts.infoList->size > kEntriesMost)
-            throw Failure(VLW_DAMAGED, "The tags take more than 64 MiB, which isn't read.", input.Name());
+            throw Failure(VLW_DAMAGED, "The tags take more than 64 MiB, which isn't read.",
+                          input.Label().path);
         m_listAt = facts.infoList->place;
         m_size = facts.infoList->size;
         if (m_listAt + m_size > m_blocks.Size()) m_size = WholeEntries();

@@ -28,7 +28,7 @@ void LiveOutput::Begin(LivePlan plan) {
     const uint64_t audio = AudioBytes();
     const uint64_t whole = kPcmHeadSize + audio + (audio & 1) + RestBytes();
     if (whole > UINT32_MAX)
-        throw Failure(VLW_TOO_LARGE, m_label.name + " would become larger than a WAV file can be, 4 GiB.",
+        throw Failure(VLW_TOO_LARGE, m_label.First() + " would become larger than a WAV file can be, 4 GiB.",
                       m_label.path);
     const bool known = m_plan.frames.has_value();
     const PcmHead head =
@@ -58,8 +58,8 @@ void LiveOutput::Finish() {
     if (!m_plan.frames) return;
     if (m_frames != *m_plan.frames)
         throw Failure(VLW_DAMAGED,
-                      m_label.name + " got " + std::to_string(m_frames) + " frames, and its head promises " +
-                          std::to_string(*m_plan.frames) + '.',
+                      m_label.First() + " got " + std::to_string(m_frames) +
+                          " frames, and its head promises " + std::to_string(*m_plan.frames) + '.',
                       m_label.path);
     const uint8_t pad = 0;
     Put(&pad, AudioBytes() & 1);

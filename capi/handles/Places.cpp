@@ -16,7 +16,7 @@ std::string WayTo(const vlw_place& place) {
 }  // namespace
 
 FileLabel LabelOf(const vlw_place& target) {
-    return target.path ? FileLabel{target.path, target.path} : FileLabel{"the target", {}};
+    return target.path ? FileLabel::OfPath(target.path) : FileLabel::OfDescriptor(target.fd, "the target");
 }
 
 bool AreOneFile(const vlw_place& source, const vlw_place& target) {

@@ -21,7 +21,7 @@ void Reader::SetOutput(uint32_t rate, uint32_t channels) {
         throw Failure(VLW_UNSUPPORTED, "There are 255 channels at the most.");
     if (m_file && m_file->wasRead)
         throw Failure(VLW_BAD_STATE, "The file's first frame has been read; its output stays as it is.",
-                      Name());
+                      Label().path);
     const uint32_t channelsBefore = std::exchange(m_channels, channels);
     try {
         if (m_file) RequireChannels(m_file->facts);
@@ -87,7 +87,8 @@ Tags Reader::ReadListTags() { return ReadSourceTags(*m_readers, *m_file->input, 
 Tags Reader::ReadId3Tags() { return ::ReadId3Tags(*m_file->input, m_file->facts); }
 
 std::unique_ptr<SourceChunks> Reader::BeginChunks() const {
-    if (!IsSeekable()) throw Failure(VLW_NOT_SEEKABLE, "The source gives its bytes in order only.", Name());
+    if (!IsSeekable())
+        throw Failure(VLW_NOT_SEEKABLE, Label().First() + " gives its bytes in order only.", Label().path);
     return std::make_unique<SourceChunks>(*m_file->input, m_file->facts);
 }
 
@@ -129,8 +130,10 @@ int64_t Reader::Frames() const {
 }
 
 vlw_code Reader::SeekTo(int64_t frame) {
-    if (frame < 0) throw Failure(VLW_BAD_ARGUMENT, "A place before the start can't be gone to.", Name());
-    if (!IsSeekable()) throw Failure(VLW_NOT_SEEKABLE, "The source gives its bytes in order only.", Name());
+    if (frame < 0)
+        throw Failure(VLW_BAD_ARGUMENT, "A place before the start can't be gone to.", Label().path);
+    if (!IsSeekable())
+        throw Failure(VLW_NOT_SEEKABLE, Label().First() + " gives its bytes in order only.", Label().path);
     FrameSource& last = LastStage();
     const int64_t length = Frames();
     if (length == VLW_UNKNOWN) {
@@ -175,8 +178,7 @@ vlw_code Reader::Read(int16_t* buffer, size_t frames, size_t& done) {
 
 Failure Reader::CutReason() const {
     const SourceFacts& facts = m_file->facts;
-    const std::string name = Name().empty() ? "The source" : Name();
-    std::string how = name + " ends early";
+    std::string how = Label().First() + " ends early";
     // Before the first is read only the bytes tell how many frames of some codecs there are.
     const int64_t read = m_file->stages ? m_file->stages->Source().Position() : 0;
     const int64_t there = facts.frames.value_or(read);
@@ -186,5 +188,5 @@ Failure Reader::CutReason() const {
     else if (facts.audioBytes && facts.declaredBytes)
         how += ": " + std::to_string(*facts.audioBytes) + " of " + std::to_string(*facts.declaredBytes) +
                " promised bytes of audio are there";
-    return {VLW_CUT, how + '.', Name()};
+    return {VLW_CUT, how + '.', Label().path};
 }

@@ -53,7 +53,7 @@ public:
     vlw_code Read(int16_t* buffer, size_t frames, size_t& done);
     // Why the last read was VLW_CUT.
     Failure CutReason() const;
-    const std::string& Name() const { return m_file->input->Name(); }
+    const FileLabel& Label() const { return m_file->input->Label(); }
     Input& Source() { return *m_file->input; }
 
 private:

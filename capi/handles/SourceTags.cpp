@@ -24,11 +24,11 @@ Tags ReadListTags(const ModuleReaders& readers, ListFile& list, vlw_text text) {
     SetEncoding(*reader, text);
     const Result opened = reader->OpenStream(&list, OPEN_READ_ONLY);
     list.ThrowFailure();
-    RequireModule(opened, "Reading the tags of", {});
+    RequireModule(opened, "Reading the tags of", FileLabel::OfSource());
     RefPtr<IAC3Metadata> metadata;
     const Result result = reader->GetMetadata(metadata.Put());
     reader->Close();
-    RequireModule(result, "Reading the tags of", {});
+    RequireModule(result, "Reading the tags of", FileLabel::OfSource());
     return ReadTags(*metadata);
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "capi/ModuleFailure.h"
 #include "capi/SystemFailure.h"
 #include "capi/TagLosses.h"
 #include "capi/output/OutputFile.h"
@@ -36,7 +37,7 @@ void TagTrial::Try(const Module& module, const Tags& tags, vlw_text text,
     const RefPtr<IAC3Writer> writer =
         OpenWriter(module, kShape, IndexOfShape(module), text, file.Path(), {kName, {}});
     GiveTags(*writer, tags);
-    RequireOf(writer->Close(), "Writing", {kName, {}});
+    RequireModule(writer->Close(), "Writing", FileLabel{kName, {}});
     m_kept = TagsOf(*OpenReader(module, text, file.Path(), {kName, {}}));
     uint64_t size = 0;
     RequireSystem(file.Bytes().Size(size), "Reading", kName);

@@ -6,14 +6,10 @@
 #include "capi/audio/ModuleReaders.h"
 #include "platform/base/Utf.h"
 
-void RequireOf(Result result, const char* doing, const FileLabel& label) {
-    if (result != RESULT_OK) throw ModuleFailure(result, doing + (' ' + label.name), label.path);
-}
-
 RefPtr<IAC3Writer> OpenWriter(const Module& module, const AudioShape& input, uint32_t formatIndex,
                               vlw_text text, const std::string& path, const FileLabel& label) {
     RefPtr<IAC3Writer> writer;
-    const auto require = [&](Result result) { RequireOf(result, "Beginning to write", label); };
+    const auto require = [&](Result result) { RequireModule(result, "Beginning to write", label); };
     require(module.CreateCodec()->CreateWriter(writer.Put()));
     SetEncoding(*writer, text);
     require(writer->SetBool(ATTR_EDIT_CHANGED_ONLY, 1));
@@ -34,7 +30,7 @@ void GiveTags(IAC3Writer& writer, const Tags& tags) {
 RefPtr<IAC3StreamReader> OpenReader(const Module& module, vlw_text text, const std::string& path,
                                     const FileLabel& label) {
     RefPtr<IAC3StreamReader> reader;
-    const auto require = [&](Result result) { RequireOf(result, "Reading back", label); };
+    const auto require = [&](Result result) { RequireModule(result, "Reading back", label); };
     require(module.CreateCodec()->CreateStreamReader(reader.Put()));
     SetEncoding(*reader, text);
     require(reader->Open(Utf::FromUtf8(path).c_str(), OPEN_READ_ONLY));

@@ -3,22 +3,14 @@
 
 #include "AudioCodec/wave/IAC3StreamReader.h"
 #include "AudioCodec/wave/IAC3Writer.h"
+#include "capi/FileLabel.h"
 #include "capi/Module.h"
 #include "capi/Tags.h"
 #include "capi/audio/PushedConversion.h"
 
-// How a file is told of: to people, and in the record of a failure, where the path of what has no name is
-// empty.
-struct FileLabel {
-    std::string name;
-    std::string path;
-};
-
 // A writer of one of the module's formats, open on the file that is there at a path. Throws Failure.
 RefPtr<IAC3Writer> OpenWriter(const Module& module, const AudioShape& input, uint32_t formatIndex,
                               vlw_text text, const std::string& path, const FileLabel& label);
-// Throws the failure of an operation on a file, "Writing to" or the like, where the result is one.
-void RequireOf(Result result, const char* doing, const FileLabel& label);
 // Hands tags to a writer, which was given none. Throws Failure.
 void GiveTags(IAC3Writer& writer, const Tags& tags);
 // A reader of the file at a path. Throws Failure.

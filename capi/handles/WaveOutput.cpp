@@ -117,7 +117,7 @@ void WaveOutput::WriteToModule(const int16_t* samples, uint32_t frames) {
     if (result == RESULT_WRITE_FAILED)
         throw SystemFailure(FindWriteError(m_file.Bytes(), uint64_t{frames} * m_format.blockAlign),
                             "Writing to " + m_label.name, m_label.path);
-    RequireOf(result, "Writing to", m_label);
+    RequireModule(result, "Writing to", m_label);
     m_written += accepted;
 }
 
@@ -125,7 +125,7 @@ void WaveOutput::Finish(const Tags& tags, const Tags& expected) {
     if (m_pushed) m_pushed->Drain([&](const int16_t* made, uint32_t count) { WriteToModule(made, count); });
     if (!tags.AllTexts().empty()) GiveTags(*m_writer, tags);
     ForgetLastError();
-    RequireOf(m_writer->Close(), "Completing", m_label);
+    RequireModule(m_writer->Close(), "Completing", m_label);
     AppendChunks();
     // The Close reports no failed write, so this is where one shows; the reason is asked for at once.
     const int reason = FindWriteError(m_file.Bytes(), 1);
@@ -185,7 +185,7 @@ bool WaveOutput::HasItsSize() const {
 
 bool WaveOutput::HasItsAudio() {
     const RefPtr<IAC3StreamReader> reader = OpenReader(m_module, m_plan.text, m_file.Path(), m_label);
-    const auto require = [&](Result result) { RequireOf(result, "Reading back", m_label); };
+    const auto require = [&](Result result) { RequireModule(result, "Reading back", m_label); };
     AudioFormatInfo found{};
     int64_t& frames = m_frames;
     require(reader->GetSourceFormat(&found));

@@ -31,22 +31,22 @@ void RequireRange(const char* what, uint32_t value, uint32_t least, uint32_t mos
                                             ".");
 }
 
-std::string NameFor(const std::string& path) { return path.empty() ? "the target" : path; }
+FileLabel Nameless() { return {"the target", {}}; }
 
 // Opens a target; what fails bears its name.
 template <class Target, class... Arguments>
-std::unique_ptr<OutputTarget> Opened(const std::string& path, std::unique_ptr<Target> target,
+std::unique_ptr<OutputTarget> Opened(const FileLabel& label, std::unique_ptr<Target> target,
                                      const Arguments&... arguments) {
     const int error = target->Open(arguments...);
-    if (error != 0) throw SystemFailure(error, "Making " + NameFor(path), path);
+    if (error != 0) throw SystemFailure(error, "Making " + label.name, label.path);
     return target;
 }
 
-std::unique_ptr<OutputTarget> ToDescriptor(Descriptor descriptor, const std::string& path) {
+std::unique_ptr<OutputTarget> ToDescriptor(Descriptor descriptor, const FileLabel& label) {
     const auto shared = std::make_shared<const Descriptor>(std::move(descriptor));
     const auto taker = [shared](const void* bytes, size_t size) { return shared->Write(bytes, size); };
     const auto flusher = [shared] { return shared->IsRegular() ? shared->Flush() : 0; };
-    return Opened(path, std::make_unique<OrderedTarget>(taker, flusher), TempFolderPath());
+    return Opened(label, std::make_unique<OrderedTarget>(taker, flusher), TempFolderPath());
 }
 
 }  // namespace
@@ -94,10 +94,10 @@ void Writer::Begin(uint32_t flags) {
     m_flags = flags;
 }
 
-void Writer::Start(std::unique_ptr<OutputTarget> target, const WavePlan& plan, const std::string& path) {
+void Writer::Start(std::unique_ptr<OutputTarget> target, const WavePlan& plan, const FileLabel& label) {
     m_target = std::move(target);
-    m_audio.emplace(m_module.Get(), plan, m_target->File(), FileLabel{NameFor(path), path});
-    m_path = path;
+    m_audio.emplace(m_module.Get(), plan, m_target->File(), label);
+    m_label = label;
     m_openText = plan.text;
     m_taken = 0;
     m_state = State::Open;
@@ -106,6 +106,7 @@ void Writer::Start(std::unique_ptr<OutputTarget> target, const WavePlan& plan, c
 void Writer::CreateFile(const std::string& path, uint32_t flags) {
     Begin(flags);
     const WavePlan plan = MakePlan(m_module.Get());
+    const FileLabel label = FileLabel::OfPath(path);
     FileNames::Facts facts;
     const int looked = FileNames::Look(path, facts);
     if (looked != 0 && looked != ENOENT) throw SystemFailure(looked, "Looking at " + path, path);
@@ -116,20 +117,21 @@ void Writer::CreateFile(const std::string& path, uint32_t flags) {
         Descriptor descriptor;
         const int error = descriptor.OpenForWriting(path);
         if (error != 0) throw SystemFailure(error, "Opening " + path, path);
-        return Start(ToDescriptor(std::move(descriptor), path), plan, path);
+        return Start(ToDescriptor(std::move(descriptor), label), plan, label);
     }
-    Start(Opened(path, std::make_unique<NamedTarget>(), path, exists ? &facts : nullptr, overwrite), plan,
-          path);
+    Start(Opened(label, std::make_unique<NamedTarget>(), path, exists ? &facts : nullptr, overwrite), plan,
+          label);
 }
 
 void Writer::CreateAt(int number, uint32_t flags) {
     Begin(flags);
     const WavePlan plan = MakePlan(m_module.Get());
+    const FileLabel label = FileLabel::OfDescriptor(number, "the target");
     Descriptor descriptor;
     int error = descriptor.Duplicate(number);
     if (error == 0 && !descriptor.IsWritable()) error = EBADF;
-    if (error != 0) throw SystemFailure(error, "Using the descriptor", {});
-    Start(ToDescriptor(std::move(descriptor), {}), plan, {});
+    if (error != 0) throw SystemFailure(error, "Writing to " + label.name, {});
+    Start(ToDescriptor(std::move(descriptor), label), plan, label);
 }
 
 void Writer::CreateStream(const std::shared_ptr<const CallerStream>& stream, uint32_t flags) {
@@ -138,19 +140,20 @@ void Writer::CreateStream(const std::shared_ptr<const CallerStream>& stream, uin
         throw Failure(VLW_BAD_ARGUMENT, "A target needs a stream with `write`.");
     const WavePlan plan = MakePlan(m_module.Get());
     const auto taker = [stream](const void* bytes, size_t size) { return stream->Write(bytes, size); };
-    Start(Opened({}, std::make_unique<OrderedTarget>(taker, nullptr), TempFolderPath()), plan, {});
+    Start(Opened(Nameless(), std::make_unique<OrderedTarget>(taker, nullptr), TempFolderPath()), plan,
+          Nameless());
 }
 
 void Writer::CreateInMemory(uint32_t flags) {
     Begin(flags);
     const WavePlan plan = MakePlan(m_module.Get());
-    Start(Opened({}, std::make_unique<MemoryTarget>(), TempFolderPath()), plan, {});
+    Start(Opened(Nameless(), std::make_unique<MemoryTarget>(), TempFolderPath()), plan, Nameless());
 }
 
 void Writer::RequireState(State state) const {
     if (m_state == state) return;
     if (m_state == State::Broken)
-        throw Failure(VLW_BAD_STATE, "Writing failed before; the file can only be dropped.", m_path);
+        throw Failure(VLW_BAD_STATE, "Writing failed before; the file can only be dropped.", m_label.path);
     throw Failure(VLW_BAD_STATE, state == State::Open ? "No file is being written."
                                                       : "There is no finished file in memory to take.");
 }
@@ -184,7 +187,7 @@ void Writer::Finish() {
     RequireState(State::Open);
     // (4)
     const TagTrial trial(m_module.Get(), m_tags, m_openText, TempFolderPath());
-    trial.RequireKept(m_flags, {NameFor(m_path), m_path});
+    trial.RequireKept(m_flags, m_label);
     m_losses = trial.Losses();
     m_audio->RequireRoom(0, trial.List().size());
     m_state = State::Broken;                // unless it ends well
@@ -192,7 +195,7 @@ void Writer::Finish() {
     m_frames = m_audio->Frames();
     m_audio.reset();
     const int error = m_target->Commit();  // (6)
-    if (error != 0) throw SystemFailure(error, "Completing " + NameFor(m_path), m_path);
+    if (error != 0) throw SystemFailure(error, "Completing " + m_label.name, m_label.path);
     if (dynamic_cast<const MemoryTarget*>(m_target.get())) {
         m_state = State::Finished;
     } else {

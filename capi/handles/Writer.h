@@ -50,7 +50,7 @@ private:
 
     WavePlan MakePlan(const Module& module) const;
     void Begin(uint32_t flags);
-    void Start(std::unique_ptr<OutputTarget> target, const WavePlan& plan, const std::string& name);
+    void Start(std::unique_ptr<OutputTarget> target, const WavePlan& plan, const FileLabel& label);
     void RequireState(State state) const;
 
     ModuleUse& m_module;
@@ -64,7 +64,7 @@ private:
 
     State m_state = State::None;
     uint32_t m_flags = 0;
-    std::string m_path;  // empty for what has no name
+    FileLabel m_label;
     vlw_text m_openText = VLW_TEXT_AUTO;
     int64_t m_taken = 0;
     std::unique_ptr<OutputTarget> m_target;  // before the audio, which borrows its file

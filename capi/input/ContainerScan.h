@@ -14,8 +14,7 @@ SourceFacts ScanAiff(Input& input, ByteSource& source);
 
 // For all of them: the failure of a file that is of the kind but of no use.
 inline Failure Damaged(const Input& input, const std::string& why) {
-    const std::string name = input.Name().empty() ? "The source" : input.Name();
-    return {VLW_DAMAGED, name + " is damaged: " + why, input.Name()};
+    return {VLW_DAMAGED, input.Label().First() + " is damaged: " + why, input.Label().path};
 }
 
 // Of a chunk with ID3 tags, of either container.

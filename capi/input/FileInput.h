@@ -8,7 +8,7 @@
 class FileInput final : public Input {
 public:
     // `kept` keeps others from writing as long as the file is read; null for none.
-    FileInput(Descriptor file, uint64_t start, uint64_t size, std::string name, UniqueHandle kept);
+    FileInput(Descriptor file, uint64_t start, uint64_t size, FileLabel label, UniqueHandle kept);
 
 private:
     size_t Get(uint64_t place, void* buffer, size_t count) override;

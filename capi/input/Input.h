@@ -10,6 +10,8 @@
 #include <optional>
 #include <string>
 
+#include "capi/FileLabel.h"
+
 class Input {
 public:
     virtual ~Input() = default;
@@ -32,10 +34,10 @@ public:
     // In bytes; nothing for a source that is read in order only.
     std::optional<uint64_t> Size() const { return m_size; }
     bool IsSeekable() const { return m_size.has_value(); }
-    const std::string& Name() const { return m_name; }  // its path; empty where it has none
+    const FileLabel& Label() const { return m_label; }
 
 protected:
-    Input(std::optional<uint64_t> size, std::string name) : m_size(size), m_name(std::move(name)) {}
+    Input(std::optional<uint64_t> size, FileLabel label) : m_size(size), m_label(std::move(label)) {}
 
     uint64_t KeptFrom() const { return m_keptFrom; }
 
@@ -45,5 +47,5 @@ private:
     std::mutex m_lock;
     std::atomic<uint64_t> m_keptFrom = UINT64_MAX;
     const std::optional<uint64_t> m_size;
-    const std::string m_name;
+    const FileLabel m_label;
 };

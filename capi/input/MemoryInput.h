@@ -9,7 +9,7 @@
 class MemoryInput final : public Input {
 public:
     MemoryInput(const void* bytes, size_t size)
-        : Input(size, {}), m_bytes(static_cast<const char*>(bytes)), m_count(size) {}
+        : Input(size, FileLabel::OfSource()), m_bytes(static_cast<const char*>(bytes)), m_count(size) {}
 
 private:
     size_t Get(uint64_t place, void* buffer, size_t count) override {

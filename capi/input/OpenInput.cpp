@@ -33,15 +33,15 @@ UniqueHandle KeepFromWriters(const std::string& path, const Descriptor& file) {
     return kept;
 }
 
-std::unique_ptr<Input> InOrder(Descriptor source, const std::string& name) {
+std::unique_ptr<Input> InOrder(Descriptor source, const FileLabel& label) {
     const auto shared = std::make_shared<const Descriptor>(std::move(source));
     return std::make_unique<OrderedInput>(
-        [shared, name](void* buffer, size_t count) {
+        [shared, label](void* buffer, size_t count) {
             size_t done = 0;
-            RequireSystem(shared->ReadNext(buffer, count, done), "Reading", name);
+            RequireSystem(shared->ReadNext(buffer, count, done), "Reading", label);
             return done;
         },
-        name);
+        label);
 }
 
 // `keep` answers what keeps others from a regular file.
@@ -51,9 +51,9 @@ std::unique_ptr<Input> OpenFileOf(const char* path, Keep keep) {
     uint64_t size = 0;
     RequireSystem(file.Open(path, size), "Opening", path);
     // Files of the system's own making tell no size and are read like a device.
-    if (size == 0) return InOrder(std::move(file), path);
+    if (size == 0) return InOrder(std::move(file), FileLabel::OfPath(path));
     UniqueHandle kept = keep(path, file);
-    return std::make_unique<FileInput>(std::move(file), 0, size, path, std::move(kept));
+    return std::make_unique<FileInput>(std::move(file), 0, size, FileLabel::OfPath(path), std::move(kept));
 }
 
 }  // namespace
@@ -65,14 +65,14 @@ std::unique_ptr<Input> OpenPathUnshared(const char* path) {
 }
 
 std::unique_ptr<Input> OpenDescriptor(int number) {
+    const FileLabel label = FileLabel::OfDescriptor(number, "the source");
     Descriptor file;
-    RequireSystem(file.Duplicate(number), "Using the descriptor of", {});
+    RequireSystem(file.Duplicate(number), "Reading", label);
     uint64_t place = 0;
     uint64_t size = 0;
     if (file.IsRegular() && file.Size(size) == 0 && file.Place(place) == 0 && size > place)
-        return std::make_unique<FileInput>(std::move(file), place, size - place, std::string(),
-                                           UniqueHandle());
-    return InOrder(std::move(file), {});
+        return std::make_unique<FileInput>(std::move(file), place, size - place, label, UniqueHandle());
+    return InOrder(std::move(file), label);
 }
 
 std::unique_ptr<Input> OpenStream(std::shared_ptr<const CallerStream> stream) {
@@ -82,5 +82,5 @@ std::unique_ptr<Input> OpenStream(std::shared_ptr<const CallerStream> stream) {
         return std::make_unique<StreamInput>(std::move(stream), *start, static_cast<uint64_t>(*end - *start));
     if (end) stream->MoveTo(*start);
     return std::make_unique<OrderedInput>(
-        [stream](void* buffer, size_t count) { return stream->Read(buffer, count); }, std::string());
+        [stream](void* buffer, size_t count) { return stream->Read(buffer, count); }, FileLabel::OfSource());
 }

@@ -12,12 +12,12 @@ constexpr size_t kBlock = 65536;
 
 }  // namespace
 
-OrderedInput::OrderedInput(TakeNext takeNext, std::string name)
-    : Input(std::nullopt, std::move(name)), m_takeNext(std::move(takeNext)), m_block(kKept + kBlock) {}
+OrderedInput::OrderedInput(TakeNext takeNext, FileLabel label)
+    : Input(std::nullopt, std::move(label)), m_takeNext(std::move(takeNext)), m_block(kKept + kBlock) {}
 
 size_t OrderedInput::Get(uint64_t place, void* buffer, size_t count) {
     if (place < m_blockAt)
-        throw Failure(VLW_NOT_SEEKABLE, "The source gives its bytes in order only.", Name());
+        throw Failure(VLW_NOT_SEEKABLE, Label().First() + " gives its bytes in order only.", Label().path);
     while (place >= m_blockAt + m_held)
         if (!Fill()) return 0;
     const auto from = static_cast<size_t>(place - m_blockAt);

@@ -13,7 +13,7 @@ public:
     // Takes up to so many of the next bytes, at least one; 0 is the end. Throws Failure.
     using TakeNext = std::function<size_t(void* buffer, size_t count)>;
 
-    OrderedInput(TakeNext takeNext, std::string name);
+    OrderedInput(TakeNext takeNext, FileLabel label);
 
 private:
     size_t Get(uint64_t place, void* buffer, size_t count) override;

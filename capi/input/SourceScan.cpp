@@ -25,22 +25,25 @@ constexpr Container kContainers[] = {
 
 // Kinds that people take for one of those that are read.
 struct Relative {
-    uint32_t id;
+    size_t place;  // of its mark
+    uint32_t mark;
     const char* name;
+    uint32_t mask = UINT32_MAX;  // of the mark, which sync words of MPEG audio don't fill
 };
 constexpr Relative kRelatives[] = {
-    {FourCC("RF64"), "RF64"},   {FourCC("BW64"), "BW64"},  {FourCC("RIFX"), "RIFX"},
-    {FourCC("riff"), "W64"},    {FourCC("caff"), "CAF"},   {FourCC("fLaC"), "FLAC"},
-    {FourCC("OggS"), "Ogg"},    {FourCC(".snd"), "AU"},    {FourCC("wvpk"), "WavPack"},
-    {FourCC("ID3\x03"), "MP3"}, {FourCC("ID3\x04"), "MP3"}};
+    {0, FourCC("RF64"), "RF64"},   {0, FourCC("BW64"), "BW64"},   {0, FourCC("RIFX"), "RIFX"},
+    {0, FourCC("riff"), "W64"},    {0, FourCC("caff"), "CAF"},    {0, FourCC("fLaC"), "FLAC"},
+    {0, FourCC("OggS"), "Ogg"},    {0, FourCC(".snd"), "AU"},     {0, FourCC("wvpk"), "WavPack"},
+    {0, FourCC("ID3\x03"), "MP3"}, {0, FourCC("ID3\x04"), "MP3"}, {4, FourCC("ftyp"), "MP4"},
+    {0, 0xE2FF, "MP3", 0xE6FF},    {0, 0xF0FF, "AAC", 0xF6FF}};
 
-Failure NotAudio(const Input& input, uint32_t id) {
-    const std::string name = input.Name().empty() ? "The source" : input.Name();
+Failure NotAudio(const Input& input, const uint8_t* header) {
+    const FileLabel& label = input.Label();
     for (const Relative& row : kRelatives)
-        if (row.id == id)
-            return {VLW_NOT_AUDIO, name + " is of the kind " + row.name + ", which isn't read.",
-                    input.Name()};
-    return {VLW_NOT_AUDIO, name + " is no WAV or AIFF file.", input.Name()};
+        if ((LoadLE32(header + row.place) & row.mask) == row.mark)
+            return {VLW_NOT_AUDIO, label.First() + " is of the kind " + row.name + ", which isn't read.",
+                    label.path};
+    return {VLW_NOT_AUDIO, label.First() + " is no WAV or AIFF file.", label.path};
 }
 
 SourceFacts ScanFrom(Input& input, ByteSource& source) {
@@ -52,7 +55,7 @@ SourceFacts ScanFrom(Input& input, ByteSource& source) {
         std::find_if(std::begin(kContainers), std::end(kContainers), [&](const Container& row) {
             return row.id == id && (row.type == LoadLE32(header + 8) || got < sizeof header);
         });
-    if (container == std::end(kContainers)) throw NotAudio(input, id);
+    if (container == std::end(kContainers)) throw NotAudio(input, header);
     if (got < sizeof header) throw Damaged(input, "it ends within its first bytes.");
     return container->scan(input, source);
 }
@@ -102,6 +105,6 @@ SourceFacts ScanSource(Input& input) {
     if (facts.channels > kMostChannels)
         throw Failure(VLW_UNSUPPORTED,
                       "More than 255 channels aren't read; there are " + std::to_string(facts.channels) + '.',
-                      input.Name());
+                      input.Label().path);
     return facts;
 }

@@ -1,7 +1,7 @@
 #include "capi/input/StreamInput.h"
 
 StreamInput::StreamInput(std::shared_ptr<const CallerStream> stream, uint64_t start, uint64_t size)
-    : Input(size, {}), m_stream(std::move(stream)), m_start(start) {}
+    : Input(size, FileLabel::OfSource()), m_stream(std::move(stream)), m_start(start) {}
 
 size_t StreamInput::Get(uint64_t place, void* buffer, size_t count) {
     if (m_place != place) {

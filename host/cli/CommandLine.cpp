@@ -14,6 +14,8 @@ namespace {
 
 constexpr const char* kHint = " \"vlwav --help\" lists what there is.";
 
+std::string IsName(const std::string& value) { return value.empty() ? "An empty name is no file's" : ""; }
+
 // Brackets around a value mean a list to the parser; to us they are part of a name. So no option takes what
 // follows beyond its own values.
 CLI::Option* AddOption(CLI::App& app, const Option& option) {
@@ -30,6 +32,8 @@ CLI::Option* AddOption(CLI::App& app, const Option& option) {
                 }
                 if (option.most != UINT32_MAX) added->check(CLI::Range(option.least, option.most));
                 if (!option.choices.empty()) added->check(CLI::IsMember(option.choices));
+                // A script's variable that isn't set; of several inputs it is one that fails.
+                if (option.words == Words::Files && !option.IsPlace()) added->check(IsName);
                 return added;
             }
         },
@@ -112,20 +116,20 @@ void RequireCommand(const Commands& commands, const std::vector<Option>& common,
 // What the parser found wrong, with the option that was meant.
 UsageFailure Wrong(const CLI::App& app, const Command* command, const std::vector<Option>& common,
                    const CLI::ParseError& error) {
-    if (!command && dynamic_cast<const CLI::RequiredError*>(&error))
-        return UsageFailure(std::string("No command is given.") + kHint);
     std::string text = error.what();
     if (!text.empty() && text.back() != '.') text += '.';
     const std::vector<std::string> rest = app.remaining(true);
-    if (command && !rest.empty() && rest.front().size() > 1 && rest.front().front() == '-') {
+    if (!rest.empty() && rest.front().size() > 1 && rest.front().front() == '-') {
         std::vector<std::string> known;
-        for (const auto* const options : {&command->Options(), &common})
+        for (const auto* const options : {command ? &command->Options() : &common, &common})
             for (const Option& option : *options)
                 if (!option.IsPlace()) known.push_back(option.Name());
         const std::string given = rest.front().substr(0, rest.front().find('='));
         const std::string nearest = Nearest(given, known);
-        text = fmt::format("\"{}\" has no option {}{}", command->About().name, given,
+        text = fmt::format("\"{}\" has no option {}{}", command ? command->About().name : "vlwav", given,
                            nearest.empty() ? std::string(".") : "; did you mean " + nearest + "?");
+    } else if (!command && dynamic_cast<const CLI::RequiredError*>(&error)) {
+        text = "No command is given.";
     }
     return UsageFailure(text + (command
                                     ? fmt::format(" \"vlwav {} --help\" tells more.", command->About().name)

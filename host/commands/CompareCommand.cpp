@@ -8,6 +8,7 @@
 #include "host/compare/Alignment.h"
 #include "host/compare/Comparison.h"
 #include "host/files/Output.h"
+#include "host/files/Source.h"
 #include "host/terminal/Report.h"
 #include "host/terminal/TerminalText.h"
 
@@ -68,8 +69,8 @@ public:
                {{"Whether a conversion kept every sample", "vlwav compare song.aiff song.wav"},
                 {"What a lossy codec cost", "vlwav compare song.wav decoded.wav --align"},
                 {"In a script", "vlwav compare --json a.wav b.wav | jq .firstDifference"}}}) {
-        Take(Option{"A", "", "Audio file", &m_a, Words::Files}.Required());
-        Take(Option{"B", "", "Audio file to compare it with", &m_b, Words::Files}.Required());
+        Take(Option{"A", "", "Audio file; - is standard input", &m_a, Words::Files}.Required());
+        Take(Option{"B", "", "Audio file to compare it with; - likewise", &m_b, Words::Files}.Required());
         Take({"--align", "", "Find an offset of up to a second first", &m_align});
         Take({"--json", "", "One JSON object instead of lines", &m_json});
     }
@@ -120,7 +121,7 @@ void CompareCommand::TellNotes(const vlw::Reader& reader, const std::string& fil
         Report::Note(file, fmt::format("Note: its samples of {} bits are compared as 16 bits.", bits));
     if (vlw_reader_length_told(reader.get()) == 0) Report::Note(file, Report::kNoLengthNote);
     if (ending == vlw::Ending::cut)
-        Report::Note(file, std::string("Note: ") + vlw_reader_error(reader.get())->text);
+        Report::Note(file, Report::NoteOf(file, vlw_reader_error(reader.get())->text));
 }
 
 std::string CompareCommand::Text(const Verdict& verdict) const {
@@ -158,14 +159,16 @@ std::string CompareCommand::Text(const Verdict& verdict) const {
 }
 
 ExitCode CompareCommand::Run(Context& context) {
+    if (m_a == "-" && m_b == "-") throw UsageFailure("Standard input can be one of both files alone.");
     const vlw::Module& module = context.Module();
     Output output = Output::Standard();
     const std::string* file = &m_a;
     try {
         vlw::Reader a(module), b(module);
-        a.open(m_a);
+        const auto open = m_align ? Source::OpenWhole : Source::Open;
+        open(a, m_a);
         file = &m_b;
-        b.open(m_b);
+        open(b, m_b);
         const Verdict verdict = Compare(a, b);
         TellNotes(a, m_a, verdict.comparison ? verdict.comparison->EndOfA() : vlw::Ending::more);
         TellNotes(b, m_b, verdict.comparison ? verdict.comparison->EndOfB() : vlw::Ending::more);

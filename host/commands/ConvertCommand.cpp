@@ -166,7 +166,8 @@ ExitCode ConvertCommand::Run(Context& context) {
             .Run(m_options.jobs.value_or(static_cast<uint32_t>(cores * kFilesPerCore)),
                  m_options.jobs.value_or(static_cast<uint32_t>(cores)));
     for (const FailedFile& failure : summary.failures) Report::Complain(failure.file, failure.error);
-    if (jobs.size() > 1 || m_options.recursive || !m_options.list.empty()) Report::Note("", summary.Line());
+    if (jobs.size() > 1 || m_options.recursive || !m_options.list.empty() || summary.skipped != 0)
+        Report::Note("", summary.Line());
     if (m_options.json) {
         Output output = Output::Standard();
         output.Write(summary.Json());

@@ -1,11 +1,11 @@
-#include <unistd.h>
-
 #include "capi/vlwav_more.h"
 #include "host/base/Failure.h"
 #include "host/commands/Commands.h"
 #include "host/commands/SingleFile.h"
 #include "host/files/Output.h"
+#include "host/files/Source.h"
 #include "host/terminal/ProgressLines.h"
+#include "host/terminal/Reason.h"
 #include "host/terminal/Report.h"
 
 namespace {
@@ -37,19 +37,16 @@ ExitCode TellCut(const vlw::Reader& reader, const DecodeOptions& options, bool i
     const std::string reason = vlw_reader_error(reader.get())->text;
     if (!options.partial && isFile) throw Failure(reason + Report::kPartialHint);
     if (options.partial)
-        Report::Note(options.file, "Note: " + reason);
+        Report::Note(options.file, Report::NoteOf(options.file, reason));
     else
-        Report::Complain(options.file, reason);
+        Report::Complain(options.file, AboutIt(reason, options.file));
     return options.partial ? EXIT_DONE : EXIT_FAILED;
 }
 
 ExitCode Decode(const vlw::Module& module, const DecodeOptions& options) {
     vlw::Reader reader(module);
     reader.output(options.rate.value_or(0), options.channels.value_or(0));
-    if (options.file == "-")
-        reader.open_fd(STDIN_FILENO);
-    else
-        reader.open(options.file);
+    Source::Open(reader, options.file);
     const int64_t promised = PromisedFrames(reader);
 
     Output output = Output::Named(options.output, options.file, options.overwrite);

@@ -4,6 +4,7 @@
 #include "host/base/Failure.h"
 #include "host/commands/Commands.h"
 #include "host/files/Output.h"
+#include "host/files/Source.h"
 #include "host/info/FileFacts.h"
 #include "host/info/InfoText.h"
 #include "host/terminal/Report.h"
@@ -43,12 +44,13 @@ public:
                     "can't be read is named on standard error, with the kind that it is of where that "
                     "is known, and the others are told all the same.",
                     "Some codecs tell their length only to who decodes them, and --peak needs every sample: "
-                    "such a file is read to its end."},
+                    "such a file is read to its end. What comes in order, from a pipe, is kept in a "
+                    "temporary file until it has been told."},
                    {{"One file", "vlwav info song.wav"},
                     {"The seconds of all files of a folder",
                      "vlwav info --json *.wav | jq 'map(.seconds) | add'"},
                     {"A file whose name begins with a minus", "vlwav info -- -song.wav"}}}) {
-        Take(Option{"FILE", "", "Audio files", &m_files, Words::Files}.Required());
+        Take(Option{"FILE", "", "Audio files; - is standard input", &m_files, Words::Files}.Required());
         Take({"--short", "", "One line of at most 80 columns for each file", &m_short});
         Take({"--chunks", "", "List the chunks of the file with their places and sizes", &m_chunks});
         Take({"--peak", "", "Read all of the audio, and tell its peak for each channel", &m_peak});
@@ -76,7 +78,8 @@ ExitCode InfoCommand::Run(Context& context) {
     ExitCode exitCode = EXIT_DONE;
     for (const std::string& file : m_files) {
         try {
-            const FileFacts found = FileFacts::Of(reader, file, m_chunks || m_json, m_peak);
+            Source::OpenWhole(reader, file);
+            const FileFacts found = FileFacts::Of(reader, m_chunks || m_json, m_peak);
             if (found.cut) {
                 lines.Flush();  // what was found before stands before it, where both go to one place
                 Report::Note(file, "Warning: the file ends before the audio that its head promises.");

@@ -62,7 +62,7 @@ public:
                 "bytes are "
                 "passed on as they are, once they are known to be such a picture."},
                {{"A cover as JPEG", "vlwav picture cover.png --to jpg -o cover.jpg"},
-                {"Whether a file is a picture that is read", "vlwav picture cover.png -o /dev/null"},
+                {"Whether a file is a whole picture", "vlwav picture cover.png --to bmp -o /dev/null"},
                 {"Into another program", "vlwav picture cover.gif --to bmp -o - | convert - cover.webp"}}}) {
         Take(Option{"FILE", "", "Image file; - is standard input", &m_options.file, Words::Files}.Required());
         Take(Option{"--to", "KIND", "Decode it and write it anew; as it is if not given", &m_options.format}

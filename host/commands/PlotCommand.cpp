@@ -10,6 +10,7 @@
 #include "host/commands/Commands.h"
 #include "host/commands/SingleFile.h"
 #include "host/files/Output.h"
+#include "host/files/Source.h"
 #include "host/plot/PlotLayout.h"
 #include "host/plot/PlotLibrary.h"
 #include "host/terminal/ProgressLines.h"
@@ -63,7 +64,9 @@ std::string Title(vlw::Reader& reader, const std::string& file) {
     std::string title(tags.get("title").value_or(""));
     const std::string_view artist = tags.get("artist").value_or("");
     if (!title.empty() && !artist.empty()) title.append(" — ").append(artist);
-    return TerminalText::Printable(title.empty() ? std::filesystem::path(file).filename().string() : title);
+    if (title.empty())
+        title = file == "-" ? "standard input" : std::filesystem::path(file).filename().string();
+    return TerminalText::Printable(title);
 }
 
 std::string Subtitle(const vlw::Format& format, int64_t frames) {
@@ -83,7 +86,7 @@ int64_t AddAll(vlw::Reader& reader, Plot& plot, const PlotOptions& options) {
     if (blocks.ending() == vlw::Ending::cut) {
         const std::string reason = vlw_reader_error(reader.get())->text;
         if (!options.partial) throw Failure(reason + Report::kPartialHint);
-        Report::Note(options.file, "Note: " + reason);
+        Report::Note(options.file, Report::NoteOf(options.file, reason));
     }
     if (reader.tell() == 0) throw Failure("It has no audio.");
     if (vlw_reader_length_told(reader.get()) == 0) Report::Note(options.file, Report::kNoLengthNote);
@@ -92,7 +95,7 @@ int64_t AddAll(vlw::Reader& reader, Plot& plot, const PlotOptions& options) {
 
 void Draw(const vlw::Module& module, const PlotOptions& options, const Size& size) {
     vlw::Reader reader(module);
-    reader.open(options.file);
+    Source::Open(reader, options.file);
     std::vector<std::string> names = ChannelNames(reader.format());
     if (names.size() > PlotLayout::kMostChannels) {
         reader.output(0, 1);
@@ -130,7 +133,7 @@ public:
                {{"A picture of a song", "vlwav plot song.wav -o song.png"},
                 {"As wide as a screen", "vlwav plot song.wav -o song.png --size 1920x1080 --overwrite"},
                 {"Into another program", "vlwav plot song.wav -o - | display"}}}) {
-        Take(Option{"FILE", "", "Audio file", &m_options.file, Words::Files}.Required());
+        Take(Option{"FILE", "", "Audio file; - is standard input", &m_options.file, Words::Files}.Required());
         Take(Option{"-o,--output", "PICTURE", "File to write, - is standard output", &m_options.output,
                     Words::Files}
                  .Required());

@@ -6,6 +6,7 @@
 #include "host/commands/Commands.h"
 #include "host/files/FileText.h"
 #include "host/files/Output.h"
+#include "host/files/Source.h"
 #include "host/tags/TagChanges.h"
 #include "host/tags/TagSheet.h"
 #include "host/terminal/Report.h"
@@ -100,7 +101,7 @@ public:
                 {"The tags of a folder into a file, and back after they were edited there",
                  "vlwav tag *.wav --export tags.json && editor tags.json && vlwav tag --import tags.json"},
                 {"Those of another file", "vlwav tag new.wav --from old.wav"}}}) {
-        Take({"FILE", "", "WAV files", &m_options.files, Words::Files});
+        Take({"FILE", "", "WAV files; - is standard input", &m_options.files, Words::Files});
         Take({"--set", "NAME=VALUE", "A tag to set; the others stay", &m_options.sets, Words::TagValues});
         Take({"--clear", "NAME", "A tag to take away", &m_options.clears, Words::TagNames});
         Take({"--from", "OTHER", "Set the tags that another audio file has", &m_options.from, Words::Files});
@@ -145,18 +146,30 @@ public:
         const TagChanges* const listed = m_sheet ? m_sheet->Find(file) : nullptr;
         if (m_sheet && !listed) throw Failure("The list has no entry for it.", "not-listed");
         if (listed || m_other || !m_changes.IsEmpty()) Change(file, listed);
-        m_reader.text(m_text);
-        m_reader.open(file);
-        if (m_reader.format().container != "WAV")
-            throw Failure("Tags are shown and changed in WAV files alone.", "unsupported");
-        return m_reader.tags();
+        vlw::Tags tags = ReadTags(file);
+        // Who asks for a tag to go mustn't believe that it went.
+        for (const TagChanges* const changes : {listed, &m_changes})
+            if (const std::string left = changes ? changes->LeftIn(tags, m_changes) : ""; !left.empty())
+                throw Failure(
+                    fmt::format("{} is still told by its chunk \"id3 \", which isn't changed.", left),
+                    "unsupported");
+        return tags;
     }
 
 private:
-    void ReadOther() {
+    // The file isn't kept open, so that it can be changed.
+    vlw::Tags ReadTags(const std::string& file, bool ofWav = true) {
         m_reader.text(m_text);
-        m_reader.open(m_options.from);
-        const vlw::Tags tags = m_reader.tags();
+        Source::OpenWhole(m_reader, file);
+        if (ofWav && m_reader.format().container != "WAV")
+            throw Failure("Tags are shown and changed in WAV files alone.", "unsupported");
+        vlw::Tags tags = m_reader.tags();
+        m_reader.close();
+        return tags;
+    }
+
+    void ReadOther() {
+        const vlw::Tags tags = ReadTags(m_options.from, false);
         m_other.emplace();
         for (const vlw::Keyword& keyword : vlw::keywords()) {
             const auto value = tags.get(keyword.name);
@@ -170,6 +183,7 @@ private:
     }
 
     void Change(const std::string& file, const TagChanges* listed) {
+        if (file == "-") throw Failure("It can't be changed; name a file.", "unsupported");
         m_editor.open(file);
         const vlw::Format format = m_editor.format();
         vlw::TagsRef tags = m_editor.tags();
@@ -205,7 +219,7 @@ private:
         if (!m_options.lossy)
             throw Failure(saved.error().text + " With --lossy it is saved as far as it goes.", "would-lose");
         m_editor.save(vlw::Flags::lossy);
-        Report::Note(file, "Note: " + saved.error().text);
+        Report::Note(file, Report::NoteOf(file, saved.error().text));
     }
 
     const TagOptions& m_options;

@@ -18,8 +18,8 @@ struct BatchSummary {
     bool dryRun = false;
     std::vector<FailedFile> failures;
 
-    // How many seconds of audio came of one.
-    double RealTime() const { return elapsed > 0 ? seconds / elapsed : 0; }
+    // How many seconds of audio came of one; 0 where none did.
+    double RealTime() const { return elapsed > 0 && !dryRun ? seconds / elapsed : 0; }
     // "12 files converted, 3 up to date, 1 failed; 1:02.500 of audio in 0.4 s, 156 times real time".
     std::string Line() const;
     std::string Json() const;

@@ -9,6 +9,7 @@
 #include "capi/vlwav_more.h"
 #include "host/base/Failure.h"
 #include "host/files/Output.h"
+#include "host/files/Source.h"
 #include "host/terminal/Report.h"
 #include "host/terminal/TerminalText.h"
 
@@ -86,7 +87,7 @@ ConversionResult FileConversion::Run(const ConvertJob& job, uint32_t threads,
         };
     vlw::Tags tags;
     if (m_rules.changes.TakesAway()) {
-        Look(job.input);
+        Source::Open(m_reader, job.input);
         if (!m_reader.seekable())
             throw Failure("It can be read but once, so no tag can be taken away from it.", "not-seekable");
         tags = m_reader.tags();
@@ -111,28 +112,29 @@ ConversionResult FileConversion::Run(const ConvertJob& job, uint32_t threads,
             LineOf(job, *made)};
 }
 
-void FileConversion::Look(const std::string& input) {
-    if (input == "-")
-        m_reader.open_fd(STDIN_FILENO);
-    else
-        m_reader.open(input);
-}
-
 uint32_t FileConversion::SourceRate() const {
     vlw_format source{};
     source.size = sizeof source;
     return vlw_converter_source(m_converter.get(), &source) == VLW_OK ? source.rate : 0;
 }
 
+bool FileConversion::Has(uint32_t flag) const {
+    return (static_cast<uint32_t>(m_rules.conversion.flags) & flag) != 0;
+}
+
 // What would be done, as far as that can be told without doing it.
 ConversionResult FileConversion::Try(const ConvertJob& job) {
-    Look(job.input);
+    Source::Open(m_reader, job.input);
     const vlw::Format format = m_reader.format();
     std::error_code ignored;
-    const bool replaces =
-        m_rules.newer || (static_cast<uint32_t>(m_rules.conversion.flags) & VLW_OVERWRITE) != 0;
-    if (fs::is_regular_file(job.output, ignored) && !replaces)
+    if (fs::is_regular_file(job.output, ignored) && !m_rules.newer && !Has(VLW_OVERWRITE))
         throw Failure(Report::Exists(job.output), "exists");
+    if (format.frames && *format.frames < format.frames_promised.value_or(0) && !Has(VLW_PARTIAL))
+        throw Failure(fmt::format("It ends early: {} of {} promised frames are there.", *format.frames,
+                                  *format.frames_promised) +
+                          Report::kPartialHint,
+                      "cut");
+    if (format.frames == 0) throw Failure("It has no audio.", "damaged");
     const double seconds = format.duration().value_or(std::chrono::duration<double>(0)).count();
     return {
         false,
@@ -155,7 +157,7 @@ std::string FileConversion::Notes(const std::string& input, const vlw::Converted
     std::string lines;
     if (made.ending == vlw::Ending::cut)
         lines +=
-            Report::Complaint(input, std::string("Note: ") + vlw_converter_error(m_converter.get())->text);
+            Report::Complaint(input, Report::NoteOf(input, vlw_converter_error(m_converter.get())->text));
     for (const std::string& line : Lines(made.notes))
         if (!IsOfFormat(line) && (m_rules.verbose || !IsOfNoUse(line)))
             lines += Report::Complaint(input, "Note: " + line + '.');

@@ -43,7 +43,7 @@ public:
     uint32_t SourceRate() const;
 
 private:
-    void Look(const std::string& input);
+    bool Has(uint32_t flag) const;
     ConversionResult Try(const ConvertJob& job);
     [[noreturn]] void Refuse(const ConvertJob& job, const vlw::Failure& failure);
     std::string Notes(const std::string& input, const vlw::Converted& made) const;

@@ -55,7 +55,7 @@ void InputList::AddFolder(const std::string& folder, const fs::path& output) {
             if (entry.is_directory(ignored)) {
                 if (!entry.is_symlink(ignored) && !fs::equivalent(entry.path(), output, ignored))
                     waiting.push_back(entry.path());
-            } else if (HasEnding(entry.path(), kEndings)) {
+            } else if (HasEnding(entry.path(), kEndings) && !entry.is_other(ignored)) {
                 const fs::path below = at.lexically_relative(folder);
                 found.push_back({entry.path().string(), below == "." ? fs::path() : below, {}});
             }

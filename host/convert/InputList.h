@@ -1,7 +1,8 @@
 // The files that a conversion is to take: those that are named, those of a list, and those in folders.
 //
 // Decisions: a folder's files come in the order of the bytes of their paths. Links to folders aren't
-// followed, and what lies below the output folder isn't taken. A folder that can't be read is told of like a
+// followed, what lies below the output folder isn't taken, and a FIFO or a device is taken by its name alone:
+// nobody may ever write to it. A folder that can't be read is told of like a
 // file that failed.
 #pragma once
 

@@ -38,8 +38,7 @@ std::vector<vlw_chunk> ChunksOf(vlw::Reader& reader) {
 
 }  // namespace
 
-FileFacts FileFacts::Of(vlw::Reader& reader, const std::string& file, bool chunks, bool peaks) {
-    reader.open(file);
+FileFacts FileFacts::Of(vlw::Reader& reader, bool chunks, bool peaks) {
     FileFacts facts;
     facts.format = reader.format();
     facts.lengthTold = vlw_reader_length_told(reader.get()) != 0;

@@ -20,7 +20,7 @@ struct FileFacts {
 
     double Seconds() const { return static_cast<double>(frames) / format.rate; }
 
-    // Opens the file with a reader of the caller's, and reads all of it where only that tells its length, or
-    // the peaks are wanted. Throws what fails.
-    static FileFacts Of(vlw::Reader& reader, const std::string& file, bool chunks, bool peaks);
+    // Of the file that a reader has just opened, which is read to its end where only that tells its length,
+    // or the peaks are wanted. Throws what fails.
+    static FileFacts Of(vlw::Reader& reader, bool chunks, bool peaks);
 };

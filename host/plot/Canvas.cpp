@@ -6,6 +6,8 @@
 
 namespace {
 
+constexpr const char* kFamily = "sans-serif";
+
 cairo_status_t Pass(void* target, const unsigned char* bytes, unsigned int size) {
     const auto& to = *static_cast<const PlotTarget*>(target);
     return to.write(to.context, bytes, size) ? CAIRO_STATUS_SUCCESS : CAIRO_STATUS_NO_MEMORY;
@@ -15,7 +17,9 @@ cairo_status_t Pass(void* target, const unsigned char* bytes, unsigned int size)
 
 Canvas::Canvas(int width, int height)
     : m_surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height)),
-      m_context(cairo_create(m_surface.get())) {
+      m_context(cairo_create(m_surface.get())),
+      m_plainFonts(kFamily, false),
+      m_boldFonts(kFamily, true) {
     Colour(0xFFFFFF);
     cairo_paint(m_context.get());
 }
@@ -46,15 +50,24 @@ void Canvas::Pixels(int x, int y, int width, int height, std::vector<uint32_t>& 
 }
 
 void Canvas::Font(double size, bool bold) {
-    cairo_select_font_face(m_context.get(), "sans-serif", CAIRO_FONT_SLANT_NORMAL,
-                           bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
+    m_bold = bold;
     cairo_set_font_size(m_context.get(), size);
+}
+
+std::vector<FontFallback::Run> Canvas::Runs(std::string_view text) {
+    return (m_bold ? m_boldFonts : m_plainFonts).Runs(text);
+}
+
+const char* Canvas::Choose(const FontFallback::Run& run) {
+    cairo_select_font_face(m_context.get(), run.family.c_str(), CAIRO_FONT_SLANT_NORMAL,
+                           m_bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
+    return run.text.c_str();
 }
 
 void Canvas::Text(double x, double y, std::string_view text, Side side) {
     const double back = side == Side::Left ? 0 : WidthOf(text) / (side == Side::Middle ? 2 : 1);
     cairo_move_to(m_context.get(), x - back, y);
-    cairo_show_text(m_context.get(), std::string(text).c_str());
+    for (const FontFallback::Run& run : Runs(text)) cairo_show_text(m_context.get(), Choose(run));
 }
 
 void Canvas::UprightText(double x, double y, std::string_view text) {
@@ -66,9 +79,13 @@ void Canvas::UprightText(double x, double y, std::string_view text) {
 }
 
 double Canvas::WidthOf(std::string_view text) {
-    cairo_text_extents_t extents;
-    cairo_text_extents(m_context.get(), std::string(text).c_str(), &extents);
-    return extents.x_advance;
+    double width = 0;
+    for (const FontFallback::Run& run : Runs(text)) {
+        cairo_text_extents_t extents;
+        cairo_text_extents(m_context.get(), Choose(run), &extents);
+        width += extents.x_advance;
+    }
+    return width;
 }
 
 std::string Canvas::Fitting(std::string_view text, double width) {

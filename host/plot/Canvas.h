@@ -1,7 +1,5 @@
 // A picture that is drawn on: lines, texts, pixels of other pictures, and its bytes as PNG. Places are pixels
 // from the upper left corner. What fails is kept until Write tells it.
-//
-// Decisions: one font writes all. A script that it lacks comes out as boxes; no other font stands in.
 #pragma once
 
 #include <cairo.h>
@@ -12,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/plot/FontFallback.h"
 #include "host/plot/PlotFunctions.h"
 
 struct CairoDeleter {
@@ -51,6 +50,12 @@ public:
     static void ForgetFonts();
 
 private:
+    std::vector<FontFallback::Run> Runs(std::string_view text);
+    // Takes its font, and returns its text.
+    const char* Choose(const FontFallback::Run& run);
+
     std::unique_ptr<cairo_surface_t, CairoDeleter> m_surface;
     std::unique_ptr<cairo_t, CairoDeleter> m_context;
+    FontFallback m_plainFonts, m_boldFonts;
+    bool m_bold = false;
 };

@@ -61,6 +61,13 @@ TagChanges::TagChanges(const std::vector<std::string>& sets, const std::vector<s
     }
 }
 
+std::string TagChanges::LeftIn(const vlw::AnyTags& tags, const TagChanges& later) const {
+    for (const auto* const names : {&m_cleared, &m_emptied})
+        for (const std::string& name : *names)
+            if (tags.get(name) && !m_set.get(name) && !later.m_set.get(name)) return name;
+    return {};
+}
+
 void TagChanges::ApplyTo(vlw::AnyTags& tags) const {
     for (const std::string& name : m_cleared) tags.remove(name);
     for (const std::string& name : m_emptied) tags.remove(name);

@@ -16,6 +16,9 @@ public:
     // Some tags are to go, which setting others can't do.
     bool TakesAway() const { return !m_cleared.empty() || !m_emptied.empty(); }
     void ApplyTo(vlw::AnyTags& tags) const;
+    // One that was to go, is there all the same, and wasn't set by these or by those that came later; empty:
+    // none.
+    std::string LeftIn(const vlw::AnyTags& tags, const TagChanges& later) const;
 
 private:
     std::vector<std::string> m_cleared;

@@ -36,15 +36,19 @@ constexpr WordRow kWords[] = {
 
 }  // namespace
 
+std::string AboutIt(std::string sentence, const std::string& file, const char* it) {
+    if (file.empty()) return sentence;
+    for (const std::string& name : {file, std::string("The source"), std::string("Standard input")})
+        if (sentence.starts_with(name + ' ')) return sentence.replace(0, name.size(), it);
+    return sentence;
+}
+
 std::string ReasonOf(const std::exception& failure, const std::string& file) {
     if (dynamic_cast<const std::bad_alloc*>(&failure)) return "Cannot allocate memory.";
-    std::string sentence = failure.what();
     const auto* const error = dynamic_cast<const vlw::Error*>(&failure);
     if (error && error->system() != 0 && !file.empty() && error->path() == file)
         if (const char* const text = strerrordesc_np(error->system())) return std::string(text) + '.';
-    // The name stands before it already.
-    if (!file.empty() && sentence.starts_with(file + ' ')) sentence.replace(0, file.size(), "It");
-    return sentence;
+    return AboutIt(failure.what(), file);
 }
 
 const char* WordOf(const std::exception& failure) {

@@ -4,6 +4,9 @@
 #include <exception>
 #include <string>
 
-// What went wrong with `file`, whose name stands before it already.
+// A sentence of the library about `file`, whose name stands before it already: it begins with `it` in its
+// place.
+std::string AboutIt(std::string sentence, const std::string& file, const char* it = "It");
+// What went wrong with `file`, likewise.
 std::string ReasonOf(const std::exception& failure, const std::string& file);
 const char* WordOf(const std::exception& failure);

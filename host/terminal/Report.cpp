@@ -47,7 +47,8 @@ OrderedJson JsonFailure(const std::string& file, const std::exception& failure) 
 }
 
 std::string Complaint(const std::string& file, const std::string& reason) {
-    return TerminalText::Printable("vlwav: " + (file.empty() ? file : file + ": ") + reason) + '\n';
+    const std::string name = file == "-" ? "standard input" : file;
+    return TerminalText::Printable("vlwav: " + (name.empty() ? name : name + ": ") + reason) + '\n';
 }
 
 std::string Complaint(const std::string& file, const std::exception& failure) {
@@ -65,6 +66,10 @@ void Note(const std::string& file, const std::string& text) {
 }
 
 void Complain(const std::string& file, const std::exception& failure) { Tell(file, failure); }
+
+std::string NoteOf(const std::string& file, const std::string& sentence) {
+    return "Note: " + AboutIt(sentence, file, "it");
+}
 
 std::string Exists(const std::string& output) {
     return fmt::format("{} is there already; choose another name or use --overwrite.", output);

@@ -30,6 +30,8 @@ void OnlyFailures();
 bool TellsFailuresAlone();
 // What is worth knowing, and no failure; one line on standard error, like a complaint.
 void Note(const std::string& file, const std::string& text);
+// The text of one from a sentence of the library about the file.
+std::string NoteOf(const std::string& file, const std::string& sentence);
 // What a file that ends early is refused with, after the library's sentence.
 inline constexpr const char* kPartialHint = " With --partial what is there is taken.";
 // Of a file whose head doesn't tell its length.

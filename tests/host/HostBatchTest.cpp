@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include "tests/host/VlwavTest.h"
 
 namespace {
@@ -15,6 +17,7 @@ protected:
         WriteBytes("in/b/bad.aif", "no form");
         WriteBytes("in/notes.txt", "no audio, and no audio's name");
         std::filesystem::create_directory_symlink("..", m_folder / "in/a/loop");
+        mkfifo((m_folder / "in/b/nobody.wav").c_str(), 0600);  // who opens it waits
     }
 };
 
@@ -50,7 +53,12 @@ TEST_F(HostBatch, InputsOfOneNameAreToldApartOrRefusedWhileTheRestGoesOn) {
     WriteWav("in/b/one.wav", 1, 8000, 8, 10);
     WriteWav("in/b/two.aif", 1, 8000, 8, 10);
     WriteWav("in/b/two.wav", 1, 8000, 8, 10);
+    WriteWav("cut.wav", 1, 8000, 8, 10);
+    std::filesystem::resize_file(m_folder / "cut.wav", 50);
     const auto before = Names();
+    ExpectEnd(Vlwav("convert cut.wav -o out --dry-run"), 1,
+              "It ends early: 6 of 10 promised frames are there. With --partial");
+    EXPECT_EQ(Json("convert cut.wav -o out --dry-run --partial")["realtime"], 0);
     const std::string line =
         "convert in/a/one.wav in/b/one.wav in/b/two.aif in/b/two.wav in/a/deep/two.WAV -o out";
     const RunResult dry = Vlwav(line + " --dry-run");
@@ -62,6 +70,7 @@ TEST_F(HostBatch, InputsOfOneNameAreToldApartOrRefusedWhileTheRestGoesOn) {
     ExpectEnd(run, 1, "vlwav: in/b/two.aif: It and in/b/two.wav would both become out/b/two.wav.");
     ExpectEnd(run, 1, "3 files converted, 2 failed");
     EXPECT_TRUE(std::filesystem::exists(m_folder / "out/b/one.wav"));
+    ExpectEnd(Vlwav("convert in/b/one.wav -o out/b --newer"), 0, "0 files converted, 1 up to date.");
 }
 
 TEST_F(HostBatch, ListsAndShardsTakeEachFileOnce) {

@@ -63,8 +63,12 @@ TEST_F(HostInfo, TellsTagsChunksPeaksAndASurroundLayoutInEachForm) {
     wrong[41] = 0;
     WriteBytes("wrong.wav", wrong);
     EXPECT_EQ(Json("info wrong.wav")[0]["layout"], nullptr);
-    WriteBytes("big.wav", "RF64\xFF\xFF\xFF\xFFWAVEds64");
-    ExpectEnd(Vlwav("info big.wav"), 1, "of the kind RF64");
+    for (const auto& [head, kind] : {std::pair("RF64\xFF\xFF\xFF\xFFWAVEds64", "RF64"),
+                                     {"\x01\x01\x01 ftypM4A ", "MP4"},
+                                     {"\xFF\xFB\x90\x64 and frames", "MP3"}}) {
+        WriteBytes("other.wav", head);
+        ExpectEnd(Vlwav("info other.wav"), 1, std::string("of the kind ") + kind);
+    }
 }
 
 TEST_F(HostInfo, SaysWhichModuleItCouldNotLoad) {

@@ -141,12 +141,13 @@ TEST_F(HostDecode, WrongUsageEndsWithTwo) {
     for (const char* arguments :
          {"", "info", "info --unknown a.wav", "decode a.wav --rate 999 -o a.raw",
           "decode a.wav --rate 4294967297 -o a.raw", "decode a.wav --channels 0 -o a.raw",
-          "decode a.wav b.wav", "decode a.wav --rate fast -o a.raw"}) {
+          "decode a.wav b.wav", "decode a.wav --rate fast -o a.raw", "decode a.wav -o ''"}) {
         const RunResult run = Vlwav(arguments);
         EXPECT_EQ(run.exitCode, 2) << arguments;
         EXPECT_NE(run.err, "") << arguments;
         EXPECT_EQ(run.out, "") << arguments;
     }
+    ExpectEnd(Vlwav("--quie"), 2, "\"vlwav\" has no option --quie; did you mean --quiet?");
     EXPECT_EQ(Vlwav("decode --help").exitCode, 0);
     EXPECT_EQ(Names(), std::vector<std::string>{"a.wav"});
 }

@@ -130,13 +130,36 @@ TEST_F(HostPipe, AFrameThatCameInGoesOutBeforeTheNextComes) {
     }
 }
 
+TEST_F(HostPipe, EachCommandReadsStandardInputAndAFifoLikeTheFile) {
+    WriteRich("a.wav", 2, 44100, 3000);
+    WriteWav("b.wav", 1, 8000, 8, 10);
+    ASSERT_EQ(mkfifo((m_folder / "fifo").c_str(), 0600), 0);
+    for (const std::string work :
+         {"info --peak --json", "tag", "compare --json a.wav", "compare --align --json a.wav"}) {
+        SCOPED_TRACE(work);
+        const std::string unnamed = " | grep -v -e '\"file\"' -e '^[a-z.-]*$'";
+        const RunResult file = Line("VLWAV " + work + " a.wav" + unnamed);
+        EXPECT_EQ(file.exitCode, 0) << file.err;
+        EXPECT_EQ(Line("cat a.wav | VLWAV " + work + " -" + unnamed).out, file.out);
+        EXPECT_EQ(Line("cat a.wav >fifo & VLWAV " + work + " fifo" + unnamed).out, file.out);
+    }
+    EXPECT_EQ(Line("cat a.wav | VLWAV plot - -o a.png && head -c 4 a.png").out, "\x89PNG");
+    EXPECT_EQ(Line("cat a.wav >fifo & VLWAV tag b.wav --from fifo").out, "b.wav\n  title      Nordwind\n");
+    ExpectEnd(Line("VLWAV tag - --set title=x <a.wav"), 1, "vlwav: standard input: It can't be changed");
+    ExpectEnd(Line("cat a.wav | TMPDIR=no VLWAV tag -"), 1,
+              "in a temporary file failed: No such file or directory");
+    ExpectEnd(Line("VLWAV compare - - <a.wav"), 2, "one of both");
+    ExpectEnd(Line("VLWAV info - </dev/zero"), 1, "vlwav: standard input: It is no WAV or AIFF file.");
+}
+
 TEST_F(HostPipe, WhatCannotBeWholeFailsWithAReason) {
     WriteRich("a.wav", 2, 44100, 100000);
     std::filesystem::copy(m_folder / "a.wav", m_folder / "cut.wav");
     std::filesystem::resize_file(m_folder / "cut.wav", kHead + 200000);
     const std::string before = Bytes("a.wav");
     // The output is gone, or the source ends early after bytes went out.
-    ExpectEnd(Line("{ VLWAV convert a.wav -o -; echo $? >code; } | head -c 1 >/dev/null"), 0, "Broken pipe");
+    ExpectEnd(Line("{ VLWAV convert a.wav -o -; echo $? >code; } | head -c 1 >/dev/null"), 0,
+              "vlwav: a.wav: Writing to standard output failed: Broken pipe");
     EXPECT_EQ(Bytes("code"), "1\n");
     ExpectEnd(Line("cat cut.wav | VLWAV convert - -o - >/dev/null"), 1, "50000 of 100000 promised frames");
     ExpectEnd(Line("VLWAV convert cut.wav -o - | cat >none"), 1, "50000 of 100000 promised frames");

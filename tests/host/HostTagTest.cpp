@@ -62,6 +62,15 @@ TEST_F(HostTag, AFileThatCannotBeChangedFailsAndTheOthersGoOn) {
         EXPECT_EQ(array[good]["tags"], (json{{"genre", "Folk"}}));
 }
 
+TEST_F(HostTag, WhatAnId3ChunkStillTellsIsNotToldAsCleared) {
+    const std::string frame("TPE1\0\0\0\4\0\0\0Ann", 14);
+    WriteTagged("INAM", "Song", "id3 \x18" + std::string("\0\0\0ID3\3\0\0\0\0\0\x0E", 13) + frame);
+    ASSERT_EQ(Json("tag a.wav")[0]["tags"], (json{{"title", "Song"}, {"artist", "Ann"}}));
+    ExpectEnd(Vlwav("tag a.wav --clear artist"), 1, "artist is still told by its chunk \"id3 \"");
+    EXPECT_EQ(Vlwav("tag a.wav --clear title --set artist=Zoe").exitCode, 0);
+    EXPECT_EQ(Json("tag a.wav")[0]["tags"], (json{{"artist", "Zoe"}}));
+}
+
 TEST_F(HostTag, TagsAbove64MiBAreRefusedBeforeAnythingIsMade) {
     constexpr uint32_t kHuge = 65 << 20;
     WavImage image = WavImage().Fmt(1, 1, 8000, 8).Data({1}).Header("LIST", kHuge);
@@ -91,7 +100,9 @@ TEST_F(HostTag, TagsGoOutAsJsonAndComeBackFromItOrFromAnotherFile) {
     ExpectEnd(other, 1, "vlwav: c.wav: The list has no entry for it.");
     WriteBytes("bad.json", "[{\"file\": \"a.wav\", \"tags\": {\"title\": [1]}}]");
     ExpectEnd(Vlwav("tag --import bad.json"), 1, "Entry 1 of the list");
-    ASSERT_EQ(Vlwav("tag c.wav --from a.wav --set genre=Jazz").exitCode, 0);
+    // Also to itself, and twice.
+    ASSERT_EQ(Vlwav("tag a.wav c.wav ./c.wav --from a.wav").exitCode, 0);
+    ASSERT_EQ(Vlwav("tag c.wav --set genre=Jazz").exitCode, 0);
     EXPECT_EQ(Json("tag c.wav")[0]["tags"], json({{"title", "Hiver"}, {"genre", "Jazz"}}));
 }
 
