@@ -17,6 +17,7 @@ CROSS_PACKAGES=(g++-aarch64-linux-gnu qemu-user)
 ABI_PACKAGES=(abigail-tools)
 MACHINES_PACKAGES=(parallel sox jq)
 SLURM_PACKAGES=(slurm-wlm munge sox jq)
+DOCS_PACKAGES=(doxygen mandoc python3)
 DEMO_PACKAGES=(alsa-utils sox libimage-exiftool-perl)
 
 JOBS="$(nproc)"
