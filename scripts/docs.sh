@@ -24,8 +24,9 @@ commands=()
 for page in "$made"/manual/source/vlwav*.1; do
   name="$(basename "$page" .1)"
   commands+=("$name")
-  mandoc -T html -O fragment "$page" | sed -E 's,<b>(vlwav(-[a-z]+)*)</b>\(1\),<a href="\1.html">\1(1)</a>,g' \
-    >"$made/manual/$name.part"
+  mandoc -T html -O fragment "$page" |
+    sed -E 's,(vlwav(-[a-z]+)*)\(1\),<a href="\1.html">\1(1)</a>,g; s,(^|[ (])(--[a-z-]+),\1<code>\2</code>,g' \
+      >"$made/manual/$name.part"
   printf '/** @page %s %s\n@htmlonly <div class="manual"> @endhtmlonly\n@htmlinclude %s.part\n@htmlonly </div> @endhtmlonly */\n' \
     "$name" "${name/-/ }" "$name" >"$made/manual/$name.dox"
 done
@@ -71,7 +72,8 @@ version="$(sed -n 's/^project(.*VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)"
 {
   printf '@INCLUDE = docs/site/Doxyfile\n'
   printf 'PROJECT_NUMBER = %s\nOUTPUT_DIRECTORY = %s\nLAYOUT_FILE = %s\n' "$version" "$made" "$made/layout.xml"
-  printf 'EXAMPLE_PATH = %s\nSTRIP_FROM_PATH = .\n' "$made/manual"
+  printf 'EXAMPLE_PATH = %s\nSTRIP_FROM_PATH = "%s"\nSTRIP_FROM_INC_PATH = "%s" "%s"\n' "$made/manual" "$ROOT" \
+    "$ROOT/capi" "$ROOT"
   printf 'INPUT = README.md %s capi/vlwav.h capi/vlwav_more.h capi/vlwav.hpp %s %s\n' "${guides[*]} ${more[*]}" \
     "${interfaces[*]}" "docs/site/namespaces.dox $made/manual"
 } >"$made/Doxyfile"
