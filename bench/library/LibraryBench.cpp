@@ -81,6 +81,7 @@ Came ReadOurs(vlw::Reader& reader, const std::string& path, std::vector<Sample>&
         read = reader.read(block.data(), kFrames);
         came.Add(block.data(), read.frames);
     }
+    reader.close();
     return came;
 }
 
