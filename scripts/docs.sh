@@ -79,5 +79,5 @@ version="$(sed -n 's/^project(.*VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)"
 } >"$made/Doxyfile"
 doxygen "$made/Doxyfile" || die "Doxygen has something to say"
 
-python3 docs/site/check_links.py "$made/html" || die "there are links that lead nowhere"
+/usr/bin/python3 docs/site/check_links.py "$made/html" || die "there are links that lead nowhere"
 say "open $made/html/index.html"
