@@ -11,7 +11,7 @@ made="${2:-}"
 if [[ -z "$made" ]]; then
   need "${BUILD_PACKAGES[@]}"
   CONFIGURE=("${SHIPPED_ALONE[@]}")
-  build release "${SHIPPED[@]}"
+  build release "${SHIPPED[@]}" vlwav_python
   made="$ROOT/build/release"
 fi
 [[ -d "$made/python/vlwav" ]] || die "$made has no Python package"
