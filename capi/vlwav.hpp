@@ -11,13 +11,18 @@
  * Two forms. Each operation that can fail has two: `open` throws vlw::Error, `try_open` returns a vlw::Result
  * and throws nothing of the library's. They are declared side by side, under one comment. A constructor's
  * second form is `try_make`. What can't fail has one form. std::bad_alloc may come out of either where a text
- * or a buffer of the program's finds no memory. Ends. That the audio ends, or was cut off before the end that
- * its file promises, is a value (vlw::Ending) in both forms. Owners. Module, Reader, Writer, Editor,
- * Converter, Tags and Bytes own what they hold, can be moved, and let go of it at their end: an unfinished
- * file is dropped, unsaved tags are too. One that was moved from fails with Code::bad_argument. Lent. What is
- * returned as a view (std::string_view, std::span, Block, Picture, TagsRef) lives as long as vlwav.h says.
- * The rest (frames, text, threads, fork, signals) is as vlwav.h has it. An object is used by one thread at a
- * time, as its handle is; a loaded Module by any number.
+ * or a buffer of the program's finds no memory.
+ *
+ * Ends. That the audio ends, or was cut off before the end that its file promises, is a value (vlw::Ending)
+ * in both forms.
+ *
+ * Owners. Module, Reader, Writer, Editor, Converter, Tags and Bytes own what they hold, can be moved, and let
+ * go of it at their end: an unfinished file is dropped, unsaved tags are too. One that was moved from fails
+ * with Code::bad_argument.
+ *
+ * Lent. What is returned as a view (std::string_view, std::span, Block, Picture, TagsRef) lives as long as
+ * vlwav.h says. The rest (frames, text, threads, fork, signals) is as vlwav.h has it. An object is used by
+ * one thread at a time, as its handle is; a loaded Module by any number.
  *
  * Decisions: Result has the names of std::expected, but dereferencing a failed one throws instead of being
  * undefined.
@@ -285,7 +290,7 @@ struct Format {
 
 /** A format that can be written, and its text for people. */
 struct StockFormat {
-    Format format;
+    Format format;     ///< without a length
     std::string text;  ///< "44.100 kHz, 16 Bits, Stereo"
 };
 
@@ -626,10 +631,11 @@ public:
     }
 
 protected:
+    /** For owners: whose tags these are is theirs to say. */
     explicit AnyTags(vlw_tags* tags) noexcept : m_tags(tags) {}
     AnyTags(const AnyTags&) = default;
     ~AnyTags() = default;
-
+    /** From now on the tags of another handle. */
     void refer_to(vlw_tags* tags) noexcept { m_tags = tags; }
 
 private:
@@ -830,12 +836,14 @@ public:
     /** Steps from block to block. */
     class iterator {
     public:
+        /** What every input iterator tells of itself. */
         using iterator_category = std::input_iterator_tag;
         using value_type = std::conditional_t<Throws, Block<T>, Result<Block<T>>>;
         using difference_type = std::ptrdiff_t;
         using pointer = void;
         using reference = value_type;
 
+        /** At the end of any range, or at the next block of one: each step reads a block. */
         iterator() = default;
         explicit iterator(Blocks* range) : m_range(range) { ++*this; }
         value_type operator*() const { return m_range->current(); }

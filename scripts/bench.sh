@@ -8,5 +8,5 @@ need "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" "${BENCH_PACKAGES[@]}" "${PEER
 build release vl_bench
 say "beside"
 dpkg-query -W -f '   ${Package} ${Version}\n' libsoxr0 libsamplerate0 libswresample4 libspeexdsp1 libzita-resampler1 \
-  libgstreamer-plugins-base1.0-0 ffmpeg sox mediainfo
+  libgstreamer-plugins-base1.0-0 libsndfile1 ffmpeg sox mediainfo
 build/release/bin/vl_bench "$@"

@@ -9,14 +9,16 @@ BUILD_PACKAGES=(git ca-certificates g++ cmake ninja-build pkg-config libcli11-de
   libcairo2-dev libfontconfig-dev libfftw3-dev)
 TEST_PACKAGES=(libgtest-dev binutils sox sndfile-programs imagemagick-6.q16 ffmpeg fish zsh groff-base mandoc)
 BENCH_PACKAGES=(libbenchmark-dev)
-PEER_PACKAGES=(libsoxr-dev libsamplerate0-dev libswresample-dev libavutil-dev libspeexdsp-dev libzita-resampler-dev)
+PEER_PACKAGES=(libsoxr-dev libsamplerate0-dev libswresample-dev libavutil-dev libspeexdsp-dev libzita-resampler-dev libsndfile1-dev)
 MORE_PEER_PACKAGES=(libgstreamer-plugins-base1.0-dev mediainfo sox ffmpeg)
 CLANG_PACKAGES=(clang clang-format clang-tidy libclang-rt-14-dev)
 COVERAGE_PACKAGES=(llvm python3)
 CROSS_PACKAGES=(g++-aarch64-linux-gnu qemu-user)
 ABI_PACKAGES=(abigail-tools)
 MACHINES_PACKAGES=(parallel sox jq)
+DASK_PACKAGES=(python3-distributed python3-numpy python3-cffi sox jq)
 SLURM_PACKAGES=(slurm-wlm munge sox jq)
+DOCS_PACKAGES=(doxygen mandoc python3)
 DEMO_PACKAGES=(alsa-utils sox libimage-exiftool-perl)
 
 JOBS="$(nproc)"

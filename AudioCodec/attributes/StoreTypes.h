@@ -30,6 +30,7 @@ inline constexpr uint32_t NIBBLE_LONG64 = 0x05000000;
 inline constexpr uint32_t NIBBLE_POINTER = 0x07000000;
 inline constexpr uint32_t NIBBLE_POINTER_ARRAY = 0x08000000;
 
+// What an id is meant to hold: one of NIBBLE_….
 constexpr uint32_t TypeNibble(uint32_t id) { return id & kTypeNibbleMask; }
 
 }  // namespace vlacwav3

@@ -5,6 +5,7 @@
 #include "AudioCodec/shell/object/ResultCodes.h"
 #include "platform/base/Guid.h"
 
+// What a module shows to its host.
 #define VL_MODULE_EXPORT extern "C" __attribute__((visibility("default")))
 
 namespace vlacwav3 {

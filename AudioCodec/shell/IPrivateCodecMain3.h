@@ -12,9 +12,9 @@ struct IAC3StreamReader;
 struct IAC3Writer;
 struct IAC3MetadataEditor;
 
-// The factories make a new object with one reference, which lives on after this one. RESULT_OK; otherwise the
-// receiver's pointer is null: RESULT_NO_MEMORY, RESULT_BAD_ARGUMENT for a null receiver.
 struct IPrivateCodecMain3 : IAttributeContainer64 {
+    // Each makes a new object with one reference, which lives on after this one. RESULT_OK; otherwise the
+    // receiver's pointer is null: RESULT_NO_MEMORY, RESULT_BAD_ARGUMENT for a null receiver.
     virtual Result CreateReader(IAC3Reader** reader /*out: the object is an IAC3StreamReader*/) = 0;
     virtual Result CreateWriter(IAC3Writer** writer /*out*/) = 0;
     virtual Result CreateMetadataEditor(const char16_t* path /*in: the file, opened by the editor's Open*/,

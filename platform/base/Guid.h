@@ -9,7 +9,9 @@
 
 namespace vlacwav3 {
 
+// An identifier of 16 bytes.
 struct GUID {
+    // Its parts, as its text has them between hyphens; the last one has two of those.
     uint32_t Data1;
     uint16_t Data2;
     uint16_t Data3;

@@ -15,7 +15,7 @@ inline constexpr int32_t PLATFORM_NOT_IMPLEMENTED = static_cast<int32_t>(0x80004
 inline constexpr int32_t PLATFORM_NO_INTERFACE    = static_cast<int32_t>(0x80004002);  // the object has no such interface
 inline constexpr int32_t PLATFORM_NULL_POINTER    = static_cast<int32_t>(0x80004003);  // null where a pointer is required
 inline constexpr int32_t PLATFORM_FAILED          = static_cast<int32_t>(0x80004005);  // no closer reason
-inline constexpr int32_t PLATFORM_NO_MEMORY       = static_cast<int32_t>(0x8007000E);
+inline constexpr int32_t PLATFORM_NO_MEMORY       = static_cast<int32_t>(0x8007000E);  // no memory for what was asked
 inline constexpr int32_t PLATFORM_BAD_ARGUMENT    = static_cast<int32_t>(0x80070057);  // a value that isn't allowed
 // clang-format on
 

@@ -11,13 +11,17 @@ namespace vlacwav3 {
 template <class T>
 class RefPtr {
 public:
+    // Refers to nothing.
     RefPtr() = default;
+    // Takes a reference of its own.
     static RefPtr Retain(T* object) {
         if (object) object->AddRef();
         return RefPtr(object);
     }
+    // Takes over a reference that came with the pointer.
     static RefPtr Adopt(T* object) { return RefPtr(object); }
 
+    // A copy counts for itself; what is moved is counted once.
     RefPtr(const RefPtr& other) : RefPtr(Retain(other.m_object)) {}
     RefPtr(RefPtr&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
     RefPtr& operator=(RefPtr other) noexcept {
@@ -26,6 +30,7 @@ public:
     }
     ~RefPtr() { Reset(); }
 
+    // Drops the reference.
     void Reset() {
         if (T* object = std::exchange(m_object, nullptr)) object->Release();
     }
@@ -37,6 +42,7 @@ public:
         return &m_object;
     }
 
+    // The object, still referred to; null for none.
     T* Get() const { return m_object; }
     T* operator->() const { return m_object; }
     T& operator*() const { return *m_object; }

@@ -11,7 +11,9 @@ inline constexpr uint32_t STREAM_SEEK_SET = 0;  // from the start
 inline constexpr uint32_t STREAM_SEEK_CUR = 1;  // from the current place
 inline constexpr uint32_t STREAM_SEEK_END = 2;  // from the end
 
+// What Stat tells of a stream, under the names of the platform.
 struct STATSTG {
+    // The module asks for none of it.
     char16_t* pwcsName;
     uint32_t type;
     ULARGE_INTEGER cbSize;  // bytes
@@ -25,6 +27,7 @@ struct STATSTG {
     uint32_t reserved;
 };
 
+// Bytes that come and go in order.
 struct ISequentialStream : IUnknown {
     // Copies bytes from the current place and moves it on. PLATFORM_OK, or a failure: any other result counts
     // as one, also PLATFORM_LESS. The module asks once and takes fewer bytes than it asked for as the end of
@@ -39,6 +42,7 @@ protected:
     ~ISequentialStream() = default;
 };
 
+// Bytes with a place among them that can be moved: what a host gives to OpenStream.
 struct IStream : ISequentialStream {
     // Moves the current place, to beyond the end too. PLATFORM_OK, or a failure, the place unmoved.
     virtual int32_t Seek(LARGE_INTEGER move /*in: bytes*/, uint32_t origin /*in: STREAM_SEEK_...*/,

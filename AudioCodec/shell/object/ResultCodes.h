@@ -8,6 +8,7 @@
 
 namespace vlacwav3 {
 
+// 0 for success, else one of RESULT_…, or a negative failure of the platform.
 using Result = int32_t;
 
 // clang-format off

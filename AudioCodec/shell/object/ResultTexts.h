@@ -8,12 +8,14 @@
 
 namespace vlacwav3 {
 
+// A row of the table.
 struct ResultText {
-    Result code;
+    Result code;       // RESULT_…
     const char* name;  // of the constant
     const char* text;  // English, one sentence
 };
 
+// All of them, by ascending code.
 // clang-format off
 inline constexpr ResultText kResultTexts[] = {
     {RESULT_OK,                "RESULT_OK",                "Done; nothing needs to be done."},
@@ -36,6 +38,7 @@ inline constexpr ResultText kResultTexts[] = {
 };
 // clang-format on
 
+// Whether the table has one row for each result, in order.
 constexpr bool AreResultTextsAscending() {
     for (size_t i = 1; i < std::size(kResultTexts); ++i) {
         if (kResultTexts[i - 1].code >= kResultTexts[i].code) return false;
