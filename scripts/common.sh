@@ -18,6 +18,8 @@ ABI_PACKAGES=(abigail-tools)
 MACHINES_PACKAGES=(parallel sox jq)
 SLURM_PACKAGES=(slurm-wlm munge sox jq)
 DEMO_PACKAGES=(alsa-utils sox libimage-exiftool-perl)
+PACKAGE_PACKAGES=(dpkg-dev lintian)
+TRY_PACKAGES=(debootstrap dpkg-dev sox)
 
 JOBS="$(nproc)"
 
