@@ -58,7 +58,9 @@ same() { cmp "$root/root/$1" "$root/root/$2" || die "$1 and $2 differ"; }
 # What a package could leave behind. Logs, the packages' own lists and caches are those of apt.
 files() { (cd $root && find . -xdev \( -path ./packages -o -path ./proc -o -path ./dev -o -path ./var/log -o -path ./var/cache \
   -o -path ./var/lib/apt -o -path ./var/lib/dpkg -o -path ./root \) -prune -o -print | sort); }
-installed_size() { inside "dpkg-query -W -f '\${Installed-Size}\n'" | awk '{ all += $1 } END { print all }'; }
+packages_in() { inside "dpkg-query -W -f '\${Package}\n'" | sort; }
+# size PACKAGE...: of their files, in KiB.
+size_in() { inside "dpkg-query -L $* | grep . | xargs -d '\\n' stat -c '%F %s %n'" | awk '/^regular/ && !seen[$NF]++ { all += $(NF - 1) } END { print int(all / 1024) }'; }
 
 cp -r build/packages $root/packages
 inside 'apt-get update -q' >build/try.log 2>&1 || die "apt-get update failed; see build/try.log"
@@ -66,12 +68,13 @@ sox -n -r 48000 -c 2 -b 16 $root/root/in.wav synth 1.5 sine 440 sine 660
 sox $root/root/in.wav -e ima-adpcm $root/root/packed.wav
 
 say "bare: without what is recommended"
-before="$(installed_size)"
+packages_in >build/try-packages
 files >build/try-before
 install_in --no-install-recommends libvlacwav3 libvlwav1 vlwav
-size=$(($(installed_size) - before))
-say "$size KiB, of which ours $(inside "dpkg-query -W -f '\${Installed-Size}\n' libvlacwav3 libvlwav1 vlwav" | awk '{ all += $1 } END { print all }') KiB"
-((size < 6144)) || die "that is more than about 5 MB"
+mapfile -t new < <(packages_in | comm -13 build/try-packages -)
+size="$(size_in "${new[@]}")"
+say "$size KiB in ${new[*]}; $(size_in libvlacwav3 libvlwav1 vlwav) KiB of them ours"
+((size < 5500)) || die "that is more than about 5 MB"
 inside 'vlwav --version' | sed 's/^/   /'
 expect "the module is registered" 'found by the registry: /usr/lib/.*/vlacwav3/' "$(inside 'vlwav where --verbose 2>&1')"
 inside 'vlwav convert in.wav -o out.wav --rate 44100 --channels 1' | sed 's/^/   /'
@@ -124,8 +127,11 @@ for program in ./resample-c ./resample-cpp built/cmake-c built/cmake-cpp; do
 done
 [[ "$(inside 'pkg-config --variable=module VlACWav3; cat built/module' | xargs -n1 realpath -m | sort -u | wc -l)" == 1 ]] ||
   die "pkg-config and CMake name two modules"
+inside 'vlwav decode packed.wav -o whole.raw --quiet'
+frames=$(($(stat -c %s $root/root/whole.raw) / 4))
 for host in ./example-host built/cmake-host; do
-  expect "$host" '^72000 frames promised, 72000 read$' "$(inside "$host \$(cat built/module) packed.wav")"
+  expect "$host" '^72000 frames promised, 72000 read$' "$(inside "$host \$(cat built/module) in.wav")"
+  expect "$host" "promised, $frames read\$" "$(inside "$host \$(cat built/module) packed.wav")"
 done
 
 if ((${#python[@]})); then
@@ -164,7 +170,7 @@ inside 'apt-get install -y -q --no-install-recommends /packages/next-*.deb' >bui
 expect "upgraded" '\+next$' "$(inside "dpkg-query -W -f '\${Version}' libvlacwav3")"
 echo >&8
 wait $upgraded || true
-expect "a host that ran through the upgrade" '^72000 frames$' "$(cat build/try/upgraded)"
+expect "a host that ran through the upgrade" "^$frames frames\$" "$(cat build/try/upgraded)"
 expect "the module is registered" 'found by the registry: ' "$(inside 'vlwav where --verbose 2>&1')"
 
 say "removal under a running host: $(inside 'apt-get remove -y libvlacwav3' >build/try.log 2>&1 && echo done)"
@@ -174,5 +180,5 @@ expect "a host whose libraries are gone" 'install what is missing' "$(cat build/
 left="$(cd $root && find . -xdev \( -path ./root -o -path ./packages -o -path ./proc -o -path ./dev -o -path ./var/lib/dpkg \) -prune -o \
   \( -iname '*vlwav*' -o -iname '*vlacwav*' -o -name 'libvl*' -o -name velto \) -print)"
 [[ "$left" =~ ^(\./usr/share/doc/vlwav-doc.*$'\n'?)*$ ]] || die "this is left behind: $left"
-rm -f build/try/go build/try/go-late build/try-before build/try-after
+rm -f build/try/go build/try/go-late build/try-before build/try-after build/try-packages
 say "all is well"
