@@ -73,9 +73,7 @@ WAV files that appear whole or not at all, and edits tags in place.
 This package holds the guides for programmers in C and C++ and for hosts of
 the codec module, with their examples.")
 set(CPACK_DEBIAN_VLWAV-DOC_PACKAGE_ARCHITECTURE all)
-if(VL_PYTHON AND EXISTS ${PROJECT_SOURCE_DIR}/python)
-  install(DIRECTORY ${PROJECT_BINARY_DIR}/python/vlwav/ DESTINATION lib/python3/dist-packages/vlwav
-    COMPONENT python3-vlwav PATTERN "__pycache__" EXCLUDE)
+if(VL_PYTHON_PACKAGE AND EXISTS ${PROJECT_SOURCE_DIR}/python)  # which says itself what is installed
   vl_package(python3-vlwav python no "read, convert, write and tag WAV files in Python"
 "Reads WAV and AIFF files as numpy arrays, resamples them, writes WAV files
 that appear whole or not at all, and edits tags in place.")

@@ -33,16 +33,9 @@ vl_needs(libvlwav1 DEPENDS ${lib}/libvlwav.so.${CPACK_VL_SOVERSION} RECOMMENDS $
 vl_needs(vlwav DEPENDS ${CPACK_VL_BUILD}/bin/vlwav RECOMMENDS ${lib}/libvlplot.so)
 set(CPACK_DEBIAN_LIBVLWAV-DEV_PACKAGE_DEPENDS "libvlwav1 (= ${version}), libvlacwav3 (= ${version})")
 set(CPACK_DEBIAN_LIBVLWAV-DEV_PACKAGE_SUGGESTS "vlwav-doc")
-file(GLOB extension ${CPACK_VL_BUILD}/python/vlwav/*.so)
-if("python3-vlwav" IN_LIST CPACK_COMPONENTS_ALL)
-  if(extension)
-    vl_needs(python3-vlwav DEPENDS ${extension})
-  endif()
-  # One of Debian 12's own, for which the extension was built.
-  set(python "python3 (>= 3.11~), python3 (<< 3.12), python3-numpy, libvlwav1 (= ${version})")
-  set(CPACK_DEBIAN_PYTHON3-VLWAV_PACKAGE_DEPENDS "${CPACK_DEBIAN_PYTHON3-VLWAV_PACKAGE_DEPENDS}, ${python}")
-  string(REGEX REPLACE "^, " "" CPACK_DEBIAN_PYTHON3-VLWAV_PACKAGE_DEPENDS "${CPACK_DEBIAN_PYTHON3-VLWAV_PACKAGE_DEPENDS}")
-endif()
+# Files of Python alone, which call the library through cffi.
+set(CPACK_DEBIAN_PYTHON3-VLWAV_PACKAGE_DEPENDS
+  "python3 (>= 3.11~), python3-cffi-backend, python3-numpy, libvlwav1 (= ${version})")
 
 file(WRITE ${place}/triggers "activate-noawait ldconfig\n")
 file(WRITE ${place}/shlibs "libvlwav ${CPACK_VL_SOVERSION} libvlwav1 (>= ${CPACK_PACKAGE_VERSION})\n")
