@@ -53,7 +53,7 @@ Module::Place Module::Find(const char* path) {
     return FindBeside();
 }
 
-Module::Place Module::FindBeside() { return {ModuleFile::OwnFolder() + '/' + kModuleName, VLW_FOUND_BESIDE}; }
+Module::Place Module::FindBeside() { return {ModuleFile::OfOurs(kModuleName), VLW_FOUND_BESIDE}; }
 
 Module::Module(const Place& place) : m_path(place.path), m_found(place.found), m_file(m_path, m_loadFailure) {
     if (!m_file)

@@ -34,19 +34,19 @@ set(VL_SDK_HEADERS
 
 foreach(header IN LISTS VL_SDK_HEADERS)
   cmake_path(GET header PARENT_PATH folder)
-  install(FILES ${header} DESTINATION ${VL_SDK_INCLUDEDIR}/${folder})
+  install(FILES ${header} DESTINATION ${VL_SDK_INCLUDEDIR}/${folder} COMPONENT libvlwav-dev)
 endforeach()
 
 configure_package_config_file(cmake/VlACWav3Config.cmake.in ${PROJECT_BINARY_DIR}/VlACWav3Config.cmake
   INSTALL_DESTINATION ${VL_SDK_PACKAGEDIR}
-  PATH_VARS VL_SDK_INCLUDEDIR CMAKE_INSTALL_LIBDIR)
+  PATH_VARS VL_SDK_INCLUDEDIR VL_PRIVATE_LIBDIR)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/VlACWav3ConfigVersion.cmake
   COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/VlACWav3Config.cmake ${PROJECT_BINARY_DIR}/VlACWav3ConfigVersion.cmake
-  DESTINATION ${VL_SDK_PACKAGEDIR})
+  DESTINATION ${VL_SDK_PACKAGEDIR} COMPONENT libvlwav-dev)
 
 # The way from the pkg-config file up to the prefix, however deep the library folder lies.
 file(RELATIVE_PATH VL_SDK_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 string(REGEX REPLACE "/$" "" VL_SDK_PREFIX "${VL_SDK_PREFIX}")
 configure_file(cmake/VlACWav3.pc.in ${PROJECT_BINARY_DIR}/VlACWav3.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/VlACWav3.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${PROJECT_BINARY_DIR}/VlACWav3.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT libvlwav-dev)

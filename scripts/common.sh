@@ -6,8 +6,9 @@ cd "$ROOT" || exit 1
 
 BUILD_PACKAGES=(git ca-certificates g++ cmake ninja-build pkg-config libcli11-dev libfmt-dev libsqlite3-dev nlohmann-json3-dev
   libjpeg62-turbo-dev libpng-dev libgif-dev libavformat-dev libavcodec-dev libavutil-dev libtag1-dev
-  libcairo2-dev libfontconfig-dev libfftw3-dev)
-TEST_PACKAGES=(libgtest-dev binutils sox sndfile-programs imagemagick-6.q16 ffmpeg fish zsh groff-base mandoc)
+  libcairo2-dev libfontconfig-dev libfftw3-dev python3 python3-cffi)
+TEST_PACKAGES=(libgtest-dev binutils sox sndfile-programs imagemagick-6.q16 ffmpeg fish zsh groff-base mandoc
+  python3-numpy python3-soundfile)
 BENCH_PACKAGES=(libbenchmark-dev)
 PEER_PACKAGES=(libsoxr-dev libsamplerate0-dev libswresample-dev libavutil-dev libspeexdsp-dev libzita-resampler-dev libsndfile1-dev)
 MORE_PEER_PACKAGES=(libgstreamer-plugins-base1.0-dev mediainfo sox ffmpeg)
@@ -20,6 +21,8 @@ DASK_PACKAGES=(python3-distributed python3-numpy python3-cffi sox jq)
 SLURM_PACKAGES=(slurm-wlm munge sox jq)
 DOCS_PACKAGES=(doxygen mandoc python3)
 DEMO_PACKAGES=(alsa-utils sox libimage-exiftool-perl)
+PACKAGE_PACKAGES=(dpkg-dev lintian)
+TRY_PACKAGES=(debootstrap dpkg-dev sox)
 
 JOBS="$(nproc)"
 
@@ -77,7 +80,7 @@ tell_steps() {
 }
 
 # What ships; tests and benchmarks are built by the scripts that run them.
-SHIPPED=(VlACWav3 vlmedia VlDSAudioStreamReader vlwav vlwav_pages)
+SHIPPED=(VlACWav3 vlmedia VlDSAudioStreamReader vlwav vlwav_pages vlwav_python)
 
 # Of a build that makes nothing else, so that the packages of the others needn't be there. Each preset turns them on
 # again.

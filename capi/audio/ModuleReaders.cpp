@@ -1,8 +1,10 @@
 #include "capi/audio/ModuleReaders.h"
 
+#include <filesystem>
 #include <string_view>
 
 #include "capi/ModuleFailure.h"
+#include "capi/OptionalLibrary.h"
 #include "capi/SystemFailure.h"
 #include "capi/posix/Descriptor.h"
 #include "platform/base/Utf.h"
@@ -31,6 +33,13 @@ IAC3StreamReader& ModuleReaders::Direct() {
     return *m_direct;
 }
 
+// The decoder's library lies beside the module, wherever that is.
+std::string ModuleReaders::WhyNoDecoder() const {
+    const auto library = std::filesystem::path(m_module.Path()).parent_path() / kDecoderLibrary.file;
+    const std::string missing = TryOptionalLibrary(kDecoderLibrary, library.string());
+    return missing.empty() ? "the module found no decoder." : missing;
+}
+
 IAC3StreamReader& ModuleReaders::Decoding() {
     if (m_decoding) return *m_decoding;
     RefPtr<IAC3StreamReader> reader = NewReader();
@@ -40,8 +49,7 @@ IAC3StreamReader& ModuleReaders::Decoding() {
     const Result opened = reader->Open(Utf::FromUtf8(file.ReopeningPath()).c_str(), OPEN_READ_ONLY);
     if (opened == RESULT_NO_MEMORY) throw std::bad_alloc();
     if (opened != RESULT_OK)
-        throw Failure(VLW_NO_DECODER,
-                      "Audio that isn't plain PCM can't be decoded here: the module found no decoder.");
+        throw Failure(VLW_NO_DECODER, "Audio that isn't plain PCM can't be decoded here: " + WhyNoDecoder());
     m_decoding = std::move(reader);
     return *m_decoding;
 }

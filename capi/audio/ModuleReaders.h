@@ -1,6 +1,8 @@
 // The readers of the module that a handle works with, made when first needed and kept for all its files.
 #pragma once
 
+#include <string>
+
 #include "AudioCodec/wave/IAC3StreamReader.h"
 #include "capi/Module.h"
 
@@ -19,6 +21,8 @@ public:
     RefPtr<vlacwav3::IAC3StreamReader> NewReader() const;
 
 private:
+    std::string WhyNoDecoder() const;
+
     const Module& m_module;
     RefPtr<vlacwav3::IAC3StreamReader> m_direct;
     RefPtr<vlacwav3::IAC3StreamReader> m_decoding;

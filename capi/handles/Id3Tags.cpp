@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "capi/Keywords.h"
+#include "capi/OptionalLibrary.h"
 #include "capi/handles/Id3Frames.h"
 #include "capi/id3/Id3Functions.h"
 #include "capi/posix/ModuleFile.h"
@@ -13,7 +14,6 @@
 namespace {
 
 constexpr uint64_t kReadMost = uint64_t{64} << 20;
-constexpr const char* kLibraryName = "/libvlid3.so";
 
 struct FrameRow {
     std::string_view frame;
@@ -84,11 +84,12 @@ void TakePicture(void* user, int32_t type, const void* bytes, size_t size) {
 Tags ReadId3Tags(Input& input, const SourceFacts& facts) {
     if (!facts.id3 || facts.id3->size == 0 || facts.id3->size > kReadMost) return {};
     std::string reason;
-    const ModuleFile library(ModuleFile::OwnFolder() + kLibraryName, reason);
-    // The loader has no number for it, and no tags for want of memory would be the wrong answer.
-    if (!library && reason.find("annot allocate memory") != reason.npos) throw std::bad_alloc();
+    const ModuleFile library(ModuleFile::OfOurs(kId3Library.file), reason);
     const auto read = library ? reinterpret_cast<ReadId3Function>(library.Find(kReadId3Name)) : nullptr;
-    if (!read) return {};
+    // No tags would be the wrong answer.
+    if (!read)
+        throw Failure(VLW_NO_DECODER,
+                      "Its ID3 tags can't be read here: " + WhatIsMissing(kId3Library, reason));
     InputBlocks blocks(input);
     const std::vector<uint8_t> frames = FramesOfUse(blocks, *facts.id3);
     if (frames.empty()) return {};

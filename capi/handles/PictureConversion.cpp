@@ -4,9 +4,11 @@
 
 #include "AudioCodec/metadata/IAC3Metadata.h"
 #include "capi/ModuleFailure.h"
+#include "capi/OptionalLibrary.h"
 #include "capi/SystemFailure.h"
 #include "capi/handles/WriteFailure.h"
 #include "capi/posix/Descriptor.h"
+#include "capi/posix/ModuleFile.h"
 #include "platform/base/Utf.h"
 #include "platform/image/Image.h"
 
@@ -30,12 +32,10 @@ std::unique_ptr<CImage> Decode(IAC3Metadata& metadata) {
     const Result result = metadata.GetPictureImage(&image, id, nullptr);
     std::unique_ptr<CImage> owned(image);
     RequireModule(result, "Decoding", kName);
-    if (!owned || owned->IsNull())
-        throw Failure(
-            VLW_BAD_VALUE,
-            "This is no whole JPEG, PNG, GIF or BMP picture, or libvlimage.so is missing beside the "
-            "module; check both.");
-    return owned;
+    if (owned && !owned->IsNull()) return owned;
+    const std::string missing = TryOptionalLibrary(kImageLibrary, ModuleFile::OfOurs(kImageLibrary.file));
+    if (!missing.empty()) throw Failure(VLW_NO_DECODER, "Pictures can't be decoded here: " + missing);
+    throw Failure(VLW_BAD_VALUE, "This is no whole JPEG, PNG, GIF or BMP picture.");
 }
 
 std::vector<uint8_t> MakeJpeg(IAC3Metadata& metadata, CImage& image) {

@@ -68,9 +68,11 @@ std::string ModuleFile::Version() const {
     return search.version;
 }
 
-std::string ModuleFile::OwnFolder() {
+std::string ModuleFile::OfOurs(const char* name) {
     Dl_info info{};
     if (dladdr(reinterpret_cast<const void*>(&VisitModule), &info) == 0) return {};
     std::error_code ignored;
-    return std::filesystem::weakly_canonical(info.dli_fname, ignored).parent_path().string();
+    const auto folder = std::filesystem::weakly_canonical(info.dli_fname, ignored).parent_path();
+    const auto installed = folder / VL_PRIVATE_FOLDER / name;
+    return (std::filesystem::exists(installed, ignored) ? installed : folder / name).string();
 }

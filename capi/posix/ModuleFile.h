@@ -13,8 +13,9 @@ public:
     void* Find(const char* name) const;  // null for a name that it doesn't export
     std::string Version() const;         // from the note in the file; empty without one
 
-    // The folder of the file that this very code is in.
-    static std::string OwnFolder();
+    // The path of one of the libraries that come with this code: in the private folder beside its own file,
+    // where they are installed, else beside the file itself, where they are built.
+    static std::string OfOurs(const char* name);
 
 private:
     struct Closer {

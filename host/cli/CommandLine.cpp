@@ -9,6 +9,7 @@
 #include "host/cli/HelpText.h"
 #include "host/cli/Nearest.h"
 #include "host/files/Output.h"
+#include "host/terminal/TerminalText.h"
 
 namespace {
 
@@ -136,6 +137,17 @@ UsageFailure Wrong(const CLI::App& app, const Command* command, const std::vecto
                                     : std::string(kHint)));
 }
 
+// Of all that may be of different releases. The program's own is told also where there is no module.
+std::string VersionText(Context& context) {
+    std::string text = fmt::format("vlwav {}\nlibvlwav {}\nVlACWav3 ", VLWAV_VERSION, vlw::version_text());
+    try {
+        const vlw::Module& module = context.Module();
+        return text + fmt::format("{}, {}\n", module.version(), TerminalText::Printable(module.path()));
+    } catch (const Failure& failure) {
+        return text + "is missing: " + failure.what() + '\n';
+    }
+}
+
 void Tell(const std::string& text) {
     Output output = Output::Standard();
     output.Write(text);
@@ -172,10 +184,10 @@ Command* CommandLine::Parse(int argc, const char* const* argv) {
     const std::vector<Option> common = CommonOptions(m_context);
     RequireCommand(m_commands, common, argc, argv);
     CLI::App app("", "vlwav");
-    app.set_version_flag("--version", "vlwav " VLWAV_VERSION);
     app.require_subcommand(1);
     app.fallthrough();  // the common options may stand after the command as well
     AddOptions(app, common);
+    app.set_version_flag("--version", "");  // after --module, which has its value then
     std::vector<const CLI::App*> parsers;
     for (const auto& command : m_commands) {
         CLI::App* const parser = app.add_subcommand(command->About().name, command->About().summary);
@@ -194,8 +206,9 @@ Command* CommandLine::Parse(int argc, const char* const* argv) {
         const Command* const command = chosen();
         Tell(command ? HelpText::Of(*command, common) : HelpText::OfProgram(m_commands, common));
         return nullptr;
-    } catch (const CLI::CallForVersion& version) {
-        Tell(std::string(version.what()) + '\n');
+    } catch (const CLI::CallForVersion&) {
+        GuardedWords::Uncover(common);
+        Tell(VersionText(m_context));
         return nullptr;
     } catch (const CLI::ParseError& error) {
         throw Wrong(app, chosen(), common, error);

@@ -244,7 +244,7 @@ std::string Zsh(const Commands& commands, const std::vector<Option>& common) {
            "  )\n"
            "  _arguments -C -S \\\n" +
            ZshOptions(common, commands) +
-           "          '--version[The version]' '--help[What there is, in short]' \\\n"
+           "          '--version[The versions]' '--help[What there is, in short]' \\\n"
            "          '1: :->command' '*:: :->arguments'\n"
            "  case $state in\n"
            "    command) _describe 'command' commands ;;\n"

@@ -104,7 +104,8 @@ std::string OfProgram(const Commands& commands, const std::vector<Option>& commo
         text += Tagged(command->About().name,
                        command->About().summary + ". See vlwav-" + command->About().name + "(1).");
     text += Section("OPTIONS") + OptionEntries(common);
-    text += Tagged("-h, --help", "What there is, in short.") + Tagged("--version", "The program's version.");
+    text += Tagged("-h, --help", "What there is, in short.") +
+            Tagged("--version", "The versions of program, library and module, and where that is.");
     text += Entries("ENVIRONMENT", kEnvironment) + Entries("EXIT STATUS", kExitStatus);
     text += ".PP\n" + Flowing("A signal ends the program as a signal; what wasn't whole by then is gone.");
     return text;

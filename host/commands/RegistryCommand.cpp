@@ -7,6 +7,7 @@
 #include "host/base/Failure.h"
 #include "host/commands/Commands.h"
 #include "host/files/Output.h"
+#include "host/terminal/Report.h"
 #include "host/terminal/TerminalText.h"
 
 namespace {
@@ -54,14 +55,14 @@ private:
 class UnregisterCommand final : public Command {
 public:
     UnregisterCommand()
-        : Command({"unregister",
-                   "Take the module out of the registry",
-                   {"What the registry of all users has is found again afterwards, where a user takes out an "
-                    "entry of "
-                    "the own one."},
-                   {{"For the user", "vlwav unregister"},
-                    {"For all users of the machine", "sudo vlwav unregister --system"},
-                    {"What is found then", "vlwav unregister && vlwav where"}}}) {
+        : Command(
+              {"unregister",
+               "Take the module out of the registry",
+               {"What the registry of all users has is found again afterwards, where a user takes out an "
+                "entry of the own one, and after both what a package brings; that goes with the package."},
+               {{"For the user", "vlwav unregister"},
+                {"For all users of the machine", "sudo vlwav unregister --system"},
+                {"What is found then", "vlwav unregister && vlwav where"}}}) {
         Take({"--system", "", "The registry of all users, which takes root's rights", &m_system});
     }
 
@@ -69,7 +70,12 @@ public:
         const vlw::Module& module = context.Module();
         const auto takeOut = m_system ? &vlw_module_unregister_system : &vlw_module_unregister;
         Require(module, takeOut(module.get()));
-        return Tell("unregistered");
+        const ExitCode code = Tell("unregistered");
+        vlw::Module next;
+        if (vlw_module_load(next.get(), nullptr) == VLW_OK &&
+            vlw_module_found(next.get()) == VLW_FOUND_BY_REGISTRY)
+            Report::Note("", "another registry still names " + std::string(next.path()));
+        return code;
     }
 
 private:

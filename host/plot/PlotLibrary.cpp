@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <filesystem>
 #include <new>
 
 #include "capi/vlwav.h"
@@ -10,13 +11,18 @@
 namespace PlotLibrary {
 namespace {
 
+namespace fs = std::filesystem;
+
 constexpr const char* kName = "libvlplot.so";
 
-// Beside the C library, which the system has found already.
+// With the C library, which the system has found already: in the private folder beside that, where it is
+// installed, else beside it, where it is built.
 std::string Path() {
     Dl_info info{};
-    const std::string found = dladdr(reinterpret_cast<void*>(&vlw_version), &info) != 0 ? info.dli_fname : "";
-    return found.substr(0, found.rfind('/') + 1) + kName;
+    const fs::path library = dladdr(reinterpret_cast<void*>(&vlw_version), &info) != 0 ? info.dli_fname : "";
+    const fs::path installed = library.parent_path() / VL_PRIVATE_FOLDER / kName;
+    std::error_code ignored;
+    return fs::exists(installed, ignored) ? installed : library.parent_path() / kName;
 }
 
 const PlotFunctions& Load() {

@@ -48,7 +48,11 @@ TEST_F(HostPicture, WithoutTheLibrariesOnDemandAllElseWorks) {
     EXPECT_NE(info.out.find("10 frames"), std::string::npos) << info.out;
     EXPECT_NE(info.out.find("wide.wav\n  codec      PCM in WAV, 24"), std::string::npos)
         << info.out;  // its head tells it
-    ExpectEnd(Run("./vlwav decode wide.wav -o wide.raw"), 1, "vlwav: wide.wav: ");
+    WriteImage("id3.wav",
+               WavImage().Fmt(1, 1, 8000, 16).Chunk("data", "12345678").Chunk("id3 ", "ID3\x03..."));
+    ExpectEnd(Run("./vlwav decode wide.wav -o wide.raw"), 1, "the package libavformat59");
+    ExpectEnd(Run("./vlwav convert id3.wav -o out.wav"), 1, "the package libtag1v5");  // and loses none
+    EXPECT_EQ(Run("./vlwav decode id3.wav -o id3.raw").exitCode, 0);
     ExpectEnd(Run("./vlwav picture in.bmp --to jpg -o out.jpg"), 1, "libvlimage.so");
     ExpectEnd(Run("./vlwav plot a.wav -o out.png"), 1, "libvlplot.so");
     ExpectEnd(Run("./vlwav compare a.wav a.wav --align"), 1, "install what is missing");

@@ -3,11 +3,13 @@
 // module's own file. The system's way, a library that the module names as needed, looks beside the link by
 // which a module was loaded, and takes whatever copy of the layer the process has already.
 //
-// A module whose layer can't be had, for want of the file or of memory, is loaded all the same, and is not
-// attached: each function returns 0 there.
+// A module whose layer can't be had, for want of the file or of memory, or because that is an older one
+// without a function that the module knows, is loaded all the same, and is not attached: each function
+// returns 0 there.
 #include <dlfcn.h>
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <iterator>
 
 #include "platform/base/Border.h"
@@ -67,12 +69,17 @@ void* LoadLayer() {
 
 constexpr int kBeforeAllElse = 101;  // the least that a program may ask for
 
+// Whether the layer has every function. Half of them would look like one that works.
+bool FillFromLayer() {
+    for (size_t i = 0; i < std::size(kNames); ++i)
+        if (!(vl_layer_functions[i] = dlsym(s_layer, kNames[i]))) return dlerror() == nullptr;
+    return true;
+}
+
 [[gnu::constructor(kBeforeAllElse)]] void FillTable() {
     s_layer = AtBorder(nullptr, &LoadLayer);
-    for (size_t i = 0; i < std::size(kNames); ++i) {
-        void* const function = s_layer ? dlsym(s_layer, kNames[i]) : nullptr;
-        vl_layer_functions[i] = function ? function : reinterpret_cast<void*>(&ReturnNothing);
-    }
+    if (!s_layer || !FillFromLayer())
+        std::fill_n(vl_layer_functions, std::size(kNames), reinterpret_cast<void*>(&ReturnNothing));
     mprotect(vl_layer_functions, sizeof(vl_layer_functions), PROT_READ);
 }
 
