@@ -8,7 +8,7 @@ BUILD_PACKAGES=(git ca-certificates g++ cmake ninja-build pkg-config libcli11-de
   libjpeg62-turbo-dev libpng-dev libgif-dev libavformat-dev libavcodec-dev libavutil-dev libtag1-dev
   libcairo2-dev libfontconfig-dev libfftw3-dev python3 python3-cffi)
 TEST_PACKAGES=(libgtest-dev binutils sox sndfile-programs imagemagick-6.q16 ffmpeg fish zsh groff-base mandoc
-  python3-numpy python3-soundfile)
+  python3-numpy python3-soundfile python3-matplotlib)
 BENCH_PACKAGES=(libbenchmark-dev)
 PEER_PACKAGES=(libsoxr-dev libsamplerate0-dev libswresample-dev libavutil-dev libspeexdsp-dev libzita-resampler-dev libsndfile1-dev)
 MORE_PEER_PACKAGES=(libgstreamer-plugins-base1.0-dev mediainfo sox ffmpeg)

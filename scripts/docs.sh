@@ -74,6 +74,7 @@ version="$(sed -n 's/^project(.*VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)"
   printf 'PROJECT_NUMBER = %s\nOUTPUT_DIRECTORY = %s\nLAYOUT_FILE = %s\n' "$version" "$made" "$made/layout.xml"
   printf 'EXAMPLE_PATH = %s\nSTRIP_FROM_PATH = "%s"\nSTRIP_FROM_INC_PATH = "%s" "%s"\n' "$made/manual" "$ROOT" \
     "$ROOT/capi" "$ROOT"
+  printf 'HTML_EXTRA_FILES = %s\n' "$(printf '%s ' docs/*.png)"
   printf 'INPUT = README.md %s capi/vlwav.h capi/vlwav_more.h capi/vlwav.hpp %s %s\n' "${guides[*]} ${more[*]}" \
     "${interfaces[*]}" "docs/site/namespaces.dox $made/manual"
 } >"$made/Doxyfile"
