@@ -10,7 +10,6 @@ compgen -G 'build/packages/vlwav_*.deb' >/dev/null || die "build/packages has no
 
 base=build/try/base
 root=build/try/root
-ours=(libvlacwav3 libvlwav1 libvlwav-dev vlwav vlwav-doc)
 python=()
 compgen -G 'build/packages/python3-vlwav_*.deb' >/dev/null && python=(python3-vlwav)
 
@@ -22,7 +21,12 @@ if [[ ! -f $base/etc/debian_version ]]; then
   mv $base.new $base
 fi
 
-leave() { umount -q "$ROOT/$root/proc" "$ROOT/$root/dev" || true; }
+leave() {
+  local place
+  for place in proc dev; do
+    ! mountpoint -q "$ROOT/$root/$place" || umount "$ROOT/$root/$place"
+  done
+}
 leave
 rm -rf --one-file-system "$root"
 cp -a $base $root
@@ -39,18 +43,26 @@ printf '#!/bin/sh\nexit 101\n' >$root/usr/sbin/policy-rc.d
 chmod +x $root/usr/sbin/policy-rc.d
 
 # inside COMMAND: a line for the shell of the bare system, whose user has a folder of his own.
-inside() { chroot $root env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive sh -ec "cd /root; $1"; }
-# install OPTION_OR_PACKAGE...: by apt; ours from their files. What apt says shows where it fails.
+inside() {
+  chroot $root env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive \
+    sh -ec "cd /root; $1"
+}
+# inside_quietly COMMAND: what it says shows where it fails.
+inside_quietly() {
+  inside "$1" >build/try.log 2>&1 && return
+  tail -40 build/try.log >&2
+  die "this failed in the bare system: $1"
+}
+# install_in OPTION_OR_PACKAGE...: by apt; ours from their files.
 install_in() {
-  local given=() each
+  local each given=()
   for each in "$@"; do
-    case "$each" in
-      -*) given+=("$each") ;;
-      *) given+=("$(cd $root && ls packages/"${each}"_*.deb 2>/dev/null | sed 's|^|/|' || true)")
-        [[ -n "${given[-1]}" ]] || given[-1]="$each" ;;
-    esac
+    if [[ "$each" != -* ]] && compgen -G "build/packages/${each}_*.deb" >/dev/null; then
+      each="/packages/${each}_*.deb"
+    fi
+    given+=("$each")
   done
-  inside "apt-get install -y -q ${given[*]}" >build/try.log 2>&1 || { tail -40 build/try.log >&2; die "apt-get install $* failed"; }
+  inside_quietly "apt-get install -y -q ${given[*]}"
 }
 # expect WHAT PATTERN TEXT
 expect() { grep -Eq -- "$2" <<<"$3" || die "$1: expected \"$2\", got: $3"; }
@@ -59,13 +71,16 @@ same() { cmp "$root/root/$1" "$root/root/$2" || die "$1 and $2 differ"; }
 files() { (cd $root && find . -xdev \( -path ./packages -o -path ./proc -o -path ./dev -o -path ./var/log -o -path ./var/cache \
   -o -path ./var/lib/apt -o -path ./var/lib/dpkg -o -path ./root \) -prune -o -print | sort); }
 packages_in() { inside "dpkg-query -W -f '\${Package}\n'" | sort; }
-# size PACKAGE...: of their files, in KiB.
-size_in() { inside "dpkg-query -L $* | grep . | xargs -d '\\n' stat -c '%F %s %n'" | awk '/^regular/ && !seen[$NF]++ { all += $(NF - 1) } END { print int(all / 1024) }'; }
+# size_in PACKAGE...: of their files, in KiB.
+size_in() {
+  inside "dpkg-query -L $* | grep . | xargs -d '\\n' stat -c '%F %s %n'" |
+    awk '/^regular/ && !seen[$NF]++ { all += $(NF - 1) } END { print int(all / 1024) }'
+}
 
 cp -r build/packages $root/packages
-inside 'apt-get update -q' >build/try.log 2>&1 || die "apt-get update failed; see build/try.log"
-sox -n -r 48000 -c 2 -b 16 $root/root/in.wav synth 1.5 sine 440 sine 660
-sox $root/root/in.wav -e ima-adpcm $root/root/packed.wav
+inside_quietly 'apt-get update -q'
+sox -n -r 48000 -c 2 -b 16 $root/root/in.wav synth 1.5 sine 440 sine 660 gain -6
+sox -D $root/root/in.wav -e ima-adpcm $root/root/packed.wav
 
 say "bare: without what is recommended"
 packages_in >build/try-packages
@@ -86,21 +101,21 @@ say "$said"
 [[ ! -e $root/root/none.raw && ! -e $root/root/none.wav ]] || die "something was made without a decoder"
 
 say "bare: away again"
-inside 'vlwav convert in.wav -o a.wav --rate 8000 --quiet; apt-get purge -y --autoremove libvlacwav3' >build/try.log 2>&1
+inside_quietly 'vlwav convert in.wav -o a.wav --rate 8000 --quiet; apt-get purge -y --autoremove libvlacwav3'
 rm -f $root/root/a.wav
 files >build/try-after
 # What belongs to a package that apt took as well is gone with it; the loader's cache is written anew.
 diff build/try-before build/try-after || die "this is left behind, or gone too"
-inside 'ls -d /etc/velto /usr/share/velto 2>/dev/null' && die "a registry is left" || true
+! inside 'ls -d /etc/velto /usr/share/velto 2>/dev/null' || die "a registry is left"
 
 say "with the decoder's package, the guides and the headers"
 install_in --no-install-recommends libvlacwav3 libvlwav1 libvlwav-dev vlwav vlwav-doc "${python[@]}" libavformat59
 install_in --no-install-recommends gcc g++ libc6-dev cmake make pkg-config
-inside 'vlwav decode packed.wav --rate 44100 --channels 1 -o packed.raw --quiet; vlwav decode in.wav --rate 44100 --channels 1 -o in.raw --quiet
-  cp -r /usr/share/doc/vlwav-doc/examples programs; gunzip -qr programs || true; cp /usr/share/doc/vlwav-doc/example-host.cpp* .; gunzip -q example-host.cpp.gz || true'
+inside 'for file in in packed; do vlwav decode $file.wav --rate 44100 --channels 1 -o $file.raw --quiet; done
+  cp -r /usr/share/doc/vlwav-doc/examples programs; cp /usr/share/doc/vlwav-doc/example-host.cpp .'
 
 say "programs in C and C++, by pkg-config and by CMake"
-inside 'cc -std=c11 programs/c/resample.c -o resample-c $(pkg-config --cflags --libs vlwav)
+inside_quietly 'cc -std=c11 programs/c/resample.c -o resample-c $(pkg-config --cflags --libs vlwav)
   c++ programs/cpp/resample.cpp -o resample-cpp $(pkg-config --cflags --libs vlwav-cpp)
   c++ example-host.cpp -o example-host $(pkg-config --cflags VlACWav3)
   mkdir project
@@ -117,7 +132,7 @@ add_executable(cmake-host ../example-host.cpp)
 target_link_libraries(cmake-host PRIVATE VlACWav3::sdk)
 file(WRITE \${CMAKE_BINARY_DIR}/module "\${VlACWav3_MODULE}")
 EOF
-  cmake -S project -B built && cmake --build built' >build/try.log 2>&1 || { tail -40 build/try.log >&2; die "the programs can't be built"; }
+  cmake -S project -B built && cmake --build built'
 for program in ./resample-c ./resample-cpp built/cmake-c built/cmake-cpp; do
   for file in in packed; do
     inside "$program $file.wav 44100 1 by-program.raw" >/dev/null
@@ -167,19 +182,20 @@ exec 8>build/try/go 9>build/try/go-late
 for said in build/try/upgraded build/try/bereft; do
   until grep -q ready $said; do sleep 0.1; done
 done
-inside 'apt-get install -y -q --no-install-recommends /packages/next-*.deb' >build/try.log 2>&1 || { tail -40 build/try.log >&2; die "the upgrade failed"; }
+inside_quietly 'apt-get install -y -q --no-install-recommends /packages/next-*.deb'
 expect "upgraded" '\+next$' "$(inside "dpkg-query -W -f '\${Version}' libvlacwav3")"
 echo >&8
 wait $upgraded || true
 expect "a host that ran through the upgrade" "^$frames frames\$" "$(cat build/try/upgraded)"
 expect "the module is registered" 'found by the registry: ' "$(inside 'vlwav where --verbose 2>&1')"
 
-say "removal under a running host: $(inside 'apt-get remove -y libvlacwav3 vlwav-doc' >build/try.log 2>&1 && echo done)"
+say "removal under a running host"
+inside_quietly 'apt-get remove -y libvlacwav3 vlwav-doc'
 echo >&9
 wait $bereft || true
 expect "a host whose libraries are gone" 'install what is missing' "$(cat build/try/bereft)"
-left="$(cd $root && find . -xdev \( -path ./root -o -path ./packages -o -path ./proc -o -path ./dev -o -path ./var/lib/dpkg \) -prune -o \
-  \( -iname '*vlwav*' -o -iname '*vlacwav*' -o -name 'libvl*' -o -name velto \) -print)"
+left="$(cd $root && find . -xdev \( -path ./root -o -path ./packages -o -path ./proc -o -path ./dev -o \
+  -path ./var/lib/dpkg \) -prune -o \( -iname '*vlwav*' -o -iname '*vlacwav*' -o -name 'libvl*' -o -name velto \) -print)"
 [[ -z "$left" ]] || die "this is left behind: $left"
 rm -f build/try/go build/try/go-late build/try-before build/try-after build/try-packages
 say "all is well"

@@ -1,5 +1,6 @@
-// Writes the registry that a package brings along, at package time, so that nothing has to run where it is installed:
-// vlacwav3_registry MODULE makes VELTO_SYSTEM_REGISTRY as MODULE's own registering would, were it there already.
+// Writes the registry that a package brings along, at package time, so that nothing has to run where it is
+// installed: vlacwav3_registry MODULE makes VELTO_SYSTEM_REGISTRY as MODULE's own registering would, were it
+// there already.
 #include <cstdio>
 
 #include "AudioCodec/shell/ClassIds.h"
@@ -14,6 +15,7 @@ int main(int argc, char** argv) {
         Registration::RegisterCodec(vlacwav3::CLSID_VlACWav3, argv[1]);
         error = transaction.End(0);  // hears of what failed inside
     }
-    if (error != 0) std::fprintf(stderr, "vlacwav3_registry: the registry can't be written: %d\n", int{error});
+    if (error != 0)
+        std::fprintf(stderr, "vlacwav3_registry: the registry can't be written: %d\n", int{error});
     return error != 0;
 }
