@@ -20,6 +20,7 @@ build release "${SHIPPED[@]}" vl_bench # g++, warnings are errors; tests are bui
 build tsan                             # clang, likewise
 
 scripts/check-abi.sh
+scripts/docs.sh build/release/bin/vlwav_pages
 
 say "kernels"
 # A function that two files share is the linker's to choose, and would be the one for a newer processor.

@@ -20,6 +20,11 @@ from ._tags import TagView
 
 BLOCK = 16384  # frames
 
+# Handles that wait for another file: opening one again is faster than making it. A child of a fork has none of the parent's.
+_idle: list[Any] = []
+_MOST_IDLE = 8
+os.register_at_fork(after_in_child=_idle.clear)
+
 
 def _levels_to_caller() -> int:
     """From the function that asks: to the first that isn't of this package, whom a warning is for."""
@@ -37,15 +42,16 @@ class Reader:
     def __init__(self, file: Any, rate: Any, channels: Any, *, look: bool = False) -> None:
         """look: the file is only to be looked at, and no decoder is asked for."""
         self._guard = Guard()
-        self._handle = new("reader", module())
+        try:
+            self._handle = _idle.pop()
+        except IndexError:
+            self._handle = new("reader", module())
         self._stream: Any = None
         self.name = name_of(file)
         self.closed = True
         self._cut = self._warned = False
-        if rate is not None or channels is not None:
-            self._check(lib.vlw_reader_output(self._handle, count(rate, "rate"), count(channels, "channels")))
-        if look:
-            lib.vlw_reader_decode_late(self._handle, 1)
+        self._check(lib.vlw_reader_output(self._handle, count(rate, "rate"), count(channels, "channels")))
+        lib.vlw_reader_decode_late(self._handle, look)
         code, self._stream, self._memory = open_source(self._handle, file)
         self._check(code)
         self.closed = False
@@ -354,6 +360,9 @@ class Reader:
                 self.closed = True
                 lib.vlw_reader_close(self._handle)
                 self._memory = None
+                if len(_idle) < _MOST_IDLE:
+                    _idle.append(self._handle)
+                self._handle = ffi.NULL
 
     def __enter__(self) -> "Reader":
         self._open()
