@@ -10,11 +10,11 @@ from typing import Any
 import numpy as np
 
 from ._arguments import count
-from ._errors import CutWarning, FileError, check, fail, failure
-from ._guard import Guard
+from ._errors import CutWarning, FileError, failure
+from ._file import _File
 from ._info import Info, Picture, info_of, new_format, pictures_of
 from ._library import UNKNOWN, ffi, lib, module, new
-from ._places import name_of, open_source
+from ._places import open_source
 from ._samples import PIECE, SCRATCH, STEP, check_out, empty, kind_of, pointer
 from ._tags import TagView
 
@@ -34,21 +34,16 @@ def _levels_to_caller() -> int:
     return level
 
 
-class Reader:
+class Reader(_File):
     """A file open for reading; made by `open`. len() is its frames; iterating gives blocks of 16384 frames."""
-
-    mode = "r"
 
     def __init__(self, file: Any, rate: Any, channels: Any, *, look: bool = False) -> None:
         """look: the file is only to be looked at, and no decoder is asked for."""
-        self._guard = Guard()
         try:
-            self._handle = _idle.pop()
+            handle = _idle.pop()
         except IndexError:
-            self._handle = new("reader", module())
-        self._stream: Any = None
-        self.name = name_of(file)
-        self.closed = True
+            handle = new("reader", module())
+        super().__init__(file, "r", handle, lib.vlw_reader_error)
         self._cut = self._warned = False
         self._check(lib.vlw_reader_output(self._handle, count(rate, "rate"), count(channels, "channels")))
         lib.vlw_reader_decode_late(self._handle, look)
@@ -58,23 +53,6 @@ class Reader:
         self.rate = lib.vlw_reader_rate(self._handle)
         self.channels = lib.vlw_reader_channels(self._handle)
         self._done = ffi.new("size_t *")
-
-    def _check(self, code: int) -> int:
-        if code >= 0:
-            return code
-        stream = self._stream
-        if stream is not None and stream.error is not None:
-            error, stream.error = stream.error, None
-            raise error
-        fail(code, lib.vlw_reader_error, self._handle)
-
-    def _open(self) -> None:
-        if self.closed:
-            raise ValueError("the file is closed")
-
-    @property
-    def samplerate(self) -> int:
-        return self.rate
 
     @property
     def frames(self) -> int | None:
@@ -93,7 +71,7 @@ class Reader:
         with self._guard:
             self._open()
             what = new_format()
-            check(lib.vlw_reader_format(self._handle, what), lib.vlw_reader_error, self._handle)
+            self._check(lib.vlw_reader_format(self._handle, what))
             return info_of(what, self.name)
 
     def _tags(self) -> Any:
@@ -382,6 +360,3 @@ class Reader:
 
     def __bool__(self) -> bool:
         return True
-
-    def __repr__(self) -> str:
-        return f"<vlwav.Reader {self.name!r}, {self.rate} Hz, {self.channels} channels{', closed' if self.closed else ''}>"

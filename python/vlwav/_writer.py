@@ -6,15 +6,14 @@ from typing import Any
 import numpy as np
 
 from ._arguments import count, text_kind, width
-from ._errors import fail
-from ._guard import Guard
+from ._file import _File
 from ._library import lib, module, new
-from ._places import create_target, name_of
+from ._places import create_target
 from ._samples import PIECE, SCRATCH, check_data, pointer, to_steps
 from ._tags import TagMap, new_tags
 
 
-class Writer:
+class Writer(_File):
     """A file being written; made by `open` with "w" or "x". It appears under its name in `close`; a `with` block that ends
     with an exception, and a Writer that is forgotten, drop it."""
 
@@ -33,10 +32,7 @@ class Writer:
         text: str = "auto",
         lossy: bool = False,
     ) -> None:
-        self._guard = Guard()
-        self._handle = new("writer", module())
-        self._stream: Any = None
-        self.name, self.mode, self.closed = name_of(file), mode, True
+        super().__init__(file, mode, new("writer", module()), lib.vlw_writer_error)
         self.rate, self.channels = count(rate, "samplerate"), count(channels, "channels")
         self._tags = TagMap(new_tags(tags))
         self._check(lib.vlw_writer_input(self._handle, self.rate, self.channels))
@@ -48,23 +44,6 @@ class Writer:
         code, self._stream = create_target(self._handle, file, flags)
         self._check(code)
         self.closed = False
-
-    def _check(self, code: int) -> None:
-        if code >= 0:
-            return
-        stream = self._stream
-        if stream is not None and stream.error is not None:
-            error, stream.error = stream.error, None
-            raise error
-        fail(code, lib.vlw_writer_error, self._handle)
-
-    def _open(self) -> None:
-        if self.closed:
-            raise ValueError("the file is closed")
-
-    @property
-    def samplerate(self) -> int:
-        return self.rate
 
     @property
     def tags(self) -> MutableMapping[str, str]:
@@ -130,6 +109,3 @@ class Writer:
             self.close()
         finally:
             self.drop()
-
-    def __repr__(self) -> str:
-        return f"<vlwav.Writer {self.name!r}, {self.rate} Hz, {self.channels} channels{', closed' if self.closed else ''}>"
