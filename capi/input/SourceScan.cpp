@@ -25,9 +25,9 @@ constexpr Container kContainers[] = {
 
 // Kinds that people take for one of those that are read.
 struct Relative {
-    size_t place;  // of its mark
-    uint32_t mark;
-    const char* name;
+    size_t place = 0;  // of its mark
+    uint32_t mark = 0;
+    const char* name = "";
     uint32_t mask = UINT32_MAX;  // of the mark, which sync words of MPEG audio don't fill
 };
 constexpr Relative kRelatives[] = {
