@@ -25,7 +25,7 @@ set(VL_DOCDIR ${CMAKE_INSTALL_DATADIR}/doc/vlwav-doc)
 install(FILES README.md DESTINATION ${VL_DOCDIR} COMPONENT vlwav-doc)
 install(FILES CHANGELOG.md DESTINATION ${VL_DOCDIR} COMPONENT vlwav-doc RENAME changelog)
 install(DIRECTORY docs/ DESTINATION ${VL_DOCDIR} COMPONENT vlwav-doc
-  FILES_MATCHING PATTERN "*.md" PATTERN "*.c" PATTERN "*.cpp" PATTERN "*.py" PATTERN "site" EXCLUDE)
+  FILES_MATCHING PATTERN "*.md" PATTERN "*.png" PATTERN "*.c" PATTERN "*.cpp" PATTERN "*.py" PATTERN "site" EXCLUDE)
 install(DIRECTORY build/docs/html DESTINATION ${VL_DOCDIR} COMPONENT vlwav-doc OPTIONAL)  # by scripts/docs.sh
 
 # vl_package(NAME SECTION MULTI_ARCH SUMMARY TEXT): cpack 3.25 has no variable for Multi-Arch, so that the value of the
