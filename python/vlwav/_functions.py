@@ -1,8 +1,8 @@
 """What is done in one go."""
 
 import contextlib
+import dataclasses
 import os
-import shutil
 import tempfile
 from collections.abc import Callable, Iterator, Mapping
 from typing import Any
@@ -11,7 +11,7 @@ from ._arguments import count, one_of, text_kind, width
 from ._errors import fail, failure
 from ._info import Audio, Conversion, Info, StockFormat, info_of, new_format
 from ._library import UNKNOWN, ffi, lib, module, new, text as text_of
-from ._places import is_descriptor, is_memory, name_of, path_bytes
+from ._places import copy_all, is_descriptor, is_memory, name_of, path_bytes
 from ._reader import Reader
 from ._samples import check_data
 from ._tags import new_tags
@@ -66,7 +66,7 @@ def info(file: Any, verbose: bool = False) -> Info:
         if not verbose:
             return made
         more = "".join(f"\n{keyword}: {value}" for keyword, value in reader.tags.items())
-        return Info(**{**made.__dict__, "_more": more})
+        return dataclasses.replace(made, _more=more)
 
 
 def _user_language() -> str | None:
@@ -230,14 +230,18 @@ def _spool(source: Any, spool: Any) -> None:
     """What has no descriptor of its own goes into a file without a name, which the library reads."""
     if is_memory(source):
         spool.write(source)
+    elif is_descriptor(source):
+        with os.fdopen(os.dup(source), "rb") as file:
+            copy_all(file, spool)
     else:
-        shutil.copyfileobj(source, spool)
+        copy_all(source, spool)
     spool.seek(0)  # writes out what is buffered, too
 
 
-def _tag_changes(tags: Mapping[str, str | int] | None) -> Any:
-    """As a vlw_tags to be set on top of the source's."""
-    return new_tags(tags) if tags else None
+def _source_tags(source: Any) -> Any:
+    """A vlw_tags of them."""
+    with Reader(source.fileno() if hasattr(source, "fileno") else source, None, None, look=True) as reader:
+        return reader._tags()
 
 
 def convert(
@@ -275,15 +279,18 @@ def convert(
     wish.text = text_kind(text)
     told = _Progress(progress)
     wish.progress = told.callback
-    changes = _tag_changes(tags)
-    if changes is not None:
-        wish.tags = changes
+    removes = keep_tags and any(value == "" for value in (tags or {}).values())
     converter, kept = new("converter", module()), []
     with contextlib.ExitStack() as files:
         read_from = written_to = None
-        if is_memory(source) or _is_object(source, "read"):
+        if is_memory(source) or _is_object(source, "read") or removes and is_descriptor(source):
             read_from = files.enter_context(tempfile.TemporaryFile())
             _spool(source, read_from)
+        changes = new_tags(tags, _source_tags(read_from or source) if removes else None) if tags else None
+        if changes is not None:
+            wish.tags = changes
+        if removes:
+            wish.flags |= lib.VLW_NO_TAGS  # `changes` has those that stay
         if _is_object(target, "write"):
             written_to = files.enter_context(tempfile.TemporaryFile())
         code = lib.vlw_converter_run_places(
@@ -295,7 +302,7 @@ def convert(
             fail(code, lib.vlw_converter_error, converter)
         if written_to is not None:
             written_to.seek(0)
-            shutil.copyfileobj(written_to, target)
+            copy_all(written_to, target)
     what = new_format()
     lib.vlw_converter_format(converter, what)
     return Conversion(info_of(what, name_of(target)), text_of(lib.vlw_converter_notes(converter)).splitlines())

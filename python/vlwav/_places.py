@@ -1,6 +1,7 @@
 """Where bytes come from and go to: paths, descriptors, memory and file objects."""
 
 import errno
+import io
 import os
 from typing import Any
 
@@ -31,6 +32,24 @@ def is_descriptor(file: Any) -> bool:
 
 def is_memory(file: Any) -> bool:
     return isinstance(file, (bytearray, memoryview))
+
+
+def write_some(file: Any, data: Any) -> int:
+    """Writes what a file object takes at once; returns how many bytes. None from it is all of them, but for raw files, where it
+    is none of them."""
+    taken = file.write(data)
+    if taken is None and isinstance(file, io.RawIOBase):
+        raise BlockingIOError(errno.EAGAIN, os.strerror(errno.EAGAIN))
+    return len(data) if taken is None else int(taken)
+
+
+def copy_all(source: Any, target: Any) -> None:
+    """From one binary file object into another, all of it also where they give or take less than they are asked to."""
+    while data := source.read(1 << 20):
+        while data:
+            data = data[write_some(target, data) :]
+    if data is None:
+        raise BlockingIOError(errno.EAGAIN, os.strerror(errno.EAGAIN))
 
 
 _alive: set["Stream"] = set()  # until the library has called `close`
@@ -72,8 +91,7 @@ class Stream:
         return len(data)
 
     def write(self, data: bytes) -> int:
-        taken = self._file.write(data)
-        return len(data) if taken is None else int(taken)
+        return write_some(self._file, data)
 
     def seek(self, offset: int, whence: int) -> int:
         place = self._file.seek(offset, whence)

@@ -107,10 +107,8 @@ class Reader(_File):
     def _read(self, frames: int, dtype: Any, always_2d: bool, fill_value: Any, out: Any) -> Any:
         if out is None:
             kind = kind_of(dtype)
-            if frames < 0 or self._frames() is None and fill_value is None:
+            if frames < 0 or fill_value is None and self._ends_within(frames):
                 return self._read_on(frames, kind, always_2d)
-            if fill_value is None:
-                frames = min(frames, max(0, self._frames() - lib.vlw_reader_tell(self._handle)))
             out = empty(frames, self.channels, kind, always_2d)
             wanted = len(out)
         else:
@@ -124,6 +122,11 @@ class Reader(_File):
             return out[:got]
         out[got:] = fill_value
         return out
+
+    def _ends_within(self, frames: int) -> bool:
+        """Whether fewer are left, as far as is known."""
+        length = self._frames()
+        return length is None or length - lib.vlw_reader_tell(self._handle) < frames
 
     def _read_on(self, frames: int, kind: np.dtype, always_2d: bool) -> Any:
         """As many frames as there are, or the number that is wanted, where the length isn't known or may be wrong."""
@@ -234,20 +237,19 @@ class Reader(_File):
                 self._open()
                 got = self._fill(block[kept : kept + wanted])
                 self._tell_cut()
-            if not got:
+            ended = got < wanted and (fill_value is None or left < 0)
+            if ended and not got:
                 return
-            left = left - got if left > 0 else left
-            filled = kept + got
+            left = left - wanted if left > 0 else left
+            if fill_value is None:
+                block = block[: kept + got]
+            else:
+                block[kept + got :] = fill_value
             if overlap:
-                memory = block[max(0, filled - overlap) : filled].copy()
+                memory = block[-overlap:].copy()
                 kept = len(memory)
-            if filled < size:
-                if fill_value is None:
-                    block = block[:filled]
-                else:
-                    block[filled:] = fill_value
             yield block
-            if got < wanted:
+            if ended:
                 return
 
     def seek(self, frames: int, whence: int = os.SEEK_SET) -> int:
@@ -315,7 +317,8 @@ class Reader(_File):
         length = self.frames
         if length is not None:
             start, end, _ = slice(start, stop).indices(length)
-            return start, frames if stop is None else max(0, end - start)
+            # Up to the end is all that there is, so that the end is met, and what it tells.
+            return start, frames if stop is None else -1 if end == length else max(0, end - start)
         if start < 0 or stop is not None and stop < 0:
             return start, None
         return start, frames if stop is None else max(0, stop - start)

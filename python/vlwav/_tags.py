@@ -46,9 +46,11 @@ def set_tag(tags: Any, keyword: Any, value: Any) -> None:
     check(lib.vlw_tags_set(tags, _word(keyword), _value(keyword, value)), lib.vlw_tags_error, tags)
 
 
-def new_tags(values: Mapping[str, str | int] | None) -> Any:
-    """A vlw_tags of them."""
+def new_tags(values: Mapping[str, str | int] | None, onto: Any = None) -> Any:
+    """A vlw_tags of them, set on top of another; "" takes one away."""
     made = new("tags")
+    if onto is not None:
+        check(lib.vlw_tags_copy(made, onto), lib.vlw_tags_error, made)
     for keyword, value in (values or {}).items():
         set_tag(made, keyword, value)
     return made
@@ -146,8 +148,7 @@ class Tags(TagMap):
         with self._guard:
             if self._closed:
                 raise ValueError("the tags are closed")
-            now = _content(self._tags)
-            if now == self._before:
+            if _content(self._tags) == self._before:
                 return
             editor = new("editor", module())
             for code in (lib.vlw_editor_text(editor, self._kind), lib.vlw_editor_open(editor, self._path)):
@@ -157,7 +158,9 @@ class Tags(TagMap):
                 raise TagError(f"{self._name}: another program changed its tags", lib.VLW_FAILED, self._name)
             self._change(target)
             check(lib.vlw_editor_save(editor, lib.VLW_LOSSY if lossy else 0), lib.vlw_editor_error, editor)
-            self._before = now
+            # As the file has them now, which may be in another form: "05" is "5" there.
+            self._tags = self._read()
+            self._before = _content(self._tags)
 
     def _change(self, target: Any) -> None:
         """Only what differs, so that nothing is added that nobody named."""

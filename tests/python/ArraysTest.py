@@ -21,7 +21,7 @@ PARTS = [
 ]  # fmt: skip
 BLOCKS = [
     {"blocksize": 1000}, {"blocksize": 1000, "overlap": 300}, {"blocksize": 1000, "overlap": 300, "fill_value": 0},
-    {"blocksize": 1000, "frames": 2500, "start": 7}, {"blocksize": 1250, "overlap": 10, "stop": -1}, {"blocksize": 9999},
+    {"blocksize": 1000, "frames": 2500, "start": 7}, {"blocksize": 1250, "overlap": 10, "stop": -1}, {"blocksize": 9999}, {"blocksize": 700, "frames": 4000, "overlap": 9, "fill_value": 0},
 ]  # fmt: skip
 
 
@@ -99,6 +99,13 @@ class Arrays(InFolder):
             self.assertEqual(content, theirs.read())
             vlwav.convert(source, made, rate=22050, channels=1)
             self.assertEqual(made.getvalue(), content)
+        with vlwav.tags("a.wav") as tags:
+            tags["title"], tags["artist"] = "A", "B"
+        with open("a.wav", "rb") as file:
+            for source in ("a.wav", file.fileno(), io.BytesIO(file.read())):
+                os.lseek(file.fileno(), 0, os.SEEK_SET)
+                vlwav.convert(source, "c.wav", tags={"title": "", "year": 1999}, overwrite=True)
+                self.assertEqual(dict(vlwav.tags("c.wav")), {"artist": "B", "year": "1999"})
         whole = vlwav.read("a.wav", rate=48000, channels=1).data
         with vlwav.open("a.wav", rate=48000, channels=1) as file:
             self.assertEqual(len(file), len(whole))

@@ -73,6 +73,8 @@ class Failures(InFolder):
             self.assertEqual(caught.filename, __file__)
             np.testing.assert_array_equal(data, samples[: len(data)])
             self.assertEqual(len(data), (10000 - 44) // 4)
+        for more in ({"frames": 4000}, {"stop": 4000}, {"frames": 4000, "fill_value": 0}, {"out": np.empty((4000, 2), np.int16)}):
+            self.assertWarns(vlwav.CutWarning, vlwav.read, "cut.wav", **more)
         info = vlwav.info("cut.wav")
         self.assertEqual((info.frames, info.promised), (len(data), 5000))
         self.assertRaises(vlwav.FormatError, vlwav.convert, "cut.wav", "b.wav")
